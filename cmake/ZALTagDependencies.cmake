@@ -1,0 +1,13 @@
+# The libraries below this one. All are Debian packages; scripts/install-deps.sh names them.
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib>=1.13)
+find_package(fmt 9 REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
+
+find_path(LIBB64_INCLUDE_DIR b64/cencode.h REQUIRED)
+find_library(LIBB64_LIBRARY b64 REQUIRED)
+add_library(zaltag_libb64 INTERFACE)
+target_include_directories(zaltag_libb64 SYSTEM INTERFACE ${LIBB64_INCLUDE_DIR})
+target_link_libraries(zaltag_libb64 INTERFACE ${LIBB64_LIBRARY})

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <zaltag/base/ZALExport.h>
+#include <zaltag/platform/ZALFileSystem.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+/// Takes one event of the log: a text without its own line end, whole, as the library wrote it. Called from
+/// any thread, possibly from several at once; must not throw.
+using ZALLogSink = std::function<void(const std::string& line)>;
+
+/// The services of the machine that the library works with, each with a default that a host or a test can
+/// replace. Replace them before the library is used for other things; every operation here may be called from
+/// any thread.
+class ZALTAG_EXPORT ZALHost {
+  public:
+    /// The one host of this process.
+    static ZALHost& shared();
+
+    /// Sets the sink of the log. The default writes one line to standard error, with control characters
+    /// escaped and the middle of a line over 4 KB left out. An empty function restores it.
+    void setLogSink(ZALLogSink sink);
+    /// Writes one line to the log.
+    void log(const std::string& line) const;
+
+    /// Sets the file system; null restores the machine's own.
+    void setFileSystem(std::shared_ptr<ZALFileSystem> fileSystem);
+    /// The file system, never null.
+    std::shared_ptr<ZALFileSystem> fileSystem() const;
+
+    /// The host program's name and version, as they are written into files that name their maker. Until they
+    /// are set, the running program's name and this library's version.
+    void setName(std::string name);
+    std::string name() const;
+    void setVersion(std::string version);
+    std::string version() const;
+
+    /// The version of this library.
+    static std::string libraryVersion();
+
+    ZALHost(const ZALHost&) = delete;
+    ZALHost& operator=(const ZALHost&) = delete;
+
+  private:
+    ZALHost();
+    ~ZALHost();
+
+    struct Services;
+    std::unique_ptr<Services> services_;
+};

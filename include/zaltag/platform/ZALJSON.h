@@ -1,0 +1,27 @@
+#pragma once
+
+#include <zaltag/base/ZALData.h>
+#include <zaltag/base/ZALExport.h>
+#include <zaltag/base/ZALJSONValue.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// JSON text to values and back. No state; any thread; nothing is logged.
+class ZALTAG_EXPORT ZALJSON {
+  public:
+    /// The deepest nesting that is read.
+    static constexpr int depthMax = 512;
+
+    /// The value of a JSON text in UTF-8. Null when it is not well-formed, not UTF-8 or nested deeper than
+    /// depthMax; `error`, when given, then says why and where.
+    static std::optional<ZALJSONValue> parse(std::string_view text, std::string* error = nullptr);
+
+    /// True when the value can be written as JSON: numbers are finite and texts are UTF-8.
+    static bool isValid(const ZALJSONValue& value);
+
+    /// The value as JSON text, keys sorted: compact, or indented by two blanks a level. Null when it is not
+    /// valid.
+    static std::optional<std::string> serialize(const ZALJSONValue& value, bool indented = false);
+};

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs what building and testing need, on Debian 12. Asks apt for nothing when nothing is missing.
+set -euo pipefail
+
+packages=(
+    # building
+    g++ cmake ninja-build ccache pkg-config
+    # the libraries below this one
+    libtag1-dev libb64-dev libfmt-dev nlohmann-json3-dev libcli11-dev
+    # testing: the framework, a second compiler for fuzzing, encoders and readers nobody here wrote
+    libgtest-dev libgmock-dev clang libclang-rt-14-dev
+    python3 python3-mutagen lame ffmpeg
+)
+
+missing=()
+for package in "${packages[@]}"; do
+    status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$status" = installed ] || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "installing: ${missing[*]}" >&2
+if [ "$(id -u)" -ne 0 ]; then
+    echo "$0: these packages are missing and only root can install them: ${missing[*]}" >&2
+    exit 1
+fi
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq >&2
+apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,120 @@
+#include <zaltag/platform/ZALHost.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <mutex>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t longestLine = 4096;
+
+// A line fit for a terminal: what could move the cursor or end the line is escaped.
+std::string escaped(std::string_view line) {
+    std::string out;
+    out.reserve(line.size());
+    for (const char c : line) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\n') {
+            out += "\\n";
+        } else if (byte < 0x20 || byte == 0x7F) {
+            char hexadecimal[5];
+            std::snprintf(hexadecimal, sizeof hexadecimal, "\\x%02x", static_cast<unsigned>(byte));
+            out += hexadecimal;
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
+bool continuesCharacter(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// The line with its middle left out, cut between characters.
+std::string shortened(const std::string& line) {
+    if (line.size() <= longestLine) return line;
+    static constexpr std::string_view gap = " ... ";
+    std::size_t head = longestLine / 2;
+    std::size_t tail = line.size() - (longestLine / 2 - gap.size());
+    while (head > 0 && continuesCharacter(line[head])) {
+        --head;
+    }
+    while (tail < line.size() && continuesCharacter(line[tail])) {
+        ++tail;
+    }
+    return line.substr(0, head).append(gap).append(line, tail);
+}
+
+void writeToStandardError(const std::string& line) {
+    const std::string text = shortened(escaped(line)) + "\n";
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
+}  // namespace
+
+struct ZALHost::Services {
+    mutable std::mutex mutex;
+    std::shared_ptr<const ZALLogSink> logSink;  // null: standard error
+    std::shared_ptr<ZALFileSystem> fileSystem = ZALFileSystem::machine();
+    std::string name = program_invocation_short_name;
+    std::string version = ZALHost::libraryVersion();
+
+    template <typename T>
+    T get(const T& field) const {
+        const std::lock_guard lock(mutex);
+        return field;
+    }
+    template <typename T>
+    void set(T& field, T value) {
+        const std::lock_guard lock(mutex);
+        field.swap(value);  // the old value is destroyed with the argument, after the lock
+    }
+};
+
+ZALHost::ZALHost() : services_(std::make_unique<Services>()) {}
+ZALHost::~ZALHost() = default;
+
+ZALHost& ZALHost::shared() {
+    // Never destroyed: threads of the host may still log while the process ends.
+    static ZALHost* const host = new ZALHost;
+    return *host;
+}
+
+void ZALHost::setLogSink(ZALLogSink sink) {
+    services_->set(services_->logSink, sink ? std::make_shared<const ZALLogSink>(std::move(sink))
+                                            : std::shared_ptr<const ZALLogSink>());
+}
+
+void ZALHost::log(const std::string& line) const {
+    if (const auto sink = services_->get(services_->logSink)) {
+        (*sink)(line);
+    } else {
+        writeToStandardError(line);
+    }
+}
+
+void ZALHost::setFileSystem(std::shared_ptr<ZALFileSystem> fileSystem) {
+    services_->set(services_->fileSystem, fileSystem ? std::move(fileSystem) : ZALFileSystem::machine());
+}
+std::shared_ptr<ZALFileSystem> ZALHost::fileSystem() const {
+    return services_->get(services_->fileSystem);
+}
+
+void ZALHost::setName(std::string name) {
+    services_->set(services_->name, std::move(name));
+}
+std::string ZALHost::name() const {
+    return services_->get(services_->name);
+}
+void ZALHost::setVersion(std::string version) {
+    services_->set(services_->version, std::move(version));
+}
+std::string ZALHost::version() const {
+    return services_->get(services_->version);
+}
+
+std::string ZALHost::libraryVersion() {
+    return ZALTAG_VERSION;
+}

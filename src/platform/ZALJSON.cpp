@@ -1,0 +1,137 @@
+#include <zaltag/platform/ZALJSON.h>
+
+#include "base/Unicode.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+// Builds the value from the parser's events, so that nesting is bounded before anything deep exists.
+class Builder final : public nlohmann::json_sax<nlohmann::json> {
+  public:
+    bool null() override { return add(nullptr); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(number_integer_t value) override { return add(ZALJSONValue(std::int64_t{value})); }
+    bool number_unsigned(number_unsigned_t value) override {
+        constexpr auto most = static_cast<number_unsigned_t>(std::numeric_limits<std::int64_t>::max());
+        return add(value > most ? ZALJSONValue(static_cast<double>(value))
+                                : ZALJSONValue(static_cast<std::int64_t>(value)));
+    }
+    bool number_float(number_float_t value, const string_t&) override { return add(value); }
+    bool string(string_t& value) override { return add(std::move(value)); }
+    bool binary(binary_t&) override { return false; }
+
+    bool start_object(std::size_t) override { return open(Frame{.isObject = true}); }
+    bool key(string_t& value) override {
+        frames_.back().key = std::move(value);
+        return true;
+    }
+    bool end_object() override { return close(); }
+    bool start_array(std::size_t) override { return open(Frame{.isObject = false}); }
+    bool end_array() override { return close(); }
+
+    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception& exception) override {
+        error = exception.what();
+        return false;
+    }
+
+    ZALJSONValue result;
+    std::string error;
+
+  private:
+    struct Frame {
+        bool isObject = false;
+        ZALJSONValue::Array array{};
+        ZALJSONValue::Object object{};
+        std::string key{};
+    };
+
+    bool open(Frame frame) {
+        if (frames_.size() >= ZALJSON::depthMax) {
+            error = "nested deeper than " + std::to_string(ZALJSON::depthMax) + " levels";
+            return false;
+        }
+        frames_.push_back(std::move(frame));
+        return true;
+    }
+    bool close() {
+        Frame frame = std::move(frames_.back());
+        frames_.pop_back();
+        return frame.isObject ? add(std::move(frame.object)) : add(std::move(frame.array));
+    }
+    bool add(ZALJSONValue value) {
+        if (frames_.empty()) {
+            result = std::move(value);
+        } else if (frames_.back().isObject) {
+            frames_.back().object.insert_or_assign(std::move(frames_.back().key), std::move(value));
+        } else {
+            frames_.back().array.push_back(std::move(value));
+        }
+        return true;
+    }
+
+    std::vector<Frame> frames_;
+};
+
+nlohmann::json libraryValue(const ZALJSONValue& value) {
+    if (value.isArray()) {
+        nlohmann::json out = nlohmann::json::array();
+        for (const ZALJSONValue& element : value.arrayValue()) {
+            out.push_back(libraryValue(element));
+        }
+        return out;
+    }
+    if (value.isObject()) {
+        nlohmann::json out = nlohmann::json::object();
+        for (const auto& [key, element] : value.objectValue()) {
+            out[key] = libraryValue(element);
+        }
+        return out;
+    }
+    if (value.isString()) return *value.stringValue();
+    if (value.isBool()) return value.boolValue();
+    if (value.isInteger()) return value.integerValue();
+    if (value.isDouble()) return value.doubleValue();
+    return nullptr;
+}
+
+bool isValidWithin(const ZALJSONValue& value, int depth) {
+    if (depth < 0) return false;
+    if (value.isDouble()) return std::isfinite(value.doubleValue());
+    if (value.isString()) return zal::isValidUTF8(*value.stringValue());
+    const auto& array = value.arrayValue();
+    const auto& object = value.objectValue();
+    return std::all_of(array.begin(), array.end(),
+                       [depth](const ZALJSONValue& element) { return isValidWithin(element, depth - 1); }) &&
+           std::all_of(object.begin(), object.end(), [depth](const auto& member) {
+               return zal::isValidUTF8(member.first) && isValidWithin(member.second, depth - 1);
+           });
+}
+
+}  // namespace
+
+std::optional<ZALJSONValue> ZALJSON::parse(std::string_view text, std::string* error) {
+    Builder builder;
+    std::string reason;
+    try {
+        if (nlohmann::json::sax_parse(text, &builder)) return std::move(builder.result);
+        reason = builder.error;
+    } catch (const std::exception& exception) {  // what the parser throws by itself, bad_alloc included
+        reason = exception.what();
+    }
+    if (error != nullptr) *error = reason;
+    return std::nullopt;
+}
+
+bool ZALJSON::isValid(const ZALJSONValue& value) {
+    return isValidWithin(value, depthMax);
+}
+
+std::optional<std::string> ZALJSON::serialize(const ZALJSONValue& value, bool indented) {
+    if (!isValid(value)) return std::nullopt;
+    return libraryValue(value).dump(indented ? 2 : -1);
+}

@@ -1,0 +1,53 @@
+#include <zaltag/platform/ZALJSON.h>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+TEST(JSON, readsAndWritesValues) {
+    const auto value = ZALJSON::parse(R"({"b":[1,2.5,true,null,"é"],"a":-9223372036854775808,"b2":{}})");
+    ASSERT_TRUE(value);
+    EXPECT_EQ(ZALJSON::serialize(*value), R"({"a":-9223372036854775808,"b":[1,2.5,true,null,"é"],"b2":{}})");
+    EXPECT_EQ((*value)["a"].integerValue(), std::numeric_limits<std::int64_t>::min());
+    EXPECT_TRUE((*value)["missing"]["deeper"].isNull());
+}
+
+TEST(JSON, refusesWhatIsNoJSON) {
+    for (const char* text : {"", "{", "[1,]", "{\"a\":1} x", "\"\xFF\"", "nul", "{\"a\":1e999}"}) {
+        std::string error;
+        EXPECT_EQ(ZALJSON::parse(text, &error), std::nullopt) << text;
+        EXPECT_FALSE(error.empty()) << text;
+    }
+}
+
+TEST(JSON, boundsTheNesting) {
+    const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+    EXPECT_TRUE(ZALJSON::parse(nested(ZALJSON::depthMax)));
+    std::string error;
+    EXPECT_FALSE(ZALJSON::parse(nested(ZALJSON::depthMax + 1), &error));
+    EXPECT_NE(error.find("512"), std::string::npos);
+    EXPECT_FALSE(ZALJSON::parse(nested(1000000)));
+}
+
+TEST(JSON, valuesOutsideJSONDoNotSerialize) {
+    EXPECT_FALSE(ZALJSON::serialize(std::numeric_limits<double>::quiet_NaN()));
+    EXPECT_FALSE(ZALJSON::serialize(ZALJSONValue::Object{{"t", std::numeric_limits<double>::infinity()}}));
+    EXPECT_FALSE(ZALJSON::serialize(std::string("\xFF")));
+    EXPECT_FALSE(ZALJSON::serialize(ZALJSONValue::Object{{"\xFF", 1}}));
+}
+
+TEST(JSONValue, readsEveryTypeAsANumber) {
+    EXPECT_EQ(ZALJSONValue(2.9).integerValue(), 2);
+    EXPECT_EQ(ZALJSONValue(1e300).integerValue(), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(ZALJSONValue(true).integerValue(), 1);
+    EXPECT_EQ(ZALJSONValue(" 42x").integerValue(), 42);
+    EXPECT_EQ(ZALJSONValue(ZALJSONValue::Array{1}).integerValue(), 0);
+    EXPECT_EQ(ZALJSONValue("1.5").doubleValue(), 1.5);
+    EXPECT_TRUE(ZALJSONValue("YES").boolValue());
+    EXPECT_FALSE(ZALJSONValue("0").boolValue());
+    EXPECT_EQ(ZALJSONValue(5).stringValue(), std::nullopt);
+}
+
+}  // namespace
