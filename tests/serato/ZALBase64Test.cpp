@@ -35,7 +35,7 @@ TEST(Base64, skipsWhatIsNotInTheAlphabet) {
     EXPECT_EQ(decoded("TQ"), "4D");
     EXPECT_EQ(decoded("TWF"), "4D 61") << "three characters give two bytes";
     EXPECT_EQ(decoded("TWFuT"), "4D 61 6E") << "one gives none";
-    EXPECT_EQ(decoded("TQ==TWFu"), "4D 04 D6 16 E0") << "padding in the middle does not end a group";
+    EXPECT_EQ(decoded("TQ==TWFu"), "4D 04 D6 16") << "padding in the middle does not end a group";
     EXPECT_EQ(decoded("!?-_\n"), "");
     EXPECT_EQ(decoded(""), "");
     EXPECT_EQ(decoded(std::string("TQ\0\0\0\0", 6)), "4D") << "NUL padding";
