@@ -1,0 +1,102 @@
+#pragma once
+
+#include <zaltag/tag/ZALTag.h>
+
+#include <memory>
+#include <string>
+
+namespace TagLib::ID3v2 {
+class Tag;
+}
+
+/// The back-end of MP3 files ("mp3"), and the base of the back-ends whose files carry an ID3v2 tag.
+///
+/// Fields live in ID3v2 frames; artist, album, title, genre, year and comment are written to the ID3v1 tag as
+/// well, when the file has one that is not empty, and read from it where the ID3v2 tag has nothing. Numeric
+/// genres are turned into names when the file is opened.
+class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
+  public:
+    ~ZALTagID3() override;
+
+    /// "mp3".
+    static const ZALArray<std::string>& supportedFileTypes();
+    static bool canInitWithPath(const ZALNullableString& path);
+    /// Opens an MP3 file. Null for a null path (one log line), another extension, a path that is no regular
+    /// file, and a file that holds neither a tag nor an MPEG frame.
+    static std::shared_ptr<ZALTagID3> tagAtPath(const ZALNullableString& path, bool readOnly = false);
+    static std::shared_ptr<ZALTagID3> initWithPath(const ZALNullableString& path, bool readOnly);
+    /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
+    static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
+
+    ZALArray<std::string> propertyKeys() const override;
+    ZALJSONValue valueForKey(const std::string& key) const override;
+    void setValue(const ZALJSONValue& value, const std::string& key) override;
+
+    bool readOnly() const override;
+    bool save(ZALError* error = nullptr) override;
+    bool requiresSaving() const override;
+    /// True when the file had an ID3v1 tag that was not empty when it was opened; stripping it does not
+    /// change this.
+    bool hasID3v1Tag() const override;
+    bool hasID3v2Tag() const override;
+
+    ZALNullableString artist() const override;
+    void setArtist(const ZALNullableString& artist) override;
+    ZALNullableString album() const override;
+    void setAlbum(const ZALNullableString& album) override;
+    std::int64_t year() const override;
+    void setYear(std::int64_t year) override;
+    ZALNullableString title() const override;
+    void setTitle(const ZALNullableString& title) override;
+    ZALNullableString genre() const override;
+    void setGenre(const ZALNullableString& genre) override;
+    /// The TBPM frame; 0 is written as "0" and the frame is never removed.
+    std::int64_t tempo() const override;
+    void setTempo(std::int64_t tempo) override;
+    /// The TKEY frame; null is written as the empty text.
+    ZALNullableString initialKey() const override;
+    void setInitialKey(const ZALNullableString& key) override;
+    /// The user text frame "EnergyLevel".
+    std::int64_t energyLevel() const override;
+    void setEnergyLevel(std::int64_t level) override;
+    /// The TPE4 frame; null and the empty text remove it.
+    ZALNullableString modifiedBy() const override;
+    void setModifiedBy(const ZALNullableString& name) override;
+    /// GRP1Grouping(), or TIT1Grouping() when that is null; set, both frames carry it.
+    ZALNullableString grouping() const override;
+    void setGrouping(const ZALNullableString& grouping) override;
+    ZALNullableString TIT1Grouping() const;
+    void setTIT1Grouping(const ZALNullableString& grouping);
+    /// The GRP1 frame, written in Latin-1 when the text is ASCII and in UTF-16 otherwise; null and the empty
+    /// text remove it.
+    ZALNullableString GRP1Grouping() const;
+    void setGRP1Grouping(const ZALNullableString& grouping);
+
+    /// The primary comment: the last COMM frame with an empty description and an ordinary language; else the
+    /// comment of the ID3v1 tag; else the empty text (never null).
+    ZALNullableString comment() const override;
+    /// Sets the primary comment, in front of all other comments, and the comment of the ID3v1 tag.
+    void setComment(const ZALNullableString& comment) override;
+
+    bool supportsImages() const override { return false; }
+
+    /// The ID3v2 tag; owned by this object and valid as long as it lives.
+    TagLib::ID3v2::Tag* v2Tag() const;
+
+    const char* className() const override { return "ZALTagID3"; }
+
+  protected:
+    struct State;
+
+    ZALTagID3();
+
+    State& state() { return *state_; }
+    const State& state() const { return *state_; }
+
+  private:
+    bool openMP3(const std::string& path, bool readOnly);
+    bool saveMP3();
+    bool saveID3v1();
+
+    std::unique_ptr<State> state_;
+};

@@ -1,0 +1,172 @@
+#pragma once
+
+#include <zaltag/base/ZALArray.h>
+#include <zaltag/base/ZALError.h>
+#include <zaltag/base/ZALExport.h>
+#include <zaltag/base/ZALJSONValue.h>
+#include <zaltag/base/ZALText.h>
+#include <zaltag/tag/ZALTagImageDictionary.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+class ZALTagComment;
+
+/// A tag object: one audio file, named by its path, and the metadata in it.
+///
+/// ZALTag is the interface of every back-end and the factory that picks one by the path's extension. Setters
+/// change the tags in memory; save() writes the file. Texts are UTF-8; a text that the file does not hold is
+/// null, and setting null takes it away. A tag object has no lock of its own: use it from one thread at a
+/// time. Different objects can be used at once.
+///
+/// An operation that a class does not implement throws ZALProgrammingError with
+/// "-[ZALTag artist] is abstract implement it in your subclass!" (its own name in place of "artist").
+class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
+  public:
+    virtual ~ZALTag();
+    ZALTag(const ZALTag&) = delete;
+    ZALTag& operator=(const ZALTag&) = delete;
+
+    // The class
+
+    /// The extensions that can be opened, lower case. On ZALTag those of all back-ends, in their order.
+    static const ZALArray<std::string>& supportedFileTypes();
+    /// True when the extension of the path, in any case, is one of supportedFileTypes(). Looks at the name
+    /// only.
+    static bool canInitWithPath(const ZALNullableString& path);
+
+    /// Opens a file: the factory. The first back-end that takes the path's extension makes the object. Null
+    /// for any other extension and for what that back-end cannot open; nothing is logged here.
+    static std::shared_ptr<ZALTag> tagAtPath(const ZALNullableString& path, bool readOnly = false);
+    /// The same operation under its other name.
+    static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path, bool readOnly);
+    static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
+
+    /// The seven keys that copyValuesFromTag() copies and description() shows, in order: artist, album, year,
+    /// title, comment, tempo, initialKey.
+    static const ZALArray<std::string>& standardPropertyKeys();
+
+    // Properties by key
+
+    /// The keys that valueForKey() and setValue() take on this object: the standard ones, genre, energyLevel,
+    /// grouping, modifiedBy, and what the back-end adds.
+    virtual ZALArray<std::string> propertyKeys() const;
+    /// The value of a property: a text, null, or an integer. An unknown key throws ZALProgrammingError.
+    virtual ZALJSONValue valueForKey(const std::string& key) const;
+    /// Sets a property through its setter. Integers are taken by their integer value; a text property takes a
+    /// text or null. An unknown key throws ZALProgrammingError.
+    virtual void setValue(const ZALJSONValue& value, const std::string& key);
+
+    // The file
+
+    /// The path the object was opened with.
+    const ZALNullableString& path() const { return path_; }
+    void setPath(ZALNullableString path) { path_ = std::move(path); }
+    /// True when the file was opened read-only, or could only be opened so; saving then fails.
+    virtual bool readOnly() const;
+    /// Writes the tags to the file. False with an error of code ZALErrorCode::saveFailed and this object
+    /// under ZALTagErrorFailingTagKey when that fails; the file is then as it was, the tags in memory stay as
+    /// they are, and a later save may succeed.
+    virtual bool save(ZALError* error = nullptr);
+    /// True when an operation moved frames or changed the grouping since the last save. Other setters do not
+    /// count.
+    virtual bool requiresSaving() const { return requiresSaving_; }
+    /// Whether saving an MP3 removes its ID3v1 tag (and an APE tag with it). False at first.
+    bool shouldStripID3v1Tag() const { return shouldStripID3v1Tag_; }
+    void setShouldStripID3v1Tag(bool strip) { shouldStripID3v1Tag_ = strip; }
+    virtual bool hasID3v1Tag() const;
+    virtual bool hasID3v2Tag() const;
+
+    // Standard fields
+
+    virtual ZALNullableString artist() const;
+    virtual void setArtist(const ZALNullableString& artist);
+    virtual ZALNullableString album() const;
+    virtual void setAlbum(const ZALNullableString& album);
+    /// 0 when there is none. Values below 0 are written as 0.
+    virtual std::int64_t year() const;
+    virtual void setYear(std::int64_t year);
+    virtual ZALNullableString title() const;
+    virtual void setTitle(const ZALNullableString& title);
+    virtual ZALNullableString genre() const;
+    virtual void setGenre(const ZALNullableString& genre);
+    /// Beats per minute; 0 when there is none.
+    virtual std::int64_t tempo() const;
+    virtual void setTempo(std::int64_t tempo);
+    virtual ZALNullableString initialKey() const;
+    virtual void setInitialKey(const ZALNullableString& key);
+    /// 0 when there is none; 0 and below remove it.
+    virtual std::int64_t energyLevel() const;
+    virtual void setEnergyLevel(std::int64_t level);
+    virtual ZALNullableString modifiedBy() const;
+    virtual void setModifiedBy(const ZALNullableString& name);
+    virtual ZALNullableString grouping() const;
+    virtual void setGrouping(const ZALNullableString& grouping);
+
+    // Comments
+
+    /// The primary comment.
+    virtual ZALNullableString comment() const;
+    virtual void setComment(const ZALNullableString& comment);
+    /// All comments of the file.
+    virtual ZALArray<ZALTagComment> allComments() const;
+    /// Implemented by no back-end: calling it throws.
+    virtual void setCommentWithComment(const ZALTagComment& comment);
+    /// Removes every comment but the primary one and those of other programs.
+    virtual void deleteExtraneousComments();
+    /// Empties the comment of the ID3v1 tag.
+    virtual void deleteID3v1Comment();
+
+    // Pictures
+
+    virtual bool supportsImages() const;
+    virtual bool hasImages() const;
+    virtual bool hasOriginalImage() const;
+    virtual bool hasCustomizedImage() const;
+    virtual ZALImagePtr originalImage() const;
+    virtual ZALImagePtr customizedImage() const;
+    /// The customised picture, or else the original one.
+    ZALImagePtr primaryImage() const;
+    virtual ZALArray<ZALTagImageDictionary> allImages() const;
+    virtual void setAllImages(const ZALArray<ZALTagImageDictionary>& images);
+    virtual bool replaceOriginalImage(const ZALImagePtr& image);
+    virtual void backupOriginalImageAndSetCustomImage(const ZALImagePtr& image);
+    virtual void restoreOriginalImage();
+    /// Older names of replaceOriginalImage() and allImages().
+    bool replaceImage(const ZALImagePtr& image) { return replaceOriginalImage(image); }
+    ZALArray<ZALTagImageDictionary> images() const { return allImages(); }
+
+    // Other programs
+
+    virtual bool hasSeratoMetadata() const;
+    virtual bool hasTraktorMetadata() const;
+
+    // Whole objects
+
+    /// Copies the values of standardPropertyKeys() from another tag, and its pictures when this file can hold
+    /// them and the other has any.
+    void copyValuesFromTag(const ZALTag& other);
+    /// "<ZALTagID3: 0x...>" followed by the values of standardPropertyKeys(), one a line.
+    std::string description() const;
+    /// The name of the object's class.
+    virtual const char* className() const { return "ZALTag"; }
+
+  protected:
+    ZALTag();
+
+    /// The factory behind both initWithPath(): throws ZALProgrammingError unless the receiver is ZALTag
+    /// itself.
+    static std::shared_ptr<ZALTag> initReceiver(const char* receiverClass, const ZALNullableString& path,
+                                                bool readOnly);
+    /// The same for the operation with one argument, which has its own message.
+    static std::shared_ptr<ZALTag> initReceiver(const char* receiverClass, const ZALNullableString& path);
+
+    /// Fills the error of a failed save, when one is asked for, and returns false.
+    bool failSave(ZALError* error);
+
+  private:
+    ZALNullableString path_;
+    bool shouldStripID3v1Tag_ = false;
+    bool requiresSaving_ = false;
+};

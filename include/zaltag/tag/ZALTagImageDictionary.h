@@ -1,0 +1,23 @@
+#pragma once
+
+#include <zaltag/base/ZALExport.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+class ZALImage;
+
+/// A decoded picture; null stands for no picture.
+using ZALImagePtr = std::shared_ptr<const ZALImage>;
+
+/// The names of the two members below, for hosts that keep dictionaries; each constant holds its own name.
+ZALTAG_EXPORT extern const std::string ZALTagImageDictionaryImageKey;
+ZALTAG_EXPORT extern const std::string ZALTagImageDictionaryImageTypeKey;
+
+/// One picture of a file, as allImages() lists it and setAllImages() takes it.
+struct ZALTagImageDictionary {
+    ZALImagePtr image;  ///< ZALTagImageDictionaryImageKey
+    std::uint32_t imageType =
+        0;  ///< ZALTagImageDictionaryImageTypeKey: the ID3 picture type (3 is the front cover)
+};

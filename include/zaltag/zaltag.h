@@ -1,0 +1,19 @@
+#pragma once
+
+// The whole library.
+
+#include <zaltag/base/ZALArray.h>
+#include <zaltag/base/ZALData.h>
+#include <zaltag/base/ZALError.h>
+#include <zaltag/base/ZALJSONValue.h>
+#include <zaltag/base/ZALProgrammingError.h>
+#include <zaltag/base/ZALTagDecodeGRP1FrameData.h>
+#include <zaltag/base/ZALTagSyncSafeInteger.h>
+#include <zaltag/base/ZALText.h>
+#include <zaltag/id3/ZALTagID3.h>
+#include <zaltag/platform/ZALFileSystem.h>
+#include <zaltag/platform/ZALHost.h>
+#include <zaltag/platform/ZALJSON.h>
+#include <zaltag/serato/ZALBase64.h>
+#include <zaltag/tag/ZALTag.h>
+#include <zaltag/tag/ZALTagImageDictionary.h>

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zal {
+
+/// The last component of a path, trailing slashes left aside; empty for "/" and "".
+std::string_view lastPathComponent(std::string_view path);
+
+/// What stands after the last "." of the last component; empty without one, and for a name that only begins
+/// with it.
+std::string_view pathExtension(std::string_view path);
+
+/// The last component without its extension and the "." before it.
+std::string_view baseName(std::string_view path);
+
+}  // namespace zal

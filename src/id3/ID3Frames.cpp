@@ -1,0 +1,60 @@
+#include "id3/ID3Frames.h"
+
+#include "id3/TagLibText.h"
+
+#include <id3v2framefactory.h>
+#include <textidentificationframe.h>
+
+namespace zal {
+
+using TagLib::ID3v2::Frame;
+using TagLib::ID3v2::Tag;
+using TagLib::ID3v2::TextIdentificationFrame;
+
+std::vector<Frame*> framesWithID(const Tag& tag, const char* id) {
+    const TagLib::ID3v2::FrameList& frames = tag.frameList(id);
+    return {frames.begin(), frames.end()};
+}
+
+Frame* firstFrame(const Tag& tag, const char* id) {
+    const TagLib::ID3v2::FrameList& frames = tag.frameList(id);
+    return frames.isEmpty() ? nullptr : frames.front();
+}
+
+ZALNullableString textOfFirstFrame(const Tag& tag, const char* id) {
+    const Frame* frame = firstFrame(tag, id);
+    return frame != nullptr ? ZALNullableString(stringWithTagLibString(frame->toString())) : std::nullopt;
+}
+
+void setTextOfFirstFrame(Tag& tag, const char* id, const ZALNullableString& text) {
+    Frame* frame = firstFrame(tag, id);
+    if (frame != nullptr && dynamic_cast<TextIdentificationFrame*>(frame) == nullptr) {
+        tag.removeFrame(frame);  // an unknown frame would swallow the text silently
+        frame = nullptr;
+    }
+    if (frame == nullptr) {
+        frame =
+            new TextIdentificationFrame(id, TagLib::ID3v2::FrameFactory::instance()->defaultTextEncoding());
+        tag.addFrame(frame);
+    }
+    frame->setText(TagLibString(text));
+}
+
+void setOrRemoveFirstFrame(Tag& tag, const char* id, const ZALNullableString& text) {
+    if (text.value_or("").empty()) {
+        removeFirstFrame(tag, id);
+    } else {
+        setTextOfFirstFrame(tag, id, text);
+    }
+}
+
+void removeFirstFrame(Tag& tag, const char* id) {
+    if (Frame* frame = firstFrame(tag, id)) tag.removeFrame(frame);
+}
+
+void moveToEnd(Tag& tag, Frame* frame) {
+    tag.removeFrame(frame, false);
+    tag.addFrame(frame);
+}
+
+}  // namespace zal

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <zaltag/base/ZALText.h>
+
+#include <id3v2frame.h>
+#include <id3v2tag.h>
+
+#include <vector>
+
+namespace zal {
+
+/// The frames of an id in tag order, as a copy: TagLib's own list changes while frames are added and removed.
+std::vector<TagLib::ID3v2::Frame*> framesWithID(const TagLib::ID3v2::Tag& tag, const char* id);
+
+/// The first frame of an id, or null.
+TagLib::ID3v2::Frame* firstFrame(const TagLib::ID3v2::Tag& tag, const char* id);
+
+/// The text of the first frame of an id; null when there is no such frame.
+ZALNullableString textOfFirstFrame(const TagLib::ID3v2::Tag& tag, const char* id);
+
+/// Sets the text of the first frame of an id, which is created in TagLib's default encoding when there is
+/// none, and replaced when TagLib holds it as something that is no text.
+void setTextOfFirstFrame(TagLib::ID3v2::Tag& tag, const char* id, const ZALNullableString& text);
+
+/// The same, but null and the empty text remove the frame.
+void setOrRemoveFirstFrame(TagLib::ID3v2::Tag& tag, const char* id, const ZALNullableString& text);
+
+/// Removes the first frame of an id, if there is one.
+void removeFirstFrame(TagLib::ID3v2::Tag& tag, const char* id);
+
+/// Takes a frame out and adds it again as the last one of the tag.
+void moveToEnd(TagLib::ID3v2::Tag& tag, TagLib::ID3v2::Frame* frame);
+
+}  // namespace zal

@@ -1,0 +1,24 @@
+#include "id3/TagLibText.h"
+
+#include "base/Unicode.h"
+
+namespace zal {
+
+std::string stringWithTagLibString(const TagLib::String& string) {
+    std::u16string units;
+    units.reserve(string.size());
+    for (const wchar_t unit : string) {
+        units.push_back(static_cast<char16_t>(unit));
+    }
+    return utf8FromUTF16(units);
+}
+
+TagLib::String TagLibString(const ZALNullableString& text) {
+    return text ? TagLib::String(validUTF8(*text), TagLib::String::UTF8) : TagLib::String();
+}
+
+TagLib::String latin1TagLibString(const std::string& bytes) {
+    return {bytes, TagLib::String::Latin1};
+}
+
+}  // namespace zal

@@ -1,0 +1,316 @@
+#include <zaltag/tag/ZALTag.h>
+
+#include "tag/ZALTagBackEnds.h"
+
+#include <zaltag/base/ZALProgrammingError.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+
+const std::string ZALTagImageDictionaryImageKey = "ZALTagImageDictionaryImageKey";
+const std::string ZALTagImageDictionaryImageTypeKey = "ZALTagImageDictionaryImageTypeKey";
+
+namespace {
+
+[[noreturn]] void abstract(const char* operation) {
+    throw ZALProgrammingError(
+        fmt::format("-[ZALTag {}] is abstract implement it in your subclass!", operation));
+}
+
+// A property as key lookup sees it: either a text or an integer.
+struct Property {
+    const char* key;
+    ZALNullableString (ZALTag::*text)() const;
+    void (ZALTag::*setText)(const ZALNullableString&);
+    std::int64_t (ZALTag::*integer)() const;
+    void (ZALTag::*setInteger)(std::int64_t);
+};
+
+constexpr Property textProperty(const char* key, ZALNullableString (ZALTag::*get)() const,
+                                void (ZALTag::*set)(const ZALNullableString&)) {
+    return {key, get, set, nullptr, nullptr};
+}
+
+constexpr Property integerProperty(const char* key, std::int64_t (ZALTag::*get)() const,
+                                   void (ZALTag::*set)(std::int64_t)) {
+    return {key, nullptr, nullptr, get, set};
+}
+
+// The standard keys come first, in their order.
+constexpr std::size_t standardKeyCount = 7;
+constexpr Property properties[] = {
+    textProperty("artist", &ZALTag::artist, &ZALTag::setArtist),
+    textProperty("album", &ZALTag::album, &ZALTag::setAlbum),
+    integerProperty("year", &ZALTag::year, &ZALTag::setYear),
+    textProperty("title", &ZALTag::title, &ZALTag::setTitle),
+    textProperty("comment", &ZALTag::comment, &ZALTag::setComment),
+    integerProperty("tempo", &ZALTag::tempo, &ZALTag::setTempo),
+    textProperty("initialKey", &ZALTag::initialKey, &ZALTag::setInitialKey),
+    textProperty("genre", &ZALTag::genre, &ZALTag::setGenre),
+    integerProperty("energyLevel", &ZALTag::energyLevel, &ZALTag::setEnergyLevel),
+    textProperty("grouping", &ZALTag::grouping, &ZALTag::setGrouping),
+    textProperty("modifiedBy", &ZALTag::modifiedBy, &ZALTag::setModifiedBy),
+};
+
+const Property& propertyForKey(const std::string& key) {
+    const auto* found = std::find_if(std::begin(properties), std::end(properties),
+                                     [&key](const Property& property) { return key == property.key; });
+    if (found == std::end(properties)) throw ZALProgrammingError("ZALTag has no property for the key " + key);
+    return *found;
+}
+
+ZALArray<std::string> firstKeys(std::size_t count) {
+    std::vector<std::string> keys;
+    for (std::size_t i = 0; i < count; ++i) {
+        keys.emplace_back(properties[i].key);
+    }
+    return keys;
+}
+
+}  // namespace
+
+ZALTag::ZALTag() = default;
+ZALTag::~ZALTag() = default;
+
+const ZALArray<std::string>& ZALTag::supportedFileTypes() {
+    static const ZALArray<std::string> types = [] {
+        std::vector<std::string> all;
+        for (const zal::BackEnd& backEnd : zal::backEnds()) {
+            const auto& some = backEnd.supportedFileTypes();
+            all.insert(all.end(), some.begin(), some.end());
+        }
+        return all;
+    }();
+    return types;
+}
+
+bool ZALTag::canInitWithPath(const ZALNullableString& path) {
+    return zal::hasExtensionAmong(path, supportedFileTypes());
+}
+
+std::shared_ptr<ZALTag> ZALTag::tagAtPath(const ZALNullableString& path, bool readOnly) {
+    return initWithPath(path, readOnly);
+}
+
+std::shared_ptr<ZALTag> ZALTag::initWithPath(const ZALNullableString& path, bool readOnly) {
+    return initReceiver("ZALTag", path, readOnly);
+}
+
+std::shared_ptr<ZALTag> ZALTag::initWithPath(const ZALNullableString& path) {
+    return initReceiver("ZALTag", path);
+}
+
+std::shared_ptr<ZALTag> ZALTag::initReceiver(const char* receiverClass, const ZALNullableString& path,
+                                             bool readOnly) {
+    if (std::strcmp(receiverClass, "ZALTag") != 0) {
+        throw ZALProgrammingError("-[ZALTag initWithPath:readOnly:] must not be called by subclasses");
+    }
+    for (const zal::BackEnd& backEnd : zal::backEnds()) {
+        if (backEnd.canInitWithPath(path)) return backEnd.initWithPath(path, readOnly);
+    }
+    return nullptr;
+}
+
+std::shared_ptr<ZALTag> ZALTag::initReceiver(const char* receiverClass, const ZALNullableString& path) {
+    if (std::strcmp(receiverClass, "ZALTag") != 0) {
+        throw ZALProgrammingError("-[ZALTag initWithPath:] must not be called by subclasses");
+    }
+    return initReceiver(receiverClass, path, false);
+}
+
+const ZALArray<std::string>& ZALTag::standardPropertyKeys() {
+    static const ZALArray<std::string> keys = firstKeys(standardKeyCount);
+    return keys;
+}
+
+ZALArray<std::string> ZALTag::propertyKeys() const {
+    return firstKeys(std::size(properties));
+}
+
+ZALJSONValue ZALTag::valueForKey(const std::string& key) const {
+    const Property& property = propertyForKey(key);
+    if (property.integer != nullptr) return (this->*property.integer)();
+    return (this->*property.text)();
+}
+
+void ZALTag::setValue(const ZALJSONValue& value, const std::string& key) {
+    const Property& property = propertyForKey(key);
+    if (property.setInteger != nullptr) {
+        (this->*property.setInteger)(value.integerValue());
+    } else {
+        (this->*property.setText)(value.stringValue());
+    }
+}
+
+bool ZALTag::save(ZALError* /*error*/) {
+    return true;
+}
+
+bool ZALTag::failSave(ZALError* error) {
+    if (error == nullptr) return false;
+    *error = ZALError{};
+    error->domain = ZALTagErrorDomain;
+    error->code = ZALErrorCode::saveFailed;
+    error->userInfo[ZALTagErrorFailingTagKey] = weak_from_this();
+    return false;
+}
+
+ZALImagePtr ZALTag::primaryImage() const {
+    const ZALImagePtr customized = customizedImage();
+    return customized != nullptr ? customized : originalImage();
+}
+
+void ZALTag::copyValuesFromTag(const ZALTag& other) {
+    ZALJSONValue::Object values;
+    for (const std::string& key : standardPropertyKeys()) {
+        values[key] = other.valueForKey(key);
+    }
+    for (const std::string& key : standardPropertyKeys()) {
+        setValue(values[key], key);
+    }
+    if (supportsImages() && other.hasImages()) setAllImages(other.allImages());
+}
+
+std::string ZALTag::description() const {
+    std::string out = fmt::format("<{}: {}>{{\n", className(), fmt::ptr(this));
+    std::vector<std::string> keys = standardPropertyKeys().elements();
+    std::sort(keys.begin(), keys.end());
+    for (const std::string& key : keys) {
+        const ZALJSONValue value = valueForKey(key);
+        const std::string text =
+            value.isInteger() ? std::to_string(value.integerValue()) : value.stringValue().value_or("(null)");
+        out += fmt::format("    {} = {};\n", key, text);
+    }
+    return out + "}";
+}
+
+// What only back-ends can do.
+
+ZALNullableString ZALTag::artist() const {
+    abstract("artist");
+}
+void ZALTag::setArtist(const ZALNullableString&) {
+    abstract("setArtist:");
+}
+ZALNullableString ZALTag::album() const {
+    abstract("album");
+}
+void ZALTag::setAlbum(const ZALNullableString&) {
+    abstract("setAlbum:");
+}
+std::int64_t ZALTag::year() const {
+    abstract("year");
+}
+void ZALTag::setYear(std::int64_t) {
+    abstract("setYear:");
+}
+ZALNullableString ZALTag::title() const {
+    abstract("title");
+}
+void ZALTag::setTitle(const ZALNullableString&) {
+    abstract("setTitle:");
+}
+ZALNullableString ZALTag::genre() const {
+    abstract("genre");
+}
+void ZALTag::setGenre(const ZALNullableString&) {
+    abstract("setGenre:");
+}
+std::int64_t ZALTag::tempo() const {
+    abstract("tempo");
+}
+void ZALTag::setTempo(std::int64_t) {
+    abstract("setTempo:");
+}
+ZALNullableString ZALTag::initialKey() const {
+    abstract("initialKey");
+}
+void ZALTag::setInitialKey(const ZALNullableString&) {
+    abstract("setInitialKey:");
+}
+std::int64_t ZALTag::energyLevel() const {
+    abstract("energyLevel");
+}
+void ZALTag::setEnergyLevel(std::int64_t) {
+    abstract("setEnergyLevel:");
+}
+ZALNullableString ZALTag::modifiedBy() const {
+    abstract("modifiedBy");
+}
+void ZALTag::setModifiedBy(const ZALNullableString&) {
+    abstract("setModifiedBy:");
+}
+ZALNullableString ZALTag::grouping() const {
+    abstract("grouping");
+}
+void ZALTag::setGrouping(const ZALNullableString&) {
+    abstract("setGrouping:");
+}
+ZALNullableString ZALTag::comment() const {
+    abstract("comment");
+}
+void ZALTag::setComment(const ZALNullableString&) {
+    abstract("setComment:");
+}
+ZALArray<ZALTagComment> ZALTag::allComments() const {
+    abstract("allComments");
+}
+void ZALTag::setCommentWithComment(const ZALTagComment&) {
+    abstract("setCommentWithComment:");
+}
+void ZALTag::deleteExtraneousComments() {
+    abstract("deleteExtraneousComments");
+}
+void ZALTag::deleteID3v1Comment() {
+    abstract("deleteID3v1Comment");
+}
+bool ZALTag::supportsImages() const {
+    abstract("supportsImages");
+}
+bool ZALTag::hasImages() const {
+    abstract("hasImages");
+}
+bool ZALTag::hasOriginalImage() const {
+    abstract("hasOriginalImage");
+}
+bool ZALTag::hasCustomizedImage() const {
+    abstract("hasCustomizedImage");
+}
+ZALImagePtr ZALTag::originalImage() const {
+    abstract("originalImage");
+}
+ZALImagePtr ZALTag::customizedImage() const {
+    abstract("customizedImage");
+}
+ZALArray<ZALTagImageDictionary> ZALTag::allImages() const {
+    abstract("allImages");
+}
+void ZALTag::setAllImages(const ZALArray<ZALTagImageDictionary>&) {
+    abstract("setAllImages:");
+}
+bool ZALTag::replaceOriginalImage(const ZALImagePtr&) {
+    abstract("replaceOriginalImage:");
+}
+void ZALTag::backupOriginalImageAndSetCustomImage(const ZALImagePtr&) {
+    abstract("backupOriginalImageAndSetCustomImage:");
+}
+void ZALTag::restoreOriginalImage() {
+    abstract("restoreOriginalImage");
+}
+bool ZALTag::hasSeratoMetadata() const {
+    abstract("hasSeratoMetadata");
+}
+bool ZALTag::hasTraktorMetadata() const {
+    abstract("hasTraktorMetadata");
+}
+bool ZALTag::hasID3v1Tag() const {
+    abstract("hasID3v1Tag");
+}
+bool ZALTag::hasID3v2Tag() const {
+    abstract("hasID3v2Tag");
+}
+bool ZALTag::readOnly() const {
+    abstract("readOnly");
+}

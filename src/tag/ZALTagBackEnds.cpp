@@ -1,0 +1,37 @@
+#include "tag/ZALTagBackEnds.h"
+
+#include "base/Paths.h"
+#include "base/Unicode.h"
+
+#include <zaltag/id3/ZALTagID3.h>
+
+#include <algorithm>
+
+namespace zal {
+
+namespace {
+
+template <typename Class>
+std::shared_ptr<ZALTag> make(const ZALNullableString& path, bool readOnly) {
+    return Class::initWithPath(path, readOnly);
+}
+
+template <typename Class>
+constexpr BackEnd backEnd() {
+    return {&Class::supportedFileTypes, &Class::canInitWithPath, &make<Class>};
+}
+
+}  // namespace
+
+std::span<const BackEnd> backEnds() {
+    static constexpr BackEnd table[] = {backEnd<ZALTagID3>()};
+    return table;
+}
+
+bool hasExtensionAmong(const ZALNullableString& path, const ZALArray<std::string>& types) {
+    if (!path) return false;
+    const std::string extension = asciiLowercase(pathExtension(*path));
+    return std::find(types.begin(), types.end(), extension) != types.end();
+}
+
+}  // namespace zal

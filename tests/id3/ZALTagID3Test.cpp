@@ -1,0 +1,318 @@
+#include <zaltag/base/ZALProgrammingError.h>
+#include <zaltag/id3/ZALTagID3.h>
+
+#include "support/AudioFixtures.h"
+#include "support/Hex.h"
+
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+const TemporaryFolder& folder() {
+    static const TemporaryFolder one;
+    return one;
+}
+
+// A file under a fresh name: tag, audio, ID3v1 tag.
+std::string mp3(const ZALData& tag, const ZALData& v1 = {}) {
+    static int count = 0;
+    return folder().write("song " + std::to_string(++count) + ".mp3", joined({tag, mpegFrames(), v1}));
+}
+
+std::shared_ptr<ZALTagID3> opened(const std::string& path, bool readOnly = false) {
+    auto tag = ZALTagID3::tagAtPath(path, readOnly);
+    if (tag == nullptr) throw std::runtime_error("does not open: " + path);
+    return tag;
+}
+
+TEST(Opening, refusesWhatIsNoMP3) {
+    const std::string base = folder().path().string();
+    ::mkdir((base + "/folder.mp3").c_str(), 0755);
+    ::mkfifo((base + "/fifo.mp3").c_str(), 0644);
+    const std::string text(5000, 'x');
+    ZALData cut = mpegFrames(1);
+    cut.resize(200);
+    folder().write("empty.mp3", {});
+    folder().write("text.mp3", bytesOf(text));
+    folder().write("cut.mp3", cut);
+    folder().write("lone-sync.mp3", joined({bytesOf(text), fromHex("FF FB 90 64"), bytesOf(text)}));
+    for (const char* name :
+         {"missing.mp3", "folder.mp3", "fifo.mp3", "empty.mp3", "text.mp3", "cut.mp3", "lone-sync.mp3"}) {
+        EXPECT_EQ(ZALTagID3::tagAtPath(base + "/" + name), nullptr) << name;
+    }
+}
+
+TEST(Opening, takesATagOrAFrame) {
+    const ZALData junk(3000);
+    const ZALData apeFooter =
+        joined({bytesOf("APETAGEX"), fromHex("D0070000 20000000 00000000 00000000"), ZALData(8)});
+    for (const ZALData& file :
+         {mpegFrames(1), joined({junk, mpegFrames(2), junk}), id3Tag({id3Text("TIT2", "x")}),
+          joined({junk, id3v1Tag("t", "", "")}), joined({junk, apeFooter})}) {
+        EXPECT_NE(ZALTagID3::tagAtPath(folder().write("is.mp3", file)), nullptr) << file.size();
+    }
+}
+
+TEST(Fields, fallBackToID3v1WhereID3v2IsEmpty) {
+    const auto tag = opened(mp3(id3Tag({id3Text("TIT2", ""), id3Text("TALB", "")}), id3v1Tag("X", "A", "c")));
+    EXPECT_EQ(tag->title(), "X");
+    EXPECT_EQ(tag->artist(), "A");
+    EXPECT_EQ(tag->comment(), "c");
+    EXPECT_EQ(tag->album(), "") << "present and empty";
+    EXPECT_EQ(tag->genre(), std::nullopt);
+    EXPECT_EQ(tag->year(), 0);
+    EXPECT_EQ(tag->tempo(), 0);
+    EXPECT_EQ(tag->initialKey(), std::nullopt);
+    EXPECT_EQ(tag->modifiedBy(), std::nullopt);
+    EXPECT_EQ(tag->grouping(), std::nullopt);
+}
+
+TEST(Fields, areWrittenAndReadBack) {
+    const std::string path = mp3(id3Tag({}), id3v1Tag("old", "old", "old"));
+    auto tag = opened(path);
+    const std::pair<const char*, ZALJSONValue> values[] = {
+        {"artist", "Björk 🎵"}, {"album", "夜明け"},  {"title", " T "},     {"genre", "House"},
+        {"comment", "élan"},   {"initialKey", "8A"}, {"grouping", "Peak"}, {"modifiedBy", "DJ"},
+        {"year", 1999},        {"tempo", -3},        {"energyLevel", 7},
+    };
+    for (const auto& [key, value] : values) {
+        tag->setValue(value, key);
+    }
+    ASSERT_TRUE(tag->save());
+    EXPECT_EQ(mp3Audio(path), mpegFrames());
+    tag = opened(path);
+    for (const auto& [key, value] : values) {
+        EXPECT_EQ(tag->valueForKey(key), value) << key;
+        tag->setValue(nullptr, key);
+    }
+    ASSERT_TRUE(tag->save());
+    tag = opened(path);
+    for (const char* key : {"artist", "album", "title", "genre", "modifiedBy", "grouping"}) {
+        EXPECT_TRUE(tag->valueForKey(key).isNull()) << key;
+    }
+    EXPECT_EQ(tag->initialKey(), "") << "the frame is kept";
+    EXPECT_EQ(tag->comment(), "");
+    EXPECT_EQ(tag->year(), 0);
+    EXPECT_EQ(tag->tempo(), 0);
+    EXPECT_EQ(tag->energyLevel(), 0);
+    EXPECT_THROW(tag->valueForKey("nonsense"), ZALProgrammingError);
+}
+
+TEST(Fields, numbersAtTheirEdges) {
+    const std::string path = mp3(id3Tag({id3Text("TDRC", "1987-05-03"), id3Text("TBPM", " 128.7")}));
+    const auto tag = opened(path);
+    EXPECT_EQ(tag->year(), 1987);
+    EXPECT_EQ(tag->tempo(), 128);
+    tag->setYear(-5);
+    EXPECT_EQ(tag->year(), 0);
+    tag->setTempo(0);
+    tag->setEnergyLevel(3);
+    tag->setEnergyLevel(-1);
+    EXPECT_EQ(tag->energyLevel(), 0);
+    ASSERT_TRUE(tag->save());
+    const ZALData bytes = contentsOf(path);
+    const std::string text(bytes.begin(), bytes.end());
+    EXPECT_NE(text.find(std::string("TBPM\0\0\0\2\0\0\0\0", 11)), std::string::npos)
+        << "0 is written as text";
+    EXPECT_EQ(text.find("EnergyLevel"), std::string::npos);
+    EXPECT_EQ(text.find("TDRC"), std::string::npos);
+}
+
+TEST(Fields, textThatIsNotUTF8IsReplacedNotLost) {
+    const auto tag = opened(mp3({}));
+    tag->setTitle("a\xFFz");
+    EXPECT_EQ(tag->title(), "a\uFFFDz");
+}
+
+TEST(Fields, numericGenresBecomeNames) {
+    for (const char* stored : {"(17)", "17", "(17)Rock"}) {
+        const std::string path = mp3(id3Tag({id3Text("TCON", stored)}));
+        const auto tag = opened(path);
+        EXPECT_EQ(tag->genre(), "Rock") << stored;
+        ASSERT_TRUE(tag->save());
+        const ZALData bytes = contentsOf(path);
+        EXPECT_NE(std::string(bytes.begin(), bytes.end()).find(std::string("TCON\0\0\0\5\0\0\0Rock", 15)),
+                  std::string::npos)
+            << stored;
+    }
+}
+
+TEST(Grouping, isWrittenToBothFrames) {
+    const std::string path = mp3({});
+    for (const auto& [text, encoding] : {std::pair("Peak time", 0), std::pair("Pièce 🎵", 1)}) {
+        auto tag = opened(path);
+        tag->setGrouping(text);
+        EXPECT_TRUE(tag->requiresSaving());
+        ASSERT_TRUE(tag->save());
+        EXPECT_FALSE(tag->requiresSaving());
+        tag->setGrouping(text);
+        EXPECT_FALSE(tag->requiresSaving()) << "the same grouping is no change";
+        const ZALData bytes = contentsOf(path);
+        const std::size_t frame = std::string(bytes.begin(), bytes.end()).find("GRP1");
+        ASSERT_NE(frame, std::string::npos);
+        EXPECT_EQ(bytes[frame + 10], encoding);
+        tag = opened(path);
+        EXPECT_EQ(tag->GRP1Grouping(), text);
+        EXPECT_EQ(tag->TIT1Grouping(), text);
+    }
+    const auto tag = opened(path);
+    tag->setTitle("others do not count");
+    EXPECT_FALSE(tag->requiresSaving());
+    tag->setGrouping("");
+    EXPECT_EQ(tag->GRP1Grouping(), std::nullopt);
+    EXPECT_EQ(tag->TIT1Grouping(), std::nullopt);
+}
+
+TEST(Grouping, isReadFromAnUnknownFrame) {
+    // TagLib keeps a frame whose encryption flag is set as it is.
+    constexpr std::uint16_t encrypted = 0x0004;
+    const ZALData payload = fromHex("01 00 41");
+    const auto tag = opened(mp3(id3Tag({id3Frame("GRP1", payload, encrypted), id3Text("TIT1", "other")})));
+    EXPECT_EQ(tag->GRP1Grouping(), "A") << "UTF-16 without a mark is read by our own decoder";
+    tag->setGRP1Grouping("new");
+    EXPECT_EQ(tag->GRP1Grouping(), "new");
+    EXPECT_EQ(tag->grouping(), "new");
+    tag->setGRP1Grouping(std::nullopt);
+    EXPECT_EQ(tag->grouping(), "other");
+}
+
+TEST(Comment, isTheLastOrdinaryFrame) {
+    struct Case {
+        ZALData tag;
+        const char* comment;
+    };
+    const Case cases[] = {
+        {id3Tag({id3Comment("eng", "", "yes"), id3Comment("und", "", "no")}), "yes"},
+        {id3Tag({id3Comment("eng", "", "first"), id3Comment("eng", "", "second")}), "second"},
+        {id3Tag({id3Comment("deu", "", "yes"), id3Comment("eng", "iTunNORM", "no"),
+                 id3Comment("lZ2", "", "no")}),
+         "yes"},
+        {id3Tag({id3Comment("XXX", "", "no"), id3Comment("xxx", "", "no"), id3Comment("Pur", "", "no")}),
+         "v1"},
+        {id3Tag({id3Comment("eng", "", "")}), "v1"},
+    };
+    for (const Case& one : cases) {
+        EXPECT_EQ(opened(mp3(one.tag, id3v1Tag("t", "", "v1")))->comment(), one.comment);
+    }
+    EXPECT_EQ(opened(mp3({}))->comment(), "") << "never null";
+}
+
+TEST(Comment, isMovedInFrontOfTheOthers) {
+    const std::string path = mp3(id3Tag({id3Comment("eng", "iTunNORM", "norm"), id3Comment("und", "", "note"),
+                                         id3Comment("eng", "", "old"), id3Comment("deu", "x", "later")}));
+    const auto tag = opened(path);
+    tag->setComment("new");
+    EXPECT_TRUE(tag->requiresSaving());
+    ASSERT_TRUE(tag->save());
+    EXPECT_FALSE(tag->requiresSaving());
+    const ZALData bytes = contentsOf(path);
+    const std::string text(bytes.begin(), bytes.end());
+    std::size_t at = 0;
+    for (const char* comment : {"new", "later", "norm", "note"}) {
+        const std::size_t found = text.find(comment);
+        EXPECT_GT(found, at) << comment;
+        at = found;
+    }
+    tag->setComment("again");
+    EXPECT_FALSE(tag->requiresSaving()) << "it is in front already";
+    tag->setComment("");
+    EXPECT_TRUE(tag->requiresSaving()) << "with the primary frame gone, the others were moved";
+    EXPECT_EQ(tag->comment(), "");
+    EXPECT_EQ(opened(mp3(id3Tag({id3Comment("und", "", "note")})))->requiresSaving(), false);
+}
+
+TEST(ID3v1, anEmptyTagIsNone) {
+    const std::string path = mp3({}, id3v1Tag("", "", ""));
+    const auto tag = opened(path);
+    EXPECT_FALSE(tag->hasID3v1Tag());
+    EXPECT_TRUE(tag->hasID3v2Tag());
+    tag->setTitle("new");
+    ASSERT_TRUE(tag->save());
+    EXPECT_EQ(id3v1Of(path), id3v1Tag("", "", "")) << "no ID3v1 step";
+}
+
+TEST(ID3v1, isKeptInStepOrStripped) {
+    const ZALData ape =
+        joined({bytesOf("APETAGEX"), fromHex("D0070000 20000000 00000000 00000000"), ZALData(8)});
+    const std::string path = mp3({}, joined({ape, id3v1Tag("old", "A", "c")}));
+    const auto tag = opened(path);
+    tag->setTitle("new");
+    ASSERT_TRUE(tag->save());
+    ZALData v1 = id3v1Of(path);
+    ASSERT_EQ(v1.size(), 128u);
+    EXPECT_EQ(std::string(v1.begin() + 3, v1.begin() + 6), "new");
+    EXPECT_NE(contentsOf(path).size(), 0u);
+    tag->setShouldStripID3v1Tag(true);
+    ASSERT_TRUE(tag->save());
+    EXPECT_TRUE(id3v1Of(path).empty());
+    EXPECT_EQ(mp3Audio(path), mpegFrames()) << "an APE tag goes with it";
+    EXPECT_TRUE(tag->hasID3v1Tag()) << "the open object still holds it";
+    EXPECT_FALSE(opened(path)->hasID3v1Tag());
+    EXPECT_EQ(opened(path)->title(), "new");
+}
+
+TEST(ID3v1, aForeignCommentIsKeptOutByABlank) {
+    // TagLib's own choice among the comments is the foreign one: it must not reach the ID3v1 tag.
+    const std::string path = mp3(id3Tag({id3Comment("und", "", "foreign")}), id3v1Tag("t", "a", ""));
+    const auto tag = opened(path);
+    ASSERT_TRUE(tag->save());
+    const ZALData v1 = id3v1Of(path);
+    ASSERT_EQ(v1.size(), 128u);
+    EXPECT_EQ(std::string(v1.begin() + 97, v1.begin() + 100), std::string(" \0\0", 3));
+    EXPECT_EQ(tag->comment(), "") << "in memory it is empty again";
+    EXPECT_EQ(opened(path)->comment(), " ");
+
+    const std::string agreed = mp3(id3Tag({id3Comment("eng", "", "mine")}), id3v1Tag("t", "a", ""));
+    ASSERT_TRUE(opened(agreed)->save());
+    const ZALData copied = id3v1Of(agreed);
+    EXPECT_EQ(std::string(copied.begin() + 97, copied.begin() + 101), "mine")
+        << "TagLib may copy the primary one";
+}
+
+TEST(Saving, growsAndShrinksAndKeepsTheAudio) {
+    const std::string path = mp3(id3Tag({id3Text("TIT2", "short")}), id3v1Tag("t", "a", "c"));
+    const auto tag = opened(path);
+    for (const std::size_t length : {10u, 5000u, 100000u, 20u}) {
+        tag->setTitle(std::string(length, 'x'));
+        ASSERT_TRUE(tag->save()) << length;
+        EXPECT_EQ(mp3Audio(path), mpegFrames()) << length;
+        EXPECT_EQ(opened(path)->title(), std::string(length, 'x'));
+    }
+}
+
+TEST(Saving, aReadOnlyObjectFails) {
+    const std::string path = mp3({});
+    const ZALData before = contentsOf(path);
+    const auto tag = opened(path, true);
+    tag->setTitle("new");
+    ZALError error;
+    EXPECT_FALSE(tag->save(&error));
+    EXPECT_FALSE(tag->save());
+    EXPECT_EQ(error.domain, "ZALTagErrorDomain");
+    EXPECT_EQ(static_cast<int>(error.code), 1);
+    EXPECT_EQ(error.failingTag(), tag);
+    EXPECT_EQ(contentsOf(path), before);
+    EXPECT_EQ(tag->title(), "new") << "the tags in memory stay";
+}
+
+// Runs as a user who may not write the file: root may write everything.
+TEST(Saving, aFileWithoutPermissionIsReadOnly) {
+    const std::string path = mp3({});
+    ::chmod(folder().path().c_str(), 0755);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool dropped = ::setgid(65534) == 0 && ::setuid(65534) == 0;
+        const auto tag = ZALTagID3::tagAtPath(path);
+        ::_exit(dropped && tag != nullptr && tag->readOnly() && !tag->save() ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+}  // namespace

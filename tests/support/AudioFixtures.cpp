@@ -1,0 +1,120 @@
+#include "support/AudioFixtures.h"
+
+#include "base/Endian.h"
+
+#include <zaltag/base/ZALTagSyncSafeInteger.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+TemporaryFolder::TemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "zaltag-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
+    path_ = pattern;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string TemporaryFolder::write(const std::string& name, ZALDataView bytes) const {
+    const std::string file = (path_ / name).string();
+    std::ofstream out(file, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    if (!out.flush()) throw std::runtime_error("cannot write " + file);
+    return file;
+}
+
+ZALData contentsOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+ZALData joined(std::initializer_list<ZALData> parts) {
+    ZALData out;
+    for (const ZALData& part : parts) {
+        out.insert(out.end(), part.begin(), part.end());
+    }
+    return out;
+}
+
+ZALData mpegFrames(int count) {
+    ZALData out;
+    for (int i = 0; i < count; ++i) {
+        ZALData frame(417);
+        frame[0] = 0xFF;
+        frame[1] = 0xFB;
+        frame[2] = 0x90;
+        frame[3] = 0x64;
+        frame[40] = static_cast<std::uint8_t>(i);  // so that a lost or moved frame shows
+        out.insert(out.end(), frame.begin(), frame.end());
+    }
+    return out;
+}
+
+ZALData id3Frame(std::string_view id, const ZALData& payload, std::uint16_t flags) {
+    zal::ByteWriter out;
+    ZALData size(4);
+    ZALTagSyncSafe4(static_cast<std::uint32_t>(payload.size()), size.data());
+    out.text(id);
+    out.bytes(size);
+    out.u16be(flags);
+    out.bytes(payload);
+    return out.take();
+}
+
+ZALData id3Text(std::string_view id, std::string_view text, std::uint8_t encoding) {
+    zal::ByteWriter payload;
+    payload.u8(encoding);
+    payload.text(text);
+    return id3Frame(id, payload.take());
+}
+
+ZALData id3Comment(std::string_view language, std::string_view description, std::string_view text) {
+    zal::ByteWriter payload;
+    payload.u8(0);
+    payload.text(language);
+    payload.text(description);
+    payload.u8(0);
+    payload.text(text);
+    return id3Frame("COMM", payload.take());
+}
+
+ZALData id3Tag(std::initializer_list<ZALData> frames, std::size_t padding) {
+    const ZALData body = joined(frames);
+    ZALData size(4);
+    ZALTagSyncSafe4(static_cast<std::uint32_t>(body.size() + padding), size.data());
+    return joined({{'I', 'D', '3', 4, 0, 0}, size, body, ZALData(padding)});
+}
+
+ZALData id3v1Tag(std::string_view title, std::string_view artist, std::string_view comment,
+                 std::uint8_t genre) {
+    ZALData tag(128);
+    const auto put = [&tag](std::size_t at, std::string_view text) {
+        std::copy(text.begin(), text.end(), tag.begin() + static_cast<std::ptrdiff_t>(at));
+    };
+    put(0, "TAG");
+    put(3, title);
+    put(33, artist);
+    put(97, comment);
+    tag[127] = genre;
+    return tag;
+}
+
+ZALData mp3Audio(const std::string& path) {
+    ZALData bytes = contentsOf(path);
+    if (!id3v1Of(path).empty()) bytes.resize(bytes.size() - 128);
+    if (bytes.size() < 10 || bytes[0] != 'I') return bytes;
+    const std::size_t tag = 10 + ZALTagUnSyncSafe4(bytes.data() + 6);
+    return {bytes.begin() + static_cast<std::ptrdiff_t>(std::min(tag, bytes.size())), bytes.end()};
+}
+
+ZALData id3v1Of(const std::string& path) {
+    const ZALData bytes = contentsOf(path);
+    if (bytes.size() < 128) return {};
+    const ZALData last(bytes.end() - 128, bytes.end());
+    return last[0] == 'T' && last[1] == 'A' && last[2] == 'G' ? last : ZALData();
+}

@@ -1,0 +1,107 @@
+#include <zaltag/base/ZALProgrammingError.h>
+#include <zaltag/id3/ZALTagID3.h>
+#include <zaltag/tag/ZALTag.h>
+
+#include "support/AudioFixtures.h"
+#include "support/LogCapture.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <map>
+
+namespace {
+
+using testing::ElementsAre;
+
+// A back-end that calls up to the factory, and one that implements only what the test sets.
+class Caller : public ZALTag {
+  public:
+    static void callUp(bool withFlag) {
+        withFlag ? initReceiver("Caller", "a.mp3", false) : initReceiver("Caller", "a.mp3");
+    }
+    Caller() = default;
+    bool supportsImages() const override { return false; }
+    ZALJSONValue valueForKey(const std::string& key) const override { return values.at(key); }
+    void setValue(const ZALJSONValue& value, const std::string& key) override { values[key] = value; }
+    std::map<std::string, ZALJSONValue> values;
+};
+
+std::string thrownBy(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const ZALProgrammingError& error) {
+        return error.what();
+    }
+    return "(nothing)";
+}
+
+TEST(Factory, goesByTheExtensionAlone) {
+    EXPECT_TRUE(ZALTag::canInitWithPath("/music/Song.MP3"));
+    EXPECT_TRUE(ZALTagID3::canInitWithPath("a.b.mP3"));
+    for (const char* path : {"track.ogg", "track", ".mp3", "mp3", "x.mp3/y", "track.mp3.", ""}) {
+        EXPECT_FALSE(ZALTag::canInitWithPath(path)) << path;
+        EXPECT_EQ(ZALTag::tagAtPath(path), nullptr) << path;
+    }
+    EXPECT_EQ(ZALTag::tagAtPath(std::nullopt), nullptr);
+}
+
+TEST(Factory, makesTheBackEndOfTheFile) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("Song.MP3", mpegFrames());
+    const auto tag = ZALTag::initWithPath(path);
+    ASSERT_NE(std::dynamic_pointer_cast<ZALTagID3>(tag), nullptr);
+    EXPECT_EQ(tag->path(), path);
+    EXPECT_FALSE(tag->readOnly());
+    EXPECT_TRUE(ZALTag::tagAtPath(path, true)->readOnly());
+}
+
+TEST(Factory, belongsToZALTag) {
+    EXPECT_EQ(thrownBy([] { Caller::callUp(true); }),
+              "-[ZALTag initWithPath:readOnly:] must not be called by subclasses");
+    EXPECT_EQ(thrownBy([] { Caller::callUp(false); }),
+              "-[ZALTag initWithPath:] must not be called by subclasses");
+    EXPECT_EQ(thrownBy([] { ZALTagID3::initWithPath("a.mp3"); }),
+              "-[ZALTag initWithPath:] must not be called by subclasses");
+}
+
+TEST(Factory, aBackEndLogsAMissingPath) {
+    const LogCapture log;
+    EXPECT_EQ(ZALTagID3::initWithPath(std::nullopt, false), nullptr);
+    EXPECT_EQ(ZALTagID3::tagAtPath(std::nullopt), nullptr);
+    EXPECT_EQ(ZALTagID3::initWithPath("missing.mp3", false), nullptr);
+    EXPECT_EQ(ZALTagID3::initWithPath("song.wav", false), nullptr);
+    EXPECT_THAT(log.lines(), ElementsAre("-[ZALTagID3 initWithPath:readOnly:] nil file path"));
+}
+
+TEST(Base, abstractOperationsNameThemselves) {
+    Caller tag;
+    EXPECT_EQ(thrownBy([&] { tag.artist(); }), "-[ZALTag artist] is abstract implement it in your subclass!");
+    EXPECT_EQ(thrownBy([&] { tag.setArtist("x"); }),
+              "-[ZALTag setArtist:] is abstract implement it in your subclass!");
+    EXPECT_EQ(thrownBy([&] { tag.allComments(); }),
+              "-[ZALTag allComments] is abstract implement it in your subclass!");
+    EXPECT_EQ(thrownBy([&] { tag.primaryImage(); }),
+              "-[ZALTag customizedImage] is abstract implement it in your subclass!");
+    EXPECT_TRUE(tag.save());
+}
+
+TEST(Base, copiesTheSevenStandardValues) {
+    EXPECT_THAT(ZALTag::standardPropertyKeys().elements(),
+                ElementsAre("artist", "album", "year", "title", "comment", "tempo", "initialKey"));
+    Caller from;
+    Caller to;
+    for (const std::string& key : from.propertyKeys()) {
+        from.values[key] = key;
+        to.values[key] = "old";
+    }
+    from.values["title"] = nullptr;
+    to.copyValuesFromTag(from);
+    EXPECT_EQ(to.values["artist"], ZALJSONValue("artist"));
+    EXPECT_TRUE(to.values["title"].isNull());
+    for (const char* key : {"genre", "grouping", "energyLevel", "modifiedBy"}) {
+        EXPECT_EQ(to.values[key], ZALJSONValue("old")) << key;
+    }
+}
+
+}  // namespace
