@@ -126,16 +126,6 @@ bool isValidUTF8(std::string_view bytes) {
     return true;
 }
 
-std::string validUTF8(std::string_view bytes) {
-    if (isValidUTF8(bytes)) return std::string(bytes);
-    std::string out;
-    for (std::size_t at = 0; at < bytes.size();) {
-        const char32_t c = nextUTF8(bytes, at);
-        appendUTF8(out, c == malformed ? replacement : c);
-    }
-    return out;
-}
-
 std::string prefixOfUTF16Length(std::string_view utf8, std::size_t count) {
     std::size_t at = 0;
     for (std::size_t units = 0; at < utf8.size();) {
@@ -180,3 +170,13 @@ std::string asciiLowercase(std::string_view text) {
 }
 
 }  // namespace zal
+
+std::string ZALValidUTF8(std::string_view bytes) {
+    if (zal::isValidUTF8(bytes)) return std::string(bytes);
+    std::string out;
+    for (std::size_t at = 0; at < bytes.size();) {
+        const char32_t c = zal::nextUTF8(bytes, at);
+        zal::appendUTF8(out, c == zal::malformed ? zal::replacement : c);
+    }
+    return out;
+}

@@ -14,7 +14,7 @@ std::string stringWithTagLibString(const TagLib::String& string) {
 }
 
 TagLib::String TagLibString(const ZALNullableString& text) {
-    return text ? TagLib::String(validUTF8(*text), TagLib::String::UTF8) : TagLib::String();
+    return text ? TagLib::String(ZALValidUTF8(*text), TagLib::String::UTF8) : TagLib::String();
 }
 
 TagLib::String latin1TagLibString(const std::string& bytes) {

@@ -41,7 +41,7 @@ TEST(Unicode, malformedSequencesBecomeReplacements) {
          {"\xC0\x80", "\xED\xA0\x80", "\xF5\x80\x80\x80", "\xE2\x82", "\x80", "\xF0\x80\x80\x80"}) {
         EXPECT_FALSE(zal::isValidUTF8(text)) << toHex(bytesOf(text));
     }
-    EXPECT_EQ(zal::validUTF8("a\xFFz"), "a\uFFFDz");
+    EXPECT_EQ(ZALValidUTF8("a\xFFz"), "a\uFFFDz");
     EXPECT_EQ(zal::utf16FromUTF8("🎵"), u"🎵");
     EXPECT_EQ(zal::utf8FromUTF16(u"🎵é"), "🎵é");
     EXPECT_EQ(zal::utf8FromUTF16(std::u16string(1, char16_t{0xD800})), "\uFFFD");

@@ -1,0 +1,126 @@
+#include "Assignments.h"
+#include "Commands.h"
+#include "Files.h"
+#include "Output.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+
+namespace {
+
+struct Options {
+    std::vector<std::string> words;
+    bool stripV1 = false;
+};
+
+struct Assignment {
+    std::string name;
+    ZALJSONValue value;
+};
+
+const std::vector<std::string> texts{"artist",     "album",    "title",      "genre",        "comment",
+                                     "initialKey", "grouping", "modifiedBy", "TIT1Grouping", "GRP1Grouping"};
+const std::vector<std::string> integers{"year", "tempo", "energyLevel"};
+
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+Assignment parsed(const std::string& name, const std::string& text) {
+    if (text.empty()) return {name, nullptr};
+    if (contains(texts, name)) {
+        if (ZALValidUTF8(text) != text) throw UsageError(fmt::format("{} is not UTF-8", name));
+        return {name, text};
+    }
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || end != text.data() + text.size()) {
+        throw UsageError(fmt::format("{} takes a whole number, not '{}'", name, printable(text)));
+    }
+    return {name, number};
+}
+
+// The words as files and values; everything is checked before a file is touched.
+std::pair<std::vector<std::string>, std::vector<Assignment>> readWords(const Options& options) {
+    std::vector<std::string> names = texts;
+    names.insert(names.end(), integers.begin(), integers.end());
+    FilesAndAssignments words;
+    try {
+        words =
+            splitWords(options.words, [&names](const std::string& name) { return contains(names, name); });
+    } catch (const UsageError& error) {
+        const std::string closest = closestName(error.what(), names);
+        throw UsageError(closest.empty() ? fmt::format("'{}' is not NAME=VALUE; the names are: {}",
+                                                       printable(error.what()), fmt::join(names, ", "))
+                                         : fmt::format("there is no property '{}': did you mean '{}'?",
+                                                       printable(error.what()), closest));
+    }
+    if (words.files.empty()) throw UsageError("no file is named");
+    if (words.assignments.empty() && !options.stripV1)
+        throw UsageError("nothing is set: NAME=VALUE is missing");
+    std::vector<Assignment> assignments;
+    for (const auto& [name, text] : words.assignments) {
+        assignments.push_back(parsed(name, text));
+    }
+    return {words.files, assignments};
+}
+
+// Makes the save remove the ID3v1 tag; what only that tag holds is first written to the other one.
+void stripID3v1(ZALTag& tag) {
+    tag.setShouldStripID3v1Tag(true);
+    if (!tag.hasID3v1Tag()) return;
+    for (const char* key : {"artist", "album", "title", "genre", "year", "comment"}) {
+        tag.setValue(tag.valueForKey(key), key);
+    }
+}
+
+// Changes and saves one file. Empty, or the reason why it failed.
+std::string change(const std::string& file, const std::vector<Assignment>& assignments, bool stripV1) {
+    const OpenedFile opened = openFile(file, false);
+    if (opened.tag == nullptr) return opened.failure;
+    if (opened.tag->readOnly()) return "is read-only";
+    const auto keys = opened.tag->propertyKeys();
+    for (const Assignment& assignment : assignments) {
+        if (!contains(keys.elements(), assignment.name)) {
+            return fmt::format("{} has no {}", opened.tag->className(), assignment.name);
+        }
+    }
+    if (stripV1) stripID3v1(*opened.tag);
+    for (const Assignment& assignment : assignments) {
+        opened.tag->setValue(assignment.value, assignment.name);
+    }
+    return opened.tag->save() ? "" : "could not be saved; the file is as it was";
+}
+
+int set(const Options& options) {
+    Output output(false);
+    try {
+        const auto [files, assignments] = readWords(options);
+        for (const std::string& file : files) {
+            const std::string failure = change(file, assignments, options.stripV1);
+            if (!failure.empty()) output.failure(file, failure);
+        }
+    } catch (const UsageError& error) {
+        output.message(error.what());
+        return wrongUsage;
+    }
+    return output.finish();
+}
+
+}  // namespace
+
+void addSetCommand(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand("set", "Set fields of audio files and save them");
+    command
+        ->add_option("FILE... NAME=VALUE", options->words, "Audio files, then fields; an empty VALUE is null")
+        ->required();
+    command->add_flag("--strip-v1", options->stripV1,
+                      "Remove the ID3v1 tag of MP3 files; what only it holds is kept in the ID3v2 tag");
+    command->footer(fmt::format("Names: {}, {}", fmt::join(texts, ", "), fmt::join(integers, ", ")));
+    command->callback([options, &chosen] { chosen = [options] { return set(*options); }; });
+}

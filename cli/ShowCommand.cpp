@@ -1,0 +1,53 @@
+#include "Commands.h"
+#include "Files.h"
+#include "Output.h"
+#include "TagMembers.h"
+
+#include <zaltag/platform/ZALJSON.h>
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+namespace {
+
+struct Options {
+    std::vector<std::string> files;
+    bool json = false;
+};
+
+std::string textOf(const ZALJSONValue& value) {
+    if (value.isNull()) return "-";
+    if (value.isString()) return printable(*value.stringValue());
+    return ZALJSON::serialize(value).value_or("-");
+}
+
+void printText(Output& output, const Members& members) {
+    for (const auto& [name, value] : members) {
+        output.line(name == "path" ? textOf(value) : fmt::format("  {:<16}{}", name, textOf(value)));
+    }
+}
+
+int show(const Options& options) {
+    Output output(options.json);
+    for (const std::string& file : options.files) {
+        const OpenedFile opened = openFile(file, true);
+        if (opened.tag == nullptr) {
+            output.failure(file, opened.failure);
+        } else if (options.json) {
+            output.object(membersOfTag(file, *opened.tag));
+        } else {
+            printText(output, membersOfTag(file, *opened.tag));
+        }
+    }
+    return output.finish();
+}
+
+}  // namespace
+
+void addShowCommand(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand("show", "Print every field of audio files");
+    command->add_option("FILE", options->files, "Audio files")->required();
+    command->add_flag("--json", options->json, "Print one JSON array, an object per file");
+    command->callback([options, &chosen] { chosen = [options] { return show(*options); }; });
+}

@@ -1,0 +1,53 @@
+#include "Commands.h"
+
+#include <zaltag/platform/ZALHost.h>
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+constexpr char footer[] =
+    "Examples:\n"
+    "  zaltag show song.mp3\n"
+    "  zaltag set song.mp3 title='Night Drive' tempo=124 initialKey=8A\n"
+    "  zaltag scan ~/Music --json\n"
+    "\n"
+    "Exit status: 0 all done, 1 something failed, 2 wrong usage.";
+
+int run(int argc, char** argv) {
+    CLI::App program("Reads and writes the metadata of DJ software in audio files.", "zaltag");
+    const std::string version = "zaltag " + ZALHost::libraryVersion();
+    Command chosen;
+    program.footer(footer);
+    program.require_subcommand(1);
+    addShowCommand(program, chosen);
+    addSetCommand(program, chosen);
+    addScanCommand(program, chosen);
+    program.set_version_flag("--version", version, "Print the version and end");
+    for (CLI::App* command : program.get_subcommands({})) {
+        command->set_version_flag("--version", version, "Print the version and end");
+    }
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::Success& asked) {  // help or version
+        return program.exit(asked);
+    } catch (const CLI::ParseError& error) {
+        std::cerr << "zaltag: " << error.what() << "\nTry 'zaltag --help'.\n";
+        return wrongUsage;
+    }
+    return chosen();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "zaltag: " << error.what() << "\n";
+        return 1;
+    }
+}

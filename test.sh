@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Sets everything up and runs every test: plain, under the address and undefined-behaviour sanitizers, and every fuzz
+# target over its corpus and for a few seconds beyond it.
+set -euo pipefail
+cd "$(dirname "$0")"
+scripts/install-deps.sh
+
+fuzz_seconds=${ZALTAG_FUZZ_SECONDS:-3}
+jobs=$(nproc)
+
+build() {
+    echo "== building $1"
+    if ! log=$( (cmake --preset "$1" && cmake --build --preset "$1" -j "$jobs") 2>&1); then
+        echo "$log"
+        exit 1
+    fi
+}
+
+build release
+echo "== tests"
+ctest --preset release -j "$jobs"
+
+build asan
+echo "== tests under the address and undefined-behaviour sanitizers"
+ctest --preset asan -j "$jobs"
+
+build fuzz
+echo "== fuzz targets, $fuzz_seconds s each"
+for target in build/fuzz/fuzz/fuzz_*; do
+    [ -x "$target" ] || continue
+    name=$(basename "$target")
+    work=$(mktemp -d)
+    if ! "$target" -max_total_time="$fuzz_seconds" -max_len=4096 -timeout=10 -rss_limit_mb=2048 \
+        -artifact_prefix="$work/" "$work" "fuzz/corpus/${name#fuzz_}" >"$work.log" 2>&1; then
+        tail -n 40 "$work.log"
+        echo "$name: found something, the input is in $work"
+        exit 1
+    fi
+    grep -E '^Done ' "$work.log" | sed "s/^/$name: /"
+    rm -rf "$work" "$work.log"
+done
+echo "all tests passed"

@@ -1,0 +1,44 @@
+"""What the tests of the zaltag program share: running it, and making audio files for it."""
+import json
+import os
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+ZALTAG = os.environ["ZALTAG"]
+FRAME = bytes.fromhex("FFFB9064") + bytes(413)  # one silent MPEG 1 layer III frame
+
+
+class ProgramTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="zaltag-")
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, content):
+        with open(self.path(name), "wb") as file:
+            file.write(content)
+        return self.path(name)
+
+    def mp3(self, name="song.mp3", frames=20):
+        return self.write(name, FRAME * frames)
+
+    def content(self, path):
+        with open(path, "rb") as file:
+            return file.read()
+
+    def run_program(self, *arguments, **options):
+        return subprocess.run([ZALTAG, *arguments], capture_output=True, timeout=120, **options)
+
+    def zaltag(self, *arguments, status=0):
+        """Runs the program, checks its exit status, and gives both outputs as text."""
+        done = self.run_program(*arguments)
+        out, err = (text.decode("utf-8", "replace") for text in (done.stdout, done.stderr))
+        self.assertEqual(done.returncode, status, f"{arguments}: {out}{err}")
+        return out, err
+
+    def show(self, path):
+        return json.loads(self.zaltag("show", "--json", path)[0])[0]

@@ -1,0 +1,176 @@
+"""The program's commands show, set and scan, from outside; files are checked with mutagen."""
+import json
+import os
+import subprocess
+
+from mutagen.id3 import COMM, ID3, TIT2
+from mutagen.mp3 import MP3
+
+from support import FRAME, ProgramTest
+
+
+def audio_of(path):
+    """The file without the tag in front, as ffmpeg copies the packets."""
+    return subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-map", "0:a", "-c", "copy", "-f", "md5", "-"],
+                          capture_output=True, check=True).stdout
+
+
+class Fields(ProgramTest):
+    def test_values_come_back_and_mutagen_agrees(self):
+        song = self.mp3("ein Lied – été.mp3")
+        before = audio_of(song)
+        texts = {"artist": "Zoë 🎧", "album": "夜明け", "title": "a=b", "genre": "House", "comment": "line\nbreak",
+                 "initialKey": "8A", "grouping": "Peak", "modifiedBy": "me"}
+        numbers = {"year": 2024, "tempo": 124, "energyLevel": 7}
+        words = [f"{name}={value}" for name, value in {**texts, **numbers}.items()]
+        self.zaltag("set", song, *words)
+        shown = self.show(song)
+        self.assertEqual(shown["path"], song)
+        self.assertEqual(shown["class"], "ZALTagID3")
+        for name, value in {**texts, **numbers}.items():
+            self.assertEqual(shown[name], value, name)
+        tags = MP3(song).tags
+        self.assertEqual([str(tags[key]) for key in ("TPE1", "TIT2", "TBPM", "TXXX:EnergyLevel", "GRP1", "TPE4")],
+                         ["Zoë 🎧", "a=b", "124", "7", "Peak", "me"])
+        self.assertEqual(str(tags["COMM::eng"]), "line\nbreak")
+        self.assertEqual(audio_of(song), before)
+
+        self.zaltag("set", song, "artist=", "year=", "energyLevel=", "comment=")
+        shown = self.show(song)
+        self.assertIsNone(shown["artist"])
+        self.assertEqual((shown["year"], shown["energyLevel"], shown["comment"]), (0, 0, ""))
+        self.assertNotIn("COMM::eng", MP3(song).tags)
+        self.assertEqual(audio_of(song), before)
+
+    def test_foreign_frames_survive(self):
+        song = self.mp3()
+        tags = ID3()
+        tags.add(TIT2(encoding=1, text="old"))
+        tags.add(COMM(encoding=0, lang="eng", desc="iTunNORM", text="0000"))
+        tags.save(song, v2_version=3)
+        self.zaltag("set", song, "title=new", "comment=mine")
+        tags = ID3(song)
+        self.assertEqual(str(tags["TIT2"]), "new")
+        self.assertEqual(str(tags["COMM:iTunNORM:eng"]), "0000")
+
+    def test_strip_v1(self):
+        song = self.write("v1.mp3", FRAME * 4 + (b"TAG" + b"title").ljust(127, b"\0") + b"\xff")
+        self.assertTrue(self.show(song)["hasID3v1Tag"])
+        self.zaltag("set", "--strip-v1", song)
+        self.assertFalse(self.show(song)["hasID3v1Tag"])
+        self.assertEqual(self.show(song)["title"], "title")
+
+    def test_a_word_is_an_assignment_unless_a_file_has_its_name(self):
+        song = self.mp3("title=x.mp3")
+        self.zaltag("set", song, "title=y")
+        done = self.run_program("set", "title=x.mp3", "artist=z", cwd=self.folder)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual((self.show(song)["title"], self.show(song)["artist"]), ("y", "z"))
+        self.mp3("-dash.mp3")
+        done = self.run_program("show", "--json", "--", "-dash.mp3", cwd=self.folder)
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def test_wrong_usage_touches_nothing(self):
+        song = self.mp3()
+        before = self.content(song)
+        cases = {("set", song, "titel=x"): "did you mean 'title'",
+                 ("set", song, "title=a", "year=19x9"): "year takes a whole number",
+                 ("set", song, "title=a", song): "is not NAME=VALUE",
+                 ("set", song): "NAME=VALUE is missing",
+                 ("set", "title=a"): "no file",
+                 ("show",): "FILE is required",
+                 ("nonsense",): "",
+                 (): ""}
+        for arguments, message in cases.items():
+            out, err = self.zaltag(*arguments, status=2)
+            self.assertEqual(out, "")
+            self.assertIn(message, err)
+        self.assertEqual(self.content(song), before)
+
+    def test_help_and_version_are_everywhere(self):
+        for command in ((), ("show",), ("set",), ("scan",)):
+            self.assertIn("--help", self.zaltag(*command, "--help")[0])
+            self.assertRegex(self.zaltag(*command, "--version")[0], r"^zaltag \d+\.\d+\.\d+\n$")
+
+
+class Failures(ProgramTest):
+    def bad_files(self):
+        os.mkdir(self.path("folder.mp3"))
+        os.mkfifo(self.path("fifo.mp3"))
+        return {self.path("missing.mp3"): "no such file", self.path("folder.mp3"): "is a folder",
+                self.path("fifo.mp3"): "is not a regular file",
+                self.write("empty.mp3", b""): "not a readable", self.write("text.mp3", b"Hello\n" * 500): "not a readable",
+                self.write("song.ogg", FRAME): "unsupported file type",
+                self.write("name.mp3.bak", FRAME): "unsupported file type"}
+
+    def test_each_is_one_line_and_the_others_are_done(self):
+        good, bad = self.mp3("good.mp3"), self.bad_files()
+        for command in (("show",), ("set", "title=done")):
+            out, err = self.zaltag(command[0], *bad, good, *command[1:], status=1)
+            lines = err.splitlines()
+            self.assertEqual(len(lines), len(bad), err)
+            for (path, reason), line in zip(bad.items(), lines):
+                self.assertTrue(line.startswith(f"zaltag: {path}: "), line)
+                self.assertIn(reason, line)
+        self.assertEqual(self.show(good)["title"], "done")
+
+    def test_json_holds_the_failures(self):
+        bad = self.bad_files()
+        out, _ = self.zaltag("show", "--json", *bad, status=1)
+        shown = json.loads(out)
+        self.assertEqual([one["path"] for one in shown], list(bad))
+        self.assertTrue(all(set(one) == {"path", "error"} for one in shown))
+
+    def test_a_name_that_is_not_utf8(self):
+        name = os.path.join(self.folder.encode(), b"caf\xe9.mp3")
+        with open(name, "wb") as file:
+            file.write(FRAME * 3)
+        self.zaltag("set", name, "title=x")
+        shown = self.show(name)
+        self.assertEqual(shown["title"], "x")
+        self.assertTrue(shown["path"].endswith("caf\ufffd.mp3"))
+
+    def test_without_permission(self):
+        """As a user who is not root, since root may do everything."""
+        song, closed = self.mp3(), self.mp3("closed.mp3")
+        os.chmod(self.folder, 0o755)
+        os.chmod(closed, 0)
+        before = self.content(song)
+        drop = {"user": 65534, "group": 65534} if os.getuid() == 0 else {}
+        for path, reason in ((song, b"is read-only"), (closed, b"permission denied")):
+            done = self.run_program("set", path, "title=x", **drop)
+            self.assertEqual(done.returncode, 1 if drop else done.returncode)
+            if drop:
+                self.assertIn(reason, done.stderr)
+        if drop:
+            self.assertEqual(self.content(song), before)
+
+    def test_a_full_output_is_a_failure(self):
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([os.environ["ZALTAG"], "show", self.mp3()], stdout=full, stderr=subprocess.PIPE)
+        self.assertEqual(done.returncode, 1)
+
+
+class Scan(ProgramTest):
+    def test_a_thousand_files_and_their_failures(self):
+        os.makedirs(self.path("a/b"))
+        for i in range(1000):
+            self.write(f"a/{'b/' if i % 2 else ''}{i:04}.mp3", b"" if i % 100 == 7 else FRAME * 2)
+        self.write("a/notes.txt", b"not audio")
+        os.symlink(self.path("a"), self.path("a/loop"))
+        bad = {i for i in range(1000) if i % 100 == 7}
+        for jobs in ("1", "4"):
+            out, err = self.zaltag("scan", "--json", "--jobs", jobs, self.folder, status=1)
+            shown = json.loads(out)
+            self.assertEqual(len(shown), 1000)
+            failed = {int(os.path.basename(one["path"])[:4]) for one in shown if "error" in one}
+            self.assertEqual(failed, bad)
+            self.assertEqual([one["path"] for one in shown], sorted(one["path"] for one in shown))
+            self.assertIn("1000 files, 10 failures", err)
+        out, _ = self.zaltag("scan", self.folder, status=1)
+        self.assertEqual(len(out.splitlines()), 991)
+        self.assertRegex(out.splitlines()[-1], r"^1000 files, 10 failures, \d+ files per second$")
+
+    def test_nothing_to_scan(self):
+        self.assertEqual(json.loads(self.zaltag("scan", "--json", self.folder)[0]), [])
+        self.zaltag("scan", self.path("missing"), status=1)
