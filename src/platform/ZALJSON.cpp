@@ -2,6 +2,7 @@
 
 #include "base/Unicode.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -77,26 +78,30 @@ class Builder final : public nlohmann::json_sax<nlohmann::json> {
     std::vector<Frame> frames_;
 };
 
-nlohmann::json libraryValue(const ZALJSONValue& value) {
+// The library's own value. What JSON cannot hold becomes a text that says so, for descriptions; a valid value
+// has none of it.
+nlohmann::json libraryValue(const ZALJSONValue& value, int depth = ZALJSON::depthMax) {
+    if (depth < 0) return "...";
     if (value.isArray()) {
         nlohmann::json out = nlohmann::json::array();
         for (const ZALJSONValue& element : value.arrayValue()) {
-            out.push_back(libraryValue(element));
+            out.push_back(libraryValue(element, depth - 1));
         }
         return out;
     }
     if (value.isObject()) {
         nlohmann::json out = nlohmann::json::object();
         for (const auto& [key, element] : value.objectValue()) {
-            out[key] = libraryValue(element);
+            out[key] = libraryValue(element, depth - 1);
         }
         return out;
     }
     if (value.isString()) return *value.stringValue();
     if (value.isBool()) return value.boolValue();
     if (value.isInteger()) return value.integerValue();
-    if (value.isDouble()) return value.doubleValue();
-    return nullptr;
+    if (!value.isDouble()) return nullptr;
+    const double number = value.doubleValue();
+    return std::isfinite(number) ? nlohmann::json(number) : nlohmann::json(fmt::format("{}", number));
 }
 
 bool isValidWithin(const ZALJSONValue& value, int depth) {
@@ -131,7 +136,17 @@ bool ZALJSON::isValid(const ZALJSONValue& value) {
     return isValidWithin(value, depthMax);
 }
 
-std::optional<std::string> ZALJSON::serialize(const ZALJSONValue& value, bool indented) {
-    if (!isValid(value)) return std::nullopt;
-    return libraryValue(value).dump(indented ? 2 : -1);
+std::optional<std::string> ZALJSON::serialize(const ZALJSONValue& value, bool indented, std::string* error) {
+    std::string reason = "not a valid JSON value";
+    try {
+        if (isValid(value)) return libraryValue(value).dump(indented ? 2 : -1);
+    } catch (const std::exception& exception) {  // bad_alloc for a value as large as the memory
+        reason = exception.what();
+    }
+    if (error != nullptr) *error = reason;
+    return std::nullopt;
+}
+
+std::string ZALJSON::description(const ZALJSONValue& value) {
+    return libraryValue(value).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }

@@ -35,7 +35,18 @@ TEST(JSON, valuesOutsideJSONDoNotSerialize) {
     EXPECT_FALSE(ZALJSON::serialize(std::numeric_limits<double>::quiet_NaN()));
     EXPECT_FALSE(ZALJSON::serialize(ZALJSONValue::Object{{"t", std::numeric_limits<double>::infinity()}}));
     EXPECT_FALSE(ZALJSON::serialize(std::string("\xFF")));
-    EXPECT_FALSE(ZALJSON::serialize(ZALJSONValue::Object{{"\xFF", 1}}));
+    std::string error;
+    EXPECT_FALSE(ZALJSON::serialize(ZALJSONValue::Object{{"\xFF", 1}}, false, &error));
+    EXPECT_FALSE(error.empty());
+}
+
+TEST(JSON, aDescriptionShowsWhatJSONCannotHold) {
+    ZALJSONValue deep = ZALJSONValue::Array{std::numeric_limits<double>::infinity(), "a\xFFz"};
+    EXPECT_EQ(ZALJSON::description(deep), "[\"inf\",\"a\uFFFDz\"]");
+    for (int depth = 0; depth < 2 * ZALJSON::depthMax; ++depth) {
+        deep = ZALJSONValue::Array{std::move(deep)};
+    }
+    EXPECT_EQ(ZALJSON::description(deep).find("[\"...\"]"), std::size_t{ZALJSON::depthMax});
 }
 
 TEST(JSONValue, readsEveryTypeAsANumber) {

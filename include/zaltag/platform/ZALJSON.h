@@ -22,6 +22,11 @@ class ZALTAG_EXPORT ZALJSON {
     static bool isValid(const ZALJSONValue& value);
 
     /// The value as JSON text, keys sorted: compact, or indented by two blanks a level. Null when it is not
-    /// valid.
-    static std::optional<std::string> serialize(const ZALJSONValue& value, bool indented = false);
+    /// valid or the memory cannot be had; `error`, when given, then says why.
+    static std::optional<std::string> serialize(const ZALJSONValue& value, bool indented = false,
+                                                std::string* error = nullptr);
+
+    /// The value as text for the log, never null: compact JSON as far as it goes. A number that is not finite
+    /// stands as the text "nan" or "inf", malformed UTF-8 as U+FFFD, what is deeper than depthMax as "...".
+    static std::string description(const ZALJSONValue& value);
 };
