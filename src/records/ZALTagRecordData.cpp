@@ -1,0 +1,44 @@
+#include <zaltag/platform/ZALJSON.h>
+#include <zaltag/records/ZALTagRecordData.h>
+#include <zaltag/serato/ZALBase64.h>
+
+#include "base/Unicode.h"
+#include "platform/Log.h"
+
+namespace {
+
+std::string_view textOf(ZALDataView bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+ZALDataView bytesOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+}  // namespace
+
+ZALNullableData tagData(const ZALJSONValue& dictionary) {
+    if (!dictionary.isObject() || !ZALJSON::isValid(dictionary)) {
+        zal::logf("Invalid generated json object: {}", ZALJSON::description(dictionary));
+        return std::nullopt;
+    }
+    std::string error;
+    const auto json = ZALJSON::serialize(dictionary, false, &error);
+    if (!json) {
+        zal::logf("Failed to serialize json object {} error:{}", ZALJSON::description(dictionary), error);
+        return std::nullopt;
+    }
+    return dataByEncodingBase64(bytesOf(*json));
+}
+
+std::optional<ZALJSONValue> JSONDict(ZALDataView storedBytes) {
+    const ZALNullableData json = dataByDecodingBase64(storedBytes);
+    if (!json || json->empty()) return std::nullopt;
+    std::string error = "the text is not an object";
+    auto value = ZALJSON::parse(textOf(*json), &error);
+    if (value && value->isObject()) return value;
+    // The error may quote the bytes that are at fault, so it too is made fit to print.
+    zal::logf("failed to parse json data {} with error: {}", zal::validUTF8(textOf(*json)),
+              zal::validUTF8(error));
+    return std::nullopt;
+}
