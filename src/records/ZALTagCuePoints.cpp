@@ -3,6 +3,7 @@
 #include "records/RecordHash.h"
 
 #include <atomic>
+#include <utility>
 
 namespace {
 
@@ -23,10 +24,10 @@ ZALTagCuePoint cueFromJSON(const ZALJSONValue& value) {
 
 }  // namespace
 
-ZALTagCuePoints ZALTagCuePoints::cuePointsWithCuePointArray(ZALArray<ZALTagCuePoint> cuePoints,
+ZALTagCuePoints ZALTagCuePoints::cuePointsWithCuePointArray(const ZALArray<ZALTagCuePoint>& cuePoints,
                                                             std::int64_t algorithm) {
     ZALTagCuePoints made;
-    made.setCuePoints(std::move(cuePoints));
+    made.setCuePoints(cuePoints);
     made.setAlgorithm(algorithm);
     return made;
 }

@@ -6,6 +6,7 @@
 #include <zaltag/records/ZALTagVelvetCascade.h>
 #include <zaltag/serato/ZALBase64.h>
 
+#include "base/Unicode.h"
 #include "support/Hex.h"
 #include "support/LogCapture.h"
 
@@ -15,8 +16,10 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::ResultOf;
 using testing::StartsWith;
 
 std::string stored(const ZALTagCustomProperty& record) {
@@ -104,7 +107,8 @@ TEST(RecordData, bytesWithoutAnObjectAreOneLineAndNull) {
         const LogCapture log;
         EXPECT_EQ(readJSON(json), std::nullopt) << shown;
         EXPECT_THAT(log.lines(),
-                    ElementsAre(StartsWith("failed to parse json data " + shown + " with error: ")));
+                    ElementsAre(AllOf(StartsWith("failed to parse json data " + shown + " with error: "),
+                                      ResultOf(zal::isValidUTF8, true))));
     }
 }
 

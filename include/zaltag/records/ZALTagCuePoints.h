@@ -4,15 +4,14 @@
 #include <zaltag/records/ZALTagCuePoint.h>
 #include <zaltag/records/ZALTagCustomProperty.h>
 
-#include <utility>
-
 /// The cue points that an analysis found.
 class ZALTAG_EXPORT ZALTagCuePoints : public ZALTagCustomProperty {
   public:
-    static ZALTagCuePoints cuePointsWithCuePointArray(ZALArray<ZALTagCuePoint> cuePoints,
+    static ZALTagCuePoints cuePointsWithCuePointArray(const ZALArray<ZALTagCuePoint>& cuePoints,
                                                       std::int64_t algorithm);
-    static ZALTagCuePoints initWithCuePointArray(ZALArray<ZALTagCuePoint> cuePoints, std::int64_t algorithm) {
-        return cuePointsWithCuePointArray(std::move(cuePoints), algorithm);
+    static ZALTagCuePoints initWithCuePointArray(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                 std::int64_t algorithm) {
+        return cuePointsWithCuePointArray(cuePoints, algorithm);
     }
     static std::optional<ZALTagCuePoints> propertyWithJSONDict(
         const std::optional<ZALJSONValue>& dictionary) {
@@ -24,7 +23,7 @@ class ZALTAG_EXPORT ZALTagCuePoints : public ZALTagCustomProperty {
 
     /// The cues in stored order; none by default.
     const ZALArray<ZALTagCuePoint>& cuePoints() const { return cuePoints_; }
-    void setCuePoints(ZALArray<ZALTagCuePoint> cuePoints) { cuePoints_ = std::move(cuePoints); }
+    void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) { cuePoints_ = cuePoints; }
 
     /// "source", "algorithm" and "cues": objects with the "time" in milliseconds and, where the cue has one,
     /// the "name". Never null.
