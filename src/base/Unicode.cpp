@@ -162,6 +162,29 @@ ZALNullableString utf8FromUTF16Bytes(ZALDataView bytes) {
     return text;
 }
 
+std::string_view trimmedOfBlanks(std::string_view text) {
+    // The tab and the characters of Unicode's category Zs.
+    static constexpr std::string_view blanks[] = {"\t",     " ",      "\u00A0", "\u1680", "\u2000", "\u2001",
+                                                  "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007",
+                                                  "\u2008", "\u2009", "\u200A", "\u202F", "\u205F", "\u3000"};
+    const auto oneLess = [&text] {
+        for (const std::string_view blank : blanks) {
+            if (text.starts_with(blank)) {
+                text.remove_prefix(blank.size());
+                return true;
+            }
+            if (text.ends_with(blank)) {
+                text.remove_suffix(blank.size());
+                return true;
+            }
+        }
+        return false;
+    };
+    while (oneLess()) {
+    }
+    return text;
+}
+
 std::string asciiLowercase(std::string_view text) {
     std::string out(text);
     std::transform(out.begin(), out.end(), out.begin(),

@@ -33,4 +33,7 @@ ZALNullableString utf8FromUTF16Bytes(ZALDataView bytes);
 /// The text in lower case, ASCII letters only: extensions and file types.
 std::string asciiLowercase(std::string_view text);
 
+/// The text without the tabs and Unicode space separators at its ends; line breaks stay.
+std::string_view trimmedOfBlanks(std::string_view text);
+
 }  // namespace zal

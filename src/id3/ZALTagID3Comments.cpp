@@ -2,9 +2,13 @@
 
 #include <zaltag/id3/ZALTagID3.h>
 
+#include "base/Unicode.h"
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/TagLibText.h"
+#include "platform/Log.h"
+
+#include <zaltag/tag/ZALTagComment.h>
 
 #include <commentsframe.h>
 #include <id3v2framefactory.h>
@@ -66,7 +70,79 @@ bool setPrimaryComment(TagLib::ID3v2::Tag& tag, const TagLib::String& text) {
     return movePrimaryToFront(tag, primary);
 }
 
+// Other programs keep such comments for themselves: they are never listed, changed or deleted.
+bool isForeign(const CommentsFrame& frame) { return frame.description().find("iTun") >= 0; }
+
+// The text as an ID3v1 comment is compared: 25 characters of what has 26 or more.
+std::string comparable(const std::string& text) {
+    return zal::utf16Length(text) >= 26 ? zal::prefixOfUTF16Length(text, 25) : text;
+}
+
+ZALTagComment madeComment(const std::string& text, ZALNullableString language, int tagVersion) {
+    ZALTagComment comment;
+    comment.setComment(text);
+    comment.setOriginalComment(text);
+    comment.setLang(std::move(language));
+    comment.setTagVersion(tagVersion);
+    return comment;
+}
+
+std::vector<ZALTagComment> frameComments(const TagLib::ID3v2::Tag& tag) {
+    const CommentsFrame* primary = primaryFrame(tag);
+    std::vector<ZALTagComment> comments;
+    for (Frame* frame : zal::framesWithID(tag, "COMM")) {
+        const auto* found = dynamic_cast<CommentsFrame*>(frame);
+        if (found == nullptr || isForeign(*found)) continue;
+        if (found->text().isEmpty()) {
+            zal::log("ZALTag: Comment has no contents");
+            continue;
+        }
+        const TagLib::ByteVector language = found->language();
+        comments.push_back(madeComment(zal::stringWithTagLibString(found->text()),
+                                       zal::utf8FromLatin1({language.data(), language.size()}), 1));
+        // A copy of the primary comment in its language is primary too, whatever its description.
+        comments.back().setIsPrimary(primary != nullptr && language == primary->language() &&
+                                     found->text() == primary->text());
+    }
+    return comments;
+}
+
 }  // namespace
+
+ZALArray<ZALTagComment> ZALTagID3::allComments() const {
+    const State& s = state();
+    std::vector<ZALTagComment> comments;
+    if (s.v2Tag != nullptr) comments = frameComments(*s.v2Tag);
+    if (s.v1Tag == nullptr) return comments;
+
+    std::string v1 = zal::stringWithTagLibString(s.v1Tag->comment());
+    for (ZALTagComment& comment : comments) {
+        v1 = comparable(v1);
+        if (v1.empty()) return comments;
+        if (comparable(comment.comment().value_or("")) == v1) {
+            comment.setV1CommentMatchesv2Comment(true);
+            return comments;
+        }
+    }
+    comments.push_back(madeComment(v1, std::nullopt, 0));
+    return comments;
+}
+
+void ZALTagID3::deleteExtraneousComments() {
+    State& s = state();
+    if (s.v2Tag == nullptr) return;
+    const CommentsFrame* primary = primaryFrame(*s.v2Tag);
+    for (Frame* frame : zal::framesWithID(*s.v2Tag, "COMM")) {
+        const auto* comment = dynamic_cast<CommentsFrame*>(frame);
+        if (comment != nullptr && comment != primary && !isForeign(*comment)) s.v2Tag->removeFrame(frame);
+    }
+    // The blank that saving puts into an empty ID3v1 comment goes too.
+    if (s.v1Tag != nullptr && s.v1Tag->comment() == " ") s.v1Tag->setComment("");
+}
+
+void ZALTagID3::deleteID3v1Comment() {
+    if (state().v1Tag != nullptr) state().v1Tag->setComment("");
+}
 
 ZALNullableString ZALTagID3::comment() const {
     const State& s = state();

@@ -58,6 +58,7 @@ struct ZALHost::Services {
     mutable std::mutex mutex;
     std::shared_ptr<const ZALLogSink> logSink;  // null: standard error
     std::shared_ptr<ZALFileSystem> fileSystem = ZALFileSystem::machine();
+    std::shared_ptr<ZALCloudStorage> cloudStorage;
     std::string name = program_invocation_short_name;
     std::string version = ZALHost::libraryVersion();
 
@@ -101,6 +102,11 @@ void ZALHost::setFileSystem(std::shared_ptr<ZALFileSystem> fileSystem) {
 std::shared_ptr<ZALFileSystem> ZALHost::fileSystem() const {
     return services_->get(services_->fileSystem);
 }
+
+void ZALHost::setCloudStorage(std::shared_ptr<ZALCloudStorage> storage) {
+    services_->set(services_->cloudStorage, std::move(storage));
+}
+std::shared_ptr<ZALCloudStorage> ZALHost::cloudStorage() const { return services_->get(services_->cloudStorage); }
 
 void ZALHost::setName(std::string name) {
     services_->set(services_->name, std::move(name));

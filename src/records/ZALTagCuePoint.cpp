@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <span>
 
 namespace {
 
@@ -15,21 +14,13 @@ bool isEarlier(const ZALTagCuePoint& a, const ZALTagCuePoint& b) {
     return std::isnan(a.time()) ? false : std::isnan(b.time()) || a.time() < b.time();
 }
 
-// The beats up to the first that is not later than the one before it: among ascending beats, a walk along
-// them for as long as they come closer ends before a repeated one.
-std::span<const double> ascendingBeats(const ZALArray<double>& beatTimes) {
-    const auto turn = std::adjacent_find(beatTimes.begin(), beatTimes.end(),
-                                         [](double beat, double next) { return !(next > beat); });
-    return turn == beatTimes.end() ? std::span(beatTimes.elements())
-                                   : std::span(beatTimes.begin(), std::next(turn));
-}
-
-double nearestBeat(std::span<const double> beats, double time) {
-    const auto next = std::lower_bound(beats.begin(), beats.end(), time);
-    if (next == beats.begin()) return *next;
-    const double previous = *std::prev(next);
-    if (next == beats.end()) return previous;
-    return std::fabs(time - *next) < std::fabs(time - previous) ? *next : previous;
+// Walks along the beats for as long as they come closer, so that a tie keeps the earlier one.
+double nearestBeat(const ZALArray<double>& beats, double time) {
+    double best = beats[0];
+    for (std::size_t j = 1; j < beats.size() && std::fabs(time - beats[j]) < std::fabs(time - best); ++j) {
+        best = beats[j];
+    }
+    return best;
 }
 
 }  // namespace
@@ -63,10 +54,9 @@ ZALArray<ZALTagCuePoint> sortedCuePoints(const ZALArray<ZALTagCuePoint>& cuePoin
 ZALArray<ZALTagCuePoint> cuePointsAdjustedToBeatTimes(const ZALArray<ZALTagCuePoint>& cuePoints,
                                                       const ZALArray<double>& beatTimes) {
     if (beatTimes.empty()) return cuePoints;
-    const std::span<const double> beats = ascendingBeats(beatTimes);
     std::vector<ZALTagCuePoint> adjusted = cuePoints.elements();
     for (ZALTagCuePoint& cue : adjusted) {
-        if (std::isfinite(cue.time() - beats.front())) cue.setTime(nearestBeat(beats, cue.time()));
+        if (std::isfinite(cue.time() - beatTimes[0])) cue.setTime(nearestBeat(beatTimes, cue.time()));
     }
     return adjusted;
 }

@@ -38,7 +38,7 @@ std::optional<ZALJSONValue> JSONDict(ZALDataView storedBytes) {
     auto value = ZALJSON::parse(textOf(*json), &error);
     if (value && value->isObject()) return value;
     // The error may quote the bytes that are at fault, so it too is made fit to print.
-    zal::logf("failed to parse json data {} with error: {}", zal::validUTF8(textOf(*json)),
-              zal::validUTF8(error));
+    zal::logf("failed to parse json data {} with error: {}", ZALValidUTF8(textOf(*json)),
+              ZALValidUTF8(error));
     return std::nullopt;
 }

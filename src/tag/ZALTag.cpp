@@ -3,6 +3,7 @@
 #include "tag/ZALTagBackEnds.h"
 
 #include <zaltag/base/ZALProgrammingError.h>
+#include <zaltag/tag/ZALTagComment.h>
 
 #include <fmt/format.h>
 
@@ -299,6 +300,7 @@ void ZALTag::backupOriginalImageAndSetCustomImage(const ZALImagePtr&) {
 void ZALTag::restoreOriginalImage() {
     abstract("restoreOriginalImage");
 }
+void ZALTag::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>&) { abstract("setSeratoCuePoints:"); }
 bool ZALTag::hasSeratoMetadata() const {
     abstract("hasSeratoMetadata");
 }

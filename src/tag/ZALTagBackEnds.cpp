@@ -3,6 +3,7 @@
 #include "base/Paths.h"
 #include "base/Unicode.h"
 
+#include <zaltag/id3/ZALTagAIFF.h>
 #include <zaltag/id3/ZALTagID3.h>
 
 #include <algorithm>
@@ -24,7 +25,7 @@ constexpr BackEnd backEnd() {
 }  // namespace
 
 std::span<const BackEnd> backEnds() {
-    static constexpr BackEnd table[] = {backEnd<ZALTagID3>()};
+    static constexpr BackEnd table[] = {backEnd<ZALTagID3>(), backEnd<ZALTagAIFF>()};
     return table;
 }
 

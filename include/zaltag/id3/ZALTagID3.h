@@ -1,13 +1,15 @@
 #pragma once
 
+#include <zaltag/base/ZALData.h>
 #include <zaltag/tag/ZALTag.h>
 
 #include <memory>
 #include <string>
 
 namespace TagLib::ID3v2 {
+class PrivateFrame;
 class Tag;
-}
+}  // namespace TagLib::ID3v2
 
 /// The back-end of MP3 files ("mp3"), and the base of the back-ends whose files carry an ID3v2 tag.
 ///
@@ -77,6 +79,12 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     ZALNullableString comment() const override;
     /// Sets the primary comment, in front of all other comments, and the comment of the ID3v1 tag.
     void setComment(const ZALNullableString& comment) override;
+    /// The COMM frames that hold a text, in tag order, without those of other programs ("iTun" in the description),
+    /// and the ID3v1 comment unless it equals one of them. Logs a line for every frame without text.
+    ZALArray<ZALTagComment> allComments() const override;
+    /// Removes every COMM frame but the primary one and those of other programs.
+    void deleteExtraneousComments() override;
+    void deleteID3v1Comment() override;
 
     bool supportsImages() const override { return false; }
 

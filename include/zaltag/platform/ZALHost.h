@@ -2,6 +2,7 @@
 
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/platform/ZALFileSystem.h>
+#include <zaltag/platform/ZALTagCloudFileResolver.h>
 
 #include <functional>
 #include <memory>
@@ -29,6 +30,10 @@ class ZALTAG_EXPORT ZALHost {
     void setFileSystem(std::shared_ptr<ZALFileSystem> fileSystem);
     /// The file system, never null.
     std::shared_ptr<ZALFileSystem> fileSystem() const;
+
+    /// Sets the cloud storage that files may have to be fetched from; null, as at first, for none.
+    void setCloudStorage(std::shared_ptr<ZALCloudStorage> storage);
+    std::shared_ptr<ZALCloudStorage> cloudStorage() const;
 
     /// The host program's name and version, as they are written into files that name their maker. Until they
     /// are set, the running program's name and this library's version.

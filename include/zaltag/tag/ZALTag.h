@@ -5,10 +5,17 @@
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/base/ZALJSONValue.h>
 #include <zaltag/base/ZALText.h>
+#include <zaltag/records/ZALTagBeatGrid.h>
+#include <zaltag/records/ZALTagCuePoint.h>
+#include <zaltag/records/ZALTagCuePoints.h>
+#include <zaltag/records/ZALTagEnergy.h>
+#include <zaltag/records/ZALTagKey.h>
+#include <zaltag/records/ZALTagVelvetCascade.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 class ZALTagComment;
@@ -118,6 +125,22 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// Empties the comment of the ID3v1 tag.
     virtual void deleteID3v1Comment();
 
+    // The library's own records. A getter decodes a new value from the file's tags on each call; null where there is
+    // none or it cannot be read (one log line). Setting null removes the record.
+
+    virtual std::optional<ZALTagKey> zalKey() const { return zalKey_; }
+    virtual void setZalKey(const std::optional<ZALTagKey>& key) { zalKey_ = key; }
+    virtual std::optional<ZALTagEnergy> zalEnergy() const { return zalEnergy_; }
+    virtual void setZalEnergy(const std::optional<ZALTagEnergy>& energy) { zalEnergy_ = energy; }
+    virtual std::optional<ZALTagBeatGrid> zalBeatGrid() const { return zalBeatGrid_; }
+    virtual void setZalBeatGrid(const std::optional<ZALTagBeatGrid>& beatGrid) { zalBeatGrid_ = beatGrid; }
+    virtual std::optional<ZALTagCuePoints> zalCuePoints() const { return zalCuePoints_; }
+    virtual void setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) { zalCuePoints_ = cuePoints; }
+    virtual std::optional<ZALTagVelvetCascade> zalVelvetCascade() const { return zalVelvetCascade_; }
+    virtual void setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
+        zalVelvetCascade_ = record;
+    }
+
     // Pictures
 
     virtual bool supportsImages() const;
@@ -139,6 +162,11 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
 
     // Other programs
 
+    /// The cue points that Serato keeps in the file, in its order; empty when there are none.
+    virtual ZALArray<ZALTagCuePoint> seratoCuePoints() const { return seratoCuePoints_; }
+    /// Writes them, in the order given, each moved to the nearest beat of Serato's grid where the file has one. An
+    /// empty array removes Serato's cue points.
+    virtual void setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
     virtual bool hasSeratoMetadata() const;
     virtual bool hasTraktorMetadata() const;
 
@@ -169,4 +197,10 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     ZALNullableString path_;
     bool shouldStripID3v1Tag_ = false;
     bool requiresSaving_ = false;
+    std::optional<ZALTagKey> zalKey_;
+    std::optional<ZALTagEnergy> zalEnergy_;
+    std::optional<ZALTagBeatGrid> zalBeatGrid_;
+    std::optional<ZALTagCuePoints> zalCuePoints_;
+    std::optional<ZALTagVelvetCascade> zalVelvetCascade_;
+    ZALArray<ZALTagCuePoint> seratoCuePoints_;
 };

@@ -1,0 +1,86 @@
+#include <zaltag/id3/ZALTagAIFF.h>
+
+#include "id3/ID3State.h"
+#include "platform/Log.h"
+#include "tag/ZALTagBackEnds.h"
+
+#include <aifffile.h>
+
+#include <exception>
+
+struct ZALTagAIFF::AIFFFile : TagLib::RIFF::AIFF::File {
+    using TagLib::RIFF::AIFF::File::File;
+};
+
+namespace {
+
+// TagLib calls every file valid; the first twelve bytes tell an AIFF form.
+bool beginsAsAIFF(TagLib::IOStream& stream) {
+    stream.seek(0);
+    const TagLib::ByteVector start = stream.readBlock(12);
+    const TagLib::ByteVector type = start.mid(8);
+    return start.startsWith("FORM") && (type == "AIFF" || type == "AIFC");
+}
+
+}  // namespace
+
+ZALTagAIFF::ZALTagAIFF() = default;
+ZALTagAIFF::~ZALTagAIFF() = default;
+
+const ZALArray<std::string>& ZALTagAIFF::supportedFileTypes() {
+    static const ZALArray<std::string> types{"aif", "aiff"};
+    return types;
+}
+
+bool ZALTagAIFF::canInitWithPath(const ZALNullableString& path) {
+    return zal::hasExtensionAmong(path, supportedFileTypes());
+}
+
+std::shared_ptr<ZALTagAIFF> ZALTagAIFF::tagAtPath(const ZALNullableString& path, bool readOnly) {
+    return canInitWithPath(path) ? initWithPath(path, readOnly) : nullptr;
+}
+
+std::shared_ptr<ZALTag> ZALTagAIFF::initWithPath(const ZALNullableString& path) {
+    return initReceiver("ZALTagAIFF", path);
+}
+
+std::shared_ptr<ZALTagAIFF> ZALTagAIFF::initWithPath(const ZALNullableString& path, bool readOnly) {
+    if (!path) {
+        zal::log("-[ZALTagAIFF initWithPath:readOnly:] nil file path");
+        return nullptr;
+    }
+    if (!canInitWithPath(path)) return nullptr;
+    const std::shared_ptr<ZALTagAIFF> tag(new ZALTagAIFF);
+    try {
+        if (!tag->openAIFF(*path, readOnly)) return nullptr;
+    } catch (const std::exception&) {  // a size from the file that memory cannot hold
+        return nullptr;
+    }
+    tag->setPath(path);
+    return tag;
+}
+
+bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
+    State& s = state();
+    s.stream = zal::TagLibStream::open(path, readOnly);
+    if (s.stream == nullptr || !beginsAsAIFF(*s.stream)) return false;
+    aifffile_ = std::make_unique<AIFFFile>(s.stream.get(), false, TagLib::AudioProperties::Average);
+    if (!aifffile_->isValid()) return false;
+    s.v2Tag = aifffile_->tag();
+    if (s.v2Tag != nullptr) return true;
+    zal::logf("-[ZALTagAIFF initWithPath:readOnly:]: no AIFF/ID3 tag found in '{}'", path);
+    return false;
+}
+
+bool ZALTagAIFF::readOnly() const { return aifffile_ != nullptr && aifffile_->readOnly(); }
+
+bool ZALTagAIFF::save(ZALError* error) {
+    if (!ZALTagID3::save(error)) return false;
+    if (aifffile_ == nullptr || state().v2Tag == nullptr) return failSave(error);
+    try {
+        if (aifffile_->save() && state().stream->commit()) return true;
+    } catch (const std::exception& exception) {
+        zal::logf("could not save '{}': {}", zal::describe(path()), exception.what());
+    }
+    return failSave(error);
+}
