@@ -2,12 +2,14 @@
 
 #include "id3/TagLibText.h"
 
+#include <generalencapsulatedobjectframe.h>
 #include <id3v2framefactory.h>
 #include <textidentificationframe.h>
 
 namespace zal {
 
 using TagLib::ID3v2::Frame;
+using TagLib::ID3v2::GeneralEncapsulatedObjectFrame;
 using TagLib::ID3v2::Tag;
 using TagLib::ID3v2::TextIdentificationFrame;
 
@@ -55,6 +57,45 @@ void removeFirstFrame(Tag& tag, const char* id) {
 void moveToEnd(Tag& tag, Frame* frame) {
     tag.removeFrame(frame, false);
     tag.addFrame(frame);
+}
+
+namespace {
+
+GeneralEncapsulatedObjectFrame* describedObject(const Tag* tag, const std::string& description) {
+    if (tag == nullptr) return nullptr;
+    for (Frame* frame : framesWithID(*tag, "GEOB")) {
+        auto* object = dynamic_cast<GeneralEncapsulatedObjectFrame*>(frame);
+        if (object != nullptr && stringWithTagLibString(object->description()) == description) return object;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+Frame* objectFrame(const Tag* tag, const std::string& description) {
+    return describedObject(tag, description);
+}
+
+ZALNullableData objectOf(const Tag* tag, const std::string& description) {
+    const GeneralEncapsulatedObjectFrame* frame = describedObject(tag, description);
+    if (frame == nullptr) return std::nullopt;
+    const TagLib::ByteVector object = frame->object();
+    return ZALData(object.begin(), object.end());
+}
+
+void setObject(Tag& tag, const std::string& description, ZALDataView object) {
+    GeneralEncapsulatedObjectFrame* frame = describedObject(&tag, description);
+    if (frame == nullptr) {
+        frame = new GeneralEncapsulatedObjectFrame;
+        frame->setDescription(TagLibString(description));
+        frame->setMimeType("application/json");  // for Serato's binary objects too, as the files have it
+        tag.addFrame(frame);
+    }
+    frame->setObject({reinterpret_cast<const char*>(object.data()), static_cast<unsigned>(object.size())});
+}
+
+void removeObject(Tag& tag, const std::string& description) {
+    if (Frame* frame = objectFrame(&tag, description)) tag.removeFrame(frame);
 }
 
 }  // namespace zal

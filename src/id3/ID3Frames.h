@@ -1,10 +1,12 @@
 #pragma once
 
+#include <zaltag/base/ZALData.h>
 #include <zaltag/base/ZALText.h>
 
 #include <id3v2frame.h>
 #include <id3v2tag.h>
 
+#include <string>
 #include <vector>
 
 namespace zal {
@@ -30,5 +32,17 @@ void removeFirstFrame(TagLib::ID3v2::Tag& tag, const char* id);
 
 /// Takes a frame out and adds it again as the last one of the tag.
 void moveToEnd(TagLib::ID3v2::Tag& tag, TagLib::ID3v2::Frame* frame);
+
+/// The first GEOB frame with this very description, or null. A null tag has none.
+TagLib::ID3v2::Frame* objectFrame(const TagLib::ID3v2::Tag* tag, const std::string& description);
+
+/// The object of that frame; null without one.
+ZALNullableData objectOf(const TagLib::ID3v2::Tag* tag, const std::string& description);
+
+/// Puts an object into that frame, of which nothing else changes, or into a new one at the end of the tag.
+void setObject(TagLib::ID3v2::Tag& tag, const std::string& description, ZALDataView object);
+
+/// Removes that frame, if there is one.
+void removeObject(TagLib::ID3v2::Tag& tag, const std::string& description);
 
 }  // namespace zal

@@ -18,6 +18,7 @@ namespace {
 bool beginsAsAIFF(TagLib::IOStream& stream) {
     stream.seek(0);
     const TagLib::ByteVector start = stream.readBlock(12);
+    stream.seek(0);  // TagLib walks the chunks from where the stream stands
     const TagLib::ByteVector type = start.mid(8);
     return start.startsWith("FORM") && (type == "AIFF" || type == "AIFC");
 }
@@ -72,7 +73,9 @@ bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
     return false;
 }
 
-bool ZALTagAIFF::readOnly() const { return aifffile_ != nullptr && aifffile_->readOnly(); }
+bool ZALTagAIFF::readOnly() const {
+    return aifffile_ != nullptr && aifffile_->readOnly();
+}
 
 bool ZALTagAIFF::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;

@@ -71,7 +71,9 @@ bool setPrimaryComment(TagLib::ID3v2::Tag& tag, const TagLib::String& text) {
 }
 
 // Other programs keep such comments for themselves: they are never listed, changed or deleted.
-bool isForeign(const CommentsFrame& frame) { return frame.description().find("iTun") >= 0; }
+bool isForeign(const CommentsFrame& frame) {
+    return frame.description().find("iTun") >= 0;
+}
 
 // The text as an ID3v1 comment is compared: 25 characters of what has 26 or more.
 std::string comparable(const std::string& text) {

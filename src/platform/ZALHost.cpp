@@ -106,7 +106,9 @@ std::shared_ptr<ZALFileSystem> ZALHost::fileSystem() const {
 void ZALHost::setCloudStorage(std::shared_ptr<ZALCloudStorage> storage) {
     services_->set(services_->cloudStorage, std::move(storage));
 }
-std::shared_ptr<ZALCloudStorage> ZALHost::cloudStorage() const { return services_->get(services_->cloudStorage); }
+std::shared_ptr<ZALCloudStorage> ZALHost::cloudStorage() const {
+    return services_->get(services_->cloudStorage);
+}
 
 void ZALHost::setName(std::string name) {
     services_->set(services_->name, std::move(name));

@@ -300,7 +300,9 @@ void ZALTag::backupOriginalImageAndSetCustomImage(const ZALImagePtr&) {
 void ZALTag::restoreOriginalImage() {
     abstract("restoreOriginalImage");
 }
-void ZALTag::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>&) { abstract("setSeratoCuePoints:"); }
+void ZALTag::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>&) {
+    abstract("setSeratoCuePoints:");
+}
 bool ZALTag::hasSeratoMetadata() const {
     abstract("hasSeratoMetadata");
 }

@@ -14,7 +14,8 @@ constexpr std::string_view separator = " - ";
 std::string ZALTagArtistFromPath(const std::string& path) {
     const std::string_view name = zal::baseName(path);
     const std::size_t at = name.find(separator);
-    return at == std::string_view::npos ? std::string() : std::string(zal::trimmedOfBlanks(name.substr(0, at)));
+    return at == std::string_view::npos ? std::string()
+                                        : std::string(zal::trimmedOfBlanks(name.substr(0, at)));
 }
 
 std::string ZALTagNameFromPath(const std::string& path) {

@@ -1,5 +1,5 @@
-#include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/base/ZALProgrammingError.h>
+#include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/tag/ZALTagComment.h>
 
 #include "support/AudioFixtures.h"
@@ -31,11 +31,12 @@ std::vector<std::string> listed(const ZALTagID3& tag) {
 
 TEST(AllComments, listsFramesInTheirOrder) {
     const LogCapture log;
-    const auto tag = tagWith(id3Tag({id3Comment("eng", "iTunNORM", "no"), id3Comment("eng", "my iTunes", "no"),
-                                     id3Comment("und", "", "note"), id3Comment("eng", "x", "same"),
-                                     id3Comment("deu", "", "same"), id3Comment("eng", "", ""),
-                                     id3Comment("eng", "", "same")}));
-    EXPECT_THAT(listed(*tag), ElementsAre("note/und/1", "same/eng/1 primary", "same/deu/1", "same/eng/1 primary"))
+    const auto tag = tagWith(
+        id3Tag({id3Comment("eng", "iTunNORM", "no"), id3Comment("eng", "my iTunes", "no"),
+                id3Comment("und", "", "note"), id3Comment("eng", "x", "same"), id3Comment("deu", "", "same"),
+                id3Comment("eng", "", ""), id3Comment("eng", "", "same")}));
+    EXPECT_THAT(listed(*tag),
+                ElementsAre("note/und/1", "same/eng/1 primary", "same/deu/1", "same/eng/1 primary"))
         << "language and text make a copy of the primary comment, the description does not matter";
     EXPECT_THAT(log.lines(), ElementsAre("ZALTag: Comment has no contents"));
 }
@@ -54,12 +55,20 @@ TEST(AllComments, theID3v1CommentIsListedUnlessOneEqualsIt) {
         {id3Tag({id3Comment("eng", "", "a")}), "", {"a/eng/1 primary"}},
         {id3Tag({id3Comment("eng", "", "a")}), "b", {"a/eng/1 primary", "b/-/0"}},
         {id3Tag({id3Comment("eng", "", "a")}), "a", {"a/eng/1 primary v1"}},
-        {id3Tag({id3Comment("eng", "", "a")}), "12345678901234567890123456", {"a/eng/1 primary", "1234567890123456789012345/-/0"}},
+        {id3Tag({id3Comment("eng", "", "a")}),
+         "12345678901234567890123456",
+         {"a/eng/1 primary", "1234567890123456789012345/-/0"}},
         {id3Tag({id3Comment("eng", "", forty)}), forty.substr(0, 25), {forty + "/eng/1 primary v1"}},
         {id3Tag({id3Comment("eng", "", forty)}), forty.substr(0, 28), {forty + "/eng/1 primary v1"}},
-        {id3Tag({id3Comment("eng", "", forty.substr(0, 25))}), forty.substr(0, 26), {forty.substr(0, 25) + "/eng/1 primary v1"}},
-        {id3Tag({id3Comment("eng", "", forty)}), forty.substr(0, 24), {forty + "/eng/1 primary", forty.substr(0, 24) + "/-/0"}},
-        {id3Tag({id3Frame("COMM", joined({bytesOf(std::string("\3eng\0", 5)), bytesOf(accents)}))}), std::string(25, '\xE9'), {accents + "/eng/1 primary v1"}},
+        {id3Tag({id3Comment("eng", "", forty.substr(0, 25))}),
+         forty.substr(0, 26),
+         {forty.substr(0, 25) + "/eng/1 primary v1"}},
+        {id3Tag({id3Comment("eng", "", forty)}),
+         forty.substr(0, 24),
+         {forty + "/eng/1 primary", forty.substr(0, 24) + "/-/0"}},
+        {id3Tag({id3Frame("COMM", joined({bytesOf(std::string("\3eng\0", 5)), bytesOf(accents)}))}),
+         std::string(25, '\xE9'),
+         {accents + "/eng/1 primary v1"}},
     };
     for (const Case& one : cases) {
         const auto tag = tagWith(one.tag, id3v1Tag("title", "", one.v1));

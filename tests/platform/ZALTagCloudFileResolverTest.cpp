@@ -26,13 +26,15 @@ std::vector<ZALNullableString> resolved(const std::string& path) {
 TEST(CloudFileResolver, callsBackBeforeItReturns) {
     using testing::ElementsAre;
     const LogCapture log;
-    EXPECT_THAT(resolved("/cloud/here.mp3"), ElementsAre("/cloud/here.mp3")) << "without a storage every file is here";
+    EXPECT_THAT(resolved("/cloud/here.mp3"), ElementsAre("/cloud/here.mp3"))
+        << "without a storage every file is here";
     ZALHost::shared().setCloudStorage(std::make_shared<Storage>());
     EXPECT_THAT(resolved("/music/a.mp3"), ElementsAre("/music/a.mp3"));
     EXPECT_THAT(resolved("/cloud/here.mp3"), ElementsAre("/local/here.mp3"));
     EXPECT_THAT(resolved("/cloud/gone.mp3"), ElementsAre(std::nullopt));
     ZALHost::shared().setCloudStorage(nullptr);
-    EXPECT_THAT(log.lines(), ElementsAre("Could not download local file /cloud/gone.mp3 from iCloud: offline"));
+    EXPECT_THAT(log.lines(),
+                ElementsAre("Could not download local file /cloud/gone.mp3 from iCloud: offline"));
 }
 
 }  // namespace

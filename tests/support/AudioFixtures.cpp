@@ -118,3 +118,24 @@ ZALData id3v1Of(const std::string& path) {
     const ZALData last(bytes.end() - 128, bytes.end());
     return last[0] == 'T' && last[1] == 'A' && last[2] == 'G' ? last : ZALData();
 }
+
+ZALData iffChunk(std::string_view id, const ZALData& content) {
+    zal::ByteWriter out;
+    out.text(id);
+    out.u32be(static_cast<std::uint32_t>(content.size()));
+    out.bytes(content);
+    if (content.size() % 2 != 0) out.u8(0);
+    return out.take();
+}
+
+ZALData aiffFile(std::initializer_list<ZALData> chunks) {
+    // One channel, 100 sample frames of 16 bits, 44100 Hz as an 80-bit number.
+    ZALData common{0, 1, 0, 0, 0, 100, 0, 16, 0x40, 0x0E, 0xAC, 0x44, 0, 0, 0, 0, 0, 0};
+    ZALData sound(8 + 200);
+    for (std::size_t i = 8; i < sound.size(); ++i) {
+        sound[i] = static_cast<std::uint8_t>(i);
+    }
+    return iffChunk(
+        "FORM",
+        joined({{'A', 'I', 'F', 'F'}, iffChunk("COMM", common), iffChunk("SSND", sound), joined(chunks)}));
+}

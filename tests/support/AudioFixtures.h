@@ -47,3 +47,8 @@ ZALData id3v1Tag(std::string_view title, std::string_view artist, std::string_vi
 ZALData mp3Audio(const std::string& path);
 /// The last 128 bytes of a file when they are an ID3v1 tag; empty otherwise.
 ZALData id3v1Of(const std::string& path);
+
+/// A chunk of an IFF file: id, big-endian size, content, and a pad byte behind an odd content.
+ZALData iffChunk(std::string_view id, const ZALData& content);
+/// An AIFF file of 100 samples with these chunks behind the audio.
+ZALData aiffFile(std::initializer_list<ZALData> chunks = {});

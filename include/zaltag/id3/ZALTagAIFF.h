@@ -4,8 +4,9 @@
 
 #include <memory>
 
-/// The back-end of AIFF and AIFF-C files ("aif", "aiff"), which carry an ID3v2 tag in a chunk: every field, record and
-/// picture is that of ZALTagID3. There is no ID3v1 tag, and requiresSaving() is not cleared by a save.
+/// The back-end of AIFF and AIFF-C files ("aif", "aiff"), which carry an ID3v2 tag in a chunk: every field,
+/// record and picture is that of ZALTagID3. There is no ID3v1 tag, and requiresSaving() is not cleared by a
+/// save.
 class ZALTAG_EXPORT ZALTagAIFF final : public ZALTagID3 {
   public:
     ~ZALTagAIFF() override;
@@ -13,8 +14,9 @@ class ZALTAG_EXPORT ZALTagAIFF final : public ZALTagID3 {
     /// "aif", "aiff".
     static const ZALArray<std::string>& supportedFileTypes();
     static bool canInitWithPath(const ZALNullableString& path);
-    /// Opens an AIFF file. Null for a null path (one log line), another extension, a path that is no regular file, and
-    /// a file that does not begin as an AIFF or AIFF-C form. One without a tag opens with an empty one.
+    /// Opens an AIFF file. Null for a null path (one log line), another extension, a path that is no regular
+    /// file, and a file that does not begin as an AIFF or AIFF-C form. One without a tag opens with an empty
+    /// one.
     static std::shared_ptr<ZALTagAIFF> tagAtPath(const ZALNullableString& path, bool readOnly = false);
     static std::shared_ptr<ZALTagAIFF> initWithPath(const ZALNullableString& path, bool readOnly);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.

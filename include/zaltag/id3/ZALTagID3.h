@@ -79,12 +79,36 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     ZALNullableString comment() const override;
     /// Sets the primary comment, in front of all other comments, and the comment of the ID3v1 tag.
     void setComment(const ZALNullableString& comment) override;
-    /// The COMM frames that hold a text, in tag order, without those of other programs ("iTun" in the description),
-    /// and the ID3v1 comment unless it equals one of them. Logs a line for every frame without text.
+    /// The COMM frames that hold a text, in tag order, without those of other programs ("iTun" in the
+    /// description), and the ID3v1 comment unless it equals one of them. Logs a line for every frame without
+    /// text.
     ZALArray<ZALTagComment> allComments() const override;
     /// Removes every COMM frame but the primary one and those of other programs.
     void deleteExtraneousComments() override;
     void deleteID3v1Comment() override;
+
+    // The library's own records: GEOB frames described "Key", "Energy", "BeatGrid", "CuePoints" and
+    // "VelvetCascade".
+
+    std::optional<ZALTagKey> zalKey() const override;
+    void setZalKey(const std::optional<ZALTagKey>& key) override;
+    std::optional<ZALTagEnergy> zalEnergy() const override;
+    void setZalEnergy(const std::optional<ZALTagEnergy>& energy) override;
+    std::optional<ZALTagBeatGrid> zalBeatGrid() const override;
+    void setZalBeatGrid(const std::optional<ZALTagBeatGrid>& beatGrid) override;
+    std::optional<ZALTagCuePoints> zalCuePoints() const override;
+    void setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) override;
+    std::optional<ZALTagVelvetCascade> zalVelvetCascade() const override;
+    void setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) override;
+
+    /// The record in the first GEOB frame with this very description; null without one.
+    template <typename Record>
+    std::optional<Record> zalTagPropertyOfClass(const std::string& description) const {
+        return Record::propertyWithJSONDict(storedDictionary(description));
+    }
+    /// Stores a record in that frame, of which only the object changes, or in a new one at the end of the
+    /// tag. Null, and a record that has nothing to store, remove the frame.
+    void setZalTagProperty(const ZALTagCustomProperty* record, const std::string& description);
 
     bool supportsImages() const override { return false; }
 
@@ -102,6 +126,7 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     const State& state() const { return *state_; }
 
   private:
+    std::optional<ZALJSONValue> storedDictionary(const std::string& description) const;
     bool openMP3(const std::string& path, bool readOnly);
     bool saveMP3();
     bool saveID3v1();

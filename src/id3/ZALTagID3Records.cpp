@@ -1,0 +1,60 @@
+// The library's own records in the GEOB frames of the ID3 family.
+
+#include <zaltag/id3/ZALTagID3.h>
+
+#include "id3/ID3Frames.h"
+#include "id3/ID3State.h"
+
+#include <zaltag/records/ZALTagRecordData.h>
+
+std::optional<ZALJSONValue> ZALTagID3::storedDictionary(const std::string& description) const {
+    if (description.empty()) return std::nullopt;
+    const ZALNullableData stored = zal::objectOf(state().v2Tag, description);
+    return stored ? JSONDict(*stored) : std::nullopt;
+}
+
+void ZALTagID3::setZalTagProperty(const ZALTagCustomProperty* record, const std::string& description) {
+    if (state().v2Tag == nullptr || description.empty()) return;
+    const std::optional<ZALJSONValue> dictionary = record != nullptr ? record->JSONDict() : std::nullopt;
+    const ZALNullableData stored = dictionary ? tagData(*dictionary) : std::nullopt;
+    if (stored) {
+        zal::setObject(*state().v2Tag, description, *stored);
+    } else {
+        zal::removeObject(*state().v2Tag, description);
+    }
+}
+
+std::optional<ZALTagKey> ZALTagID3::zalKey() const {
+    return zalTagPropertyOfClass<ZALTagKey>("Key");
+}
+void ZALTagID3::setZalKey(const std::optional<ZALTagKey>& key) {
+    setZalTagProperty(key ? &*key : nullptr, "Key");
+}
+
+std::optional<ZALTagEnergy> ZALTagID3::zalEnergy() const {
+    return zalTagPropertyOfClass<ZALTagEnergy>("Energy");
+}
+void ZALTagID3::setZalEnergy(const std::optional<ZALTagEnergy>& energy) {
+    setZalTagProperty(energy ? &*energy : nullptr, "Energy");
+}
+
+std::optional<ZALTagBeatGrid> ZALTagID3::zalBeatGrid() const {
+    return zalTagPropertyOfClass<ZALTagBeatGrid>("BeatGrid");
+}
+void ZALTagID3::setZalBeatGrid(const std::optional<ZALTagBeatGrid>& grid) {
+    setZalTagProperty(grid ? &*grid : nullptr, "BeatGrid");
+}
+
+std::optional<ZALTagCuePoints> ZALTagID3::zalCuePoints() const {
+    return zalTagPropertyOfClass<ZALTagCuePoints>("CuePoints");
+}
+void ZALTagID3::setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
+    setZalTagProperty(cuePoints ? &*cuePoints : nullptr, "CuePoints");
+}
+
+std::optional<ZALTagVelvetCascade> ZALTagID3::zalVelvetCascade() const {
+    return zalTagPropertyOfClass<ZALTagVelvetCascade>("VelvetCascade");
+}
+void ZALTagID3::setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
+    setZalTagProperty(record ? &*record : nullptr, "VelvetCascade");
+}

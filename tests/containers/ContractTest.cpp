@@ -1,0 +1,124 @@
+// What every format promises alike: values set, saved and read again; cleared and gone; the audio untouched.
+
+#include <zaltag/platform/ZALJSON.h>
+#include <zaltag/tag/ZALTag.h>
+
+#include "support/AudioFixtures.h"
+#include "support/Formats.h"
+#include "support/Hex.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class Contract : public testing::TestWithParam<Format> {
+  protected:
+    std::string newFile(const std::string& name = "ein Lied – été 🎵") const {
+        return folder_.write(name + "." + GetParam().extension, GetParam().file());
+    }
+    static std::shared_ptr<ZALTag> opened(const std::string& path, bool readOnly = false) {
+        auto tag = ZALTag::tagAtPath(path, readOnly);
+        if (tag == nullptr) throw std::runtime_error("does not open: " + path);
+        return tag;
+    }
+    static std::string shown(const ZALJSONValue& value) { return ZALJSON::description(value); }
+    void expectAudio(const std::string& path) const {
+        const std::string fresh = newFile("fresh");
+        EXPECT_FALSE(GetParam().audio(fresh).empty());
+        EXPECT_EQ(GetParam().audio(path), GetParam().audio(fresh));
+    }
+
+    TemporaryFolder folder_;
+};
+
+const std::pair<const char*, ZALJSONValue> fields[] = {
+    {"artist", "Björk 🎵"}, {"album", "夜明け"},  {"title", " T "},     {"genre", "House"},
+    {"comment", "élan"},   {"initialKey", "8A"}, {"grouping", "Peak"}, {"modifiedBy", "DJ Ü"},
+    {"year", 1999},        {"tempo", 128},       {"energyLevel", 7},
+};
+
+TEST_P(Contract, fieldsAreSavedAndCleared) {
+    const std::string path = newFile();
+    auto tag = opened(path);
+    EXPECT_STREQ(tag->className(), GetParam().className);
+    for (const auto& [key, value] : fields) {
+        tag->setValue(value, key);
+    }
+    ASSERT_TRUE(tag->save());
+    ASSERT_TRUE(tag->save()) << "a second save";
+    expectAudio(path);
+    tag = opened(path);
+    for (const auto& [key, value] : fields) {
+        EXPECT_EQ(shown(tag->valueForKey(key)), shown(value)) << key;
+        tag->setValue(nullptr, key);
+    }
+    ASSERT_TRUE(tag->save());
+    expectAudio(path);
+    tag = opened(path);
+    for (const auto& [key, value] : fields) {
+        // The ID3 family keeps the key's frame, and its comment is never null.
+        const bool keptEmpty = std::string(key) == "initialKey" || std::string(key) == "comment";
+        const ZALJSONValue none = value.isInteger() ? ZALJSONValue(0)
+                                  : keptEmpty       ? ZALJSONValue("")
+                                                    : ZALJSONValue();
+        EXPECT_EQ(shown(tag->valueForKey(key)), shown(none)) << key;
+    }
+}
+
+TEST_P(Contract, recordsAreSavedAndRemoved) {
+    const auto key = ZALTagKey::keyWithKey("8A", 3);
+    const auto energy = ZALTagEnergy::keyWithEnergy(7, 4);
+    const auto grid = ZALTagBeatGrid::beatGridWithBeats(ZALArray<double>{0.5, 1.0}, 120, 5);
+    const auto cues =
+        ZALTagCuePoints::cuePointsWithCuePointArray({ZALTagCuePoint::cuePointWithTime(1.2345, "Intro"),
+                                                     ZALTagCuePoint::cuePointWithTime(2, std::nullopt)},
+                                                    6);
+    const auto cascade = ZALTagVelvetCascade::tagWithBackupFileName(nullptr, true);
+    const std::string path = newFile();
+    auto tag = opened(path);
+    tag->setZalKey(key);
+    tag->setZalEnergy(energy);
+    tag->setZalBeatGrid(grid);
+    tag->setZalCuePoints(cues);
+    tag->setZalVelvetCascade(cascade);
+    ASSERT_TRUE(tag->save());
+    tag = opened(path);
+    EXPECT_EQ(tag->zalKey(), key);
+    EXPECT_EQ(tag->zalEnergy(), energy);
+    EXPECT_EQ(tag->zalBeatGrid(), grid);
+    EXPECT_EQ(tag->zalCuePoints(), cues);
+    EXPECT_EQ(tag->zalVelvetCascade(), cascade);
+    tag->setZalKey(ZALTagKey::keyWithKey(std::nullopt, 1));  // has nothing to store
+    tag->setZalEnergy(std::nullopt);
+    tag->setZalBeatGrid(std::nullopt);
+    tag->setZalCuePoints(std::nullopt);
+    ASSERT_TRUE(tag->save());
+    expectAudio(path);
+    tag = opened(path);
+    EXPECT_FALSE(tag->zalKey() || tag->zalEnergy() || tag->zalBeatGrid() || tag->zalCuePoints());
+    EXPECT_EQ(tag->zalVelvetCascade(), cascade);
+}
+
+TEST_P(Contract, aReadOnlyObjectCannotBeSaved) {
+    const std::string path = newFile();
+    const ZALData before = contentsOf(path);
+    const auto tag = opened(path, true);
+    EXPECT_TRUE(tag->readOnly());
+    tag->setTitle("new");
+    ZALError error;
+    EXPECT_FALSE(tag->save(&error));
+    EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
+    EXPECT_EQ(error.failingTag(), tag);
+    EXPECT_EQ(contentsOf(path), before);
+}
+
+TEST_P(Contract, textUnderTheExtensionDoesNotOpen) {
+    const ZALData text = bytesOf(std::string(5000, 'x'));
+    EXPECT_EQ(ZALTag::tagAtPath(folder_.write(std::string("t.") + GetParam().extension, text)), nullptr);
+    EXPECT_EQ(ZALTag::tagAtPath(folder_.write(std::string("e.") + GetParam().extension, {})), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, Contract, testing::ValuesIn(formats()),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+}  // namespace

@@ -1,0 +1,35 @@
+#include "support/Formats.h"
+
+#include "base/Endian.h"
+#include "support/AudioFixtures.h"
+
+#include <algorithm>
+
+namespace {
+
+// The content of the first chunk with this id in an IFF file.
+ZALData iffContent(const std::string& path, std::string_view id) {
+    const ZALData bytes = contentsOf(path);
+    zal::ByteReader in(bytes);
+    in.skip(12);
+    while (in.remaining() >= 8) {
+        const ZALDataView name = in.take(4);
+        const std::uint32_t size = in.u32be();
+        const ZALDataView content = in.take(size);
+        if (std::equal(name.begin(), name.end(), id.begin(), id.end()))
+            return {content.begin(), content.end()};
+        in.skip(size % 2);
+    }
+    return {};
+}
+
+}  // namespace
+
+const std::vector<Format>& formats() {
+    static const std::vector<Format> all{
+        {"MP3", "mp3", "ZALTagID3", [] { return mpegFrames(); }, mp3Audio},
+        {"AIFF", "aiff", "ZALTagAIFF", [] { return aiffFile(); },
+         [](const std::string& path) { return iffContent(path, "SSND"); }},
+    };
+    return all;
+}
