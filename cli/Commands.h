@@ -12,6 +12,9 @@ using Command = std::function<int()>;
 // Each adds one command to the program and has `chosen` set when it is the one to run.
 void addShowCommand(CLI::App& program, Command& chosen);
 void addSetCommand(CLI::App& program, Command& chosen);
+void addRecordCommand(CLI::App& program, Command& chosen);
+void addCuesCommand(CLI::App& program, Command& chosen);
+void addCommentsCommand(CLI::App& program, Command& chosen);
 void addScanCommand(CLI::App& program, Command& chosen);
 
 /// The exit status of a wrong command line, which ends the program before anything is touched.

@@ -60,6 +60,18 @@ OpenedFile openFile(const std::string& path, bool readOnly) {
     return opened;
 }
 
+std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change) {
+    const OpenedFile opened = openFile(path, false);
+    if (opened.tag == nullptr) return opened.failure;
+    if (opened.tag->readOnly()) return "is read-only";
+    try {
+        change(*opened.tag);
+    } catch (const ChangeRefused& refused) {
+        return refused.what();
+    }
+    return opened.tag->save() ? "" : "could not be saved; the file is as it was";
+}
+
 FoundFiles findFiles(const std::vector<std::string>& paths) {
     FoundFiles found;
     for (const std::string& path : paths) {

@@ -2,8 +2,11 @@
 
 #include <zaltag/tag/ZALTag.h>
 
+#include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// The path as the commands hand it to the library: absolute, without "." and "..".
@@ -16,6 +19,16 @@ struct OpenedFile {
 };
 
 OpenedFile openFile(const std::string& path, bool readOnly);
+
+/// Thrown by a change to say why a file is left alone.
+class ChangeRefused : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Opens a file, changes it and saves it. Empty when that went well, else the reason for a person; the file
+/// is then as it was.
+std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change);
 
 /// The files a command walks over, and the folders that could not be read.
 struct FoundFiles {

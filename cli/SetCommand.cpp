@@ -78,22 +78,17 @@ void stripID3v1(ZALTag& tag) {
     }
 }
 
-// Changes and saves one file. Empty, or the reason why it failed.
-std::string change(const std::string& file, const std::vector<Assignment>& assignments, bool stripV1) {
-    const OpenedFile opened = openFile(file, false);
-    if (opened.tag == nullptr) return opened.failure;
-    if (opened.tag->readOnly()) return "is read-only";
-    const auto keys = opened.tag->propertyKeys();
+void change(ZALTag& tag, const std::vector<Assignment>& assignments, bool stripV1) {
+    const auto keys = tag.propertyKeys();
     for (const Assignment& assignment : assignments) {
         if (!contains(keys.elements(), assignment.name)) {
-            return fmt::format("{} has no {}", opened.tag->className(), assignment.name);
+            throw ChangeRefused(fmt::format("{} has no {}", tag.className(), assignment.name));
         }
     }
-    if (stripV1) stripID3v1(*opened.tag);
+    if (stripV1) stripID3v1(tag);
     for (const Assignment& assignment : assignments) {
-        opened.tag->setValue(assignment.value, assignment.name);
+        tag.setValue(assignment.value, assignment.name);
     }
-    return opened.tag->save() ? "" : "could not be saved; the file is as it was";
 }
 
 int set(const Options& options) {
@@ -101,7 +96,9 @@ int set(const Options& options) {
     try {
         const auto [files, assignments] = readWords(options);
         for (const std::string& file : files) {
-            const std::string failure = change(file, assignments, options.stripV1);
+            const std::string failure = changeFile(file, [&, &assignments = assignments](ZALTag& tag) {
+                change(tag, assignments, options.stripV1);
+            });
             if (!failure.empty()) output.failure(file, failure);
         }
     } catch (const UsageError& error) {

@@ -17,6 +17,14 @@ constexpr char footer[] =
     "\n"
     "Exit status: 0 all done, 1 something failed, 2 wrong usage.";
 
+// --version is understood by the program and by every command of it.
+void addVersion(CLI::App& command, const std::string& version) {
+    command.set_version_flag("--version", version, "Print the version and end");
+    for (CLI::App* below : command.get_subcommands({})) {
+        addVersion(*below, version);
+    }
+}
+
 int run(int argc, char** argv) {
     CLI::App program("Reads and writes the metadata of DJ software in audio files.", "zaltag");
     const std::string version = "zaltag " + ZALHost::libraryVersion();
@@ -25,11 +33,11 @@ int run(int argc, char** argv) {
     program.require_subcommand(1);
     addShowCommand(program, chosen);
     addSetCommand(program, chosen);
+    addRecordCommand(program, chosen);
+    addCuesCommand(program, chosen);
+    addCommentsCommand(program, chosen);
     addScanCommand(program, chosen);
-    program.set_version_flag("--version", version, "Print the version and end");
-    for (CLI::App* command : program.get_subcommands({})) {
-        command->set_version_flag("--version", version, "Print the version and end");
-    }
+    addVersion(program, version);
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& asked) {  // help or version

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <zaltag/tag/ZALTag.h>
+
+#include <string>
+#include <vector>
+
+/// A place in an audio file where cue points stand.
+struct CuePlace {
+    const char* name;
+    ZALArray<ZALTagCuePoint> (*read)(const ZALTag& tag);
+    /// Writes the cue points in the order given; an empty array removes them.
+    void (*write)(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints);
+};
+
+/// The place with a name, or null.
+const CuePlace* cuePlace(const std::string& name);
+
+/// The names of all places.
+std::vector<std::string> cuePlaceNames();
+
+/// A number of seconds as text: the shortest decimal that reads back the same.
+std::string secondsText(double seconds);
