@@ -1,9 +1,20 @@
 #include "TagMembers.h"
 
 #include <zaltag/id3/ZALTagID3.h>
+#include <zaltag/serato/ZALTagSeratoCuePoint.h>
+#include <zaltag/serato/ZALTagSeratoCuePointOld.h>
+#include <zaltag/serato/ZALTagSeratoGridPoint.h>
+#include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTagComment.h>
 
+#include <fmt/format.h>
+
+#include <cmath>
+
 namespace {
+
+using Array = ZALJSONValue::Array;
+using Object = ZALJSONValue::Object;
 
 template <typename Record>
 ZALJSONValue jsonOfRecord(const std::optional<Record>& record) {
@@ -11,25 +22,86 @@ ZALJSONValue jsonOfRecord(const std::optional<Record>& record) {
     return dictionary ? *dictionary : ZALJSONValue();
 }
 
+std::string colorText(std::uint32_t color) {
+    return fmt::format("{:08X}", color);
+}
+
+// JSON has no word for the numbers that a damaged grid can hold.
+ZALJSONValue finite(double value) {
+    return std::isfinite(value) ? ZALJSONValue(value) : ZALJSONValue();
+}
+
+ZALJSONValue jsonOfMarker(const std::optional<ZALTagSeratoMarker>& marker) {
+    if (!marker) return nullptr;
+    Array cuePoints;
+    for (const ZALTagSeratoCuePoint& cue : marker->cuePoints()) {
+        cuePoints.push_back(Object{{"index", cue.index()},
+                                   {"position", cue.position()},
+                                   {"color", cue.argbColor()},
+                                   {"label", cue.label()}});
+    }
+    return Object{
+        {"major", marker->major()}, {"minor", marker->minor()}, {"cuePoints", std::move(cuePoints)}};
+}
+
+ZALJSONValue jsonOfOldMarker(const std::optional<ZALTagSeratoMarkerOld>& marker) {
+    if (!marker) return nullptr;
+    Array cuePoints;
+    for (const ZALTagSeratoCuePointOld& cue : marker->cuePoints()) {
+        cuePoints.push_back(Object{{"index", cue.index()},
+                                   {"position", cue.position()},
+                                   {"loopPosition", cue.loopPosition()},
+                                   {"loopEnabled", cue.loopEnabled()},
+                                   {"loopIterations", cue.loopIterations()},
+                                   {"color", cue.argbColor()},
+                                   {"type", cue.type()},
+                                   {"loopLocked", cue.loopLocked()}});
+    }
+    return Object{{"major", marker->major()},
+                  {"minor", marker->minor()},
+                  {"color", colorText(marker->color())},
+                  {"cuePoints", std::move(cuePoints)}};
+}
+
+ZALJSONValue jsonOfGrid(const std::optional<ZALTagSeratoGrid>& grid) {
+    if (!grid) return nullptr;
+    Array gridPoints;
+    for (const ZALTagSeratoGridPoint& point : grid->gridPoints()) {
+        gridPoints.push_back(Object{{"position", finite(point.position())},
+                                    {"beatsToNext", point.beatsToNext()},
+                                    {"tempo", finite(point.tempo())}});
+    }
+    return Object{{"major", grid->major()}, {"minor", grid->minor()}, {"gridPoints", std::move(gridPoints)}};
+}
+
+// Serato's payloads of the classes that have them; `fileType` names the form of the legacy record.
+template <typename Tag>
+void addSeratoPayloads(Members& members, const Tag& tag, const char* fileType) {
+    const ZALNullableData old = tag.oldSeratoMarkerData();
+    const auto oldMarker = old ? ZALTagSeratoMarkerOld::initWithData(*old, fileType) : std::nullopt;
+    members.insert(members.end(), {{"seratoMarker", jsonOfMarker(tag.seratoMarker())},
+                                   {"oldSeratoMarker", jsonOfOldMarker(oldMarker)},
+                                   {"seratoGrid", jsonOfGrid(tag.seratoGrid())}});
+}
+
 }  // namespace
 
 ZALJSONValue jsonOfCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    ZALJSONValue::Array out;
+    Array out;
     for (const ZALTagCuePoint& cue : cuePoints) {
-        out.push_back(ZALJSONValue::Object{{"time", cue.time()}, {"name", cue.name()}});
+        out.push_back(Object{{"time", cue.time()}, {"name", cue.name()}});
     }
     return out;
 }
 
 ZALJSONValue jsonOfComments(const ZALTag& tag) {
-    ZALJSONValue::Array out;
+    Array out;
     for (const ZALTagComment& comment : tag.allComments()) {
-        out.push_back(
-            ZALJSONValue::Object{{"comment", comment.comment()},
-                                 {"lang", comment.lang()},
-                                 {"tagVersion", comment.tagVersion()},
-                                 {"isPrimary", comment.isPrimary()},
-                                 {"v1CommentMatchesv2Comment", comment.v1CommentMatchesv2Comment()}});
+        out.push_back(Object{{"comment", comment.comment()},
+                             {"lang", comment.lang()},
+                             {"tagVersion", comment.tagVersion()},
+                             {"isPrimary", comment.isPrimary()},
+                             {"v1CommentMatchesv2Comment", comment.v1CommentMatchesv2Comment()}});
     }
     return out;
 }
@@ -52,7 +124,11 @@ Members membersOfTag(const std::string& path, const ZALTag& tag) {
                                    {"zalBeatGrid", jsonOfRecord(tag.zalBeatGrid())},
                                    {"zalCuePoints", jsonOfRecord(tag.zalCuePoints())},
                                    {"zalVelvetCascade", jsonOfRecord(tag.zalVelvetCascade())},
-                                   {"allComments", jsonOfComments(tag)},
-                                   {"supportsImages", tag.supportsImages()}});
+                                   {"hasSeratoMetadata", tag.hasSeratoMetadata()},
+                                   {"hasTraktorMetadata", tag.hasTraktorMetadata()},
+                                   {"seratoCuePoints", jsonOfCuePoints(tag.seratoCuePoints())}});
+    if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&tag)) addSeratoPayloads(members, *id3, "mp3");
+    members.insert(members.end(),
+                   {{"allComments", jsonOfComments(tag)}, {"supportsImages", tag.supportsImages()}});
     return members;
 }

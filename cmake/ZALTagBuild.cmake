@@ -23,6 +23,7 @@ endif()
 add_library(zaltag_options INTERFACE)
 target_compile_options(zaltag_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>  # g++ 12 warns of every concatenation of strings (PR 105651)
     $<$<BOOL:${ZALTAG_WERROR}>:-Werror>)
 if(ZALTAG_SANITIZE)
     target_compile_options(zaltag_options INTERFACE

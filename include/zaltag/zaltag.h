@@ -25,6 +25,12 @@
 #include <zaltag/records/ZALTagRecordData.h>
 #include <zaltag/records/ZALTagVelvetCascade.h>
 #include <zaltag/serato/ZALBase64.h>
+#include <zaltag/serato/ZALTagSeratoCuePoint.h>
+#include <zaltag/serato/ZALTagSeratoCuePointOld.h>
+#include <zaltag/serato/ZALTagSeratoGrid.h>
+#include <zaltag/serato/ZALTagSeratoGridPoint.h>
+#include <zaltag/serato/ZALTagSeratoMarker.h>
+#include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTag.h>
 #include <zaltag/tag/ZALTagComment.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>

@@ -187,6 +187,10 @@ std::string ZALTag::description() const {
     return out + "}";
 }
 
+void ZALTag::setTraktorCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    traktorCuePoints_ = cuePoints;
+}
+
 // What only back-ends can do.
 
 ZALNullableString ZALTag::artist() const {

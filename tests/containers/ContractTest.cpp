@@ -99,6 +99,23 @@ TEST_P(Contract, recordsAreSavedAndRemoved) {
     EXPECT_EQ(tag->zalVelvetCascade(), cascade);
 }
 
+TEST_P(Contract, seratoCuePointsAreSavedAndRemoved) {
+    const ZALArray<ZALTagCuePoint> cues{ZALTagCuePoint::cuePointWithTime(12.3456, "Été 🎵"),
+                                        ZALTagCuePoint::cuePointWithTime(0.25, "")};
+    const std::string path = newFile();
+    auto tag = opened(path);
+    tag->setSeratoCuePoints(cues);
+    ASSERT_TRUE(tag->save());
+    expectAudio(path);
+    tag = opened(path);
+    EXPECT_EQ(tag->seratoCuePoints(), cues);
+    EXPECT_EQ(tag->seratoCuePoints()[0].time(), 12.346);
+    tag->setSeratoCuePoints({});
+    ASSERT_TRUE(tag->save());
+    EXPECT_TRUE(opened(path)->seratoCuePoints().empty());
+    expectAudio(path);
+}
+
 TEST_P(Contract, aReadOnlyObjectCannotBeSaved) {
     const std::string path = newFile();
     const ZALData before = contentsOf(path);

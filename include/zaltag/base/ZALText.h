@@ -10,6 +10,6 @@
 /// file can tell them apart. File paths use the same type; they are bytes, as the file system has them.
 using ZALNullableString = std::optional<std::string>;
 
-/// The text itself when it is well-formed UTF-8, else the text with U+FFFD for every malformed sequence: what to show
-/// of a path.
+/// The text itself when it is well-formed UTF-8, else the text with U+FFFD for every malformed sequence: what
+/// to show of a path.
 ZALTAG_EXPORT std::string ZALValidUTF8(std::string_view bytes);

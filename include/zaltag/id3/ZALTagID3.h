@@ -1,6 +1,8 @@
 #pragma once
 
 #include <zaltag/base/ZALData.h>
+#include <zaltag/serato/ZALTagSeratoGrid.h>
+#include <zaltag/serato/ZALTagSeratoMarker.h>
 #include <zaltag/tag/ZALTag.h>
 
 #include <memory>
@@ -109,6 +111,27 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     /// Stores a record in that frame, of which only the object changes, or in a new one at the end of the
     /// tag. Null, and a record that has nothing to store, remove the frame.
     void setZalTagProperty(const ZALTagCustomProperty* record, const std::string& description);
+
+    // Other programs. Serato's objects are GEOB frames too; its legacy record is written but never read.
+
+    ZALArray<ZALTagCuePoint> seratoCuePoints() const override;
+    void setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) override;
+    /// The same without moving cue points to the grid.
+    virtual void setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
+    void setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints);
+    void setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// The object "Serato Markers2"; null when there is none or it cannot be read (one log line).
+    virtual std::optional<ZALTagSeratoMarker> seratoMarker() const;
+    /// The object "Serato Markers_", read and written again; null when that is not possible.
+    virtual ZALNullableData oldSeratoMarkerData() const;
+    /// The object "Serato BeatGrid"; null when there is none or it cannot be read (one log line).
+    virtual std::optional<ZALTagSeratoGrid> seratoGrid() const;
+    bool hasSeratoMetadata() const override;
+    bool hasTraktorMetadata() const override;
+    /// Removes Traktor's private frames from the tag, then does what every tag does.
+    void setTraktorCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) override;
+    /// The first PRIV frame of Traktor, owned by the tag; null when there is none.
+    TagLib::ID3v2::PrivateFrame* findTraktorPrivateFrame() const;
 
     bool supportsImages() const override { return false; }
 

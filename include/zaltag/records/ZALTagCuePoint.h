@@ -44,9 +44,9 @@ class ZALTAG_EXPORT ZALTagCuePoint {
 /// a number come last.
 ZALTAG_EXPORT ZALArray<ZALTagCuePoint> sortedCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
 
-/// The cues in their order, each moved to the beat nearest to it. Beat times are in seconds and ascending: the walk
-/// along them stops at the first beat that is not closer, so that of two beats equally near the earlier one is taken.
-/// A cue that has no finite distance to the first beat keeps its time. An empty beat list gives the very same array
-/// object.
+/// The cues in their order, each moved to the beat nearest to it. Beat times are in seconds and ascending:
+/// the walk along them stops at the first beat that is not closer, so that of two beats equally near the
+/// earlier one is taken. A cue that has no finite distance to the first beat keeps its time. An empty beat
+/// list gives the very same array object.
 ZALTAG_EXPORT ZALArray<ZALTagCuePoint> cuePointsAdjustedToBeatTimes(const ZALArray<ZALTagCuePoint>& cuePoints,
                                                                     const ZALArray<double>& beatTimes);

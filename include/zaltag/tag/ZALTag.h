@@ -125,8 +125,8 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// Empties the comment of the ID3v1 tag.
     virtual void deleteID3v1Comment();
 
-    // The library's own records. A getter decodes a new value from the file's tags on each call; null where there is
-    // none or it cannot be read (one log line). Setting null removes the record.
+    // The library's own records. A getter decodes a new value from the file's tags on each call; null where
+    // there is none or it cannot be read (one log line). Setting null removes the record.
 
     virtual std::optional<ZALTagKey> zalKey() const { return zalKey_; }
     virtual void setZalKey(const std::optional<ZALTagKey>& key) { zalKey_ = key; }
@@ -135,7 +135,9 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     virtual std::optional<ZALTagBeatGrid> zalBeatGrid() const { return zalBeatGrid_; }
     virtual void setZalBeatGrid(const std::optional<ZALTagBeatGrid>& beatGrid) { zalBeatGrid_ = beatGrid; }
     virtual std::optional<ZALTagCuePoints> zalCuePoints() const { return zalCuePoints_; }
-    virtual void setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) { zalCuePoints_ = cuePoints; }
+    virtual void setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
+        zalCuePoints_ = cuePoints;
+    }
     virtual std::optional<ZALTagVelvetCascade> zalVelvetCascade() const { return zalVelvetCascade_; }
     virtual void setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
         zalVelvetCascade_ = record;
@@ -164,11 +166,13 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
 
     /// The cue points that Serato keeps in the file, in its order; empty when there are none.
     virtual ZALArray<ZALTagCuePoint> seratoCuePoints() const { return seratoCuePoints_; }
-    /// Writes them, in the order given, each moved to the nearest beat of Serato's grid where the file has one. An
-    /// empty array removes Serato's cue points.
+    /// Writes them, in the order given, each moved to the nearest beat of Serato's grid where the file has
+    /// one. An empty array removes Serato's cue points.
     virtual void setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
     virtual bool hasSeratoMetadata() const;
     virtual bool hasTraktorMetadata() const;
+    /// Keeps the cue points for Traktor's collection; the audio file holds none of them.
+    virtual void setTraktorCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
 
     // Whole objects
 
@@ -203,4 +207,5 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     std::optional<ZALTagCuePoints> zalCuePoints_;
     std::optional<ZALTagVelvetCascade> zalVelvetCascade_;
     ZALArray<ZALTagCuePoint> seratoCuePoints_;
+    ZALArray<ZALTagCuePoint> traktorCuePoints_;
 };

@@ -4,8 +4,8 @@
 
 #include <string>
 
-// Artist and title of a file without tags, guessed from a name like "Artist - Title.mp3". The first " - " separates
-// them; both are trimmed of blanks. Any thread.
+// Artist and title of a file without tags, guessed from a name like "Artist - Title.mp3". The first " - "
+// separates them; both are trimmed of blanks. Any thread.
 
 /// The part before the separator; empty when there is none.
 ZALTAG_EXPORT std::string ZALTagArtistFromPath(const std::string& path);

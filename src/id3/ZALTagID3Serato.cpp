@@ -1,0 +1,109 @@
+// What other programs keep in the tag: Serato's objects in GEOB frames, Traktor's PRIV frame.
+
+#include <zaltag/id3/ZALTagID3.h>
+
+#include "id3/ID3Frames.h"
+#include "id3/ID3State.h"
+#include "records/SeratoCuePoints.h"
+
+#include <generalencapsulatedobjectframe.h>
+#include <privateframe.h>
+
+namespace {
+
+using TagLib::ID3v2::Frame;
+using TagLib::ID3v2::GeneralEncapsulatedObjectFrame;
+using TagLib::ID3v2::PrivateFrame;
+
+constexpr char markers2[] = "Serato Markers2";
+constexpr char markers[] = "Serato Markers_";
+constexpr char beatGrid[] = "Serato BeatGrid";
+
+std::vector<PrivateFrame*> traktorFrames(const TagLib::ID3v2::Tag* tag) {
+    std::vector<PrivateFrame*> frames;
+    if (tag == nullptr) return frames;
+    for (Frame* frame : zal::framesWithID(*tag, "PRIV")) {
+        auto* found = dynamic_cast<PrivateFrame*>(frame);
+        if (found != nullptr && found->owner().find("TRAKTOR") >= 0) frames.push_back(found);
+    }
+    return frames;
+}
+
+}  // namespace
+
+std::optional<ZALTagSeratoMarker> ZALTagID3::seratoMarker() const {
+    return zal::readSeratoMarker(zal::objectOf(state().v2Tag, markers2), zal::SeratoForm::raw);
+}
+
+std::optional<ZALTagSeratoGrid> ZALTagID3::seratoGrid() const {
+    return zal::readSeratoGrid(zal::objectOf(state().v2Tag, beatGrid), zal::SeratoForm::raw);
+}
+
+ZALNullableData ZALTagID3::oldSeratoMarkerData() const {
+    const auto marker = zal::readOldSeratoMarker(zal::objectOf(state().v2Tag, markers), zal::SeratoForm::raw);
+    if (!marker || !marker->isRenderableForFileType("mp3")) return std::nullopt;
+    return marker->markerDataForFileType("mp3");
+}
+
+ZALArray<ZALTagCuePoint> ZALTagID3::seratoCuePoints() const {
+    return zal::cuePointsOfSeratoMarker(seratoMarker());
+}
+
+void ZALTagID3::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    if (state().v2Tag == nullptr) return;
+    setRawSeratoCuePoints(cuePoints.empty() ? cuePoints
+                                            : zal::cuePointsOnSeratoGrid(cuePoints, seratoGrid()));
+}
+
+void ZALTagID3::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    if (state().v2Tag == nullptr) return;
+    setSeratoCuePointsOld(cuePoints);
+    setSeratoCuePointsNew(cuePoints);
+    if (Frame* frame = zal::objectFrame(state().v2Tag, markers2)) zal::moveToEnd(*state().v2Tag, frame);
+}
+
+void ZALTagID3::setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    auto* tag = state().v2Tag;
+    if (tag == nullptr) return;
+    if (cuePoints.empty()) return zal::removeObject(*tag, markers2);
+    const ZALNullableData data = zal::renderedSeratoMarker(
+        zal::seratoMarkerWithCuePoints(seratoMarker(), cuePoints), zal::SeratoForm::raw);
+    if (data) zal::setObject(*tag, markers2, *data);
+}
+
+void ZALTagID3::setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    auto* tag = state().v2Tag;
+    if (tag == nullptr) return;
+    if (cuePoints.empty()) return zal::removeObject(*tag, markers);
+    const auto existing = zal::readOldSeratoMarker(zal::objectOf(tag, markers), zal::SeratoForm::raw);
+    const ZALNullableData data = zal::renderedOldSeratoMarker(
+        zal::oldSeratoMarkerWithCuePoints(existing, cuePoints), zal::SeratoForm::raw);
+    if (data) zal::setObject(*tag, markers, *data);
+}
+
+bool ZALTagID3::hasSeratoMetadata() const {
+    if (state().v2Tag == nullptr) return false;
+    for (const Frame* frame : zal::framesWithID(*state().v2Tag, "GEOB")) {
+        const auto* object = dynamic_cast<const GeneralEncapsulatedObjectFrame*>(frame);
+        if (object != nullptr && object->description().find("Serato") >= 0) return true;
+    }
+    return false;
+}
+
+// Traktor
+
+PrivateFrame* ZALTagID3::findTraktorPrivateFrame() const {
+    const auto frames = traktorFrames(state().v2Tag);
+    return frames.empty() ? nullptr : frames.front();
+}
+
+bool ZALTagID3::hasTraktorMetadata() const {
+    return findTraktorPrivateFrame() != nullptr;
+}
+
+void ZALTagID3::setTraktorCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    for (PrivateFrame* frame : traktorFrames(state().v2Tag)) {
+        state().v2Tag->removeFrame(frame);
+    }
+    ZALTag::setTraktorCuePoints(cuePoints);
+}

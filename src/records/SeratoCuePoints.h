@@ -1,0 +1,42 @@
+#pragma once
+
+#include <zaltag/base/ZALArray.h>
+#include <zaltag/base/ZALData.h>
+#include <zaltag/records/ZALTagCuePoint.h>
+#include <zaltag/serato/ZALTagSeratoGrid.h>
+#include <zaltag/serato/ZALTagSeratoMarker.h>
+#include <zaltag/serato/ZALTagSeratoMarkerOld.h>
+
+#include <optional>
+
+// Between Serato's payloads and the format-neutral cue points: what every back-end does alike.
+
+namespace zal {
+
+/// How a container carries a payload: as it is (a GEOB frame), or as base64 text behind a header (MP4, FLAC).
+enum class SeratoForm { raw, encoded };
+
+// What a payload holds; null for null, and, with a log line, for one that cannot be read. They never throw.
+std::optional<ZALTagSeratoMarker> readSeratoMarker(const ZALNullableData& payload, SeratoForm form);
+std::optional<ZALTagSeratoMarkerOld> readOldSeratoMarker(const ZALNullableData& payload, SeratoForm form);
+std::optional<ZALTagSeratoGrid> readSeratoGrid(const ZALNullableData& payload, SeratoForm form);
+
+/// The marker's cue points in its order, milliseconds as seconds; empty without a marker.
+ZALArray<ZALTagCuePoint> cuePointsOfSeratoMarker(const std::optional<ZALTagSeratoMarker>& marker);
+
+/// The cue points moved to the nearest beats of a grid; as they are without one.
+ZALArray<ZALTagCuePoint> cuePointsOnSeratoGrid(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                               const std::optional<ZALTagSeratoGrid>& grid);
+
+/// The marker with its cue points replaced, or a new one; the cue points' order gives their slots.
+ZALTagSeratoMarker seratoMarkerWithCuePoints(std::optional<ZALTagSeratoMarker> marker,
+                                             const ZALArray<ZALTagCuePoint>& cuePoints);
+ZALTagSeratoMarkerOld oldSeratoMarkerWithCuePoints(std::optional<ZALTagSeratoMarkerOld> marker,
+                                                   const ZALArray<ZALTagCuePoint>& cuePoints);
+
+/// The payload to write. Null, with a log line, when the marker cannot be rendered: a record from a file can hold
+/// colours that the form has no room for.
+ZALNullableData renderedSeratoMarker(const ZALTagSeratoMarker& marker, SeratoForm form);
+ZALNullableData renderedOldSeratoMarker(const ZALTagSeratoMarkerOld& marker, SeratoForm form);
+
+}  // namespace zal
