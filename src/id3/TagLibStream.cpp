@@ -1,18 +1,113 @@
 #include "id3/TagLibStream.h"
 
-#include <zaltag/platform/ZALHost.h>
+#include "platform/SafeFile.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
 
 namespace zal {
 
-std::unique_ptr<TagLibStream> TagLibStream::open(const std::string& path, bool readOnly) {
-    if (ZALHost::shared().fileSystem()->kindOfFile(path) != ZALFileKind::regular) return nullptr;
-    std::unique_ptr<TagLibStream> stream(new TagLibStream(path.c_str(), readOnly));
-    return stream->isOpen() ? std::move(stream) : nullptr;
+namespace {
+
+// What one block holds at most: TagLib's vectors count in 32 bits.
+constexpr unsigned long blockMax = 0x7FFFFFFF;
+
+ZALDataView viewOf(const TagLib::ByteVector& data) {
+    return {reinterpret_cast<const std::uint8_t*>(data.data()), data.size()};
 }
 
+}  // namespace
+
+std::unique_ptr<TagLibStream> TagLibStream::open(const std::string& path, bool readOnly) {
+    auto file = SafeFile::open(path, readOnly);
+    return file ? std::unique_ptr<TagLibStream>(new TagLibStream(std::move(file))) : nullptr;
+}
+
+TagLibStream::TagLibStream(std::unique_ptr<SafeFile> file) : file_(std::move(file)) {}
+TagLibStream::~TagLibStream() = default;
+
 bool TagLibStream::commit() {
-    seek(0);  // flushes what the C library still holds back
-    return !readOnly();
+    return file_->commit();
+}
+
+void TagLibStream::giveUp(const std::string& reason) {
+    file_->giveUp(reason);
+}
+
+TagLib::FileName TagLibStream::name() const {
+    return file_->path().c_str();
+}
+
+bool TagLibStream::readOnly() const {
+    return file_->readOnly();
+}
+
+bool TagLibStream::isOpen() const {
+    return true;
+}
+
+TagLib::ByteVector TagLibStream::readBlock(unsigned long length) {
+    if (position_ >= file_->length()) return {};
+    const auto n = std::min({length, file_->length() - position_, blockMax});
+    try {
+        TagLib::ByteVector block(static_cast<unsigned int>(n), '\0');
+        const std::size_t count =
+            file_->readAt(position_, {reinterpret_cast<std::uint8_t*>(block.data()), block.size()});
+        block.resize(static_cast<unsigned int>(count));
+        position_ += count;
+        return block;
+    } catch (const std::bad_alloc&) {
+        // TagLib takes a short block for the file's end and would save without what it did not see.
+        giveUp("there was no memory to read it");
+        return {};
+    }
+}
+
+void TagLibStream::writeBlock(const TagLib::ByteVector& data) {
+    if (readOnly()) return;
+    file_->write(position_, viewOf(data));
+    position_ += data.size();
+}
+
+void TagLibStream::insert(const TagLib::ByteVector& data, unsigned long start, unsigned long replace) {
+    if (readOnly()) return;
+    if (data.size() > replace) {
+        file_->insert(start, viewOf(data), replace);
+        position_ = file_->length();
+        return;
+    }
+    position_ = start;
+    writeBlock(data);
+    if (data.size() < replace) removeBlock(position_, replace - data.size());
+}
+
+void TagLibStream::removeBlock(unsigned long start, unsigned long length) {
+    if (readOnly()) return;
+    file_->remove(start, length);
+    // TagLib's own stream ends with cutting the file behind the last block it moved, which extends a file
+    // that is shorter than `start`.
+    if (start > file_->length()) file_->truncate(start);
+    position_ = file_->length();
+}
+
+void TagLibStream::seek(long offset, Position from) {
+    const long bases[] = {0, tell(), length()};
+    long position = 0;
+    if (__builtin_add_overflow(bases[from], offset, &position) || position < 0) return;
+    position_ = static_cast<unsigned long>(position);
+}
+
+long TagLibStream::tell() const {
+    return static_cast<long>(position_);
+}
+
+long TagLibStream::length() {
+    return static_cast<long>(file_->length());
+}
+
+void TagLibStream::truncate(long length) {
+    if (!readOnly() && length >= 0) file_->truncate(static_cast<std::uint64_t>(length));
 }
 
 }  // namespace zal

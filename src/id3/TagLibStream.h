@@ -1,23 +1,49 @@
 #pragma once
 
-#include <tfilestream.h>
-
 #include <memory>
 #include <string>
 
+#include <tiostream.h>
+
 namespace zal {
 
-/// The stream that every back-end hands TagLib: the one place where audio files are opened and written.
-class TagLibStream final : public TagLib::FileStream {
-  public:
-    /// Opens a regular file. Null for everything else and for a file that cannot be opened.
-    static std::unique_ptr<TagLibStream> open(const std::string& path, bool readOnly);
+class SafeFile;
 
-    /// Brings what TagLib wrote to the disk. Called once after every save.
+/// The stream every back-end hands TagLib. What TagLib writes stays in memory, and reads see it; the file
+/// changes at commit() alone, from the old one to the complete new one. Positions and lengths behave as those
+/// of TagLib's own file stream. One thread at a time; it must outlive the TagLib file made over it.
+class TagLibStream final : public TagLib::IOStream {
+  public:
+    /// Null when there is no regular file that can be read under the path; nothing is logged then. A file
+    /// that the user may not write opens read-only.
+    static std::unique_ptr<TagLibStream> open(const std::string& path, bool readOnly);
+    ~TagLibStream() override;
+
+    /// Writes what TagLib saved. True when the file holds it; the stream and the TagLib file over it then
+    /// stand on that file. False when it could not be written: the file is untouched, one line was logged,
+    /// and a later commit goes on from the same edits. A read-only stream gives false. SafeFile says what
+    /// stays and what a commit refuses.
     bool commit();
+    /// Makes every later commit fail: for a save that TagLib broke off half-way, by an exception.
+    void giveUp(const std::string& reason);
+
+    TagLib::FileName name() const override;
+    TagLib::ByteVector readBlock(unsigned long length) override;
+    void writeBlock(const TagLib::ByteVector& data) override;
+    void insert(const TagLib::ByteVector& data, unsigned long start = 0, unsigned long replace = 0) override;
+    void removeBlock(unsigned long start = 0, unsigned long length = 0) override;
+    bool readOnly() const override;
+    bool isOpen() const override;
+    void seek(long offset, Position from = Beginning) override;
+    long tell() const override;
+    long length() override;
+    void truncate(long length) override;
 
   private:
-    using TagLib::FileStream::FileStream;
+    explicit TagLibStream(std::unique_ptr<SafeFile> file);
+
+    const std::unique_ptr<SafeFile> file_;
+    unsigned long position_ = 0;
 };
 
 }  // namespace zal

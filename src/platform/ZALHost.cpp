@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <mutex>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -59,6 +60,7 @@ struct ZALHost::Services {
     std::shared_ptr<const ZALLogSink> logSink;  // null: standard error
     std::shared_ptr<ZALFileSystem> fileSystem = ZALFileSystem::machine();
     std::shared_ptr<ZALCloudStorage> cloudStorage;
+    ZALSaveMode saveMode = ZALSaveMode::safe;
     std::string name = program_invocation_short_name;
     std::string version = ZALHost::libraryVersion();
 
@@ -70,7 +72,7 @@ struct ZALHost::Services {
     template <typename T>
     void set(T& field, T value) {
         const std::lock_guard lock(mutex);
-        field.swap(value);  // the old value is destroyed with the argument, after the lock
+        std::swap(field, value);  // the old value is destroyed with the argument, after the lock
     }
 };
 
@@ -108,6 +110,13 @@ void ZALHost::setCloudStorage(std::shared_ptr<ZALCloudStorage> storage) {
 }
 std::shared_ptr<ZALCloudStorage> ZALHost::cloudStorage() const {
     return services_->get(services_->cloudStorage);
+}
+
+void ZALHost::setSaveMode(ZALSaveMode mode) {
+    services_->set(services_->saveMode, mode);
+}
+ZALSaveMode ZALHost::saveMode() const {
+    return services_->get(services_->saveMode);
 }
 
 void ZALHost::setName(std::string name) {

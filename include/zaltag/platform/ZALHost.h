@@ -12,6 +12,24 @@
 /// any thread, possibly from several at once; must not throw.
 using ZALLogSink = std::function<void(const std::string& line)>;
 
+/// How a save of an audio file reaches the disk.
+enum class ZALSaveMode {
+    /// The file is the old one or the new one, whole, whatever happens: a full disk, a failing write, a kill,
+    /// a
+    /// loss of power. A result of the same length whose changed bytes lie in one page of 4 KiB is one write
+    /// in
+    /// place, every other a new file that is synced and renamed over the old one.
+    safe,
+    /// For hosts that keep their own copies: every result of the same length is one write in place, from the
+    /// first to the last changed byte, without a sync. A write that fails is undone from a copy; but a kill,
+    /// a
+    /// crash or a loss of power during it leaves the beginning of that range new and the rest old, in tags
+    /// and
+    /// in audio that lies between two tags. A result of another length, a range over 64 MiB and a file with
+    /// several hard links are written as in `safe`.
+    inPlace,
+};
+
 /// The services of the machine that the library works with, each with a default that a host or a test can
 /// replace. Replace them before the library is used for other things; every operation here may be called from
 /// any thread.
@@ -34,6 +52,9 @@ class ZALTAG_EXPORT ZALHost {
     /// Sets the cloud storage that files may have to be fetched from; null, as at first, for none.
     void setCloudStorage(std::shared_ptr<ZALCloudStorage> storage);
     std::shared_ptr<ZALCloudStorage> cloudStorage() const;
+    /// How saves of audio files are written from now on; `safe` until it is set.
+    void setSaveMode(ZALSaveMode mode);
+    ZALSaveMode saveMode() const;
 
     /// The host program's name and version, as they are written into files that name their maker. Until they
     /// are set, the running program's name and this library's version.

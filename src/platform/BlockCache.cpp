@@ -1,0 +1,43 @@
+#include "platform/BlockCache.h"
+
+#include <algorithm>
+
+namespace zal {
+
+std::error_code BlockCache::readAt(ZALFileHandle& file, std::uint64_t position,
+                                   std::span<std::uint8_t> buffer, std::size_t& count) {
+    count = 0;
+    if (buffer.size() >= blockSize) return file.readAt(position, buffer, count);
+    while (count < buffer.size()) {
+        Block* block = nullptr;
+        if (const auto error = load(file, (position + count) / blockSize, block)) return error;
+        const auto start = static_cast<std::size_t>((position + count) % blockSize);
+        if (start >= block->bytes.size()) break;
+        const std::size_t n = std::min(block->bytes.size() - start, buffer.size() - count);
+        std::copy_n(block->bytes.begin() + static_cast<std::ptrdiff_t>(start), n,
+                    buffer.begin() + static_cast<std::ptrdiff_t>(count));
+        count += n;
+        if (block->bytes.size() < blockSize) break;
+    }
+    return {};
+}
+
+std::error_code BlockCache::load(ZALFileHandle& file, std::uint64_t number, Block*& block) {
+    block =
+        &*std::min_element(blocks_.begin(), blocks_.end(), [number](const Block& one, const Block& other) {
+            if ((one.number == number) != (other.number == number)) return one.number == number;
+            return one.lastUse < other.lastUse;
+        });
+    block->lastUse = ++uses_;
+    if (block->number == number) return {};
+    block->number.reset();
+    block->bytes.resize(blockSize);
+    std::size_t count = 0;
+    const auto error = file.readAt(number * blockSize, block->bytes, count);
+    if (error) return error;
+    block->bytes.resize(count);
+    block->number = number;
+    return {};
+}
+
+}  // namespace zal

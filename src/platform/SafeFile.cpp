@@ -1,0 +1,280 @@
+#include "platform/SafeFile.h"
+
+#include "platform/FileReplacement.h"
+#include "platform/Log.h"
+
+#include <zaltag/platform/ZALHost.h>
+
+#include <algorithm>
+#include <exception>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace zal {
+
+namespace {
+
+// A write inside one page of the page cache is not cut by a kill.
+constexpr std::uint64_t pageSize = 4096;
+constexpr std::uint64_t inPlaceMax = std::uint64_t{64} << 20;
+constexpr std::uint64_t compareSize = 64 * 1024;
+
+const auto tooShort = std::make_error_code(std::errc::io_error);
+
+// The lock of the file that stands under the reference when it ends: a commit may change which one that is.
+class LockedFile {
+  public:
+    explicit LockedFile(std::unique_ptr<ZALFileHandle>& handle) : handle_(handle), error_(handle->lock()) {}
+    ~LockedFile() {
+        if (!error_) handle_->unlock();
+    }
+    LockedFile(const LockedFile&) = delete;
+    LockedFile& operator=(const LockedFile&) = delete;
+
+    const std::error_code& error() const { return error_; }
+
+  private:
+    std::unique_ptr<ZALFileHandle>& handle_;
+    const std::error_code error_;
+};
+
+}  // namespace
+
+std::unique_ptr<SafeFile> SafeFile::open(const std::string& path, bool readOnly) {
+    const auto files = ZALHost::shared().fileSystem();
+    // Before opening, since opening a device can do things by itself.
+    if (files->kindOfFile(path) != ZALFileKind::regular) return nullptr;
+    std::string target;
+    if (files->canonicalPath(path, target)) return nullptr;
+    std::error_code error;
+    auto handle = readOnly ? nullptr : files->open(target, true, error);
+    const bool writable = handle != nullptr;
+    if (!handle) handle = files->open(target, false, error);
+    ZALFileAttributes attributes;
+    if (!handle || handle->attributes(attributes) || attributes.kind != ZALFileKind::regular) return nullptr;
+    return std::unique_ptr<SafeFile>(
+        new SafeFile(path, std::move(target), files, std::move(handle), attributes, !writable));
+}
+
+SafeFile::SafeFile(std::string path, std::string target, std::shared_ptr<ZALFileSystem> files,
+                   std::unique_ptr<ZALFileHandle> handle, const ZALFileAttributes& attributes, bool readOnly)
+    : path_(std::move(path)),
+      target_(std::move(target)),
+      files_(std::move(files)),
+      handle_(std::move(handle)),
+      state_(attributes),
+      readOnly_(readOnly),
+      pieces_(attributes.size) {}
+
+std::size_t SafeFile::readAt(std::uint64_t position, std::span<std::uint8_t> buffer) {
+    std::size_t count = 0;
+    if (const auto error = readContent(position, buffer, count)) {
+        giveUp("it could not be read whole: " + describe(error));
+    }
+    return count;
+}
+
+std::error_code SafeFile::readContent(std::uint64_t position, std::span<std::uint8_t> buffer,
+                                      std::size_t& count) {
+    count = 0;
+    while (count < buffer.size() && position + count < pieces_.length()) {
+        const Piece piece = pieces_.pieceAt(position + count);
+        const auto n = static_cast<std::size_t>(std::min<std::uint64_t>(piece.length, buffer.size() - count));
+        const auto part = buffer.subspan(count, n);
+        std::size_t got = n;
+        std::error_code error;
+        if (piece.source == Piece::Source::original) {
+            error = cache_.readAt(*handle_, piece.offset, part, got);
+        } else if (piece.source == Piece::Source::memory) {
+            std::copy_n(piece.bytes->begin() + static_cast<std::ptrdiff_t>(piece.offset), n, part.begin());
+        } else {
+            std::fill(part.begin(), part.end(), std::uint8_t{0});
+        }
+        count += got;
+        if (error || got < n) return error ? error : tooShort;
+    }
+    return {};
+}
+
+std::error_code SafeFile::readOriginal(std::uint64_t position, std::span<std::uint8_t> buffer) {
+    std::size_t count = 0;
+    const auto error = cache_.readAt(*handle_, position, buffer, count);
+    return !error && count < buffer.size() ? tooShort : error;
+}
+
+void SafeFile::write(std::uint64_t position, ZALDataView bytes) {
+    if (!bytes.empty()) edit(position, bytes.size(), bytes);
+}
+
+void SafeFile::insert(std::uint64_t position, ZALDataView bytes, std::uint64_t replaced) {
+    if (!bytes.empty() || position < length()) edit(position, replaced, bytes);
+}
+
+void SafeFile::remove(std::uint64_t position, std::uint64_t length) {
+    insert(position, {}, length);
+}
+
+void SafeFile::truncate(std::uint64_t length) {
+    if (length < this->length()) {
+        remove(length, this->length() - length);
+    } else {
+        edit(length, 0, {});
+    }
+}
+
+void SafeFile::edit(std::uint64_t position, std::uint64_t removed, ZALDataView bytes) {
+    if (readOnly_) return;
+    if (position > lengthMax || std::max(position, length()) + bytes.size() > lengthMax) {
+        return giveUp("an edit lies too far behind its end");
+    }
+    try {
+        pieces_.replace(position, removed, bytes);
+    } catch (const std::bad_alloc&) {
+        giveUp("there was no memory for an edit");
+    }
+}
+
+void SafeFile::giveUp(std::string reason) {
+    if (brokenBy_.empty()) brokenBy_ = std::move(reason);
+}
+
+bool SafeFile::commit() {
+    std::string reason;
+    try {
+        reason = writeChanges();
+    } catch (const std::exception& exception) {  // memory ran out
+        reason = exception.what();
+    }
+    if (reason.empty()) return true;
+    logf("could not save '{}': {}", path_, reason);
+    return false;
+}
+
+// Each of the following gives the reason of a failure, or an empty text.
+std::string SafeFile::writeChanges() {
+    if (readOnly_) return "it is open for reading only";
+    if (!brokenBy_.empty()) return brokenBy_;
+    if (pieces_.isUntouched()) return {};
+    // Keeps a save in place and a save beside, of two processes, from each losing what the other wrote.
+    const LockedFile lock(handle_);
+    if (lock.error()) return describe(lock.error());
+    if (std::string reason = checkUnchanged(); !reason.empty()) return reason;
+    FileReplacement::clearLeftOver(*files_, target_);
+    if (length() != state_->size) return writeBeside();
+    std::optional<Range> difference;
+    if (const auto error = findDifference(difference)) return describe(error);
+    if (!difference) {
+        pieces_ = PieceList(length());
+        return {};
+    }
+    return mayWriteInPlace(*difference) ? writeInPlace(*difference) : writeBeside();
+}
+
+std::string SafeFile::checkUnchanged() {
+    if (!state_) noteState();
+    ZALFileAttributes now;
+    if (const auto error = files_->attributes(target_, now)) return describe(error);
+    if (!state_ || now.device != state_->device || now.inode != state_->inode) {
+        return "another program replaced it since it was opened";
+    }
+    if (now.size != state_->size || now.modified != state_->modified) {
+        return "another program changed it since it was opened";
+    }
+    state_->links = now.links;
+    return {};
+}
+
+// The first and the last byte that differ from the original, which has the same length; null when none does.
+std::error_code SafeFile::findDifference(std::optional<Range>& difference) {
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> parts;  // start and length of what may differ
+    for (const auto& [start, piece] : pieces_.pieces()) {
+        if (piece.source == Piece::Source::original && piece.offset == start) continue;
+        for (std::uint64_t done = 0; done < piece.length; done += compareSize) {
+            parts.emplace_back(start + done, std::min(compareSize, piece.length - done));
+        }
+    }
+    ZALData edited;
+    ZALData original;
+    const auto load = [&](const std::pair<std::uint64_t, std::uint64_t>& part) -> std::error_code {
+        edited.resize(static_cast<std::size_t>(part.second));
+        original.resize(edited.size());
+        std::size_t count = 0;
+        const auto error = readContent(part.first, edited, count);
+        return error ? error : readOriginal(part.first, original);
+    };
+    for (auto part = parts.begin(); part != parts.end() && !difference; ++part) {
+        if (const auto error = load(*part)) return error;
+        const auto at = std::mismatch(edited.begin(), edited.end(), original.begin()).first;
+        const std::uint64_t first = part->first + static_cast<std::uint64_t>(at - edited.begin());
+        if (at != edited.end()) difference = Range{first, first};
+    }
+    for (auto part = parts.rbegin(); part != parts.rend() && difference; ++part) {
+        if (const auto error = load(*part)) return error;
+        const auto at = std::mismatch(edited.rbegin(), edited.rend(), original.rbegin()).first;
+        if (at == edited.rend()) continue;
+        difference->last = part->first + static_cast<std::uint64_t>(edited.rend() - at) - 1;
+        break;
+    }
+    return {};
+}
+
+bool SafeFile::mayWriteInPlace(const Range& range) const {
+    if (state_->links > 1) return false;
+    if (range.first / pageSize == range.last / pageSize) return true;
+    return ZALHost::shared().saveMode() == ZALSaveMode::inPlace && range.last - range.first < inPlaceMax;
+}
+
+std::string SafeFile::writeInPlace(const Range& range) {
+    PieceList whole(length());
+    ZALData edited(static_cast<std::size_t>(range.last - range.first + 1));
+    ZALData original(edited.size());
+    std::size_t count = 0;
+    if (const auto error = readContent(range.first, edited, count)) return describe(error);
+    if (const auto error = readOriginal(range.first, original)) return describe(error);
+    const auto error = handle_->writeAt(range.first, edited);
+    const auto undone = error ? handle_->writeAt(range.first, original) : std::error_code();
+    noteState();
+    cache_.clear();
+    if (undone) return "writing failed, and so did putting back what was there: " + describe(undone);
+    if (error) return "writing failed: " + describe(error);
+    pieces_ = std::move(whole);
+    return {};
+}
+
+std::string SafeFile::writeBeside() {
+    PieceList whole(length());
+    FileReplacement replacement(files_, target_);
+    bool written = replacement.begin(handle_.get());
+    for (auto at = pieces_.pieces().begin(); written && at != pieces_.pieces().end(); ++at) {
+        const Piece& piece = at->second;
+        if (piece.source == Piece::Source::original) {
+            written = replacement.appendCopy(*handle_, piece.offset, piece.length);
+        } else if (piece.source == Piece::Source::memory) {
+            written = replacement.append(
+                ZALDataView(*piece.bytes)
+                    .subspan(static_cast<std::size_t>(piece.offset), static_cast<std::size_t>(piece.length)));
+        } else {
+            written = replacement.appendZeros(piece.length);
+        }
+    }
+    if (!written || !replacement.finish([this] { return checkUnchanged(); })) return replacement.reason();
+    handle_ = replacement.takeHandle();
+    state_ = replacement.attributes();
+    pieces_ = std::move(whole);
+    cache_.clear();
+    replacement.syncFolder();
+    return {};
+}
+
+// After a write of ours the file's time is ours, too.
+void SafeFile::noteState() {
+    ZALFileAttributes attributes;
+    if (handle_->attributes(attributes)) {
+        state_.reset();
+    } else {
+        state_ = attributes;
+    }
+}
+
+}  // namespace zal
