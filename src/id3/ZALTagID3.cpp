@@ -144,6 +144,7 @@ bool ZALTagID3::save(ZALError* error) {
         if (!saveMP3()) return failSave(error);
     } catch (const std::exception& exception) {
         zal::logf("could not save '{}': {}", zal::describe(path()), exception.what());
+        state().stream->giveUp(exception.what());  // TagLib may have written half of it
         return failSave(error);
     }
     state().requiresSaving = false;

@@ -233,13 +233,22 @@ std::string SafeFile::writeInPlace(const Range& range) {
     if (const auto error = readContent(range.first, edited, count)) return describe(error);
     if (const auto error = readOriginal(range.first, original)) return describe(error);
     const auto error = handle_->writeAt(range.first, edited);
-    const auto undone = error ? handle_->writeAt(range.first, original) : std::error_code();
-    noteState();
     cache_.clear();
-    if (undone) return "writing failed, and so did putting back what was there: " + describe(undone);
+    const bool undone = !error || putBack(range.first, original);
+    noteState();
+    if (!undone) return "writing failed, and so did putting back what was there: " + describe(error);
     if (error) return "writing failed: " + describe(error);
     pieces_ = std::move(whole);
     return {};
+}
+
+// What failed once may fail again, but what is there counts, not what the write says.
+bool SafeFile::putBack(std::uint64_t position, ZALDataView original) {
+    ZALData present(original.size());
+    std::size_t count = 0;
+    handle_->writeAt(position, original);
+    const auto error = handle_->readAt(position, present, count);
+    return !error && std::equal(present.begin(), present.end(), original.begin());
 }
 
 std::string SafeFile::writeBeside() {
@@ -259,7 +268,8 @@ std::string SafeFile::writeBeside() {
         }
     }
     if (!written || !replacement.finish([this] { return checkUnchanged(); })) return replacement.reason();
-    handle_ = replacement.takeHandle();
+    // Unlocked by name: a process forked from this one may keep it open.
+    std::exchange(handle_, replacement.takeHandle())->unlock();
     state_ = replacement.attributes();
     pieces_ = std::move(whole);
     cache_.clear();

@@ -83,6 +83,7 @@ class SafeFile {
     std::error_code findDifference(std::optional<Range>& difference);
     bool mayWriteInPlace(const Range& range) const;
     std::string writeInPlace(const Range& range);
+    bool putBack(std::uint64_t position, ZALDataView original);
     std::string writeBeside();
     void noteState();
 

@@ -1,0 +1,114 @@
+#include "id3/TagLibStream.h"
+
+#include "support/AudioFixtures.h"
+#include "support/Hex.h"
+
+#include <gtest/gtest.h>
+#include <tfilestream.h>
+
+#include <climits>
+#include <random>
+
+namespace {
+
+using TagLib::IOStream;
+
+std::string textOf(const TagLib::ByteVector& bytes) {
+    return {bytes.data(), bytes.size()};
+}
+
+// One random operation, done to a stream and told as a text with what the stream says after it.
+std::string step(IOStream& stream, unsigned seed) {
+    std::mt19937 random(seed);
+    const auto upTo = [&random](long n) {
+        return static_cast<long>(random() % (static_cast<unsigned>(n) + 1));
+    };
+    const TagLib::ByteVector data(static_cast<unsigned>(upTo(random() % 4 == 0 ? 5000 : 40)),
+                                  static_cast<char>('a' + upTo(25)));
+    const auto start = static_cast<unsigned long>(upTo(stream.length() + 50));
+    const auto count = static_cast<unsigned long>(upTo(random() % 4 == 0 ? 4000 : 60));
+    std::string said;
+    switch (random() % 8) {
+        case 0:
+            stream.seek(upTo(9000) - 4500, static_cast<IOStream::Position>(upTo(2)));
+            break;
+        case 1:
+            stream.writeBlock(data);
+            break;
+        case 2:
+            stream.insert(data, start, count);
+            break;
+        case 3:
+            stream.insert(data, start, data.size());
+            break;
+        case 4:
+            stream.removeBlock(start, count);
+            break;
+        case 5:
+            stream.truncate(upTo(stream.length() + 100) - 10);
+            break;
+        default:
+            said = textOf(stream.readBlock(count));
+    }
+    return said + " at " + std::to_string(stream.tell()) + " of " + std::to_string(stream.length());
+}
+
+TEST(TagLibStream, behavesAsTagLibsOwn) {
+    const TemporaryFolder folder;
+    for (unsigned round = 0; round < 30; ++round) {
+        const ZALData content = mpegFrames(static_cast<int>(round));
+        const std::string path = folder.write("ours", content);
+        const std::string rawPath = folder.write("raw", content);
+        const auto ours = zal::TagLibStream::open(path, false);
+        {
+            TagLib::FileStream raw(rawPath.c_str());
+            for (unsigned i = 0; i < 120; ++i) {
+                const unsigned seed = round * 1000 + i;
+                ASSERT_EQ(step(*ours, seed), step(raw, seed)) << "seed " << seed;
+            }
+        }
+        EXPECT_EQ(contentsOf(path), content) << "nothing is written before the commit";
+        ASSERT_TRUE(ours->commit());
+        EXPECT_EQ(contentsOf(path), contentsOf(rawPath)) << "round " << round;
+    }
+}
+
+TEST(TagLibStream, hostilePositionsAndLengthsAreHarmless) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", bytesOf("0123456789"));
+    const auto stream = zal::TagLibStream::open(path, false);
+    stream->seek(4);
+    for (const long offset : {-1L, LONG_MIN}) {
+        stream->seek(offset);
+        EXPECT_EQ(stream->tell(), 4);
+    }
+    stream->seek(LONG_MAX, IOStream::Current);
+    EXPECT_EQ(stream->tell(), 4) << "too far to be a position";
+    EXPECT_EQ(textOf(stream->readBlock(ULONG_MAX)), "456789");
+    stream->seek(LONG_MAX);
+    EXPECT_TRUE(stream->readBlock(ULONG_MAX).isEmpty());
+    stream->truncate(-1);
+    EXPECT_EQ(stream->length(), 10);
+    stream->writeBlock("x");
+    stream->removeBlock(ULONG_MAX - 1, ULONG_MAX);
+    EXPECT_EQ(stream->length(), 10);
+    EXPECT_FALSE(stream->commit()) << "the content lacks an edit";
+    EXPECT_EQ(contentsOf(path), bytesOf("0123456789"));
+}
+
+TEST(TagLibStream, readOnlyIsLeftAlone) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", bytesOf("0123456789"));
+    const auto stream = zal::TagLibStream::open(path, true);
+    EXPECT_TRUE(stream->readOnly());
+    stream->writeBlock("x");
+    stream->insert("x");
+    stream->removeBlock(0, 5);
+    stream->truncate(3);
+    EXPECT_EQ(stream->tell(), 0);
+    EXPECT_EQ(textOf(stream->readBlock(20)), "0123456789");
+    EXPECT_FALSE(stream->commit());
+    EXPECT_EQ(zal::TagLibStream::open(path + "-missing", true), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,575 @@
+#include "platform/SafeFile.h"
+
+#include "platform/FileReplacement.h"
+#include "support/AudioFixtures.h"
+#include "support/FaultyFileSystem.h"
+#include "support/Hex.h"
+#include "support/LogCapture.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <random>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <sched.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace {
+
+using Operation = FaultyFileSystem::Operation;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using zal::SafeFile;
+
+std::string textOf(const ZALData& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+// Text that never repeats within a few pages, so that a moved byte shows.
+std::string someText(std::size_t length) {
+    std::string out;
+    for (int i = 0; out.size() < length; ++i) {
+        out += std::to_string(i) + " ";
+    }
+    return out.substr(0, length);
+}
+
+ZALDataView viewOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+std::string readAll(SafeFile& file, std::uint64_t position = 0, std::size_t length = 1 << 24) {
+    ZALData buffer(std::min<std::size_t>(length, file.length() + 1));
+    buffer.resize(file.readAt(position, buffer));
+    return textOf(buffer);
+}
+
+struct stat statusOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
+    return status;
+}
+
+// Runs a function in a process of its own, where it may give up what the tests need; true when it gives true.
+bool holdsInChild(const std::function<bool()>& function) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(function() ? 0 : 1);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+class SafeFileTest : public testing::Test {
+  protected:
+    SafeFileTest() : path_(folder_.write("song", viewOf(old_))) {}
+    ~SafeFileTest() override {
+        FaultyFileSystem::uninstall();
+        ZALHost::shared().setSaveMode(ZALSaveMode::safe);
+    }
+
+    std::unique_ptr<SafeFile> opened() const { return SafeFile::open(path_, false); }
+    std::string content() const { return textOf(contentsOf(path_)); }
+    std::string inFolder(const std::string& name) const { return (folder_.path() / name).string(); }
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
+            names.push_back(entry.path().filename().string());
+        }
+        return names;
+    }
+
+    const LogCapture log_;
+    const TemporaryFolder folder_;
+    const std::string old_ = someText(200'000);
+    const std::string path_;
+};
+
+TEST_F(SafeFileTest, holdsWhatAStringWouldHold) {
+    std::mt19937 random(1);
+    const auto upTo = [&random](std::size_t n) { return static_cast<std::size_t>(random() % (n + 1)); };
+    for (int round = 0; round < 20; ++round) {
+        if (round == 10) FaultyFileSystem::install()->refuseKernelCopies();
+        std::string model = someText(upTo(300'000));
+        folder_.write("song", viewOf(model));
+        const auto file = opened();
+        for (int i = 0; i < 300; ++i) {
+            const std::size_t at = upTo(model.size() + 20);
+            const std::size_t count = upTo(i % 10 == 0 ? 100'000 : 50);
+            const std::string bytes = someText(upTo(i % 7 == 0 ? 40'000 : 30));
+            const auto padded = [&model](std::size_t length) {
+                if (model.size() < length) model.resize(length, '\0');
+            };
+            switch (random() % 6) {
+                case 0:
+                    file->write(at, viewOf(bytes));
+                    if (!bytes.empty()) padded(at + bytes.size());
+                    if (!bytes.empty()) model.replace(at, bytes.size(), bytes);
+                    break;
+                case 1:
+                    file->insert(at, viewOf(bytes), count);
+                    if (!bytes.empty()) padded(at);
+                    if (at <= model.size()) model.replace(at, count, bytes);
+                    break;
+                case 2:
+                    file->remove(at, count);
+                    if (at < model.size()) model.erase(at, count);
+                    break;
+                case 3:
+                    if (i % 20 == 0) file->truncate(at);
+                    if (i % 20 == 0) model.resize(at, '\0');
+                    break;
+                case 4:
+                    ASSERT_TRUE(i % 50 != 0 || file->commit());
+                    break;
+                default:
+                    ASSERT_EQ(readAll(*file, at, count), at < model.size() ? model.substr(at, count) : "");
+            }
+            ASSERT_EQ(file->length(), model.size());
+        }
+        ASSERT_EQ(readAll(*file), model);
+        ASSERT_TRUE(file->commit());
+        ASSERT_EQ(content(), model) << "round " << round;
+        ASSERT_EQ(readAll(*file), model);
+        ASSERT_THAT(names(), ElementsAre("song"));
+    }
+}
+
+TEST_F(SafeFileTest, writesInPlaceOnlyWhatLiesInOnePage) {
+    const auto files = FaultyFileSystem::install();
+    const struct {
+        const char* what;
+        std::uint64_t first, last;
+        ZALSaveMode mode;
+        bool inPlace;
+    } rows[] = {
+        {"one byte", 5000, 5000, ZALSaveMode::safe, true},
+        {"a whole page", 4096, 8191, ZALSaveMode::safe, true},
+        {"two bytes of two pages", 4095, 4096, ZALSaveMode::safe, false},
+        {"both ends", 0, 199'999, ZALSaveMode::safe, false},
+        {"both ends", 0, 199'999, ZALSaveMode::inPlace, true},
+    };
+    for (const auto& row : rows) {
+        ZALHost::shared().setSaveMode(row.mode);
+        folder_.write("song", viewOf(old_));
+        const auto file = opened();
+        std::string changed = old_;
+        changed[row.first] = changed[row.last] = 'X';
+        file->write(0, viewOf(changed));  // what really differs decides
+        const auto inode = statusOf(path_).st_ino;
+        files->resetCounts();
+        ASSERT_TRUE(file->commit()) << row.what;
+        EXPECT_EQ(content(), changed) << row.what;
+        EXPECT_EQ(statusOf(path_).st_ino == inode, row.inPlace) << row.what;
+        EXPECT_EQ(files->count(Operation::write), 1) << row.what;
+        EXPECT_EQ(files->count(Operation::create), row.inPlace ? 0 : 1) << row.what;
+        EXPECT_EQ(files->count(Operation::sync), row.inPlace ? 0 : 2) << row.what;
+    }
+}
+
+TEST_F(SafeFileTest, writesNothingWithoutAChange) {
+    const auto files = FaultyFileSystem::install();
+    const auto file = opened();
+    file->write(100, viewOf(old_.substr(100, 5000)));
+    file->insert(7, viewOf("abc"));
+    file->remove(7, 3);
+    files->resetCounts();
+    EXPECT_TRUE(file->commit());
+    EXPECT_TRUE(file->commit());
+    EXPECT_EQ(files->count(Operation::write) + files->count(Operation::create), 0);
+}
+
+TEST_F(SafeFileTest, readsByFewSystemCalls) {
+    const auto files = FaultyFileSystem::install();
+    const auto file = opened();
+    for (std::uint64_t at = 0; at + 4 < 30'000; at += 4) {
+        readAll(*file, at, 4);
+    }
+    readAll(*file, 199'990, 10);
+    EXPECT_EQ(files->count(Operation::read), 3) << "two blocks and the last";
+    for (int i = 0; i < 300; ++i) {
+        readAll(*file, static_cast<std::uint64_t>(i % 3) * 60'000, 10);
+    }
+    EXPECT_LE(files->count(Operation::read), 5) << "places that are read in turn stay";
+}
+
+TEST_F(SafeFileTest, manySmallWritesStayCheap) {
+    const auto file = opened();
+    std::string expected = old_;
+    for (std::size_t i = 0; i < 60'000; ++i) {
+        const std::size_t at = (i * 7919) % 50'000 * 4;
+        file->write(at, viewOf("#"));
+        expected[at] = '#';
+    }
+    for (std::size_t at = 100'000; at > 0; at -= 4) {
+        file->write(at, viewOf("down"));
+        expected.replace(at, 4, "down");
+    }
+    EXPECT_EQ(readAll(*file), expected);
+    EXPECT_TRUE(file->commit());
+    EXPECT_EQ(content(), expected);
+}
+
+TEST_F(SafeFileTest, standsOnTheNewFileAfterACommit) {
+    const auto file = opened();
+    file->insert(0, viewOf("first "));
+    ASSERT_TRUE(file->commit());
+    EXPECT_EQ(readAll(*file, 0, 8), "first 0 ");
+    file->write(0, viewOf("FIRST"));
+    ASSERT_TRUE(file->commit());
+    EXPECT_EQ(readAll(*file, 0, 8), "FIRST 0 ");
+    file->insert(6, viewOf("second "));
+    ASSERT_TRUE(file->commit());
+    EXPECT_EQ(content(), "FIRST second " + old_);
+    file->truncate(1'000'000);
+    ASSERT_TRUE(file->commit());
+    std::string extended = "FIRST second " + old_;
+    extended.resize(1'000'000);
+    EXPECT_EQ(content(), extended);
+}
+
+TEST_F(SafeFileTest, keepsModeOwnerAndAttributes) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+    // Access for one more user than the bits tell; and a folder that gives new files such a list.
+    const ZALData list = fromHex(
+        "02000000 01000600 FFFFFFFF 02000400 E7030000 04000400 FFFFFFFF 10000400 FFFFFFFF 20000000 FFFFFFFF");
+    const char* const folder = folder_.path().c_str();
+    ASSERT_EQ(::setxattr(folder, "system.posix_acl_default", list.data(), list.size(), 0), 0);
+    ASSERT_EQ(::setxattr(path_.c_str(), "user.note", "kept", 4, 0), 0);
+    ASSERT_EQ(::setxattr(path_.c_str(), "user.empty", "", 0, 0), 0);
+    ASSERT_EQ(::chown(path_.c_str(), 1234, 2345), 0);
+    for (const bool withList : {false, true}) {
+        if (withList) {
+            ASSERT_EQ(::setxattr(path_.c_str(), "system.posix_acl_access", list.data(), list.size(), 0), 0);
+        } else {
+            ASSERT_EQ(::chmod(path_.c_str(), 0462), 0);
+        }
+        const struct stat before = statusOf(path_);
+        const auto file = opened();
+        file->insert(0, viewOf("x"));
+        ASSERT_TRUE(file->commit());
+        const struct stat after = statusOf(path_);
+        EXPECT_NE(after.st_ino, before.st_ino);
+        EXPECT_EQ(after.st_mode, before.st_mode);
+        EXPECT_EQ(after.st_uid, 1234u);
+        EXPECT_EQ(after.st_gid, 2345u);
+        ZALData value(100);
+        const ssize_t length =
+            ::getxattr(path_.c_str(), "system.posix_acl_access", value.data(), value.size());
+        EXPECT_EQ(length, withList ? static_cast<ssize_t>(list.size()) : -1);
+        EXPECT_TRUE(!withList || std::equal(list.begin(), list.end(), value.begin()));
+        EXPECT_EQ(::getxattr(path_.c_str(), "user.note", value.data(), value.size()), 4);
+        EXPECT_EQ(::getxattr(path_.c_str(), "user.empty", value.data(), value.size()), 0);
+    }
+}
+
+TEST_F(SafeFileTest, followsSymbolicLinksAndLeavesHardLinks) {
+    const std::string symbolic = inFolder("symbolic");
+    const std::string hard = inFolder("hard");
+    ASSERT_EQ(::symlink("song", symbolic.c_str()), 0);
+    ASSERT_EQ(::link(path_.c_str(), hard.c_str()), 0);
+    const auto file = SafeFile::open(symbolic, false);
+    file->write(0, viewOf("X"));  // alone it would be a write in place
+    ASSERT_TRUE(file->commit());
+    EXPECT_EQ(content(), "X" + old_.substr(1));
+    EXPECT_EQ(textOf(contentsOf(hard)), old_);
+    EXPECT_TRUE(std::filesystem::is_symlink(symbolic));
+}
+
+TEST_F(SafeFileTest, leavesAFileAloneThatIsNotTheOneOpened) {
+    const std::string other = someText(old_.size() + 1);
+    const struct {
+        std::function<void()> change;
+        std::string left;
+        const char* reason;
+    } rows[] = {
+        {[&] { std::filesystem::rename(folder_.write("new", viewOf(other)), path_); }, other, "replaced"},
+        {[&] { folder_.write("song", viewOf(other)); }, other, "changed"},
+        {[&] { folder_.write("song", viewOf(other.substr(1))); }, other.substr(1), "changed"},
+        {[&] { ::unlink(path_.c_str()); }, "", "No such file"},
+    };
+    for (const bool grows : {false, true}) {
+        for (const auto& row : rows) {
+            folder_.write("song", viewOf(old_));
+            const auto file = opened();
+            ::usleep(10'000);  // longer than the clock of the file system ticks
+            row.change();
+            file->insert(0, viewOf("Y"), grows ? 0 : 1);
+            const std::size_t lines = log_.lines().size();
+            EXPECT_FALSE(file->commit());
+            EXPECT_FALSE(file->commit());
+            EXPECT_EQ(content(), row.left);
+            ASSERT_EQ(log_.lines().size(), lines + 2);
+            EXPECT_THAT(log_.lines().back(), testing::AllOf(HasSubstr(path_), HasSubstr(row.reason)));
+            EXPECT_LE(names().size(), 1u);
+        }
+    }
+}
+
+TEST_F(SafeFileTest, survivesAFileThatShrinks) {
+    const auto file = opened();
+    ASSERT_EQ(::truncate(path_.c_str(), 1000), 0);
+    EXPECT_EQ(readAll(*file), old_.substr(0, 1000));
+    EXPECT_EQ(readAll(*file, 150'000, 10), "");
+    file->insert(0, viewOf("x"));
+    EXPECT_FALSE(file->commit());
+    EXPECT_EQ(content(), old_.substr(0, 1000));
+}
+
+TEST_F(SafeFileTest, twoSavesDoNotMix) {
+    const std::string temporary = zal::FileReplacement::temporaryPath(path_);
+    for (const std::string& locked : {path_, temporary}) {
+        const int running = ::open(locked.c_str(), O_RDWR | O_CREAT, 0600);
+        ASSERT_EQ(::flock(running, LOCK_EX), 0);
+        const auto file = opened();
+        file->insert(0, viewOf("x"));
+        EXPECT_FALSE(file->commit());
+        EXPECT_THAT(log_.lines().back(), HasSubstr("another save"));
+        EXPECT_EQ(content(), old_);
+        EXPECT_TRUE(std::filesystem::exists(locked));
+        ::close(running);
+        EXPECT_TRUE(locked == path_ || file->commit()) << "what is left over unlocked goes";
+    }
+    folder_.write(std::filesystem::path(temporary).filename(), viewOf("left"));
+    const auto inPlace = opened();
+    inPlace->write(0, viewOf("x"));
+    EXPECT_TRUE(inPlace->commit()) << "with any save";
+    EXPECT_THAT(names(), ElementsAre("song"));
+    EXPECT_EQ(content(), "x" + old_);
+}
+
+// What another process can do between two of our steps.
+TEST_F(SafeFileTest, looksAgainBeforeItActs) {
+    const auto files = FaultyFileSystem::install();
+    const std::string temporary = zal::FileReplacement::temporaryPath(path_);
+    const std::string name = std::filesystem::path(temporary).filename();
+    int running = -1;
+    const auto lockOther = [&] {
+        running = ::open(temporary.c_str(), O_RDWR | O_CREAT, 0600);
+        ASSERT_EQ(::flock(running, LOCK_EX), 0);
+    };
+    const auto otherComes = [&] {
+        ::unlink(temporary.c_str());
+        lockOther();
+    };
+    const struct {
+        const char* what;
+        bool leftOver;
+        Operation operation;
+        int count;
+        std::function<void()> happens;
+        bool otherStays;
+    } rows[] = {
+        {"the target is changed meanwhile", false, Operation::sync, 1,
+         [&] { folder_.write("song", viewOf(old_)); }, false},
+        {"what was left over became another's", true, Operation::lock, 2, otherComes, true},
+        {"another takes the new file for left over", false, Operation::lock, 2, lockOther, true},
+        {"and cleared it", false, Operation::look, 2, otherComes, true},
+        {"and that late", false, Operation::sync, 1, otherComes, true},
+    };
+    for (const auto& row : rows) {
+        folder_.write("song", viewOf(old_));
+        if (row.leftOver) folder_.write(name, viewOf("left"));
+        const auto file = opened();
+        ::usleep(10'000);  // longer than the clock of the file system ticks
+        file->insert(0, viewOf("x"));
+        files->before(row.operation, row.count, row.happens);
+        EXPECT_FALSE(file->commit()) << row.what;
+        EXPECT_EQ(content(), old_) << row.what;
+        EXPECT_EQ(std::filesystem::exists(temporary), row.otherStays) << row.what;
+        ::unlink(temporary.c_str());
+        ::close(running);
+    }
+}
+
+TEST_F(SafeFileTest, racingSavesLeaveOneOfThem) {
+    // Every process opens the same file before any saves: one may win, and each tells whether it did.
+    for (int round = 0; round < 20; ++round) {
+        folder_.write("song", viewOf(old_));
+        std::vector<std::unique_ptr<SafeFile>> savers;
+        for (int i = 0; i < 4; ++i) {
+            savers.push_back(opened());
+            // Two in place, two beside.
+            savers.back()->insert(0, viewOf(std::string(1, static_cast<char>('A' + i))), i % 2 == 0 ? 1 : 0);
+        }
+        ::usleep(10'000);  // longer than the clock of the file system ticks
+        std::vector<pid_t> children;
+        for (const auto& saver : savers) {
+            children.push_back(::fork());
+            if (children.back() == 0) ::_exit(saver->commit() ? 0 : 1);
+        }
+        int winners = 0;
+        char winner = 0;
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            int status = 0;
+            ::waitpid(children[i], &status, 0);
+            if (status != 0) continue;
+            ++winners;
+            winner = static_cast<char>('A' + i);
+        }
+        ASSERT_EQ(winners, 1) << "round " << round;
+        ASSERT_EQ(content(), winner + old_.substr((winner - 'A') % 2 == 0 ? 1 : 0));
+        ASSERT_THAT(names(), ElementsAre("song"));
+    }
+}
+
+TEST_F(SafeFileTest, longNamesAndTakenNames) {
+    const std::string path = folder_.write(std::string(255, 'n'), viewOf(old_));
+    const auto file = SafeFile::open(path, false);
+    const std::string temporary = zal::FileReplacement::temporaryPath(path);
+    std::filesystem::create_directory(temporary);
+    file->insert(0, viewOf("x"));
+    EXPECT_FALSE(file->commit()) << "a folder is not what a killed save leaves";
+    std::filesystem::remove(temporary);
+    ASSERT_EQ(::symlink(path_.c_str(), temporary.c_str()), 0);
+    EXPECT_TRUE(file->commit());
+    EXPECT_EQ(textOf(contentsOf(path)), "x" + old_);
+    EXPECT_EQ(content(), old_) << "nothing is written through a link under that name";
+}
+
+TEST_F(SafeFileTest, opensRegularFilesOnly) {
+    ASSERT_EQ(::mkfifo(inFolder("fifo").c_str(), 0644), 0);
+    for (const char* name : {"missing", "fifo", "."}) {
+        EXPECT_EQ(SafeFile::open(inFolder(name), false), nullptr) << name;
+        EXPECT_EQ(SafeFile::open(inFolder(name), true), nullptr) << name;
+    }
+    const auto file = SafeFile::open(path_, true);
+    file->write(0, viewOf("X"));
+    EXPECT_EQ(readAll(*file), old_);
+    EXPECT_FALSE(file->commit());
+}
+
+TEST_F(SafeFileTest, refusedPermissionsLeaveTheFileWhole) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root may become another user";
+    ASSERT_EQ(::chmod(folder_.path().c_str(), 0777), 0);
+    const struct {
+        const char* what;
+        mode_t fileMode;
+        mode_t folderMode;
+        bool owned;
+        bool opensForEditing;
+        bool grows;
+    } rows[] = {
+        {"its own", 0644, 0777, true, true, true},
+        {"not writable", 0444, 0777, true, false, false},
+        {"in a folder that is not writable", 0666, 0755, true, true, false},
+        {"another user's, whose name it could not keep", 0666, 0777, false, true, false},
+    };
+    for (const auto& row : rows) {
+        folder_.write("song", viewOf(old_));
+        ASSERT_EQ(::chown(path_.c_str(), row.owned ? 65534 : 0, row.owned ? 65534 : 0), 0);
+        ASSERT_EQ(::chmod(path_.c_str(), row.fileMode), 0);
+        ASSERT_EQ(::chmod(folder_.path().c_str(), row.folderMode), 0);
+        EXPECT_TRUE(holdsInChild([&] {
+            if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0) return false;
+            const auto file = opened();
+            if (file->readOnly() == row.opensForEditing) return false;
+            file->write(0, viewOf("X"));
+            if (file->commit() != row.opensForEditing) return false;
+            file->insert(0, viewOf("Y"));
+            return file->commit() == row.grows;
+        })) << row.what;
+        std::string kept = old_;
+        if (row.opensForEditing) kept[0] = 'X';
+        EXPECT_EQ(content(), row.grows ? "Y" + kept : kept) << row.what;
+        EXPECT_THAT(names(), ElementsAre("song")) << row.what;
+    }
+}
+
+// Growing saves fail while there is no room, and succeed on the same object once there is.
+bool failsUntilThereIsRoom(const std::string& path, const std::string& old,
+                           const std::function<void()>& makeRoom) {
+    const auto file = SafeFile::open(path, false);
+    file->insert(0, viewOf("new "));
+    const bool failed = !file->commit() && textOf(contentsOf(path)) == old;
+    makeRoom();
+    return failed && file->commit() && textOf(contentsOf(path)) == "new " + old;
+}
+
+TEST_F(SafeFileTest, aFileSizeLimitLeavesTheFileWhole) {
+    EXPECT_TRUE(holdsInChild([&] {
+        ::signal(SIGXFSZ, SIG_IGN);
+        const auto limit = [](rlim_t bytes) {
+            const struct rlimit most { bytes, RLIM_INFINITY };
+            ::setrlimit(RLIMIT_FSIZE, &most);
+        };
+        limit(100'000);
+        const bool fails = failsUntilThereIsRoom(path_, old_, [&] { limit(1'000'000); });
+        // A write in place that the limit cuts inside its page is undone.
+        limit(4100);
+        const std::string before = content();
+        const auto file = opened();
+        file->write(4096, viewOf("changed!"));
+        return fails && !file->commit() && content() == before;
+    }));
+    EXPECT_THAT(names(), ElementsAre("song"));
+}
+
+TEST_F(SafeFileTest, aFullDiskLeavesTheFileWhole) {
+    // In a name space of its own, so that the disk goes with the process.
+    const bool canMount = holdsInChild([] { return ::unshare(CLONE_NEWNS) == 0; });
+    if (!canMount) GTEST_SKIP() << "only root may mount a disk; the file size limit above was tried instead";
+    EXPECT_TRUE(holdsInChild([&] {
+        const std::string disk = inFolder("disk");
+        ::mkdir(disk.c_str(), 0755);
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("none", disk.c_str(), "tmpfs", 0, "size=500k") != 0) {
+            return false;
+        }
+        folder_.write("disk/song", viewOf(old_));
+        const std::string filler = folder_.write("disk/filler", ZALData(200'000));
+        return failsUntilThereIsRoom(disk + "/song", old_, [&] { ::unlink(filler.c_str()); });
+    }));
+}
+
+TEST_F(SafeFileTest, replacesWholeFiles) {
+    const std::string fresh = inFolder("fresh");
+    const std::string link = inFolder("link");
+    ASSERT_EQ(::symlink("song", link.c_str()), 0);
+    ASSERT_EQ(::chmod(path_.c_str(), 0640), 0);
+    const std::string large = someText(700'000);
+    const auto inChunks = [&](const zal::ChunkSink& sink) {
+        for (std::size_t at = 0; at < large.size(); at += 300'000) {
+            if (!sink(viewOf(large).subspan(at, std::min<std::size_t>(300'000, large.size() - at))))
+                return false;
+            if (!sink(viewOf("|"))) return false;
+        }
+        return true;
+    };
+    const std::string expected =
+        large.substr(0, 300'000) + "|" + large.substr(300'000, 300'000) + "|" + large.substr(600'000) + "|";
+    const mode_t mask = ::umask(027);
+    EXPECT_TRUE(zal::replaceFileContents(fresh, inChunks));
+    ::umask(mask);
+    EXPECT_EQ(textOf(contentsOf(fresh)), expected);
+    EXPECT_EQ(statusOf(fresh).st_mode & 0777u, 0640u) << "a new file follows the mask";
+    EXPECT_TRUE(zal::replaceFileContents(link, viewOf("short")));
+    EXPECT_EQ(content(), "short");
+    EXPECT_EQ(statusOf(path_).st_mode & 0777u, 0640u);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+
+    const std::string nowhere = inFolder("nowhere");
+    ASSERT_EQ(::symlink("missing", nowhere.c_str()), 0);
+    const auto giveUp = [](const zal::ChunkSink& sink) { return sink(viewOf("half")) && false; };
+    EXPECT_FALSE(zal::replaceFileContents(path_, giveUp));
+    for (const std::string& path : {nowhere, inFolder("no/folder"), folder_.path().string()}) {
+        EXPECT_FALSE(zal::replaceFileContents(path, viewOf("x"))) << path;
+    }
+    const auto files = FaultyFileSystem::install();
+    int n = 1;
+    for (files->failAt(n); !zal::replaceFileContents(path_, viewOf("after")); files->failAt(++n)) {
+        EXPECT_EQ(content(), "short") << n;
+    }
+    EXPECT_EQ(n, static_cast<int>(log_.lines().size()) - 3);
+    EXPECT_EQ(content(), "after");
+    EXPECT_THAT(names(), testing::UnorderedElementsAre("fresh", "link", "nowhere", "song"));
+}
+
+}  // namespace

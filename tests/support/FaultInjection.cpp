@@ -1,0 +1,147 @@
+#include "support/FaultInjection.h"
+
+#include "support/AudioFixtures.h"
+#include "support/FaultyFileSystem.h"
+#include "support/LogCapture.h"
+
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// A folder with one file in it, and what may become of them.
+class Site {
+  public:
+    explicit Site(const SaveCase& row) : row_(row), path_(folder_.write(row.name, row.file)) {
+        auto save = row.openAndEdit(path_);
+        if (!save || !save()) throw std::runtime_error("does not save: " + row.name);
+        save = nullptr;  // TagLib's own stream writes its last bytes when it closes
+        after_ = contentsOf(path_);
+        if (after_ == row.file) throw std::runtime_error("the save changes nothing: " + row.name);
+    }
+
+    const std::string& path() const { return path_; }
+    void reset() const { folder_.write(row_.name, row_.file); }
+    bool isOld() const { return contentsOf(path_) == row_.file; }
+    bool isNew() const { return contentsOf(path_) == after_; }
+    bool isAlone() const {
+        int count = 0;
+        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
+            ++count;
+        }
+        return count == 1;
+    }
+
+  private:
+    const SaveCase& row_;
+    TemporaryFolder folder_;
+    std::string path_;
+    ZALData after_;
+};
+
+class Report {
+  public:
+    Report(FaultResult& result, const std::string& what) : result_(result), what_(what) {}
+    void expect(bool holds, const std::string& promise) {
+        if (!holds) result_.damage.push_back(what_ + ": " + promise);
+    }
+
+  private:
+    FaultResult& result_;
+    std::string what_;
+};
+
+// How a run of the outside program ended.
+struct Run {
+    bool faulted = false;
+    bool killed = false;
+    bool saved = false;
+};
+
+Run runSaveOne(const SaveCase& row, const std::string& path, int point, OutsideFault fault) {
+    int report[2];
+    if (::pipe2(report, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    const std::string point_ = "ZALTAG_FAULT_POINT=" + std::to_string(point);
+    const std::string root = "ZALTAG_FAULT_ROOT=" + std::filesystem::path(path).parent_path().string();
+    std::string kill = fault == OutsideFault::killing ? "ZALTAG_FAULT_KILLS=1" : "ZALTAG_FAULT_KILLS=0";
+    std::string preload = point > 0 ? "LD_PRELOAD=" ZALTAG_FAULT_SHIM : "LD_PRELOAD=";
+    char* const environment[] = {const_cast<char*>(point_.c_str()), const_cast<char*>(root.c_str()),
+                                 kill.data(), preload.data(), nullptr};
+    char* const arguments[] = {const_cast<char*>(ZALTAG_SAVE_ONE), const_cast<char*>(row.name.c_str()),
+                               const_cast<char*>(path.c_str()), nullptr};
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_adddup2(&actions, report[1], 100);  // where the shim says that it struck
+    ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = 0;
+    const int spawned = ::posix_spawn(&child, ZALTAG_SAVE_ONE, &actions, nullptr, arguments, environment);
+    ::posix_spawn_file_actions_destroy(&actions);
+    ::close(report[1]);
+    if (spawned != 0) throw std::runtime_error("cannot start " ZALTAG_SAVE_ONE);
+    char struck = 0;
+    Run run;
+    run.faulted = ::read(report[0], &struck, 1) == 1;
+    ::close(report[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    run.killed = WIFSIGNALED(status);
+    run.saved = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return run;
+}
+
+}  // namespace
+
+FaultResult tryFaults(const SaveCase& row) {
+    const Site site(row);
+    FaultResult result;
+    for (int n = 1;; ++n) {
+        site.reset();
+        const LogCapture log;
+        const auto files = FaultyFileSystem::install();
+        files->failAt(n);
+        Report report(result, row.name + " at operation " + std::to_string(n));
+        auto save = row.openAndEdit(site.path());
+        const bool failedWhileOpening = files->hasFailed();
+        const bool saved = save && save();
+        const bool failed = files->hasFailed();
+        files->failAt(0);
+        report.expect(saved ? site.isNew() : site.isOld(), "the file is as the result says");
+        report.expect(site.isAlone(), "nothing is left beside the file");
+        report.expect(saved || failedWhileOpening || log.lines().size() == 1, "one line is logged");
+        if (failedWhileOpening) save = row.openAndEdit(site.path());
+        report.expect(save && save() && site.isNew() && site.isAlone(), "a later save succeeds");
+        FaultyFileSystem::uninstall();
+        if (!failed) {
+            report.expect(saved, "a save without faults succeeds");
+            return result;
+        }
+        ++result.points;
+    }
+}
+
+FaultResult tryOutsideFaults(const SaveCase& row, OutsideFault fault) {
+    const Site site(row);
+    FaultResult result;
+    for (int n = 1;; ++n) {
+        site.reset();
+        Report report(result, row.name + " at system call " + std::to_string(n));
+        const Run run = runSaveOne(row, site.path(), n, fault);
+        if (run.killed) {
+            report.expect(site.isOld() || site.isNew(), "the file is whole");
+        } else {
+            report.expect(run.saved ? site.isNew() : site.isOld(), "the file is as the result says");
+            report.expect(site.isAlone(), "nothing is left beside the file");
+        }
+        const Run again = runSaveOne(row, site.path(), 0, fault);
+        report.expect(again.saved && site.isNew() && site.isAlone(), "the next save clears up");
+        if (!run.faulted) {
+            report.expect(run.saved, "a save without faults succeeds");
+            return result;
+        }
+        ++result.points;
+    }
+}

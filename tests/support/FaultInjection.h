@@ -1,0 +1,37 @@
+#pragma once
+
+#include <zaltag/base/ZALData.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// One save that is tried with every fault: a new format adds a row to saveCases().
+struct SaveCase {
+    std::string name;  ///< also the file's name, with its extension
+    ZALData file;      ///< before the save
+    /// Opens the file and edits it; what it returns saves. Empty when the file does not open.
+    std::function<std::function<bool()>(const std::string& path)> openAndEdit;
+};
+
+/// The saves of the library, and those of TagLib's own stream, which show what the tests can see.
+const std::vector<SaveCase>& saveCases();
+const std::vector<SaveCase>& rawSaveCases();
+
+/// What one run of faults found.
+struct FaultResult {
+    int points = 0;                   ///< how many operations were made to fail
+    std::vector<std::string> damage;  ///< a line for each promise that was broken after one of them
+};
+
+/// Fails the n-th operation on the host's file system, for every n until the save succeeds. Each time the
+/// file must be the old one or the complete new one, as the save's result says, with nothing beside it; and
+/// the same object must save afterwards.
+FaultResult tryFaults(const SaveCase& row);
+
+/// What happens to the n-th system call that changes something.
+enum class OutsideFault { failing, killing };
+
+/// The same from outside: the program tests/shim/save_one.cpp saves, and a preloaded library makes its calls
+/// fail or kills it there. What a kill leaves beside the file must go with the next save.
+FaultResult tryOutsideFaults(const SaveCase& row, OutsideFault fault);
