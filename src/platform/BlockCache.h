@@ -15,7 +15,7 @@ namespace zal {
 /// cost a handful of system calls. Reads of a block or more pass it by.
 class BlockCache {
   public:
-    static constexpr std::size_t blockSize = 16 * 1024;
+    static constexpr std::size_t blockSize = 16384;
 
     /// As ZALFileHandle::readAt; always with the same file until clear().
     std::error_code readAt(ZALFileHandle& file, std::uint64_t position, std::span<std::uint8_t> buffer,

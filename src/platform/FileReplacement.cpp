@@ -12,7 +12,7 @@ namespace zal {
 namespace {
 
 // Bytes gathered for one write; a run of the original that is shorter than a quarter is read into them.
-constexpr std::size_t bufferSize = 256 * 1024;
+constexpr std::size_t bufferSize = 262144;
 constexpr std::uint64_t shortRun = bufferSize / 4;
 
 constexpr std::uint32_t newFileMode = 0644;

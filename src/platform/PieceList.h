@@ -3,8 +3,8 @@
 #include <zaltag/base/ZALData.h>
 
 #include <cstdint>
-#include <map>
 #include <memory>
+#include <utility>
 
 namespace zal {
 
@@ -19,40 +19,46 @@ struct Piece {
 };
 
 /// The content of an edited file as an ordered list of pieces over the original, which stays as it is.
-/// Neighbours are merged, and bytes that were written before are overwritten where they are, so that many
-/// small writes stay cheap: a write of the same length costs a look-up, one that moves what follows costs a
-/// pass over the pieces behind it.
+/// Neighbours that are one run become one piece, and bytes that were written before are overwritten where
+/// they are. Every operation costs the logarithm of the number of pieces, whatever it moves.
 class PieceList {
   public:
-    using Pieces = std::map<std::uint64_t, Piece>;  ///< by their place in the content
-
     explicit PieceList(std::uint64_t originalLength);
+    ~PieceList();
+    PieceList(PieceList&&) noexcept;
+    PieceList& operator=(PieceList&&) noexcept;
 
-    std::uint64_t length() const { return length_; }
-    /// The pieces in order, without gaps and none of them empty.
-    const Pieces& pieces() const { return pieces_; }
+    std::uint64_t length() const;
     /// The piece that holds a position below the length, cut to begin there.
     Piece pieceAt(std::uint64_t position) const;
     /// True when the content is the original, piece for piece.
     bool isUntouched() const;
 
     /// Puts bytes in the place of `removed` bytes from a position on, or of as many as there are. A position
-    /// behind the end fills what lies between with zeros.
+    /// behind the end fills what lies between with zeros. Throws std::bad_alloc and is then as before.
     void replace(std::uint64_t position, std::uint64_t removed, ZALDataView bytes);
     /// Cuts the content, or extends it with zeros.
     void resize(std::uint64_t length);
 
   private:
-    Pieces::iterator holding(std::uint64_t position);
-    bool overwriteInMemory(std::uint64_t position, ZALDataView bytes);
-    void splitAt(std::uint64_t position);
-    void exchange(std::uint64_t position, std::uint64_t removed, Piece piece);
-    void shift(Pieces::iterator first, std::uint64_t distance);
-    void mergeAt(std::uint64_t position);
+    // A treap by place: in order by position, a heap by random priorities, which keeps it flat. A node knows
+    // the length below it and no position, so that nothing has to be renumbered behind an edit.
+    struct Node;
+    using Tree = std::unique_ptr<Node>;
 
-    Pieces pieces_;
-    std::uint64_t length_;
+    static std::uint64_t lengthOf(const Tree& tree);
+    static std::pair<Tree, Tree> split(Tree tree, std::uint64_t position);
+    static Tree merge(Tree left, Tree right);
+    static Tree joined(Tree left, Tree right);
+
+    Tree nodeOf(Piece piece);
+    bool overwriteInMemory(std::uint64_t position, ZALDataView bytes);
+    void cutAt(std::uint64_t position);
+    void exchange(std::uint64_t position, std::uint64_t removed, Piece piece);
+
+    Tree root_;
     std::uint64_t originalLength_;
+    std::uint32_t random_ = 0x9E3779B9;
 };
 
 }  // namespace zal

@@ -18,7 +18,7 @@ namespace {
 // A write inside one page of the page cache is not cut by a kill.
 constexpr std::uint64_t pageSize = 4096;
 constexpr std::uint64_t inPlaceMax = std::uint64_t{64} << 20;
-constexpr std::uint64_t compareSize = 64 * 1024;
+constexpr std::uint64_t compareSize = 65536;
 
 const auto tooShort = std::make_error_code(std::errc::io_error);
 
@@ -160,15 +160,14 @@ std::string SafeFile::writeChanges() {
     const LockedFile lock(handle_);
     if (lock.error()) return describe(lock.error());
     if (std::string reason = checkUnchanged(); !reason.empty()) return reason;
-    FileReplacement::clearLeftOver(*files_, target_);
     if (length() != state_->size) return writeBeside();
     std::optional<Range> difference;
     if (const auto error = findDifference(difference)) return describe(error);
-    if (!difference) {
-        pieces_ = PieceList(length());
-        return {};
-    }
-    return mayWriteInPlace(*difference) ? writeInPlace(*difference) : writeBeside();
+    if (difference && !mayWriteInPlace(*difference)) return writeBeside();
+    FileReplacement::clearLeftOver(*files_, target_);
+    if (difference) return writeInPlace(*difference);
+    pieces_ = PieceList(length());
+    return {};
 }
 
 std::string SafeFile::checkUnchanged() {
@@ -188,7 +187,9 @@ std::string SafeFile::checkUnchanged() {
 // The first and the last byte that differ from the original, which has the same length; null when none does.
 std::error_code SafeFile::findDifference(std::optional<Range>& difference) {
     std::vector<std::pair<std::uint64_t, std::uint64_t>> parts;  // start and length of what may differ
-    for (const auto& [start, piece] : pieces_.pieces()) {
+    Piece piece;
+    for (std::uint64_t start = 0; start < length(); start += piece.length) {
+        piece = pieces_.pieceAt(start);
         if (piece.source == Piece::Source::original && piece.offset == start) continue;
         for (std::uint64_t done = 0; done < piece.length; done += compareSize) {
             parts.emplace_back(start + done, std::min(compareSize, piece.length - done));
@@ -255,8 +256,9 @@ std::string SafeFile::writeBeside() {
     PieceList whole(length());
     FileReplacement replacement(files_, target_);
     bool written = replacement.begin(handle_.get());
-    for (auto at = pieces_.pieces().begin(); written && at != pieces_.pieces().end(); ++at) {
-        const Piece& piece = at->second;
+    Piece piece;
+    for (std::uint64_t at = 0; written && at < length(); at += piece.length) {
+        piece = pieces_.pieceAt(at);
         if (piece.source == Piece::Source::original) {
             written = replacement.appendCopy(*handle_, piece.offset, piece.length);
         } else if (piece.source == Piece::Source::memory) {

@@ -200,7 +200,7 @@ TEST_F(SafeFileTest, readsByFewSystemCalls) {
     EXPECT_LE(files->count(Operation::read), 5) << "places that are read in turn stay";
 }
 
-TEST_F(SafeFileTest, manySmallWritesStayCheap) {
+TEST_F(SafeFileTest, manySmallEditsStayCheap) {
     const auto file = opened();
     std::string expected = old_;
     for (std::size_t i = 0; i < 60'000; ++i) {
@@ -211,6 +211,10 @@ TEST_F(SafeFileTest, manySmallWritesStayCheap) {
     for (std::size_t at = 100'000; at > 0; at -= 4) {
         file->write(at, viewOf("down"));
         expected.replace(at, 4, "down");
+    }
+    for (std::size_t at = 200'000; at > 100'000; at -= 4) {
+        file->insert(at, viewOf("xy"), 1);
+        expected.replace(at, 1, "xy");
     }
     EXPECT_EQ(readAll(*file), expected);
     EXPECT_TRUE(file->commit());

@@ -14,11 +14,10 @@ using ZALLogSink = std::function<void(const std::string& line)>;
 
 /// How a save of an audio file reaches the disk.
 enum class ZALSaveMode {
-    /// The file is the old one or the new one, whole, whatever happens: a full disk, a failing write, a kill,
-    /// a
-    /// loss of power. A result of the same length whose changed bytes lie in one page of 4 KiB is one write
-    /// in
-    /// place, every other a new file that is synced and renamed over the old one.
+    /// The file is the old one or the new one, whole: after a full disk, a failing write, a kill at any moment,
+    /// and after a loss of power as far as the disk writes a block of 4 KiB whole. A result of the same length
+    /// whose changed bytes lie in one such block is one write in place, every other a new file that is synced
+    /// and renamed over the old one.
     safe,
     /// For hosts that keep their own copies: every result of the same length is one write in place, from the
     /// first to the last changed byte, without a sync. A write that fails is undone from a copy; but a kill,
