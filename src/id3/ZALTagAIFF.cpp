@@ -84,6 +84,7 @@ bool ZALTagAIFF::save(ZALError* error) {
         if (aifffile_->save() && state().stream->commit()) return true;
     } catch (const std::exception& exception) {
         zal::logf("could not save '{}': {}", zal::describe(path()), exception.what());
+        state().stream->giveUp(exception.what());  // TagLib may have written half of it
     }
     return failSave(error);
 }

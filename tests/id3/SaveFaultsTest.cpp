@@ -25,7 +25,7 @@ class SaveFaults : public testing::Test {
 
 ZALData saved(const SaveCase& row) {
     const TemporaryFolder folder;
-    const std::string path = folder.write("song.mp3", row.file);
+    const std::string path = folder.write("song.mp3", row.file());
     EXPECT_TRUE(row.openAndEdit(path)()) << row.name;
     return contentsOf(path);
 }
@@ -80,7 +80,7 @@ TEST_F(SaveFaults, theSameTestFindsTheDamageOfSavingWithoutAll) {
 TEST_F(SaveFaults, whatCouldNotBeReadIsNotSaved) {
     const SaveCase& row = saveCases().front();
     const TemporaryFolder folder;
-    const std::string path = folder.write("song.mp3", row.file);
+    const std::string path = folder.write("song.mp3", row.file());
     const LogCapture log;
     const auto files = FaultyFileSystem::install();
     files->failAll(FaultyFileSystem::Operation::read);
@@ -88,7 +88,7 @@ TEST_F(SaveFaults, whatCouldNotBeReadIsNotSaved) {
     files->failAll(FaultyFileSystem::Operation::read, false);
     ASSERT_TRUE(save);
     EXPECT_FALSE(save());
-    EXPECT_EQ(contentsOf(path), row.file);
+    EXPECT_EQ(contentsOf(path), row.file());
     EXPECT_THAT(log.lines(), testing::ElementsAre(HasSubstr("could not be read whole: Input/output error")));
     EXPECT_TRUE(row.openAndEdit(path)()) << "opened again it saves";
     FaultyFileSystem::uninstall();

@@ -16,17 +16,18 @@ namespace {
 // A folder with one file in it, and what may become of them.
 class Site {
   public:
-    explicit Site(const SaveCase& row) : row_(row), path_(folder_.write(row.name, row.file)) {
+    explicit Site(const SaveCase& row)
+        : name_(row.name), before_(row.file()), path_(folder_.write(name_, before_)) {
         auto save = row.openAndEdit(path_);
         if (!save || !save()) throw std::runtime_error("does not save: " + row.name);
         save = nullptr;  // TagLib's own stream writes its last bytes when it closes
         after_ = contentsOf(path_);
-        if (after_ == row.file) throw std::runtime_error("the save changes nothing: " + row.name);
+        if (after_ == before_) throw std::runtime_error("the save changes nothing: " + row.name);
     }
 
     const std::string& path() const { return path_; }
-    void reset() const { folder_.write(row_.name, row_.file); }
-    bool isOld() const { return contentsOf(path_) == row_.file; }
+    void reset() const { folder_.write(name_, before_); }
+    bool isOld() const { return contentsOf(path_) == before_; }
     bool isNew() const { return contentsOf(path_) == after_; }
     bool isAlone() const {
         int count = 0;
@@ -37,9 +38,10 @@ class Site {
     }
 
   private:
-    const SaveCase& row_;
-    TemporaryFolder folder_;
-    std::string path_;
+    const std::string name_;
+    const ZALData before_;
+    const TemporaryFolder folder_;
+    const std::string path_;
     ZALData after_;
 };
 

@@ -6,10 +6,11 @@
 #include <string>
 #include <vector>
 
-/// One save that is tried with every fault: a new format adds a row to saveCases().
+/// One save that is tried with every fault. Every format of formats() has some in saveCases(); a save that
+/// differs from them is one more row there.
 struct SaveCase {
-    std::string name;  ///< also the file's name, with its extension
-    ZALData file;      ///< before the save
+    std::string name;               ///< also the file's name, with its extension
+    std::function<ZALData()> file;  ///< before the save
     /// Opens the file and edits it; what it returns saves. Empty when the file does not open.
     std::function<std::function<bool()>(const std::string& path)> openAndEdit;
 };

@@ -1,10 +1,10 @@
 #include "support/AudioFixtures.h"
 #include "support/FaultInjection.h"
-#include "support/Hex.h"
+#include "support/Formats.h"
 
 #include "id3/TagLibStream.h"
 
-#include <zaltag/id3/ZALTagID3.h>
+#include <zaltag/tag/ZALTag.h>
 
 #include <id3v2tag.h>
 #include <mpegfile.h>
@@ -18,10 +18,12 @@ namespace {
 using Edit = std::function<void(TagLib::ID3v2::Tag&)>;
 
 // About 100 KB of audio between a tag with a frame of some length and an ID3v1 tag.
-ZALData mp3(std::size_t frameLength, std::size_t padding) {
-    const std::string text(frameLength, 'x');
-    return joined({id3Tag({id3Text("TIT2", "Old title"), id3Text("TPE1", text)}, padding), mpegFrames(250),
-                   id3v1Tag("Old title", "", "")});
+std::function<ZALData()> mp3(std::size_t frameLength, std::size_t padding) {
+    return [=] {
+        const std::string text(frameLength, 'x');
+        return joined({id3Tag({id3Text("TIT2", "Old title"), id3Text("TPE1", text)}, padding),
+                       mpegFrames(250), id3v1Tag("Old title", "", "")});
+    };
 }
 
 std::unique_ptr<TagLib::FileStream> openRaw(const std::string& path) {
@@ -53,11 +55,24 @@ std::function<std::function<bool()>(const std::string&)> mpeg(Open open, const E
     };
 }
 
+// The same through the library, for every format it opens.
 std::function<bool()> retitled(const std::string& path, const std::string& title) {
-    const auto tag = ZALTagID3::tagAtPath(path, false);
+    const auto tag = ZALTag::tagAtPath(path);
     if (!tag) return {};
     tag->setTitle(title);
     return [tag] { return tag->save(); };
+}
+
+SaveCase libraryCase(const Format& format, const char* what, const std::string& before,
+                     const std::string& after) {
+    const std::string name = std::string(what) + "." + format.extension;
+    const auto file = [=, fresh = format.file] {
+        const TemporaryFolder folder;
+        const std::string path = folder.write(name, fresh());
+        if (const auto save = retitled(path, before); !save || !save()) throw std::runtime_error(name);
+        return contentsOf(path);
+    };
+    return {name, file, [after](const std::string& path) { return retitled(path, after); }};
 }
 
 template <typename Open>
@@ -84,10 +99,14 @@ std::vector<SaveCase> mpegCases(const std::string& prefix, Open open) {
 const std::vector<SaveCase>& saveCases() {
     static const std::vector<SaveCase> cases = [] {
         auto rows = mpegCases("", openSafe);
-        rows.push_back({"tag grows.mp3", mp3(10, 0),
-                        [](const std::string& path) { return retitled(path, std::string(6000, 't')); }});
-        rows.push_back({"tag, two places.mp3", mp3(10, 1000),
+        rows.push_back({"two tags.mp3", mp3(10, 1000),
                         [](const std::string& path) { return retitled(path, "New title"); }});
+        for (const Format& format : formats()) {
+            const std::string long_(20000, 't');
+            rows.push_back(libraryCase(format, "the library grows it", "Old title", long_));
+            rows.push_back(libraryCase(format, "the library shrinks it", long_, "Old title"));
+            rows.push_back(libraryCase(format, "the library overwrites it", "Old title", "New title"));
+        }
         return rows;
     }();
     return cases;

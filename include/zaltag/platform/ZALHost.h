@@ -51,6 +51,7 @@ class ZALTAG_EXPORT ZALHost {
     /// Sets the cloud storage that files may have to be fetched from; null, as at first, for none.
     void setCloudStorage(std::shared_ptr<ZALCloudStorage> storage);
     std::shared_ptr<ZALCloudStorage> cloudStorage() const;
+
     /// How saves of audio files are written from now on; `safe` until it is set.
     void setSaveMode(ZALSaveMode mode);
     ZALSaveMode saveMode() const;
