@@ -5,6 +5,12 @@ find_package(Threads REQUIRED)
 pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib>=1.13)
 find_package(fmt 9 REQUIRED)
 find_package(nlohmann_json 3.11 REQUIRED)
+# Pictures. TIFF is read by our own code: Debian's libtiff brings in libjbig, which is under the GPL.
+find_package(ZLIB REQUIRED)
+find_package(PNG REQUIRED)
+find_package(JPEG REQUIRED)
+pkg_check_modules(WEBP REQUIRED IMPORTED_TARGET libwebp)
+find_path(STB_INCLUDE_DIR stb/stb_image.h REQUIRED)
 
 find_path(LIBB64_INCLUDE_DIR b64/cencode.h REQUIRED)
 find_library(LIBB64_LIBRARY b64 REQUIRED)

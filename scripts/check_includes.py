@@ -26,7 +26,7 @@ THIRD_PARTY = {
     r"unsynchronizedlyrics)": ["id3", "containers", "tools"],
     r"^b64/": ["serato"],
     r"^fmt/": ["serato", "records", "tag", "id3", "containers", "collection", "rekordbox", "traktor", "tools"],
-    r"^(nlohmann/|pugixml|expat\.h|utf8proc|curl/|asio|png\.h|jpeglib|webp/|tiff|libexif/|stb)": [],
+    r"^(nlohmann/|pugixml|expat\.h|utf8proc|curl/|asio|png\.h|zlib\.h|jpeglib|jerror|webp/|stb)": [],
 }
 # Files of tag/ that reach further up than their room: the table of back-ends and the links to the collections.
 EXCEPTIONS = {

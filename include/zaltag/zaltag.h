@@ -14,6 +14,7 @@
 #include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/platform/ZALFileSystem.h>
 #include <zaltag/platform/ZALHost.h>
+#include <zaltag/platform/ZALImage.h>
 #include <zaltag/platform/ZALJSON.h>
 #include <zaltag/platform/ZALTagCloudFileResolver.h>
 #include <zaltag/records/ZALTagBeatGrid.h>

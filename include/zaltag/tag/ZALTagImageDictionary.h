@@ -1,15 +1,10 @@
 #pragma once
 
 #include <zaltag/base/ZALExport.h>
+#include <zaltag/platform/ZALImage.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
-
-class ZALImage;
-
-/// A decoded picture; null stands for no picture.
-using ZALImagePtr = std::shared_ptr<const ZALImage>;
 
 /// The names of the two members below, for hosts that keep dictionaries; each constant holds its own name.
 ZALTAG_EXPORT extern const std::string ZALTagImageDictionaryImageKey;
