@@ -1,0 +1,33 @@
+#include "platform/LensMake.h"
+
+#include "platform/Exif.h"
+#include "platform/PictureFormats.h"
+
+#include <zaltag/platform/ZALImage.h>
+
+namespace zal {
+
+namespace {
+
+const PictureFormat* markedFormatOf(ZALDataView picture) {
+    const PictureFormat* format = pictureFormatOf(picture);
+    return format != nullptr && format->exif != nullptr ? format : nullptr;
+}
+
+}  // namespace
+
+ZALNullableString lensMakeOf(ZALDataView picture) {
+    const PictureFormat* format = markedFormatOf(picture);
+    return format != nullptr ? lensMakeOfExif(format->exif(picture)) : std::nullopt;
+}
+
+ZALNullableData pictureWithLensMake(ZALDataView picture, const ZALNullableString& make) {
+    const PictureFormat* format = markedFormatOf(picture);
+    if (format == nullptr || ZALImage::imageWithData(picture) == nullptr) return std::nullopt;
+    ZALNullableData marked = format->withExif(picture, exifWithLensMake(format->exif(picture), make));
+    // A block whose parts overlap may not read back; such a picture is left alone.
+    if (marked && lensMakeOf(*marked) != make) return std::nullopt;
+    return marked;
+}
+
+}  // namespace zal
