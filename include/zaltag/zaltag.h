@@ -34,5 +34,6 @@
 #include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTag.h>
 #include <zaltag/tag/ZALTagComment.h>
+#include <zaltag/tag/ZALTagDataImage.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>
 #include <zaltag/tag/ZALTagPathNames.h>

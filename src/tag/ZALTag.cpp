@@ -295,6 +295,15 @@ ZALArray<ZALTagImageDictionary> ZALTag::allImages() const {
 void ZALTag::setAllImages(const ZALArray<ZALTagImageDictionary>&) {
     abstract("setAllImages:");
 }
+ZALArray<ZALData> ZALTag::allImageData() const {
+    abstract("allImageData");
+}
+ZALArray<ZALTagStoredImage> ZALTag::allStoredImages() const {
+    abstract("allStoredImages");
+}
+bool ZALTag::replacePrimaryImage(const ZALImagePtr&, bool) {
+    abstract("replacePrimaryImage:markAsCustom:");
+}
 bool ZALTag::replaceOriginalImage(const ZALImagePtr&) {
     abstract("replaceOriginalImage:");
 }

@@ -145,18 +145,50 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
 
     // Pictures
 
+    // A host can put a picture of its own in the place of the one that a file came with, and undo that later:
+    // the replaced picture stays in the file, and a mark in the bytes (see ZALTagDataImage) tells the two
+    // apart. Pictures handed in are always stored as PNG. Reading a mark decodes nothing; the operations that
+    // hand out a picture do.
+
+    /// Whether the format carries pictures.
     virtual bool supportsImages() const;
+    /// Whether the file has a picture, readable or not.
     virtual bool hasImages() const;
+    /// Whether originalImage() is not null.
     virtual bool hasOriginalImage() const;
+    /// Whether customizedImage() is not null.
     virtual bool hasCustomizedImage() const;
+    /// The first picture marked as original; when none is, the first picture (the last one of a FLAC file)
+    /// unless it is marked as customised. Null for none and for one that does not decode.
     virtual ZALImagePtr originalImage() const;
+    /// The first picture marked as customised. Null for none and for one that does not decode.
     virtual ZALImagePtr customizedImage() const;
     /// The customised picture, or else the original one.
     ZALImagePtr primaryImage() const;
+    /// Every picture that decodes, in the order of the file, with its type. A listing decodes at most 256
+    /// mega pixels, a gigabyte; pictures beyond are left out.
     virtual ZALArray<ZALTagImageDictionary> allImages() const;
+    /// Replaces all pictures by these, as PNG. Their types are not written: every one gets the standard type
+    /// (0). One that cannot be rendered is skipped with a log line.
     virtual void setAllImages(const ZALArray<ZALTagImageDictionary>& images);
+    /// The bytes of every picture, in the order of the file. An entry that is no picture is logged and left
+    /// out.
+    virtual ZALArray<ZALData> allImageData() const;
+    /// The same with the picture types; nothing is logged.
+    virtual ZALArray<ZALTagStoredImage> allStoredImages() const;
+    /// Replaces the first picture, or adds one; null removes all. On a file with a customised picture, false
+    /// without a change in the ID3 family; in MP4 and FLAC the picture takes its place and is marked. False
+    /// also when it cannot be rendered (one log line).
     virtual bool replaceOriginalImage(const ZALImagePtr& image);
+    /// Replaces the bytes of the first picture, or adds one, and marks them as customised when asked; null
+    /// removes all pictures. False when the picture cannot be rendered (one log line); nothing is changed
+    /// then.
+    virtual bool replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom);
+    /// Marks the first picture as the original and puts this one, marked as customised, in its place. When
+    /// there is a customised picture already, only that is replaced. Does nothing for null, and when the
+    /// picture cannot be rendered or the first entry is no picture (one log line).
     virtual void backupOriginalImageAndSetCustomImage(const ZALImagePtr& image);
+    /// Drops the customised pictures and puts the original one back; it keeps its mark.
     virtual void restoreOriginalImage();
     /// Older names of replaceOriginalImage() and allImages().
     bool replaceImage(const ZALImagePtr& image) { return replaceOriginalImage(image); }

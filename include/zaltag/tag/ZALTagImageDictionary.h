@@ -16,3 +16,9 @@ struct ZALTagImageDictionary {
     std::uint32_t imageType =
         0;  ///< ZALTagImageDictionaryImageTypeKey: the ID3 picture type (3 is the front cover)
 };
+
+/// One picture as the file stores it, whether it can be decoded or not.
+struct ZALTagStoredImage {
+    ZALData data;                 ///< the encoded bytes, with the mark in them
+    std::uint32_t imageType = 0;  ///< the ID3 picture type
+};

@@ -1,0 +1,178 @@
+#include "tag/Artwork.h"
+
+#include "platform/LensMake.h"
+#include "platform/Log.h"
+
+#include <zaltag/tag/ZALTagDataImage.h>
+
+namespace zal {
+
+namespace {
+
+// Pixels that one listing decodes, a gigabyte's worth: a small file can hold a thousand pictures of the
+// largest size.
+constexpr std::uint64_t listedPixelsMax = 256U << 20;
+
+ArtworkMark markOf(const StoredPicture& picture) {
+    const ZALNullableString make = lensMakeOf(picture.data);
+    if (make == ZALTagDataImage::originalLensMakeString()) return ArtworkMark::original;
+    if (make == ZALTagDataImage::customizedLensMakeString()) return ArtworkMark::customized;
+    return ArtworkMark::none;
+}
+
+std::vector<ArtworkMark> marksOf(const std::vector<StoredPicture>& pictures) {
+    std::vector<ArtworkMark> marks;
+    for (const StoredPicture& picture : pictures) {
+        marks.push_back(markOf(picture));
+    }
+    return marks;
+}
+
+ZALData copyOf(ZALDataView bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+// The image as PNG; null, and one log line, when it cannot be rendered.
+ZALNullableData render(const ZALImage& image, bool markAsCustom) {
+    ZALNullableData data = image.PNGData();
+    if (!data) {
+        log("Unable to finalize the destination PNG data.");
+        return std::nullopt;
+    }
+    ZALTagDataImage marked(std::move(*data));
+    if (markAsCustom) marked.setIsCustomImage(true);
+    return marked.imageData();
+}
+
+}  // namespace
+
+ZALImagePtr Artwork::imageAt(std::optional<std::size_t> index,
+                             const std::vector<StoredPicture>& pictures) const {
+    return index ? ZALImage::imageWithData(pictures[*index].data) : nullptr;
+}
+
+ZALImagePtr Artwork::originalImage() const {
+    const auto pictures = container_->pictures(false);
+    return imageAt(originalPicture(rules_, marksOf(pictures)), pictures);
+}
+
+ZALImagePtr Artwork::customizedImage() const {
+    const auto pictures = container_->pictures(false);
+    return imageAt(customizedPicture(marksOf(pictures)), pictures);
+}
+
+bool Artwork::isCustomized() const {
+    return customizedPicture(marksOf(container_->pictures(false))).has_value();
+}
+
+ZALArray<ZALTagImageDictionary> Artwork::allImages() const {
+    std::vector<ZALTagImageDictionary> images;
+    std::uint64_t pixels = 0;
+    for (const StoredPicture& picture : container_->pictures(false)) {
+        const auto info = ZALImage::infoWithData(picture.data);
+        if (!info) continue;
+        pixels += std::uint64_t{info->width} * info->height;
+        if (pixels > listedPixelsMax) break;
+        if (ZALImagePtr image = ZALImage::imageWithData(picture.data))
+            images.push_back({image, picture.type});
+    }
+    return images;
+}
+
+ZALArray<ZALData> Artwork::allImageData() const {
+    std::vector<ZALData> data;
+    for (const StoredPicture& picture : container_->pictures(true)) {
+        data.push_back(copyOf(picture.data));
+    }
+    return data;
+}
+
+ZALArray<ZALTagStoredImage> Artwork::allStoredImages() const {
+    std::vector<ZALTagStoredImage> images;
+    for (const StoredPicture& picture : container_->pictures(false)) {
+        images.push_back({copyOf(picture.data), picture.type});
+    }
+    return images;
+}
+
+void Artwork::setAllImages(const ZALArray<ZALTagImageDictionary>& images) {
+    container_->clear();
+    std::vector<NewPicture> added;
+    for (const ZALTagImageDictionary& dictionary : images) {
+        if (dictionary.image == nullptr) continue;
+        ZALNullableData data = dictionary.image->PNGData();
+        if (data) {
+            added.push_back({std::move(*data)});  // the dictionary's type is not written
+        } else {
+            logf("{} unable to finalize the destination PNG data.", rules_.setAllImagesName);
+        }
+    }
+    container_->setPictures(std::move(added));
+}
+
+bool Artwork::replaceOriginalImage(const ZALImagePtr& image) {
+    const bool customized = isCustomized();
+    if (customized && !rules_.replacesCustomized) return false;
+    return replacePrimaryImage(image, customized);
+}
+
+bool Artwork::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
+    if (image == nullptr) {
+        container_->clear();
+        return true;
+    }
+    ZALNullableData data = render(*image, markAsCustom);
+    if (!data) return false;
+    if (!container_->pictures(false).empty()) {
+        container_->replaceFirst(std::move(*data), rules_.primaryType);
+    } else {
+        NewPicture added{std::move(*data)};
+        added.type = rules_.primaryType.value_or(standardArtworkType);
+        container_->setPictures({std::move(added)});
+    }
+    return true;
+}
+
+void Artwork::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
+    if (image == nullptr) return;
+    if (isCustomized()) {
+        replacePrimaryImage(image, true);
+        return;
+    }
+    const ZALNullableData custom = render(*image, true);
+    if (!custom) return;
+    const bool empty = container_->pictures(false).empty();
+    if (!empty && !container_->canBackUp()) return;
+    const auto pictures = container_->pictures(!empty);
+    carryOut(backupPlan(rules_, pictures.size()), pictures, *custom);
+}
+
+void Artwork::restoreOriginalImage() {
+    const auto pictures = container_->pictures(true);
+    carryOut(restorePlan(rules_, marksOf(pictures)), pictures, {});
+}
+
+void Artwork::carryOut(const ArtworkPlan& plan, const std::vector<StoredPicture>& pictures,
+                       const ZALData& custom) {
+    std::vector<NewPicture> made;
+    for (const PlannedPicture& planned : plan) {
+        NewPicture picture;
+        picture.data = custom;
+        if (planned.source) {
+            const StoredPicture& source = pictures[*planned.source];
+            if (!planned.customized) picture.data = copyOf(source.data);
+            picture.mimeType = source.mimeType;
+            picture.type = source.type;
+        }
+        if (planned.original) {
+            ZALTagDataImage marked(std::move(picture.data));
+            marked.setIsOriginalImage(true);
+            picture.data = marked.imageData();
+        }
+        picture.type = planned.type.value_or(picture.type);
+        made.push_back(std::move(picture));
+    }
+    container_->setPictures(std::move(made));
+}
+
+}  // namespace zal
