@@ -6,6 +6,7 @@
 #include "support/AudioFixtures.h"
 #include "support/Formats.h"
 #include "support/Hex.h"
+#include "support/Pictures.h"
 
 #include <gtest/gtest.h>
 
@@ -113,6 +114,35 @@ TEST_P(Contract, seratoCuePointsAreSavedAndRemoved) {
     tag->setSeratoCuePoints({});
     ASSERT_TRUE(tag->save());
     EXPECT_TRUE(opened(path)->seratoCuePoints().empty());
+    expectAudio(path);
+}
+
+TEST_P(Contract, picturesAreSavedAndRemoved) {
+    const std::string path = newFile();
+    auto tag = opened(path);
+    EXPECT_FALSE(tag->hasImages());
+    if (!tag->supportsImages()) return;
+    const ZALImagePtr images[] = {picture(20, 10, 1), picture(30, 20, 2, true)};
+    tag->setAllImages({{images[0], 3}, {images[1], 4}});
+    ASSERT_TRUE(tag->save());
+    expectAudio(path);
+    tag = opened(path);
+    ASSERT_EQ(tag->allImages().size(), 2u);
+    for (std::size_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(*tag->allImages()[i].image, *images[i]);
+        EXPECT_EQ(tag->allStoredImages()[i].data, tag->allImageData()[i]);
+        EXPECT_EQ(*ZALImage::imageWithData(tag->allImageData()[i]), *images[i]);
+    }
+    tag->backupOriginalImageAndSetCustomImage(images[1]);
+    ASSERT_TRUE(tag->save());
+    tag = opened(path);
+    EXPECT_TRUE(tag->hasOriginalImage());
+    EXPECT_EQ(*tag->primaryImage(), *images[1]);
+    tag->restoreOriginalImage();
+    EXPECT_FALSE(tag->hasCustomizedImage());
+    EXPECT_TRUE(tag->replacePrimaryImage(nullptr, false));
+    ASSERT_TRUE(tag->save());
+    EXPECT_FALSE(opened(path)->hasImages());
     expectAudio(path);
 }
 

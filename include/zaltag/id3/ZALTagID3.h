@@ -133,7 +133,26 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     /// The first PRIV frame of Traktor, owned by the tag; null when there is none.
     TagLib::ID3v2::PrivateFrame* findTraktorPrivateFrame() const;
 
-    bool supportsImages() const override { return false; }
+    // Pictures: APIC frames. A picture that is made anew (all of them, when pictures are backed up, restored
+    // or set) has type 0 and no description; one that is replaced keeps its MIME type, type and description.
+    // After a backup the customised picture comes first, then the original, then the others; after a restore
+    // the original comes first. An APIC frame that TagLib does not hold as a picture is logged and stays,
+    // unless all pictures go.
+
+    bool supportsImages() const override { return true; }
+    bool hasImages() const override;
+    bool hasOriginalImage() const override;
+    bool hasCustomizedImage() const override;
+    ZALImagePtr originalImage() const override;
+    ZALImagePtr customizedImage() const override;
+    ZALArray<ZALTagImageDictionary> allImages() const override;
+    void setAllImages(const ZALArray<ZALTagImageDictionary>& images) override;
+    ZALArray<ZALData> allImageData() const override;
+    ZALArray<ZALTagStoredImage> allStoredImages() const override;
+    bool replaceOriginalImage(const ZALImagePtr& image) override;
+    bool replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) override;
+    void backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) override;
+    void restoreOriginalImage() override;
 
     /// The ID3v2 tag; owned by this object and valid as long as it lives.
     TagLib::ID3v2::Tag* v2Tag() const;
