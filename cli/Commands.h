@@ -15,6 +15,7 @@ void addSetCommand(CLI::App& program, Command& chosen);
 void addRecordCommand(CLI::App& program, Command& chosen);
 void addCuesCommand(CLI::App& program, Command& chosen);
 void addCommentsCommand(CLI::App& program, Command& chosen);
+void addArtworkCommand(CLI::App& program, Command& chosen);
 void addScanCommand(CLI::App& program, Command& chosen);
 
 /// The exit status of a wrong command line, which ends the program before anything is touched.

@@ -8,6 +8,8 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
 namespace {
 
 struct Options {
@@ -21,8 +23,22 @@ std::string textOf(const ZALJSONValue& value) {
     return ZALJSON::serialize(value).value_or("-");
 }
 
+// One line a picture.
+void printPictures(Output& output, const std::string& name, const ZALJSONValue& pictures) {
+    if (pictures.arrayValue().empty()) output.line(fmt::format("  {:<16}-", name));
+    for (const ZALJSONValue& picture : pictures.arrayValue()) {
+        std::string line = lineOfPicture(picture);
+        std::replace(line.begin(), line.end(), '\t', ' ');
+        output.line(fmt::format("  {:<16}{}", name, line));
+    }
+}
+
 void printText(Output& output, const Members& members) {
     for (const auto& [name, value] : members) {
+        if (name == "allImages") {
+            printPictures(output, name, value);
+            continue;
+        }
         output.line(name == "path" ? textOf(value) : fmt::format("  {:<16}{}", name, textOf(value)));
     }
 }

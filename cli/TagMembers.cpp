@@ -6,6 +6,7 @@
 #include <zaltag/serato/ZALTagSeratoGridPoint.h>
 #include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTagComment.h>
+#include <zaltag/tag/ZALTagDataImage.h>
 
 #include <fmt/format.h>
 
@@ -106,6 +107,33 @@ ZALJSONValue jsonOfComments(const ZALTag& tag) {
     return out;
 }
 
+ZALJSONValue jsonOfPictures(const ZALTag& tag) {
+    Array out;
+    for (const ZALTagStoredImage& stored : tag.allStoredImages()) {
+        const auto info = ZALImage::infoWithData(stored.data);
+        const ZALTagDataImage data(stored.data);
+        const char* mark = data.isOriginalImage() ? "original"
+                           : data.isCustomImage() ? "customized"
+                                                  : nullptr;
+        out.push_back(Object{{"type", stored.imageType},
+                             {"format", info ? ZALJSONValue(info->format) : ZALJSONValue()},
+                             {"width", info ? ZALJSONValue(info->width) : ZALJSONValue()},
+                             {"height", info ? ZALJSONValue(info->height) : ZALJSONValue()},
+                             {"bytes", static_cast<std::int64_t>(stored.data.size())},
+                             {"mark", mark != nullptr ? ZALJSONValue(mark) : ZALJSONValue()}});
+    }
+    return out;
+}
+
+std::string lineOfPicture(const ZALJSONValue& picture) {
+    const std::string size = picture["width"].isNull() ? "-"
+                                                       : fmt::format("{}x{}", picture["width"].integerValue(),
+                                                                     picture["height"].integerValue());
+    return fmt::format("{}\t{}\t{}\t{}\t{}", picture["type"].integerValue(),
+                       picture["format"].stringValue().value_or("-"), size, picture["bytes"].integerValue(),
+                       picture["mark"].stringValue().value_or("-"));
+}
+
 Members membersOfTag(const std::string& path, const ZALTag& tag) {
     Members members{
         {"path", path},
@@ -128,7 +156,8 @@ Members membersOfTag(const std::string& path, const ZALTag& tag) {
                                    {"hasTraktorMetadata", tag.hasTraktorMetadata()},
                                    {"seratoCuePoints", jsonOfCuePoints(tag.seratoCuePoints())}});
     if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&tag)) addSeratoPayloads(members, *id3, "mp3");
-    members.insert(members.end(),
-                   {{"allComments", jsonOfComments(tag)}, {"supportsImages", tag.supportsImages()}});
+    members.insert(members.end(), {{"allComments", jsonOfComments(tag)},
+                                   {"supportsImages", tag.supportsImages()},
+                                   {"allImages", jsonOfPictures(tag)}});
     return members;
 }

@@ -36,6 +36,7 @@ int run(int argc, char** argv) {
     addRecordCommand(program, chosen);
     addCuesCommand(program, chosen);
     addCommentsCommand(program, chosen);
+    addArtworkCommand(program, chosen);
     addScanCommand(program, chosen);
     addVersion(program, version);
     try {

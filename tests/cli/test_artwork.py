@@ -1,0 +1,180 @@
+"""The program's artwork command; files are checked with mutagen, marks with exiftool, pixels with ffmpeg."""
+import hashlib
+import json
+import os
+import struct
+import subprocess
+import zlib
+
+from mutagen.id3 import ID3
+
+from support import FRAME, ProgramTest
+
+ORIGINAL, CUSTOMIZED = "__zal_original_album_artwork__", "__zal_customized_album_artwork__"
+
+
+def png(shade, width=24, height=16):
+    """A PNG of three colours a pixel, written by hand."""
+    def chunk(name, content):
+        return struct.pack(">I", len(content)) + name + content + struct.pack(">I", zlib.crc32(name + content))
+    row = b"\0" + bytes((x * 9 + shade * i) % 256 for x in range(width) for i in range(3))
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(row * height)) + chunk(b"IEND", b""))
+
+
+def encoded(picture, codec, *options):
+    """The picture in another format, by ffmpeg."""
+    return subprocess.run(["ffmpeg", "-v", "error", "-i", "-", *options, "-c:v", codec, "-f", "image2pipe", "-"],
+                          input=picture, capture_output=True, check=True).stdout
+
+
+def pixels(picture, source="-"):
+    """A digest of the decoded pixels, by ffmpeg, which takes some formats from a file only."""
+    raw = subprocess.run(["ffmpeg", "-v", "error", "-i", source, "-f", "rawvideo", "-pix_fmt", "rgba", "-"],
+                         input=picture, capture_output=True, check=True).stdout
+    return hashlib.sha256(raw).hexdigest()
+
+
+def lens_make(picture):
+    """The EXIF lens make, by exiftool."""
+    done = subprocess.run(["exiftool", "-json", "-LensMake", "-"], input=picture, capture_output=True, check=True)
+    return json.loads(done.stdout)[0].get("LensMake")
+
+
+def sync_safe(number):
+    return bytes(number >> shift & 0x7F for shift in (21, 14, 7, 0))
+
+
+class Artwork(ProgramTest):
+    def song(self, *pictures, name="song.mp3"):
+        """An MP3 with a title and these (type, bytes), in this order; mutagen would sort them."""
+        def frame(name, content):
+            return name + sync_safe(len(content)) + bytes(2) + content
+        body = frame(b"TIT2", b"\3title")
+        for number, (kind, data) in enumerate(pictures):
+            body += frame(b"APIC", b"\0image/x\0" + bytes([kind]) + b"%d\0" % number + data)
+        return self.write(name, b"ID3\4\0\0" + sync_safe(len(body)) + body + FRAME * 20)
+
+    def frames(self, song):
+        """The pictures by mutagen, in the order of the tag."""
+        return ID3(song).getall("APIC")
+
+    def marks(self, song):
+        return [picture["mark"] for picture in self.show(song)["allImages"]]
+
+    def test_backup_and_restore_keep_the_pixels(self):
+        image, other = self.write("custom.png", png(3)), self.write("other.png", png(4))
+        for cover in (encoded(png(1), "mjpeg"), png(1), encoded(png(1), "libwebp", "-lossless", "1")):
+            song = self.song((3, cover), (4, png(2)))
+            for custom in (image, other):
+                self.zaltag("artwork", "backup", song, "--image", custom)
+                frames = self.frames(song)
+                self.assertEqual([(f.type, f.mime) for f in frames],
+                                 [(0, "image/png"), (0, "image/x"), (0, "image/x")])
+                self.assertEqual([lens_make(f.data) for f in frames], [CUSTOMIZED, ORIGINAL, None])
+                self.assertEqual(self.marks(song), ["customized", "original", None])
+                self.assertEqual([pixels(f.data) for f in frames],
+                                 [pixels(self.content(custom)), pixels(cover), pixels(png(2))])
+                self.zaltag("artwork", "restore", song)
+                self.assertEqual(self.marks(song), ["original", None])
+                self.assertEqual(pixels(self.frames(song)[0].data), pixels(cover))
+            self.assertEqual(str(ID3(song)["TIT2"]), "title")
+
+    def test_marks_leave_other_exif_alone(self):
+        plain = self.write("plain.jpg", encoded(png(1), "mjpeg"))
+        subprocess.run(["exiftool", "-q", "-overwrite_original", "-Make=Maker", "-ISO=200", "-GPSLatitude=12",
+                        "-Artist=Ünï", f"-ThumbnailImage<={plain}", plain], check=True)
+        before = json.loads(subprocess.check_output(["exiftool", "-json", "-b", "-EXIF:all", plain]))[0]
+        self.assertIn("ThumbnailImage", before)
+        song = self.song((3, self.content(plain)))
+        self.zaltag("artwork", "backup", song, "--image", self.write("c.png", png(3)))
+        marked = self.write("marked.jpg", self.frames(song)[1].data)
+        after = json.loads(subprocess.check_output(["exiftool", "-json", "-b", "-EXIF:all", marked]))[0]
+        self.assertEqual(after.pop("LensMake"), ORIGINAL)
+        for tags in (before, after):
+            tags.pop("SourceFile")
+        self.assertEqual(after, before)
+
+    def test_list_and_show(self):
+        broken = encoded(png(1), "mjpeg")[:-20]
+        song = self.song((3, encoded(png(1), "mjpeg")), (5, broken), (4, b"no picture"), (6, png(2, 5, 7)))
+        expected = [(3, "jpeg", 24, 16), (5, None, None, None), (4, None, None, None), (6, "png", 5, 7)]
+        shown = self.show(song)["allImages"]
+        self.assertEqual([(p["type"], p["format"], p["width"], p["height"]) for p in shown], expected)
+        self.assertEqual([p["bytes"] for p in shown], [len(f.data) for f in self.frames(song)])
+        self.assertTrue(self.show(song)["supportsImages"])
+        listed = json.loads(self.zaltag("artwork", "list", "--json", song, self.mp3("none.mp3"))[0])
+        self.assertEqual([one["allImages"] for one in listed], [shown, []])
+        out, _ = self.zaltag("artwork", "list", song)
+        self.assertEqual(out.splitlines()[1:3], ["2\t5\t-\t-\t206\t-", "3\t4\t-\t-\t10\t-"])
+        self.assertIn("  allImages       6 png 5x7 ", self.zaltag("show", song)[0])
+
+    def test_export_overwrites_nothing(self):
+        jpeg, folder = encoded(png(1), "mjpeg"), self.path("out/deep")
+        song = self.song((3, jpeg), (4, b"no picture"), name="a song.mp3")
+        self.zaltag("artwork", "backup", song, "--image", self.write("c.png", png(3)))
+        out, _ = self.zaltag("artwork", "export", song, "--out", folder)
+        names = ["a song.1.customized.png", "a song.2.original.jpg", "a song.3.bin"]
+        self.assertEqual(out.splitlines(), [os.path.join(folder, name) for name in names])
+        self.assertEqual([self.content(os.path.join(folder, name)) for name in names],
+                         [frame.data for frame in self.frames(song)])
+        os.remove(os.path.join(folder, names[1]))
+        self.write(os.path.join(folder, names[0]), b"mine")
+        _, err = self.zaltag("artwork", "export", song, "--out", folder, status=1)
+        self.assertEqual(err.count("exists already"), 2)
+        self.assertEqual(self.content(os.path.join(folder, names[0])), b"mine")
+        self.assertEqual(len(os.listdir(folder)), 3)
+
+    def test_replace_and_clear(self):
+        image, song, empty = self.write("i.png", png(3)), self.song((6, png(1)), (4, png(2))), self.mp3("empty.mp3")
+        self.zaltag("artwork", "replace", song, empty, "--image", image)
+        self.assertEqual([(f.type, f.desc) for f in self.frames(song)], [(6, "0"), (4, "1")])
+        self.assertEqual(self.marks(empty), [None])
+        self.zaltag("artwork", "backup", song, "--image", image)
+        _, err = self.zaltag("artwork", "replace", "--image", image, song, status=1)
+        self.assertEqual(err, f"zaltag: {song}: holds a customised picture; restore the original one first\n")
+        self.zaltag("artwork", "clear", song, empty)
+        self.assertEqual((self.show(song)["allImages"], self.show(empty)["allImages"]), ([], []))
+
+    def test_a_file_that_needs_no_change_is_not_written(self):
+        song, empty = self.song((3, png(1))), self.mp3("empty.mp3")
+        before = self.content(song), self.content(empty)
+        self.zaltag("artwork", "restore", song, empty)
+        self.zaltag("artwork", "clear", empty)
+        self.assertEqual((self.content(song), self.content(empty)), before)
+
+    def test_every_format_is_taken(self):
+        picture = png(7)
+        variants = [("bmp",), ("gif", "-pix_fmt", "gray"), ("png", "-pix_fmt", "rgb48be"), ("mjpeg",),
+                    ("libwebp", "-lossless", "1")]
+        variants += [("tiff", "-compression_algo", packing, "-pix_fmt", pixel) for packing, pixel in
+                     (("raw", "rgb24"), ("packbits", "gray"), ("deflate", "rgba"), ("lzw", "rgb24"), ("lzw", "monob"),
+                      ("lzw", "pal8"), ("lzw", "rgb48le"))]
+        for codec, *options in variants:
+            data = encoded(picture, codec, *options)
+            song = self.mp3("one.mp3")
+            done = subprocess.run([os.environ["ZALTAG"], "artwork", "replace", song, "--image", "-"], input=data,
+                                  capture_output=True)
+            self.assertEqual(done.returncode, 0, (codec, options, done.stderr))
+            if codec in ("mjpeg", "gif"):  # decoders round differently
+                self.assertEqual(self.show(song)["allImages"][0]["width"], 24)
+            elif "rgb48" in str(options):
+                self.assertEqual(len(self.frames(song)), 1)
+            else:
+                source = self.write("one.tiff", data) if codec == "tiff" else "-"
+                self.assertEqual(pixels(self.frames(song)[0].data), pixels(data, source), (codec, options))
+
+    def test_a_picture_that_cannot_be_read_touches_nothing(self):
+        song = self.song((3, png(1)))
+        before = self.content(song)
+        cases = {self.write("cut.png", png(1)[:-20]): "is not a picture",
+                 self.write("text.png", b"text"): "is not a picture",
+                 self.path("missing.png"): "No such file", self.folder: "Is a directory"}
+        for image, reason in cases.items():
+            for verb in ("replace", "backup"):
+                out, err = self.zaltag("artwork", verb, song, "--image", image, status=1)
+                self.assertEqual((out, len(err.splitlines())), ("", 1))
+                self.assertIn(reason, err)
+        self.zaltag("artwork", "backup", song, status=2)
+        self.zaltag("artwork", "list", self.path("missing.mp3"), status=1)
+        self.assertEqual(self.content(song), before)
