@@ -96,7 +96,7 @@ bool looksWhole(ZALDataView data) {
     while (const auto segment = reader.next()) {
         if (segment->marker != startOfScan) continue;
         const ZALDataView scans = data.subspan(segment->end);
-        return !std::ranges::find_end(scans, end).empty();
+        return std::find_end(scans.begin(), scans.end(), std::begin(end), std::end(end)) != scans.end();
     }
     return false;
 }

@@ -114,10 +114,11 @@ bool unpackBits(ZALDataView packed, std::span<std::uint8_t> out) {
     std::size_t from = 0;
     std::size_t to = 0;
     while (to < out.size() && from < packed.size()) {
-        const auto code = static_cast<std::int8_t>(packed[from++]);
+        const int code = static_cast<std::int8_t>(packed[from++]);
         if (code == -128) continue;
         const bool run = code < 0;
-        const std::size_t count = std::min<std::size_t>(run ? 1 - code : code + 1, out.size() - to);
+        const auto length = static_cast<std::size_t>(run ? 1 - code : code + 1);
+        const std::size_t count = std::min(length, out.size() - to);
         const std::size_t needed = run ? 1 : count;
         if (needed > packed.size() - from) return false;
         for (std::size_t i = 0; i < count; ++i) {

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/LensMake.h"
+#include "platform/PictureFormats.h"
+
+#include <zaltag/platform/ZALImage.h>
+
+#include <cstdlib>
+
+/// Ends the process unless the bytes decode to this very picture.
+inline void expectPixels(ZALDataView data, const ZALImage& image) {
+    const ZALImagePtr decoded = ZALImage::imageWithData(data);
+    if (decoded == nullptr || !(*decoded == image)) std::abort();
+}
+
+/// Sets, changes and removes the lens make of a picture; ends the process when a mark does not read back or a
+/// pixel is another one.
+inline void markPicture(ZALDataView picture) {
+    const auto info = ZALImage::infoWithData(picture);
+    if (info && std::uint64_t{info->width} * info->height > 1U << 20) return;  // slow, and nothing new
+    const ZALImagePtr image = ZALImage::imageWithData(picture);
+    ZALNullableData marked = zal::pictureWithLensMake(picture, "__zal_original_album_artwork__");
+    if (!marked) return;
+    if (image == nullptr) std::abort();
+    for (const ZALNullableString& make :
+         {ZALNullableString("abc"), ZALNullableString("another one"), ZALNullableString()}) {
+        expectPixels(*marked, *image);
+        const auto changed = zal::pictureWithLensMake(*marked, make);
+        if (!changed) continue;
+        if (zal::lensMakeOf(*changed) != make) std::abort();
+        expectPixels(*changed, *image);
+        marked = changed;
+    }
+}
