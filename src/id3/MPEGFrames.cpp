@@ -61,7 +61,7 @@ bool holdsMPEGFrame(TagLib::IOStream& stream) {
     stream.seek(0);
     const TagLib::ByteVector start = stream.readBlock(searched);
     for (unsigned at = 0; at + 4 <= start.size(); ++at) {
-        if (static_cast<std::uint8_t>(start[at]) != 0xFF) continue;
+        if (static_cast<std::uint8_t>(start.data()[at]) != 0xFF) continue;
         const Header header = headerFrom(start, at);
         if (header.length > 0 && isFrameAt(stream, header, at)) return true;
     }
