@@ -25,9 +25,9 @@ ZALNullableData pictureWithLensMake(ZALDataView picture, const ZALNullableString
     const PictureFormat* format = markedFormatOf(picture);
     if (format == nullptr || ZALImage::imageWithData(picture) == nullptr) return std::nullopt;
     ZALNullableData marked = format->withExif(picture, exifWithLensMake(format->exif(picture), make));
-    // A block whose parts overlap may not read back; such a picture is left alone.
-    if (marked && lensMakeOf(*marked) != make) return std::nullopt;
-    return marked;
+    // Parts of a block that overlap may not read back, and junk behind it may become the start of the file.
+    const bool readsBack = marked && pictureFormatOf(*marked) == format && lensMakeOf(*marked) == make;
+    return readsBack ? marked : std::nullopt;
 }
 
 }  // namespace zal
