@@ -22,6 +22,9 @@ class ZALTAG_EXPORT ZALTagDataImage {
     static ZALTagDataImage dataImageWithImageData(ZALData imageData) {
         return ZALTagDataImage(std::move(imageData));
     }
+    static ZALTagDataImage initWithImageData(ZALData imageData) {
+        return ZALTagDataImage(std::move(imageData));
+    }
     explicit ZALTagDataImage(ZALData imageData) : imageData_(std::move(imageData)) {}
 
     /// The encoded picture.
