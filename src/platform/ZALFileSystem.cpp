@@ -147,7 +147,11 @@ class MachineFileHandle final : public ZALFileHandle {
     }
 
     std::error_code lock() override {
-        return done([&] { return ::flock(descriptor_, LOCK_EX | LOCK_NB); });
+        const auto error = done([&] { return ::flock(descriptor_, LOCK_EX | LOCK_NB); });
+        // A mounted volume without locks must not refuse every save; it then saves without this protection.
+        const bool noLocks = error == std::errc::no_lock_available || error == std::errc::operation_not_supported ||
+                             error == std::errc::function_not_supported;
+        return noLocks ? std::error_code() : error;
     }
     std::error_code unlock() override {
         return done([&] { return ::flock(descriptor_, LOCK_UN); });

@@ -57,7 +57,7 @@ class ZALTAG_EXPORT ZALFileHandle {
     virtual std::error_code copyAttributesFrom(ZALFileHandle& source) = 0;
 
     /// Takes the exclusive advisory lock (flock) without waiting; EWOULDBLOCK when another handle, of this
-    /// process or another one, holds it.
+    /// process or another one, holds it. A volume that has no locks gives success.
     virtual std::error_code lock() = 0;
     virtual std::error_code unlock() = 0;
 
