@@ -74,7 +74,7 @@ std::string writeNewFile(const std::string& path, const ZALData& data) {
     if (stream == nullptr) return errno == EEXIST ? "exists already" : std::strerror(errno);
     const bool written = std::fwrite(data.data(), 1, data.size(), stream.get()) == data.size();
     if (std::fclose(stream.release()) == 0 && written) return {};
-    const std::string reason = std::strerror(errno);
+    std::string reason = std::strerror(errno);
     std::error_code ignored;
     fs::remove(path, ignored);
     return reason;

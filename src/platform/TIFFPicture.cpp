@@ -114,7 +114,8 @@ bool unpackBits(ZALDataView packed, std::span<std::uint8_t> out) {
     std::size_t from = 0;
     std::size_t to = 0;
     while (to < out.size() && from < packed.size()) {
-        const int code = static_cast<std::int8_t>(packed[from++]);
+        const int byte = packed[from++];
+        const int code = byte < 128 ? byte : byte - 256;
         if (code == -128) continue;
         const bool run = code < 0;
         const auto length = static_cast<std::size_t>(run ? 1 - code : code + 1);

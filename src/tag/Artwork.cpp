@@ -22,6 +22,7 @@ ArtworkMark markOf(const StoredPicture& picture) {
 
 std::vector<ArtworkMark> marksOf(const std::vector<StoredPicture>& pictures) {
     std::vector<ArtworkMark> marks;
+    marks.reserve(pictures.size());
     for (const StoredPicture& picture : pictures) {
         marks.push_back(markOf(picture));
     }

@@ -156,15 +156,12 @@ TEST_F(Artwork, isListedAndSet) {
 }
 
 TEST_F(Artwork, isCopiedToAnotherTag) {
-    open({id3Text("TIT2", "x"), apic(jpegOf(*cover), 3)});
-    const std::string target = folder_.write("target.mp3", joined({id3Tag({apic(png(7))}), mpegFrames()}));
-    const auto copy = ZALTagID3::tagAtPath(target);
+    open({apic(jpegOf(*cover), 3)});
+    const auto copy =
+        ZALTagID3::tagAtPath(folder_.write("copy.mp3", joined({id3Tag({apic(png(7))}), mpegFrames()})));
     copy->copyValuesFromTag(*tag);
     ASSERT_EQ(copy->allImages().size(), 1u);
     EXPECT_EQ(*copy->originalImage(), *tag->originalImage());
-    tag->replacePrimaryImage(nullptr, false);
-    copy->copyValuesFromTag(*tag);
-    EXPECT_TRUE(copy->hasImages()) << "a file without pictures takes none away";
 }
 
 TEST_F(Artwork, thatDoesNotDecodeIsNone) {

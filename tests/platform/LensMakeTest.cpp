@@ -93,7 +93,6 @@ ZALData exifBlock(bool big) {
 }
 
 TEST(LensMake, leavesTheOtherTagsOfAnExifBlockWhereTheyAre) {
-    const ZALData start = bytesOf(std::string_view("Exif\0\0", 6));
     for (const bool big : {true, false}) {
         const ZALData exif = exifBlock(big);
         const ZALData set = zal::exifWithLensMake(exif, "a lens maker");
@@ -106,14 +105,9 @@ TEST(LensMake, leavesTheOtherTagsOfAnExifBlockWhereTheyAre) {
         EXPECT_EQ(zal::lensMakeOfExif(removed), std::nullopt);
         EXPECT_TRUE(std::equal(exif.begin() + 8, exif.end(), removed.begin() + 8));
 
-        for (const ZALData& plain : {withPNGChunk(png(), "eXIf", exif),
-                                     withJPEGSegment(jpegOf(*picture()), 0xE1, joined({start, exif}))}) {
-            const ZALNullableData one = marked(plain, "a lens maker");
-            ASSERT_TRUE(one);
-            EXPECT_EQ(zal::lensMakeOf(*one), "a lens maker");
-            EXPECT_EQ(one->size() - plain.size(), set.size() - exif.size()) << "in place of the old block";
-            EXPECT_EQ(*ZALImage::imageWithData(*one), *ZALImage::imageWithData(plain));
-        }
+        const ZALData plain = withPNGChunk(png(), "eXIf", exif);
+        EXPECT_EQ(marked(plain, "a lens maker")->size() - plain.size(), set.size() - exif.size())
+            << "in its place";
     }
     EXPECT_EQ(zal::lensMakeOf(*marked(withPNGChunk(png(), "eXIf", bytesOf("junk")), "make")), "make")
         << "a block that nobody can read gives way";
@@ -132,8 +126,7 @@ TEST(LensMake, isRefusedForWhatCannotBeReadAsAWhole) {
         {"wrong check sum", wrongSum},
         {"no end", cutPNG},
         {"no room left in the segment", full},
-        {"gif", greyGIF(9)},
-        {"bmp", bmpOf(*picture())},
+        {"a format without marks", fromHex("49492A0008000000 0000 00000000")},
         {"nothing", {}},
     };
     for (const auto& [what, data] : pictures) {

@@ -71,7 +71,7 @@ TEST(Image, isMadeFromPixelsAndRenderedAsPNG) {
     EXPECT_EQ(ZALImage::imageWithPixels(1000001, 1, ZALData(4000004))->PNGData(), std::nullopt);
 }
 
-TEST(Image, isDecodedFromEveryFormat) {
+TEST(Image, isDecodedUnlessItIsCutOff) {
     const ZALImagePtr image = picture(40, 30);
     const ZALImagePtr clear = picture(40, 30, 0, true);
     struct Case {
@@ -80,34 +80,30 @@ TEST(Image, isDecodedFromEveryFormat) {
         ZALImagePtr expected;
         int tolerance;
     };
-    const Case cases[] = {
-        {"png", pngOf(*clear), clear, 0},
-        {"jpeg", jpegOf(*image), image, 40},
-        {"jpeg", jpegOf(*image, JPEGKind::progressive), image, 40},
-        {"webp", webpOf(*clear), clear, 0},
-        {"webp", webpOf(*image, false), image, 80},
-        {"bmp", bmpOf(*image), image, 0},
-    };
-    for (const Case& one : cases) {
-        const ZALImagePtr decoded = ZALImage::imageWithData(one.data);
-        EXPECT_LE(distance(decoded, one.expected), one.tolerance) << one.format;
+    for (const Case& one :
+         {Case{"png", pngOf(*clear), clear, 0}, Case{"jpeg", jpegOf(*image), image, 40},
+          Case{"jpeg", jpegOf(*image, JPEGKind::progressive), image, 40},
+          Case{"webp", webpOf(*clear), clear, 0}, Case{"webp", webpOf(*image, false), image, 80}}) {
+        EXPECT_LE(distance(ZALImage::imageWithData(one.data), one.expected), one.tolerance) << one.format;
         const auto info = ZALImage::infoWithData(one.data);
         ASSERT_TRUE(info) << one.format;
         EXPECT_EQ(info->format, one.format);
         EXPECT_EQ(info->width, 40u);
         EXPECT_EQ(info->height, 30u);
-        for (const std::size_t length : {one.data.size() - 20, one.data.size() / 2, std::size_t{30}}) {
+        for (const std::size_t length :
+             {one.data.size() - 20, one.data.size() / 2, std::size_t{30}, std::size_t{0}}) {
             const ZALDataView cut = ZALDataView(one.data).first(length);
             EXPECT_EQ(ZALImage::imageWithData(cut), nullptr) << one.format << " of " << length << " bytes";
             EXPECT_FALSE(ZALImage::infoWithData(cut)) << one.format << " of " << length << " bytes";
         }
     }
-    EXPECT_EQ(ZALImage::imageWithData(greyGIF(77))->pixels(), fromHex("4D4D4DFF"));
-    EXPECT_EQ(ZALImage::infoWithData(greyGIF(77))->format, "gif");
-    for (const ZALData& none : {ZALData(), bytesOf("text, no picture"), ZALData(100)}) {
-        EXPECT_EQ(ZALImage::imageWithData(none), nullptr);
-        EXPECT_FALSE(ZALImage::infoWithData(none));
-    }
+    // A header of 24 bits, two by one pixels, and one row of eight bytes.
+    const ZALData bmp = fromHex(
+        "424D 3E000000 00000000 36000000 28000000 02000000 01000000 0100 1800 00000000 08000000"
+        "00000000 00000000 00000000 00000000 010203 040506 0000");
+    ASSERT_NE(ZALImage::imageWithData(bmp), nullptr);
+    EXPECT_EQ(toHex(ZALImage::imageWithData(bmp)->pixels()), "03 02 01 FF 06 05 04 FF");
+    EXPECT_EQ(ZALImage::imageWithData(ZALDataView(bmp).first(bmp.size() - 1)), nullptr);
 }
 
 TEST(Image, readsJPEGsOfGreyAndOfInks) {
@@ -126,40 +122,28 @@ TEST(Image, readsJPEGsOfGreyAndOfInks) {
     EXPECT_NE(ZALImage::imageWithData(open), nullptr);
 }
 
-TEST(Image, readsTIFFsOfEveryPacking) {
+TEST(Image, readsTIFFs) {
     constexpr Entry width{256, 3};
     constexpr Entry height{257, 1};
-    ZALData zipped(64);
-    uLongf size = zipped.size();
     const ZALData shades = fromHex("102030");
-    ASSERT_EQ(::compress(zipped.data(), &size, shades.data(), shades.size()), Z_OK);
-    zipped.resize(size);
     const ZALData grey = fromHex("101010FF 202020FF 303030FF");
     struct Case {
         const char* what;
         ZALData file;
         ZALData pixels;
     };
+    // The packings are tried on files of another maker by the program's tests; here stands what those do not
+    // have.
     const Case cases[] = {
-        {"plain", tiff({width, height, {258, 8}, {262, 1}}, shades), grey},
         {"white is zero", tiff({width, height, {258, 8}, {262, 0}}, fromHex("EFDFCF")), grey},
         {"sixteen bits", tiff({width, height, {258, 16}, {262, 1}}, fromHex("FF10 FF20 FF30")), grey},
         {"four bits", tiff({width, height, {258, 4}, {262, 1}}, fromHex("0F30")),
          fromHex("000000FF FFFFFFFF 333333FF")},
-        {"packed runs", tiff({width, height, {258, 8}, {259, 32773}, {262, 1}}, fromHex("80 01 1020 00 30")),
-         grey},
-        {"one run", tiff({width, height, {258, 8}, {259, 32773}, {262, 1}}, fromHex("FE 20")),
-         fromHex("202020FF 202020FF 202020FF")},
-        {"deflated", tiff({width, height, {258, 8}, {259, 8}, {262, 1}}, zipped), grey},
-        // clear, 10, 10 10 (defined by itself), end; nine bits each
-        {"LZW", tiff({width, height, {258, 8}, {259, 5}, {262, 1}}, fromHex("80 04 20 50 10")),
-         fromHex("101010FF 101010FF 101010FF")},
+        {"runs", tiff({width, height, {258, 8}, {259, 32773}, {262, 1}}, fromHex("80 01 1020 FF 30")), grey},
         {"differences", tiff({width, height, {258, 8}, {262, 1}, {317, 2}}, fromHex("101010")), grey},
         {"differences of sixteen bits",
          tiff({width, height, {258, 16}, {262, 1}, {317, 2}}, fromHex("8010 8010 000F")),
          fromHex("101010FF 212121FF 303030FF")},
-        {"colours and alpha", tiff({{256, 1}, height, {258, 8}, {262, 2}, {277, 4}}, fromHex("01020304")),
-         fromHex("01020304")},
     };
     for (const Case& one : cases) {
         const ZALImagePtr image = ZALImage::imageWithData(one.file);
@@ -199,9 +183,6 @@ TEST(Image, isBoundedInSize) {
     ASSERT_NE(ZALImage::imageWithData(emptyPNG(2000, 1000)), nullptr);
     EXPECT_EQ(ZALImage::imageWithData(emptyPNG(65536, 1025)), nullptr);
     EXPECT_FALSE(ZALImage::infoWithData(emptyPNG(65536, 1025)));
-    ZALData bmp = bmpOf(*picture(8, 8));
-    bmp[21] = 0x7F;  // the width
-    EXPECT_EQ(ZALImage::imageWithData(bmp), nullptr);
 }
 
 TEST(Image, bombsCostLittle) {

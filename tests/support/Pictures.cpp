@@ -74,32 +74,6 @@ ZALData webpOf(const ZALImage& image, bool lossless) {
     return out;
 }
 
-ZALData bmpOf(const ZALImage& image) {
-    const std::uint32_t row = (image.width() * 3 + 3) / 4 * 4;
-    zal::ByteWriter out;
-    out.text("BM");
-    for (const std::uint32_t field : {54 + row * image.height(), 0U, 54U, 40U, image.width(), image.height(),
-                                      1U | 24U << 16, 0U, row * image.height(), 0U, 0U, 0U, 0U}) {
-        out.u32le(field);
-    }
-    for (std::uint32_t y = image.height(); y > 0; --y) {
-        ZALData line;
-        for (std::uint32_t x = 0; x < image.width(); ++x) {
-            const std::uint8_t* pixel = &image.pixels()[((y - 1) * std::size_t{image.width()} + x) * 4];
-            line.insert(line.end(), {pixel[2], pixel[1], pixel[0]});
-        }
-        line.resize(row);
-        out.bytes(line);
-    }
-    return out.take();
-}
-
-ZALData greyGIF(std::uint8_t shade) {
-    const ZALData color(3, shade);
-    return joined({bytesOf("GIF89a"), fromHex("0100 0100 80 00 00"), color, fromHex("000000"),
-                   fromHex("2C 0000 0000 0100 0100 00"), fromHex("02 02 44 01 00 3B")});
-}
-
 ZALData pngChunk(std::string_view type, const ZALData& content) {
     const ZALData typed = joined({bytesOf(type), content});
     zal::ByteWriter out;

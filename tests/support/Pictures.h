@@ -20,11 +20,6 @@ enum class JPEGKind { baseline, progressive, grey, cmyk };
 ZALData jpegOf(const ZALImage& image, JPEGKind kind = JPEGKind::baseline);
 /// The picture as a lossless WebP file, or one with losses.
 ZALData webpOf(const ZALImage& image, bool lossless = true);
-/// The picture as a BMP file of 24 bits per pixel.
-ZALData bmpOf(const ZALImage& image);
-/// A GIF of one pixel in this shade of grey.
-ZALData greyGIF(std::uint8_t shade);
-
 /// A chunk of a PNG file, with its check sum.
 ZALData pngChunk(std::string_view type, const ZALData& content);
 /// The file with a chunk in front of the pixels.

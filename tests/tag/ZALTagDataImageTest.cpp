@@ -21,20 +21,8 @@ TEST(DataImage, isMarkedAndUnmarked) {
     image.setIsCustomImage(true);
     EXPECT_EQ(image.lensMake(), "__zal_customized_album_artwork__");
     EXPECT_FALSE(image.isOriginalImage());
-    image.setLensMake("another");
     image.setIsCustomImage(false);
-    EXPECT_EQ(image.lensMake(), "another");
-    image.setLensMake(std::nullopt);
     EXPECT_EQ(image.imageData(), plain);
-}
-
-TEST(DataImage, leavesADamagedPictureAsItIs) {
-    ZALData cut = png();
-    cut.resize(cut.size() / 2);
-    ZALTagDataImage image(cut);
-    image.setIsOriginalImage(true);
-    EXPECT_FALSE(image.isOriginalImage());
-    EXPECT_EQ(image.imageData(), cut);
 }
 
 }  // namespace
