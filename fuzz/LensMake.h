@@ -16,8 +16,8 @@ inline void expectPixels(ZALDataView data, const ZALImage& image) {
 /// Sets, changes and removes the lens make of a picture; ends the process when a mark does not read back or a
 /// pixel is another one.
 inline void markPicture(ZALDataView picture) {
-    const auto info = ZALImage::infoWithData(picture);
-    if (info && std::uint64_t{info->width} * info->height > 1U << 20) return;  // slow, and nothing new
+    const auto size = zal::permittedSize(picture);
+    if (size && size->pixels() > 1U << 14) return;  // slow, and nothing new
     const ZALImagePtr image = ZALImage::imageWithData(picture);
     ZALNullableData marked = zal::pictureWithLensMake(picture, "__zal_original_album_artwork__");
     if (!marked) return;

@@ -28,7 +28,7 @@ constexpr std::size_t segmentMax = 0xFFFF;  // its length counts the two bytes t
 struct Segment {
     std::uint8_t marker = 0;
     ZALDataView content;
-    std::size_t offset = 0;  // of the marker
+    std::size_t offset = 0;  // of the marker and the filling in front of it
     std::size_t end = 0;
 };
 
@@ -44,7 +44,8 @@ class SegmentReader {
         ByteReader reader(data_.subspan(marker + 1));
         const std::size_t length = reader.u16be();
         if (reader.failed() || length < 2 || length - 2 > reader.remaining()) return std::nullopt;
-        Segment segment{data_[marker], reader.take(length - 2), marker - 1, marker + 1 + length};
+        Segment segment{data_[marker], reader.take(length - 2), startOfFilling(marker - 1),
+                        marker + 1 + length};
         offset_ = segment.end;
         ended_ = segment.marker == startOfScan;
         return segment;
@@ -53,6 +54,13 @@ class SegmentReader {
   private:
     static bool standsAlone(std::uint8_t marker) {
         return marker == 0 || marker == 1 || (marker >= 0xD0 && marker <= 0xD7);
+    }
+
+    std::size_t startOfFilling(std::size_t marker) const {
+        while (marker > offset_ && data_[marker - 1] == 0xFF) {
+            --marker;
+        }
+        return marker;
     }
 
     // The position of the next marker's second byte; 0 when there is none.

@@ -25,7 +25,7 @@ struct PictureFormat {
     std::optional<PictureSize> (*size)(ZALDataView data);
     /// Decodes into four bytes for each pixel of the size that size() told. False for a damaged picture.
     bool (*decode)(ZALDataView data, PictureSize size, std::uint8_t* rgba);
-    /// False when the pixels may be cut off although the size could be read: only decoding tells. No function
+    /// False when the file has no proper end although the size could be read. No function
     /// where size() finds that out.
     bool (*looksWhole)(ZALDataView data) = nullptr;
     /// The EXIF block; empty when there is none. No function where the format carries no marks.
@@ -45,6 +45,10 @@ extern const PictureFormat bmpFormat;
 
 /// The format of encoded bytes by how they begin; null when it is none of these.
 const PictureFormat* pictureFormatOf(ZALDataView data);
+
+/// The size of an encoded picture that may be decoded: the one place where a claimed size is held against the
+/// limits. Null for what is no picture, has no pixel or is too large. Cheap.
+std::optional<PictureSize> permittedSize(ZALDataView data);
 
 /// The pixels as a PNG file. Null when the encoder refuses them.
 ZALNullableData pngFromPixels(PictureSize size, const ZALData& rgba);

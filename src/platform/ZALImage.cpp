@@ -33,30 +33,24 @@ bool beginsWith(ZALDataView data, std::string_view start) {
                       [](char c, std::uint8_t byte) { return static_cast<std::uint8_t>(c) == byte; });
 }
 
-}  // namespace zal
-
-namespace {
-
-// The size of a picture that may be decoded: the one place where a claimed size is held against the limits.
-std::optional<zal::PictureSize> permittedSize(const zal::PictureFormat& format, ZALDataView data) {
-    const auto size = format.size(data);
-    if (!size || size->pixels() == 0 || size->pixels() > format.pixelsMax) return std::nullopt;
+std::optional<PictureSize> permittedSize(ZALDataView data) {
+    const PictureFormat* format = pictureFormatOf(data);
+    const auto size = format != nullptr ? format->size(data) : std::nullopt;
+    if (!size || size->pixels() == 0 || size->pixels() > format->pixelsMax) return std::nullopt;
     return size;
 }
 
-}  // namespace
+}  // namespace zal
 
 ZALImage::ZALImage(std::uint32_t width, std::uint32_t height, ZALData pixels)
     : width_(width), height_(height), pixels_(std::move(pixels)) {}
 
 ZALImagePtr ZALImage::imageWithData(ZALDataView data) {
-    const zal::PictureFormat* format = zal::pictureFormatOf(data);
-    if (format == nullptr) return nullptr;
+    const auto size = zal::permittedSize(data);
+    if (!size) return nullptr;
     try {
-        const auto size = permittedSize(*format, data);
-        if (!size) return nullptr;
         ZALData pixels(static_cast<std::size_t>(size->pixels()) * 4);
-        if (!format->decode(data, *size, pixels.data())) return nullptr;
+        if (!zal::pictureFormatOf(data)->decode(data, *size, pixels.data())) return nullptr;
         return ZALImagePtr(new ZALImage(size->width, size->height, std::move(pixels)));
     } catch (const std::bad_alloc&) {
         return nullptr;
@@ -70,12 +64,11 @@ ZALImagePtr ZALImage::imageWithPixels(std::uint32_t width, std::uint32_t height,
 }
 
 std::optional<ZALImageInfo> ZALImage::infoWithData(ZALDataView data) {
-    const zal::PictureFormat* format = zal::pictureFormatOf(data);
-    const auto size = format != nullptr ? permittedSize(*format, data) : std::nullopt;
+    const auto size = zal::permittedSize(data);
     if (!size) return std::nullopt;
-    const bool doubtful = format->looksWhole != nullptr && !format->looksWhole(data);
-    if (doubtful && imageWithData(data) == nullptr) return std::nullopt;
-    return ZALImageInfo{format->name, size->width, size->height};
+    const zal::PictureFormat& format = *zal::pictureFormatOf(data);
+    if (format.looksWhole != nullptr && !format.looksWhole(data)) return std::nullopt;
+    return ZALImageInfo{format.name, size->width, size->height};
 }
 
 ZALNullableData ZALImage::PNGData() const {

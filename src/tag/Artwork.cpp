@@ -2,6 +2,7 @@
 
 #include "platform/LensMake.h"
 #include "platform/Log.h"
+#include "platform/PictureFormats.h"
 
 #include <zaltag/tag/ZALTagDataImage.h>
 
@@ -70,9 +71,9 @@ ZALArray<ZALTagImageDictionary> Artwork::allImages() const {
     std::vector<ZALTagImageDictionary> images;
     std::uint64_t pixels = 0;
     for (const StoredPicture& picture : container_->pictures(false)) {
-        const auto info = ZALImage::infoWithData(picture.data);
-        if (!info) continue;
-        pixels += std::uint64_t{info->width} * info->height;
+        const auto size = permittedSize(picture.data);
+        if (!size) continue;
+        pixels += size->pixels();  // also of one that turns out to be damaged: it costs as much
         if (pixels > listedPixelsMax) break;
         if (ZALImagePtr image = ZALImage::imageWithData(picture.data))
             images.push_back({image, picture.type});

@@ -35,9 +35,9 @@ class ZALTAG_EXPORT ZALImage {
     /// A picture from pixels. Null when there are not exactly four bytes for each of width x height pixels,
     /// at least one pixel, and no more than a picture may have.
     static ZALImagePtr imageWithPixels(std::uint32_t width, std::uint32_t height, ZALData pixels);
-    /// Format and size of an encoded picture, from its structure: the pixels are not decoded (only those of a
-    /// JPEG without its end mark are), so it may still turn out to be damaged. Null for an unknown format, a
-    /// picture that is cut off, and one that is too large.
+    /// Format and size of an encoded picture, from its structure: cheap, since the pixels are not decoded, so
+    /// it may still turn out to be damaged. Null for an unknown format, a picture that is cut off (a JPEG
+    /// without its end mark, too, though that may hold all pixels), and one that is too large.
     static std::optional<ZALImageInfo> infoWithData(ZALDataView data);
 
     std::uint32_t width() const { return width_; }
