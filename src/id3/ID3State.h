@@ -15,7 +15,7 @@
 struct ZALTagID3::State {
     std::unique_ptr<zal::TagLibStream> stream;
     std::unique_ptr<TagLib::MPEG::File> file;  // MP3 only; the other containers hold their own
-    TagLib::ID3v1::Tag* v1Tag = nullptr;       // null when the file had none that held anything
-    TagLib::ID3v2::Tag* v2Tag = nullptr;
+    TagLib::ID3v1::Tag* v1Tag = nullptr;  // null when the file had none (in an MP3, none that held anything)
+    TagLib::ID3v2::Tag* v2Tag = nullptr;  // null when a FLAC file had none
     bool requiresSaving = false;
 };

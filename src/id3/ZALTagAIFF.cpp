@@ -1,12 +1,10 @@
 #include <zaltag/id3/ZALTagAIFF.h>
 
 #include "id3/ID3State.h"
-#include "platform/Log.h"
+#include "id3/TagFile.h"
 #include "tag/ZALTagBackEnds.h"
 
 #include <aifffile.h>
-
-#include <exception>
 
 struct ZALTagAIFF::AIFFFile : TagLib::RIFF::AIFF::File {
     using TagLib::RIFF::AIFF::File::File;
@@ -46,19 +44,11 @@ std::shared_ptr<ZALTag> ZALTagAIFF::initWithPath(const ZALNullableString& path) 
 }
 
 std::shared_ptr<ZALTagAIFF> ZALTagAIFF::initWithPath(const ZALNullableString& path, bool readOnly) {
-    if (!path) {
-        zal::log("-[ZALTagAIFF initWithPath:readOnly:] nil file path");
-        return nullptr;
-    }
-    if (!canInitWithPath(path)) return nullptr;
-    const std::shared_ptr<ZALTagAIFF> tag(new ZALTagAIFF);
-    try {
-        if (!tag->openAIFF(*path, readOnly)) return nullptr;
-    } catch (const std::exception&) {  // a size from the file that memory cannot hold
-        return nullptr;
-    }
-    tag->setPath(path);
-    return tag;
+    const auto open = [readOnly](const std::string& file) {
+        const std::shared_ptr<ZALTagAIFF> tag(new ZALTagAIFF);
+        return tag->openAIFF(file, readOnly) ? tag : nullptr;
+    };
+    return zal::openTag("-[ZALTagAIFF initWithPath:readOnly:]", path, canInitWithPath(path), open);
 }
 
 bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
@@ -80,11 +70,6 @@ bool ZALTagAIFF::readOnly() const {
 bool ZALTagAIFF::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
     if (aifffile_ == nullptr || state().v2Tag == nullptr) return failSave(error);
-    try {
-        if (aifffile_->save() && state().stream->commit()) return true;
-    } catch (const std::exception& exception) {
-        zal::logf("could not save '{}': {}", zal::describe(path()), exception.what());
-        state().stream->giveUp(exception.what());  // TagLib may have written half of it
-    }
-    return failSave(error);
+    const bool saved = zal::saveTag(path(), *state().stream, [this] { return aifffile_->save(); });
+    return saved || failSave(error);
 }

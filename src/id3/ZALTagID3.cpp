@@ -5,8 +5,8 @@
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/MPEGFrames.h"
+#include "id3/TagFile.h"
 #include "id3/TagLibText.h"
-#include "platform/Log.h"
 #include "tag/ZALTagBackEnds.h"
 
 #include <zaltag/base/ZALTagDecodeGRP1FrameData.h>
@@ -17,7 +17,6 @@
 #include <unknownframe.h>
 
 #include <algorithm>
-#include <exception>
 
 namespace {
 
@@ -86,19 +85,11 @@ std::shared_ptr<ZALTag> ZALTagID3::initWithPath(const ZALNullableString& path) {
 }
 
 std::shared_ptr<ZALTagID3> ZALTagID3::initWithPath(const ZALNullableString& path, bool readOnly) {
-    if (!path) {
-        zal::log("-[ZALTagID3 initWithPath:readOnly:] nil file path");
-        return nullptr;
-    }
-    if (!canInitWithPath(path)) return nullptr;
-    const std::shared_ptr<ZALTagID3> tag(new ZALTagID3);
-    try {
-        if (!tag->openMP3(*path, readOnly)) return nullptr;
-    } catch (const std::exception&) {  // a size from the file that memory cannot hold
-        return nullptr;
-    }
-    tag->setPath(path);
-    return tag;
+    const auto open = [readOnly](const std::string& file) {
+        const std::shared_ptr<ZALTagID3> tag(new ZALTagID3);
+        return tag->openMP3(file, readOnly) ? tag : nullptr;
+    };
+    return zal::openTag("-[ZALTagID3 initWithPath:readOnly:]", path, canInitWithPath(path), open);
 }
 
 bool ZALTagID3::openMP3(const std::string& path, bool readOnly) {
@@ -140,26 +131,20 @@ TagLib::ID3v2::Tag* ZALTagID3::v2Tag() const {
 bool ZALTagID3::save(ZALError* error) {
     if (!ZALTag::save(error)) return false;
     if (state().file == nullptr) return true;  // the other containers save themselves after this call
-    try {
-        if (!saveMP3()) return failSave(error);
-    } catch (const std::exception& exception) {
-        zal::logf("could not save '{}': {}", zal::describe(path()), exception.what());
-        state().stream->giveUp(exception.what());  // TagLib may have written half of it
-        return failSave(error);
-    }
+    if (!zal::saveTag(path(), *state().stream, [this] { return writeMP3(); })) return failSave(error);
     state().requiresSaving = false;
     return true;
 }
 
-bool ZALTagID3::saveMP3() {
+bool ZALTagID3::writeMP3() {
     State& s = state();
     // The ID3v1 tag goes first: stripping, below, may take it away again.
-    if (s.v1Tag != nullptr && !saveID3v1()) return false;
+    if (s.v1Tag != nullptr && !writeID3v1()) return false;
     const auto strip = shouldStripID3v1Tag() ? TagLib::File::StripOthers : TagLib::File::StripNone;
-    return s.file->save(TagLib::MPEG::File::ID3v2, strip) && s.stream->commit();
+    return s.file->save(TagLib::MPEG::File::ID3v2, strip);
 }
 
-bool ZALTagID3::saveID3v1() {
+bool ZALTagID3::writeID3v1() {
     State& s = state();
     // TagLib fills an empty ID3v1 comment from its own choice among the comment frames. Where that is not the
     // primary one, a blank keeps it out; the tag in memory stays empty.
@@ -267,6 +252,7 @@ ZALNullableString ZALTagID3::grouping() const {
     return grouping ? grouping : TIT1Grouping();
 }
 void ZALTagID3::setGrouping(const ZALNullableString& grouping) {
+    if (state().v2Tag == nullptr) return;
     if (GRP1Grouping() != grouping) {
         setGRP1Grouping(grouping);
         state().requiresSaving = true;

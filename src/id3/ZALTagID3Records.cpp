@@ -4,6 +4,7 @@
 
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
+#include "records/StoredRecord.h"
 
 #include <zaltag/records/ZALTagRecordData.h>
 
@@ -15,8 +16,7 @@ std::optional<ZALJSONValue> ZALTagID3::storedDictionary(const std::string& descr
 
 void ZALTagID3::setZalTagProperty(const ZALTagCustomProperty* record, const std::string& description) {
     if (state().v2Tag == nullptr || description.empty()) return;
-    const std::optional<ZALJSONValue> dictionary = record != nullptr ? record->JSONDict() : std::nullopt;
-    const ZALNullableData stored = dictionary ? tagData(*dictionary) : std::nullopt;
+    const ZALNullableData stored = zal::storedRecord(record);
     if (stored) {
         zal::setObject(*state().v2Tag, description, *stored);
     } else {

@@ -170,8 +170,8 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
   private:
     std::optional<ZALJSONValue> storedDictionary(const std::string& description) const;
     bool openMP3(const std::string& path, bool readOnly);
-    bool saveMP3();
-    bool saveID3v1();
+    bool writeMP3();
+    bool writeID3v1();
 
     std::unique_ptr<State> state_;
 };
