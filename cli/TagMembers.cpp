@@ -1,5 +1,6 @@
 #include "TagMembers.h"
 
+#include <zaltag/containers/ZALTagMP4.h>
 #include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/serato/ZALTagSeratoCuePoint.h>
 #include <zaltag/serato/ZALTagSeratoCuePointOld.h>
@@ -156,6 +157,7 @@ Members membersOfTag(const std::string& path, const ZALTag& tag) {
                                    {"hasTraktorMetadata", tag.hasTraktorMetadata()},
                                    {"seratoCuePoints", jsonOfCuePoints(tag.seratoCuePoints())}});
     if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&tag)) addSeratoPayloads(members, *id3, "mp3");
+    if (const auto* mp4 = dynamic_cast<const ZALTagMP4*>(&tag)) addSeratoPayloads(members, *mp4, "m4a");
     members.insert(members.end(), {{"allComments", jsonOfComments(tag)},
                                    {"supportsImages", tag.supportsImages()},
                                    {"allImages", jsonOfPictures(tag)}});

@@ -10,6 +10,8 @@
 #include <zaltag/base/ZALTagDecodeGRP1FrameData.h>
 #include <zaltag/base/ZALTagSyncSafeInteger.h>
 #include <zaltag/base/ZALText.h>
+#include <zaltag/containers/ZALTagFLAC.h>
+#include <zaltag/containers/ZALTagMP4.h>
 #include <zaltag/id3/ZALTagAIFF.h>
 #include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/platform/ZALFileSystem.h>

@@ -3,6 +3,8 @@
 #include "base/Paths.h"
 #include "base/Unicode.h"
 
+#include <zaltag/containers/ZALTagFLAC.h>
+#include <zaltag/containers/ZALTagMP4.h>
 #include <zaltag/id3/ZALTagAIFF.h>
 #include <zaltag/id3/ZALTagID3.h>
 
@@ -25,7 +27,8 @@ constexpr BackEnd backEnd() {
 }  // namespace
 
 std::span<const BackEnd> backEnds() {
-    static constexpr BackEnd table[] = {backEnd<ZALTagID3>(), backEnd<ZALTagAIFF>()};
+    static constexpr BackEnd table[] = {backEnd<ZALTagID3>(), backEnd<ZALTagMP4>(), backEnd<ZALTagAIFF>(),
+                                        backEnd<ZALTagFLAC>()};
     return table;
 }
 

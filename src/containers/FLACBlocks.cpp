@@ -1,0 +1,68 @@
+#include "containers/FLACBlocks.h"
+
+#include <id3v2header.h>
+
+#include <cstdint>
+
+namespace zal {
+
+namespace {
+
+// TagLib keeps an object of some 150 bytes for every block, which can have as few as 4 bytes in the file.
+// Real files have some ten, most of them pictures.
+constexpr int countMax = 1 << 16;
+
+constexpr unsigned commentType = 4;
+
+TagLib::ByteVector read(TagLib::IOStream& stream, long position, unsigned long length) {
+    stream.seek(position);
+    return stream.readBlock(length);
+}
+
+// Where the stream begins: behind all ID3v2 tags, of which TagLib reads the first.
+long startOfFLAC(TagLib::IOStream& stream) {
+    long position = 0;
+    while (true) {
+        const TagLib::ByteVector bytes = read(stream, position, TagLib::ID3v2::Header::size());
+        if (!bytes.startsWith("ID3") || bytes.size() < TagLib::ID3v2::Header::size()) return position;
+        position += static_cast<long>(TagLib::ID3v2::Header(bytes).completeTagSize());
+    }
+}
+
+// TagLib adds up lengths in 32 bits: after one that wraps around it would read the same bytes as a field
+// again and again.
+bool lengthsDoNotWrap(const TagLib::ByteVector& comment) {
+    const std::uint64_t size = comment.size();
+    std::uint64_t position = 4 + std::uint64_t{comment.toUInt(0U, false)};
+    if (position > UINT32_MAX) return false;
+    const std::uint64_t fields = position < size ? comment.toUInt(static_cast<unsigned>(position), false) : 0;
+    position += 4;
+    for (std::uint64_t i = 0; i < fields && position < size; ++i) {
+        position += 4 + std::uint64_t{comment.toUInt(static_cast<unsigned>(position), false)};
+        if (position > UINT32_MAX) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool canReadFLAC(TagLib::IOStream& stream) {
+    long position = startOfFLAC(stream);
+    if (read(stream, position, 4) != "fLaC") return false;
+    position += 4;
+    for (int count = 0; count < countMax; ++count) {
+        const TagLib::ByteVector header = read(stream, position, 4);
+        if (header.size() < 4) return false;
+        const long length = header.toUInt(1U, 3U);
+        position += 4;
+        if (length > stream.length() - position) return false;
+        const auto type = static_cast<std::uint8_t>(header[0]);
+        const bool comment = (type & 0x7F) == commentType;
+        if (comment && !lengthsDoNotWrap(stream.readBlock(static_cast<unsigned long>(length)))) return false;
+        position += length;
+        if ((type & 0x80) != 0) return true;
+    }
+    return false;
+}
+
+}  // namespace zal

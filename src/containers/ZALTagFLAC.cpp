@@ -1,0 +1,221 @@
+#include <zaltag/containers/ZALTagFLAC.h>
+
+#include "base/Numbers.h"
+#include "containers/FLACBlocks.h"
+#include "containers/FLACState.h"
+#include "containers/TextCarrier.h"
+#include "id3/ID3State.h"
+#include "id3/TagFile.h"
+#include "id3/TagLibText.h"
+#include "tag/ZALTagBackEnds.h"
+
+#include <id3v2framefactory.h>
+
+#include <algorithm>
+
+namespace zal {
+
+ZALNullableString fieldText(const TagLib::Ogg::XiphComment& comment, const std::string& name) {
+    const TagLib::Ogg::FieldListMap& fields = comment.fieldListMap();
+    const auto field = fields.find(TagLibString(name).upper());
+    return field != fields.end() ? ZALNullableString(joinedText(field->second)) : std::nullopt;
+}
+
+void setFieldText(TagLib::Ogg::XiphComment& comment, const std::string& name, const TagLib::String& text) {
+    comment.addField(TagLibString(name), text, true);
+}
+
+}  // namespace zal
+
+namespace {
+
+using TagLib::Ogg::XiphComment;
+
+constexpr char commentField[] = "COMMENT";
+constexpr char tempoField[] = "BPM";
+constexpr char keyField[] = "INITIALKEY";
+constexpr char energyField[] = "ENERGYLEVEL";
+
+// A text of the Xiph comment; null when it is empty, so that the ID3 tags are asked.
+ZALNullableString textOrNull(std::string text) {
+    return text.empty() ? std::nullopt : ZALNullableString(std::move(text));
+}
+
+ZALNullableString basicField(const XiphComment& comment, TagLib::String (XiphComment::*field)() const) {
+    return textOrNull(zal::stringWithTagLibString((comment.*field)()));
+}
+
+ZALNullableString nonEmptyField(const XiphComment& comment, const char* name) {
+    return textOrNull(zal::fieldText(comment, name).value_or(""));
+}
+
+std::int64_t numberField(const XiphComment& comment, const char* name) {
+    return zal::integerValue(zal::fieldText(comment, name).value_or(""));
+}
+
+// Numbers below 1 remove the field.
+void setNumberField(XiphComment& comment, const char* name, std::int64_t number) {
+    zal::setFieldText(comment, name, number > 0 ? TagLib::String(std::to_string(number)) : TagLib::String());
+}
+
+}  // namespace
+
+ZALTagFLAC::ZALTagFLAC() = default;
+ZALTagFLAC::~ZALTagFLAC() = default;
+
+ZALTagFLAC::FLACFile::FLACFile(TagLib::IOStream& stream)
+    : file(&stream, TagLib::ID3v2::FrameFactory::instance(), false, TagLib::AudioProperties::Average) {}
+
+// Opening and saving
+
+const ZALArray<std::string>& ZALTagFLAC::supportedFileTypes() {
+    static const ZALArray<std::string> types{"flac"};
+    return types;
+}
+
+bool ZALTagFLAC::canInitWithPath(const ZALNullableString& path) {
+    return zal::hasExtensionAmong(path, supportedFileTypes());
+}
+
+std::shared_ptr<ZALTagFLAC> ZALTagFLAC::tagAtPath(const ZALNullableString& path, bool readOnly) {
+    return canInitWithPath(path) ? initWithPath(path, readOnly) : nullptr;
+}
+
+std::shared_ptr<ZALTag> ZALTagFLAC::initWithPath(const ZALNullableString& path) {
+    return initReceiver("ZALTagFLAC", path);
+}
+
+std::shared_ptr<ZALTagFLAC> ZALTagFLAC::initWithPath(const ZALNullableString& path, bool readOnly) {
+    const auto open = [readOnly](const std::string& file) {
+        const std::shared_ptr<ZALTagFLAC> tag(new ZALTagFLAC);
+        return tag->openFLAC(file, readOnly) ? tag : nullptr;
+    };
+    return zal::openTag("-[ZALTagFLAC initWithPath:readOnly:]", path, canInitWithPath(path), open);
+}
+
+bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly) {
+    State& s = state();
+    s.stream = zal::TagLibStream::open(path, readOnly);
+    if (s.stream == nullptr || !zal::canReadFLAC(*s.stream)) return false;
+    flacfile_ = std::make_unique<FLACFile>(*s.stream);
+    if (!flacfile_->file.isValid()) return false;
+    flacfile_->comment = flacfile_->file.xiphComment(true);
+    s.v2Tag = flacfile_->file.ID3v2Tag(false);
+    s.v1Tag = flacfile_->file.ID3v1Tag(false);
+    return true;
+}
+
+bool ZALTagFLAC::readOnly() const {
+    return flacfile_->file.readOnly();
+}
+
+bool ZALTagFLAC::save(ZALError* error) {
+    if (!ZALTagID3::save(error)) return false;
+    const bool saved = zal::saveTag(path(), *state().stream, [this] { return writeFLAC(); });
+    return saved || failSave(error);
+}
+
+bool ZALTagFLAC::writeFLAC() {
+    // TagLib would write the lengths without their upper bits.
+    auto largest = flacfile_->comment->render(false).size();
+    for (const TagLib::FLAC::Picture* picture : flacfile_->file.pictureList()) {
+        largest = std::max(largest, picture->render().size());
+    }
+    if (largest <= zal::flacBlockMax) return flacfile_->file.save();
+    zal::logf("could not save '{}': a metadata block of {} bytes is too large", zal::describe(path()),
+              largest);
+    return false;
+}
+
+// Basic fields
+
+ZALNullableString ZALTagFLAC::artist() const {
+    const auto artist = basicField(*flacfile_->comment, &XiphComment::artist);
+    return artist ? artist : ZALTagID3::artist();
+}
+void ZALTagFLAC::setArtist(const ZALNullableString& artist) {
+    flacfile_->comment->setArtist(zal::TagLibString(artist));
+    ZALTagID3::setArtist(artist);
+}
+
+ZALNullableString ZALTagFLAC::album() const {
+    const auto album = basicField(*flacfile_->comment, &XiphComment::album);
+    return album ? album : ZALTagID3::album();
+}
+void ZALTagFLAC::setAlbum(const ZALNullableString& album) {
+    flacfile_->comment->setAlbum(zal::TagLibString(album));
+    ZALTagID3::setAlbum(album);
+}
+
+ZALNullableString ZALTagFLAC::title() const {
+    const auto title = basicField(*flacfile_->comment, &XiphComment::title);
+    return title ? title : ZALTagID3::title();
+}
+void ZALTagFLAC::setTitle(const ZALNullableString& title) {
+    flacfile_->comment->setTitle(zal::TagLibString(title));
+    ZALTagID3::setTitle(title);
+}
+
+// Genre and year are not written to the ID3 tags, as the files have it.
+
+ZALNullableString ZALTagFLAC::genre() const {
+    const auto genre = basicField(*flacfile_->comment, &XiphComment::genre);
+    return genre ? genre : ZALTagID3::genre();
+}
+void ZALTagFLAC::setGenre(const ZALNullableString& genre) {
+    flacfile_->comment->setGenre(zal::TagLibString(genre));
+}
+
+std::int64_t ZALTagFLAC::year() const {
+    return flacfile_->comment->year();
+}
+void ZALTagFLAC::setYear(std::int64_t year) {
+    flacfile_->comment->setYear(zal::clampedUnsigned(year));
+}
+
+// Comments
+
+ZALNullableString ZALTagFLAC::comment() const {
+    // TagLib's own field is "DESCRIPTION" where the file has one.
+    if (const auto comment = basicField(*flacfile_->comment, &XiphComment::comment)) return comment;
+    const auto comment = nonEmptyField(*flacfile_->comment, commentField);
+    return comment ? comment : ZALTagID3::comment();
+}
+void ZALTagFLAC::setComment(const ZALNullableString& comment) {
+    flacfile_->comment->setComment(zal::TagLibString(comment));
+    zal::setFieldText(*flacfile_->comment, commentField, zal::TagLibString(comment));
+    ZALTagID3::setComment(comment);
+}
+
+ZALArray<ZALTagComment> ZALTagFLAC::allComments() const {
+    return zal::onlyComment(comment());
+}
+
+// Fields of DJ programs
+
+std::int64_t ZALTagFLAC::tempo() const {
+    const std::int64_t tempo = numberField(*flacfile_->comment, tempoField);
+    return tempo > 0 ? tempo : ZALTagID3::tempo();
+}
+void ZALTagFLAC::setTempo(std::int64_t tempo) {
+    setNumberField(*flacfile_->comment, tempoField, tempo);
+    ZALTagID3::setTempo(tempo);
+}
+
+ZALNullableString ZALTagFLAC::initialKey() const {
+    const auto key = nonEmptyField(*flacfile_->comment, keyField);
+    return key ? key : ZALTagID3::initialKey();
+}
+void ZALTagFLAC::setInitialKey(const ZALNullableString& key) {
+    zal::setFieldText(*flacfile_->comment, keyField, zal::TagLibString(key));
+    ZALTagID3::setInitialKey(key);
+}
+
+std::int64_t ZALTagFLAC::energyLevel() const {
+    const std::int64_t level = numberField(*flacfile_->comment, energyField);
+    return level > 0 ? level : ZALTagID3::tempo();  // the tempo, not the energy level, as the files have it
+}
+void ZALTagFLAC::setEnergyLevel(std::int64_t level) {
+    setNumberField(*flacfile_->comment, energyField, level);
+    ZALTagID3::setEnergyLevel(level);
+}

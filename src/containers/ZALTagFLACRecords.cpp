@@ -1,0 +1,120 @@
+// The DJ data in the fields of a Xiph comment: the library's own records and Serato's.
+
+#include <zaltag/containers/ZALTagFLAC.h>
+
+#include "containers/FLACState.h"
+#include "containers/TextCarrier.h"
+#include "records/SeratoCuePoints.h"
+#include "records/StoredRecord.h"
+
+#include <algorithm>
+
+namespace {
+
+using TagLib::Ogg::XiphComment;
+
+constexpr char keyField[] = "KEY";
+constexpr char energyField[] = "ENERGY";
+constexpr char beatGridField[] = "BEATGRID";
+constexpr char cuePointsField[] = "CUEPOINTS";
+constexpr char cascadeField[] = "VELVETCASCADE";
+
+constexpr char markers2Field[] = "SERATO_MARKERS_V2";
+constexpr char gridField[] = "SERATO_BEATGRID";
+
+// The test is the wrong way round, as the files have it: any other field answers it, a title for one.
+bool hasFieldNotBeginningWith(const XiphComment& comment, const char* word) {
+    const auto& fields = comment.fieldListMap();
+    return std::any_of(fields.begin(), fields.end(),
+                       [word](const auto& field) { return !field.first.startsWith(word); });
+}
+
+}  // namespace
+
+// The library's own records
+
+std::optional<ZALJSONValue> ZALTagFLAC::storedXiphDictionary(const std::string& xiphName) const {
+    return zal::recordDictionaryOf(zal::fieldText(*flacfile_->comment, xiphName));
+}
+
+void ZALTagFLAC::setZalTagPropertyXiphName(const ZALTagCustomProperty* record, const std::string& xiphName) {
+    const ZALData stored = zal::storedRecord(record).value_or(ZALData());
+    zal::setFieldText(*flacfile_->comment, xiphName, zal::carrierText(stored));
+}
+
+std::optional<ZALTagKey> ZALTagFLAC::zalKey() const {
+    const auto key = zalTagPropertyOfClassXiphName<ZALTagKey>(keyField);
+    return key ? key : ZALTagID3::zalKey();
+}
+void ZALTagFLAC::setZalKey(const std::optional<ZALTagKey>& key) {
+    setZalTagPropertyXiphName(key ? &*key : nullptr, keyField);
+    ZALTagID3::setZalKey(key);
+}
+
+std::optional<ZALTagEnergy> ZALTagFLAC::zalEnergy() const {
+    const auto energy = zalTagPropertyOfClassXiphName<ZALTagEnergy>(energyField);
+    return energy ? energy : ZALTagID3::zalEnergy();
+}
+void ZALTagFLAC::setZalEnergy(const std::optional<ZALTagEnergy>& energy) {
+    setZalTagPropertyXiphName(energy ? &*energy : nullptr, energyField);
+    ZALTagID3::setZalEnergy(energy);
+}
+
+std::optional<ZALTagBeatGrid> ZALTagFLAC::zalBeatGrid() const {
+    const auto grid = zalTagPropertyOfClassXiphName<ZALTagBeatGrid>(beatGridField);
+    return grid ? grid : ZALTagID3::zalBeatGrid();
+}
+void ZALTagFLAC::setZalBeatGrid(const std::optional<ZALTagBeatGrid>& grid) {
+    setZalTagPropertyXiphName(grid ? &*grid : nullptr, beatGridField);
+    ZALTagID3::setZalBeatGrid(grid);
+}
+
+std::optional<ZALTagCuePoints> ZALTagFLAC::zalCuePoints() const {
+    const auto cuePoints = zalTagPropertyOfClassXiphName<ZALTagCuePoints>(cuePointsField);
+    return cuePoints ? cuePoints : ZALTagID3::zalCuePoints();
+}
+void ZALTagFLAC::setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
+    setZalTagPropertyXiphName(cuePoints ? &*cuePoints : nullptr, cuePointsField);
+    ZALTagID3::setZalCuePoints(cuePoints);
+}
+
+std::optional<ZALTagVelvetCascade> ZALTagFLAC::zalVelvetCascade() const {
+    const auto record = zalTagPropertyOfClassXiphName<ZALTagVelvetCascade>(cascadeField);
+    return record ? record : ZALTagID3::zalVelvetCascade();
+}
+void ZALTagFLAC::setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
+    setZalTagPropertyXiphName(record ? &*record : nullptr, cascadeField);
+    ZALTagID3::setZalVelvetCascade(record);
+}
+
+// Serato
+
+std::optional<ZALTagSeratoMarker> ZALTagFLAC::seratoMarker() const {
+    const auto payload = zal::payloadOf(zal::fieldText(*flacfile_->comment, markers2Field));
+    return zal::readSeratoMarker(payload, zal::SeratoForm::encoded);
+}
+
+std::optional<ZALTagSeratoGrid> ZALTagFLAC::seratoGrid() const {
+    const auto payload = zal::payloadOf(zal::fieldText(*flacfile_->comment, gridField));
+    return zal::readSeratoGrid(payload, zal::SeratoForm::encoded);
+}
+
+void ZALTagFLAC::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    setRawSeratoCuePoints(cuePoints.empty() ? cuePoints
+                                            : zal::cuePointsOnSeratoGrid(cuePoints, seratoGrid()));
+}
+
+void ZALTagFLAC::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    if (cuePoints.empty()) return zal::setFieldText(*flacfile_->comment, markers2Field, {});
+    const ZALNullableData data = zal::renderedSeratoMarker(
+        zal::seratoMarkerWithCuePoints(seratoMarker(), cuePoints), zal::SeratoForm::encoded);
+    if (data) zal::setFieldText(*flacfile_->comment, markers2Field, zal::carrierText(*data));
+}
+
+bool ZALTagFLAC::hasSeratoMetadata() const {
+    return hasFieldNotBeginningWith(*flacfile_->comment, "SERATO");
+}
+
+bool ZALTagFLAC::hasTraktorMetadata() const {
+    return hasFieldNotBeginningWith(*flacfile_->comment, "TRAKTOR");
+}

@@ -1,0 +1,140 @@
+// The DJ data in the items of an MP4 file: the library's own records, Serato's, and the trace of Traktor.
+
+#include <zaltag/containers/ZALTagMP4.h>
+
+#include "containers/MP4State.h"
+#include "containers/TextCarrier.h"
+#include "records/SeratoCuePoints.h"
+#include "records/StoredRecord.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr char keyItem[] = "----:com.quorvantis.quorvantis:key";
+constexpr char energyItem[] = "----:com.quorvantis.quorvantis:energy";
+constexpr char beatGridItem[] = "----:com.quorvantis.quorvantis:beatgrid";
+constexpr char cuePointsItem[] = "----:com.quorvantis.quorvantis:cuepoints";
+constexpr char cascadeItem[] = "----:com.quorvantis.velvetcascade:data";
+
+constexpr char markers2Item[] = "----:com.serato.dj:markersv2";
+constexpr char markersItem[] = "----:com.serato.dj:markers";
+constexpr char gridItem[] = "----:com.serato.dj:beatgrid";
+
+// Traktor's data are not looked for in front of this place, as the files have it.
+constexpr long traktorOffset = 10000;
+
+ZALNullableData payloadOfItem(const TagLib::MP4::Tag& tag, const std::string& name) {
+    return zal::payloadOf(zal::itemText(tag, name));
+}
+
+}  // namespace
+
+// The library's own records
+
+std::optional<ZALJSONValue> ZALTagMP4::storedDictionary(const std::string& atomName) const {
+    return zal::recordDictionaryOf(zal::itemText(*state_->tag, atomName));
+}
+
+void ZALTagMP4::setZalTagProperty(const ZALTagCustomProperty* record, const std::string& atomName) {
+    if (atomName.empty()) return;
+    if (const ZALNullableData stored = zal::storedRecord(record)) {
+        zal::setItemText(*state_->tag, atomName, zal::carrierText(*stored));
+    } else {
+        zal::removeItem(*state_->tag, atomName);
+    }
+}
+
+std::optional<ZALTagKey> ZALTagMP4::zalKey() const {
+    return zalTagPropertyOfClass<ZALTagKey>(keyItem);
+}
+void ZALTagMP4::setZalKey(const std::optional<ZALTagKey>& key) {
+    setZalTagProperty(key ? &*key : nullptr, keyItem);
+}
+
+std::optional<ZALTagEnergy> ZALTagMP4::zalEnergy() const {
+    return zalTagPropertyOfClass<ZALTagEnergy>(energyItem);
+}
+void ZALTagMP4::setZalEnergy(const std::optional<ZALTagEnergy>& energy) {
+    setZalTagProperty(energy ? &*energy : nullptr, energyItem);
+}
+
+std::optional<ZALTagBeatGrid> ZALTagMP4::zalBeatGrid() const {
+    return zalTagPropertyOfClass<ZALTagBeatGrid>(beatGridItem);
+}
+void ZALTagMP4::setZalBeatGrid(const std::optional<ZALTagBeatGrid>& grid) {
+    setZalTagProperty(grid ? &*grid : nullptr, beatGridItem);
+}
+
+std::optional<ZALTagCuePoints> ZALTagMP4::zalCuePoints() const {
+    return zalTagPropertyOfClass<ZALTagCuePoints>(cuePointsItem);
+}
+void ZALTagMP4::setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
+    setZalTagProperty(cuePoints ? &*cuePoints : nullptr, cuePointsItem);
+}
+
+std::optional<ZALTagVelvetCascade> ZALTagMP4::zalVelvetCascade() const {
+    return zalTagPropertyOfClass<ZALTagVelvetCascade>(cascadeItem);
+}
+void ZALTagMP4::setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
+    setZalTagProperty(record ? &*record : nullptr, cascadeItem);
+}
+
+// Serato
+
+std::optional<ZALTagSeratoMarker> ZALTagMP4::seratoMarker() const {
+    return zal::readSeratoMarker(payloadOfItem(*state_->tag, markers2Item), zal::SeratoForm::encoded);
+}
+
+std::optional<ZALTagSeratoGrid> ZALTagMP4::seratoGrid() const {
+    return zal::readSeratoGrid(payloadOfItem(*state_->tag, gridItem), zal::SeratoForm::encoded);
+}
+
+ZALNullableData ZALTagMP4::oldSeratoMarkerData() const {
+    const auto marker =
+        zal::readOldSeratoMarker(payloadOfItem(*state_->tag, markersItem), zal::SeratoForm::encoded);
+    return marker ? ZALNullableData(marker->markerDataForFileType("m4a")) : std::nullopt;
+}
+
+ZALArray<ZALTagCuePoint> ZALTagMP4::seratoCuePoints() const {
+    return zal::cuePointsOfSeratoMarker(seratoMarker());
+}
+
+void ZALTagMP4::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    setRawSeratoCuePoints(cuePoints.empty() ? cuePoints
+                                            : zal::cuePointsOnSeratoGrid(cuePoints, seratoGrid()));
+}
+
+void ZALTagMP4::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    setSeratoCuePointsOld(cuePoints);
+    setSeratoCuePointsNew(cuePoints);
+}
+
+void ZALTagMP4::setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    TagLib::MP4::Tag& tag = *state_->tag;
+    if (cuePoints.empty()) return zal::removeItem(tag, markersItem);
+    const auto existing = zal::readOldSeratoMarker(payloadOfItem(tag, markersItem), zal::SeratoForm::encoded);
+    const ZALNullableData data = zal::renderedOldSeratoMarker(
+        zal::oldSeratoMarkerWithCuePoints(existing, cuePoints), zal::SeratoForm::encoded);
+    if (data) zal::setItemText(tag, markersItem, zal::carrierText(*data));
+}
+
+void ZALTagMP4::setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    TagLib::MP4::Tag& tag = *state_->tag;
+    if (cuePoints.empty()) return zal::removeItem(tag, markers2Item);
+    const ZALNullableData data = zal::renderedSeratoMarker(
+        zal::seratoMarkerWithCuePoints(seratoMarker(), cuePoints), zal::SeratoForm::encoded);
+    if (data) zal::setItemText(tag, markers2Item, zal::carrierText(*data));
+}
+
+bool ZALTagMP4::hasSeratoMetadata() const {
+    const auto& items = state_->tag->itemMap();
+    return std::any_of(items.begin(), items.end(),
+                       [](const auto& item) { return item.first.find("serato") >= 0; });
+}
+
+// Traktor
+
+bool ZALTagMP4::hasTraktorMetadata() const {
+    return state_->file->find("NITR", traktorOffset, "free") >= 0;
+}
