@@ -2,6 +2,7 @@
 
 #include "base/Endian.h"
 #include "support/AudioFixtures.h"
+#include "support/ContainerFixtures.h"
 
 #include <algorithm>
 
@@ -28,8 +29,16 @@ ZALData iffContent(const std::string& path, std::string_view id) {
 const std::vector<Format>& formats() {
     static const std::vector<Format> all{
         {"MP3", "mp3", "ZALTagID3", [] { return mpegFrames(); }, mp3Audio},
+        {"MP4", "m4a", "ZALTagMP4", [] { return mp4File(); }, mp4Audio, {"modifiedBy"}, {}},
         {"AIFF", "aiff", "ZALTagAIFF", [] { return aiffFile(); },
          [](const std::string& path) { return iffContent(path, "SSND"); }},
+        {"FLAC",
+         "flac",
+         "ZALTagFLAC",
+         [] { return flacFile(); },
+         flacAudio,
+         {"grouping", "modifiedBy"},
+         {"comment"}},
     };
     return all;
 }

@@ -12,6 +12,9 @@ struct Format {
     const char* className;
     ZALData (*file)();                          ///< a small file without tags
     ZALData (*audio)(const std::string& path);  ///< what a save must not change
+    std::vector<std::string> missingFields{};   ///< those that setting leaves null
+    /// Those that read as the empty text, not null, when the file holds none.
+    std::vector<std::string> emptyFields{"initialKey", "comment"};
 };
 
 /// Every format the library opens.
