@@ -1,5 +1,6 @@
 #include "id3/ID3Frames.h"
 
+#include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
 
 #include <generalencapsulatedobjectframe.h>
@@ -91,7 +92,7 @@ void setObject(Tag& tag, const std::string& description, ZALDataView object) {
         frame->setMimeType("application/json");  // for Serato's binary objects too, as the files have it
         tag.addFrame(frame);
     }
-    frame->setObject({reinterpret_cast<const char*>(object.data()), static_cast<unsigned>(object.size())});
+    frame->setObject(TagLibBytes(object));
 }
 
 void removeObject(Tag& tag, const std::string& description) {

@@ -1,5 +1,6 @@
 #include "id3/TagLibStream.h"
 
+#include "id3/TagLibBytes.h"
 #include "platform/SafeFile.h"
 
 #include <algorithm>
@@ -12,10 +13,6 @@ namespace {
 
 // What one block holds at most: TagLib's vectors count in 32 bits.
 constexpr unsigned long blockMax = 0x7FFFFFFF;
-
-ZALDataView viewOf(const TagLib::ByteVector& data) {
-    return {reinterpret_cast<const std::uint8_t*>(data.data()), data.size()};
-}
 
 }  // namespace
 

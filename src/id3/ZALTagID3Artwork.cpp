@@ -4,6 +4,7 @@
 
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
+#include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
 #include "platform/Log.h"
 #include "tag/Artwork.h"
@@ -18,10 +19,6 @@ using TagLib::ID3v2::AttachedPictureFrame;
 using TagLib::ID3v2::Frame;
 
 constexpr char pictureID[] = "APIC";
-
-TagLib::ByteVector byteVector(ZALDataView data) {
-    return {reinterpret_cast<const char*>(data.data()), static_cast<unsigned>(data.size())};
-}
 
 void logNoPicture() {
     zal::log("ZALTag: APIC frame ignored after failed cast");
@@ -39,8 +36,7 @@ class Pictures final : public zal::ArtworkContainer {
         for (Frame* frame : frames()) {
             const auto* picture = dynamic_cast<AttachedPictureFrame*>(frame);
             if (picture != nullptr) {
-                const TagLib::ByteVector bytes = picture->picture();  // shares the frame's own
-                out.push_back({{reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()},
+                out.push_back({zal::viewOf(picture->picture()),
                                zal::stringWithTagLibString(picture->mimeType()),
                                static_cast<std::uint32_t>(picture->type())});
             } else if (logged) {
@@ -65,7 +61,7 @@ class Pictures final : public zal::ArtworkContainer {
         for (Frame* frame : frames()) {
             auto* picture = dynamic_cast<AttachedPictureFrame*>(frame);
             if (picture == nullptr) continue;
-            picture->setPicture(byteVector(data));
+            picture->setPicture(zal::TagLibBytes(data));
             if (type) picture->setType(static_cast<AttachedPictureFrame::Type>(*type));
             return;
         }
@@ -79,7 +75,7 @@ class Pictures final : public zal::ArtworkContainer {
         for (const zal::NewPicture& picture : pictures) {
             auto* frame = new AttachedPictureFrame;
             frame->setMimeType(zal::TagLibString(picture.mimeType));
-            frame->setPicture(byteVector(picture.data));
+            frame->setPicture(zal::TagLibBytes(picture.data));
             frame->setType(static_cast<AttachedPictureFrame::Type>(picture.type));
             tag_->addFrame(frame);
         }
@@ -93,11 +89,11 @@ class Pictures final : public zal::ArtworkContainer {
     TagLib::ID3v2::Tag* tag_;
 };
 
-zal::Artwork artwork(TagLib::ID3v2::Tag* tag) {
-    return {std::make_unique<Pictures>(tag), zal::id3Artwork};
-}
-
 }  // namespace
+
+zal::Artwork ZALTagID3::artwork() const {
+    return {std::make_unique<Pictures>(state().v2Tag), zal::id3Artwork};
+}
 
 bool ZALTagID3::hasImages() const {
     return state().v2Tag != nullptr && zal::firstFrame(*state().v2Tag, pictureID) != nullptr;
@@ -109,34 +105,34 @@ bool ZALTagID3::hasCustomizedImage() const {
     return customizedImage() != nullptr;
 }
 ZALImagePtr ZALTagID3::originalImage() const {
-    return artwork(state().v2Tag).originalImage();
+    return artwork().originalImage();
 }
 ZALImagePtr ZALTagID3::customizedImage() const {
-    return artwork(state().v2Tag).customizedImage();
+    return artwork().customizedImage();
 }
 
 ZALArray<ZALTagImageDictionary> ZALTagID3::allImages() const {
-    return artwork(state().v2Tag).allImages();
+    return artwork().allImages();
 }
 void ZALTagID3::setAllImages(const ZALArray<ZALTagImageDictionary>& images) {
-    artwork(state().v2Tag).setAllImages(images);
+    artwork().setAllImages(images);
 }
 ZALArray<ZALData> ZALTagID3::allImageData() const {
-    return artwork(state().v2Tag).allImageData();
+    return artwork().allImageData();
 }
 ZALArray<ZALTagStoredImage> ZALTagID3::allStoredImages() const {
-    return artwork(state().v2Tag).allStoredImages();
+    return artwork().allStoredImages();
 }
 
 bool ZALTagID3::replaceOriginalImage(const ZALImagePtr& image) {
-    return state().v2Tag != nullptr && artwork(state().v2Tag).replaceOriginalImage(image);
+    return state().v2Tag != nullptr && artwork().replaceOriginalImage(image);
 }
 bool ZALTagID3::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
-    return state().v2Tag != nullptr && artwork(state().v2Tag).replacePrimaryImage(image, markAsCustom);
+    return state().v2Tag != nullptr && artwork().replacePrimaryImage(image, markAsCustom);
 }
 void ZALTagID3::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
-    artwork(state().v2Tag).backupOriginalImageAndSetCustomImage(image);
+    artwork().backupOriginalImageAndSetCustomImage(image);
 }
 void ZALTagID3::restoreOriginalImage() {
-    artwork(state().v2Tag).restoreOriginalImage();
+    artwork().restoreOriginalImage();
 }

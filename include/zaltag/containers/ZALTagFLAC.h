@@ -95,7 +95,16 @@ class ZALTAG_EXPORT ZALTagFLAC final : public ZALTagID3 {
     /// True when some field has a name that does not begin with "TRAKTOR", as the files have it.
     bool hasTraktorMetadata() const override;
 
+    // Pictures are the file's picture blocks; those of the ID3v2 tag are not looked at.
+
+    bool hasImages() const override;
+    bool replaceOriginalImage(const ZALImagePtr& image) override;
+    bool replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) override;
+
     const char* className() const override { return "ZALTagFLAC"; }
+
+  protected:
+    zal::Artwork artwork() const override;
 
   private:
     struct FLACFile;

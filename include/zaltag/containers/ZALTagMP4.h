@@ -110,7 +110,24 @@ class ZALTAG_EXPORT ZALTagMP4 final : public ZALTag {
     /// the file.
     bool hasTraktorMetadata() const override;
 
-    bool supportsImages() const override { return false; }
+    // Pictures are the covers of the item "covr". Where there is none, hasImages(), allImages(),
+    // allImageData() and the operations that change pictures add an empty item, which the next save writes.
+    // Every cover that is written is called a PNG.
+
+    bool supportsImages() const override { return true; }
+    bool hasImages() const override;
+    bool hasOriginalImage() const override;
+    bool hasCustomizedImage() const override;
+    ZALImagePtr originalImage() const override;
+    ZALImagePtr customizedImage() const override;
+    ZALArray<ZALTagImageDictionary> allImages() const override;
+    void setAllImages(const ZALArray<ZALTagImageDictionary>& images) override;
+    ZALArray<ZALData> allImageData() const override;
+    ZALArray<ZALTagStoredImage> allStoredImages() const override;
+    bool replaceOriginalImage(const ZALImagePtr& image) override;
+    bool replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) override;
+    void backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) override;
+    void restoreOriginalImage() override;
 
     const char* className() const override { return "ZALTagMP4"; }
 

@@ -12,6 +12,9 @@ namespace TagLib::ID3v2 {
 class PrivateFrame;
 class Tag;
 }  // namespace TagLib::ID3v2
+namespace zal {
+class Artwork;
+}
 
 /// The back-end of MP3 files ("mp3"), and the base of the back-ends whose files carry an ID3v2 tag.
 ///
@@ -163,6 +166,9 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     struct State;
 
     ZALTagID3();
+
+    /// The pictures of the file, and the rules for them.
+    virtual zal::Artwork artwork() const;
 
     State& state() { return *state_; }
     const State& state() const { return *state_; }
