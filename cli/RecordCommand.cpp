@@ -4,6 +4,7 @@
 #include "Output.h"
 
 #include <zaltag/platform/ZALJSON.h>
+#include <zaltag/records/ZALTagRecordData.h>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -22,7 +23,10 @@ using Setter = bool (*)(ZALTag& tag, const Dictionary& dictionary);
 template <typename Record, void (ZALTag::*set)(const std::optional<Record>&)>
 bool setRecord(ZALTag& tag, const Dictionary& dictionary) {
     const std::optional<Record> record = Record::propertyWithJSONDict(dictionary);
-    if (dictionary && (!record || !record->JSONDict())) return false;
+    if (dictionary) {
+        const Dictionary stored = record ? record->JSONDict() : std::nullopt;
+        if (!stored || !tagData(*stored)) return false;
+    }
     (tag.*set)(record);
     return true;
 }

@@ -58,6 +58,12 @@ std::uint32_t millisecondsFromSeconds(double seconds) {
     return milliseconds >= static_cast<double>(most) ? most : static_cast<std::uint32_t>(milliseconds);
 }
 
+float singlePrecision(double value) {
+    constexpr double most = std::numeric_limits<float>::max();
+    if (value > most) return std::numeric_limits<float>::max();
+    return value < -most ? std::numeric_limits<float>::lowest() : static_cast<float>(value);
+}
+
 std::string shortestDecimal(double value) {
     std::array<char, 400> buffer{};
     const auto [end, error] =

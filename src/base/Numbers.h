@@ -17,6 +17,9 @@ double doubleValue(std::string_view text);
 /// saturates.
 std::uint32_t millisecondsFromSeconds(double seconds);
 
+/// The nearest number of single precision; too large saturates.
+float singlePrecision(double value);
+
 /// The shortest decimal text that reads back as the same double, never with an exponent.
 std::string shortestDecimal(double value);
 

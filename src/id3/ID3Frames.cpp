@@ -14,6 +14,11 @@ using TagLib::ID3v2::GeneralEncapsulatedObjectFrame;
 using TagLib::ID3v2::Tag;
 using TagLib::ID3v2::TextIdentificationFrame;
 
+bool isWithinFrameLimit(const Tag& tag) {
+    constexpr unsigned frameCountMax = 10000;
+    return tag.frameList().size() <= frameCountMax;
+}
+
 std::vector<Frame*> framesWithID(const Tag& tag, const char* id) {
     const TagLib::ID3v2::FrameList& frames = tag.frameList(id);
     return {frames.begin(), frames.end()};

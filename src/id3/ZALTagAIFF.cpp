@@ -1,5 +1,6 @@
 #include <zaltag/id3/ZALTagAIFF.h>
 
+#include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
 #include "tag/ZALTagBackEnds.h"
@@ -58,7 +59,7 @@ bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
     aifffile_ = std::make_unique<AIFFFile>(s.stream.get(), false, TagLib::AudioProperties::Average);
     if (!aifffile_->isValid()) return false;
     s.v2Tag = aifffile_->tag();
-    if (s.v2Tag != nullptr) return true;
+    if (s.v2Tag != nullptr) return zal::isWithinFrameLimit(*s.v2Tag);
     zal::logf("-[ZALTagAIFF initWithPath:readOnly:]: no AIFF/ID3 tag found in '{}'", path);
     return false;
 }

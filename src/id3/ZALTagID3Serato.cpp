@@ -41,8 +41,7 @@ std::optional<ZALTagSeratoGrid> ZALTagID3::seratoGrid() const {
 
 ZALNullableData ZALTagID3::oldSeratoMarkerData() const {
     const auto marker = zal::readOldSeratoMarker(zal::objectOf(state().v2Tag, markers), zal::SeratoForm::raw);
-    if (!marker || !marker->isRenderableForFileType("mp3")) return std::nullopt;
-    return marker->markerDataForFileType("mp3");
+    return marker ? zal::renderedOldSeratoMarker(*marker, zal::SeratoForm::raw) : std::nullopt;
 }
 
 ZALArray<ZALTagCuePoint> ZALTagID3::seratoCuePoints() const {

@@ -78,8 +78,10 @@ ZALTagSeratoMarker seratoMarkerWithCuePoints(std::optional<ZALTagSeratoMarker> m
     }
     std::vector<ZALTagSeratoCuePoint> made;
     for (std::size_t i = 0; i < countOfMadeCues(cuePoints); ++i) {
+        ZALNullableString label = cuePoints[i].name();
+        if (label) label = ZALValidUTF8(*label);  // what is not UTF-8 would read back as null
         made.push_back(ZALTagSeratoCuePoint::cuePointWithIndex(
-            slotOf(i), millisecondsFromSeconds(cuePoints[i].time()), cuePoints[i].name()));
+            slotOf(i), millisecondsFromSeconds(cuePoints[i].time()), std::move(label)));
     }
     marker->setCuePoints(std::move(made));
     return *std::move(marker);

@@ -1,5 +1,6 @@
 #include <zaltag/records/ZALTagBeatGrid.h>
 
+#include "base/Numbers.h"
 #include "records/RecordHash.h"
 
 #include <algorithm>
@@ -41,7 +42,7 @@ std::optional<ZALJSONValue> ZALTagBeatGrid::JSONDict() const {
 
 void ZALTagBeatGrid::updateWithJSONDict(const ZALJSONValue& dictionary) {
     beats_ = beatsFromJSON(dictionary["beats"]);
-    tempo_ = static_cast<float>(dictionary["tempo"].doubleValue());  // narrowed, as the files have it
+    tempo_ = zal::singlePrecision(dictionary["tempo"].doubleValue());  // narrowed, as the files have it
     setAlgorithm(dictionary["algorithm"].integerValue());
 }
 

@@ -87,6 +87,7 @@ class Cues(ProgramTest):
         frames = [frame for frame in ID3(song).values() if frame.FrameID == "GEOB"]
         self.assertEqual([(frame.desc, frame.mime) for frame in frames],
                          [("Serato Markers_", "application/json"), ("Serato Markers2", "application/json")])
+        self.assertEqual([(frame.encoding, frame.filename) for frame in frames], [(0, "")] * 2)
         self.assertEqual(markers2_cues(frames[1].data), [(0, 12346, 0xCC0000, "Intro"), (1, 60000, 0xCC8800, "Été 🎵"),
                                                          (2, 500, 0x0000CC, "")])
         self.assertEqual(markers_positions(frames[0].data), [12346, 60000, 500, None, None])

@@ -47,6 +47,17 @@ TEST(Opening, refusesWhatIsNoMP3) {
     }
 }
 
+TEST(Opening, refusesATagOfMoreFramesThanAnyRealOne) {
+    for (const auto& [count, opens] : {std::pair(10000, true), std::pair(10001, false)}) {
+        const ZALData frame = id3Comment("und", "", "x");
+        ZALData frames;
+        for (int i = 0; i < count; ++i) {
+            frames.insert(frames.end(), frame.begin(), frame.end());
+        }
+        EXPECT_EQ(ZALTagID3::tagAtPath(mp3(id3Tag({frames}))) != nullptr, opens) << count;
+    }
+}
+
 TEST(Opening, takesATagOrAFrame) {
     const ZALData junk(3000);
     const ZALData apeFooter =

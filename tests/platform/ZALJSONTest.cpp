@@ -29,6 +29,8 @@ TEST(JSON, boundsTheNesting) {
     EXPECT_FALSE(ZALJSON::parse(nested(ZALJSON::depthMax + 1), &error));
     EXPECT_NE(error.find("512"), std::string::npos);
     EXPECT_FALSE(ZALJSON::parse(nested(1000000)));
+    EXPECT_TRUE(ZALJSON::parse(std::string(ZALJSON::lengthMax - 1, ' ') + "1"));
+    EXPECT_FALSE(ZALJSON::parse(std::string(ZALJSON::lengthMax, ' ') + "1"));
 }
 
 TEST(JSON, valuesOutsideJSONDoNotSerialize) {

@@ -132,6 +132,9 @@ TEST(RecordData, absentAndMistypedEntriesReadAsNullOrZero) {
     EXPECT_EQ(*ZALTagBeatGrid::initWithJSONDict(odd),
               ZALTagBeatGrid::beatGridWithBeats(ZALArray<double>{1.5, 0, 2}, 128.3f, 7))
         << "the tempo is narrowed to single precision";
+    EXPECT_TRUE(
+        tagData(*ZALTagBeatGrid::initWithJSONDict(readJSON(R"({"beats":[],"tempo":1e300})"))->JSONDict()))
+        << "a tempo beyond it saturates, so that the record can be stored again";
     const ZALTagCuePoint half = ZALTagCuePoint::cuePointWithTime(0.5, std::nullopt);
     EXPECT_EQ(ZALTagCuePoints::initWithJSONDict(odd)->cuePoints(),
               (ZALArray<ZALTagCuePoint>{ZALTagCuePoint(), half}));

@@ -1,6 +1,7 @@
 #include <zaltag/serato/ZALBase64.h>
 
 #include "support/Hex.h"
+#include "support/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -39,6 +40,15 @@ TEST(Base64, skipsWhatIsNotInTheAlphabet) {
     EXPECT_EQ(decoded("!?-_\n"), "");
     EXPECT_EQ(decoded(""), "");
     EXPECT_EQ(decoded(std::string("TQ\0\0\0\0", 6)), "4D") << "NUL padding";
+}
+
+TEST(Base64, whatMemoryCannotHoldIsNull) {
+    const LogCapture log;
+    const ZALData byte(1);
+    const ZALDataView huge(byte.data(), std::size_t{1} << 40);  // refused before a byte of it is touched
+    EXPECT_EQ(dataByEncodingBase64(huge), std::nullopt);
+    EXPECT_EQ(dataByDecodingBase64(huge), std::nullopt);
+    EXPECT_EQ(log.lines(), std::vector<std::string>(2, "failed to allocate 4398046511104 bytes"));
 }
 
 TEST(Base64, everyLengthReturns) {

@@ -86,6 +86,8 @@ TEST(SeratoGrid, snapsToTheNearestBeat) {
     // 1/3 s a beat in single precision: the ninth of them is not quite at 3 s.
     const ZALTagSeratoGrid thirds = grid("00 00 00 02" + at0 + "00 00 00 03 3F 80 00 00" + bpm120);
     EXPECT_EQ(thirds.gridTimeForTime(-3.0), -9.0 * (1.0F / 3.0F));
+    EXPECT_EQ(thirds.gridTimeForTime(1.0), 3.0 * (1.0F / 3.0F))
+        << "a time on the second marker is of the first pair";
 }
 
 TEST(SeratoGrid, aTempoThatIsNotAboveZeroLeavesTheTime) {

@@ -125,7 +125,8 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     void setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints);
     /// The object "Serato Markers2"; null when there is none or it cannot be read (one log line).
     virtual std::optional<ZALTagSeratoMarker> seratoMarker() const;
-    /// The object "Serato Markers_", read and written again; null when that is not possible.
+    /// The object "Serato Markers_", read and written again; null, with a log line, when that is not
+    /// possible.
     virtual ZALNullableData oldSeratoMarkerData() const;
     /// The object "Serato BeatGrid"; null when there is none or it cannot be read (one log line).
     virtual std::optional<ZALTagSeratoGrid> seratoGrid() const;

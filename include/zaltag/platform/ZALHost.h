@@ -14,8 +14,10 @@ using ZALLogSink = std::function<void(const std::string& line)>;
 
 /// How a save of an audio file reaches the disk.
 enum class ZALSaveMode {
-    /// The file is the old one or the new one, whole: after a full disk, a failing write, a kill at any moment,
-    /// and after a loss of power as far as the disk writes a block of 4 KiB whole. A result of the same length
+    /// The file is the old one or the new one, whole: after a full disk, a failing write, a kill at any
+    /// moment,
+    /// and after a loss of power as far as the disk writes a block of 4 KiB whole. A result of the same
+    /// length
     /// whose changed bytes lie in one such block is one write in place, every other a new file that is synced
     /// and renamed over the old one.
     safe,

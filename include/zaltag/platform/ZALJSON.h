@@ -13,9 +13,11 @@ class ZALTAG_EXPORT ZALJSON {
   public:
     /// The deepest nesting that is read.
     static constexpr int depthMax = 512;
+    /// The longest text that is read, in bytes: a value takes some thirty times the memory of its text.
+    static constexpr std::size_t lengthMax = std::size_t{8} << 20;
 
-    /// The value of a JSON text in UTF-8. Null when it is not well-formed, not UTF-8 or nested deeper than
-    /// depthMax; `error`, when given, then says why and where.
+    /// The value of a JSON text in UTF-8. Null when it is not well-formed, not UTF-8, longer than lengthMax
+    /// or nested deeper than depthMax; `error`, when given, then says why and where.
     static std::optional<ZALJSONValue> parse(std::string_view text, std::string* error = nullptr);
 
     /// True when the value can be written as JSON: numbers are finite and texts are UTF-8.
