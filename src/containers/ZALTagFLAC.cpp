@@ -4,6 +4,7 @@
 #include "containers/FLACBlocks.h"
 #include "containers/FLACState.h"
 #include "containers/TextCarrier.h"
+#include "id3/ID3Chapters.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
 #include "id3/TagLibText.h"
@@ -97,6 +98,7 @@ bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
     if (s.stream == nullptr || !zal::canReadFLAC(*s.stream)) return false;
+    if (!zal::chaptersNestSafely(*s.stream, 0)) return false;
     flacfile_ = std::make_unique<FLACFile>(*s.stream);
     if (!flacfile_->file.isValid()) return false;
     flacfile_->comment = flacfile_->file.xiphComment(true);

@@ -68,4 +68,10 @@ bool holdsMPEGFrame(TagLib::IOStream& stream) {
     return false;
 }
 
+bool beginsWithMPEGFrame(TagLib::IOStream& stream) {
+    stream.seek(0);
+    const Header header = headerFrom(stream.readBlock(4), 0);
+    return header.length > 0 && isFrameAt(stream, header, 0);
+}
+
 }  // namespace zal

@@ -9,4 +9,7 @@ namespace zal {
 /// header.
 bool holdsMPEGFrame(TagLib::IOStream& stream);
 
+/// True when such a frame stands at the start.
+bool beginsWithMPEGFrame(TagLib::IOStream& stream);
+
 }  // namespace zal

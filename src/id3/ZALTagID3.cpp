@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "base/Unicode.h"
+#include "id3/ID3Chapters.h"
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/MPEGFrames.h"
@@ -95,7 +96,7 @@ std::shared_ptr<ZALTagID3> ZALTagID3::initWithPath(const ZALNullableString& path
 bool ZALTagID3::openMP3(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
-    if (s.stream == nullptr) return false;
+    if (s.stream == nullptr || !zal::chaptersOfMP3NestSafely(*s.stream)) return false;
     s.file = std::make_unique<TagLib::MPEG::File>(s.stream.get(), TagLib::ID3v2::FrameFactory::instance(),
                                                   false, TagLib::AudioProperties::Average);
     if (!s.file->isValid()) return false;

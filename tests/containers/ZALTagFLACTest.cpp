@@ -101,8 +101,13 @@ TEST_F(FLAC, whatTagLibWouldChokeOnDoesNotOpen) {
          {flacBlock(4, joined({field, ZALData(2000)})), flacBlock(4, joined({maker, ZALData(2000)})), many}) {
         EXPECT_EQ(ZALTagFLAC::tagAtPath(folder_.write("a.flac", flacFile({blocks}))), nullptr);
     }
+    ZALData chapters;
+    for (int i = 0; i < 1100; ++i) {
+        chapters = joined({chapters, id3Frame("CHAP", joined({{'a', 0}, ZALData(16)}))});
+    }
+    EXPECT_EQ(ZALTagFLAC::tagAtPath(folder_.write("a.flac", joined({id3Tag({chapters}), flacFile()}))),
+              nullptr);
     // A field that is only too long ends the list.
-    open({});
     EXPECT_NE(ZALTagFLAC::tagAtPath(folder_.write(
                   "a.flac", flacFile({flacBlock(4, fromHex("00000000 01000000 FFFF0000 613D62"))}))),
               nullptr);

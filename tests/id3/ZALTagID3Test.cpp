@@ -1,6 +1,7 @@
 #include <zaltag/base/ZALProgrammingError.h>
 #include <zaltag/id3/ZALTagID3.h>
 
+#include "base/Endian.h"
 #include "support/AudioFixtures.h"
 #include "support/Hex.h"
 
@@ -55,6 +56,36 @@ TEST(Opening, refusesATagOfMoreFramesThanAnyRealOne) {
             frames.insert(frames.end(), frame.begin(), frame.end());
         }
         EXPECT_EQ(ZALTagID3::tagAtPath(mp3(id3Tag({frames}))) != nullptr, opens) << count;
+    }
+}
+
+// TagLib reads chapters that stand within one another by recursion.
+TEST(Opening, refusesChaptersThatOverflowTheStack) {
+    ZALData nested;
+    std::vector<ZALData> heads;
+    for (std::size_t i = 0, size = 0; i < 20000; ++i) {
+        zal::ByteWriter head;
+        head.text("CHAP");
+        head.u32be(static_cast<std::uint32_t>(size += 18));
+        head.bytes(joined({{0, 0, 'a', 0}, ZALData(16)}));
+        size += 10;
+        heads.push_back(head.take());
+    }
+    for (auto head = heads.rbegin(); head != heads.rend(); ++head) {
+        nested.insert(nested.end(), head->begin(), head->end());
+    }
+    ZALData tag = id3Tag({nested});
+    tag[3] = 3;
+    const ZALData chapter = id3Frame("CHAP", joined({{'a', 0}, ZALData(16)}));
+    const ZALData packed = id3Frame("CHAP", joined({{'a', 0}, ZALData(16)}), 0x0008);
+    const std::pair<ZALData, bool> cases[] = {
+        {tag, false},
+        {joined({ZALData(50), tag}), false},
+        {id3Tag({packed}), false},
+        {id3Tag({chapter, chapter, id3Text("TIT2", "CHAPTER ONE")}), true},
+    };
+    for (const auto& [start, opens] : cases) {
+        EXPECT_EQ(ZALTagID3::tagAtPath(mp3(start)) != nullptr, opens) << start.size();
     }
 }
 
