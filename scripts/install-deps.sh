@@ -10,7 +10,7 @@ packages=(
     libpng-dev libjpeg62-turbo-dev libwebp-dev libstb-dev zlib1g-dev
     # testing: the framework, a second compiler for fuzzing, encoders and readers nobody here wrote
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
-    python3 python3-mutagen lame ffmpeg libimage-exiftool-perl
+    python3 python3-mutagen lame flac ffmpeg libimage-exiftool-perl
 )
 
 missing=()

@@ -1,0 +1,8 @@
+// An MP4 file is opened, read, changed and saved.
+
+#include "AudioFile.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    exerciseAudioFile(data, size, "m4a");
+    return 0;
+}

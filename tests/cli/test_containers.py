@@ -1,0 +1,202 @@
+"""MP4 and FLAC files made by ffmpeg, changed by the program, and checked with mutagen, ffprobe and flac."""
+import os
+import shutil
+import subprocess
+import unittest
+
+from mutagen.flac import FLAC
+from mutagen.id3 import ID3, TBPM, TPE1
+from mutagen.mp4 import MP4, MP4Cover
+
+from support import ProgramTest
+from test_artwork import CUSTOMIZED, ORIGINAL, lens_make, pixels, png
+
+TEXTS = {"artist": "Zoë 🎧", "album": "夜明け", "title": "a=b", "genre": "House", "comment": "line\nbreak",
+         "initialKey": "8A"}
+NUMBERS = {"year": 2024, "tempo": 124, "energyLevel": 7}
+
+
+def audio_of(path):
+    """A digest of the packets, by ffmpeg."""
+    return subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-map", "0:a", "-c", "copy", "-f", "md5", "-"],
+                          capture_output=True, check=True).stdout
+
+
+class ContainerTest(ProgramTest):
+    def make(self, name, *options):
+        song = self.path(name)
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "sine=f=330:d=3", *options, song], check=True)
+        return song
+
+    def check(self, song, before):
+        """The audio is what it was, and others find nothing wrong with the file."""
+        self.assertEqual(audio_of(song), before)
+        done = subprocess.run(["ffprobe", "-v", "error", song], capture_output=True)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        if song.endswith(".flac"):
+            subprocess.run(["flac", "-t", "-s", song], check=True)
+
+    def set_all(self, song):
+        self.zaltag("set", song, *(f"{name}={value}" for name, value in {**TEXTS, **NUMBERS}.items()))
+
+    def check_values(self, song):
+        shown = self.show(song)
+        for name, value in {**TEXTS, **NUMBERS}.items():
+            self.assertEqual(shown[name], value, name)
+
+
+class InMP4(ContainerTest):
+    def test_every_layout_keeps_its_audio(self):
+        layouts = {"last.m4a": (), "first.m4a": ("-movflags", "+faststart"), "lossless.m4a": ("-c:a", "alac"),
+                   "fragments.mp4": ("-movflags", "frag_keyframe+empty_moov+default_base_moof", "-frag_duration", "500000"),
+                   "one.mp4": ("-movflags", "frag_keyframe+empty_moov", "-frag_duration", "9000000")}
+        for name, options in layouts.items():
+            song = self.make(name, *options)
+            before = audio_of(song)
+            self.set_all(song)
+            self.check(song, before)
+            self.check_values(song)
+            for comment in ("x" * 30000, "", "y" * 9000):
+                self.zaltag("set", song, "comment=" + comment)
+                self.check(song, before)
+            self.assertEqual(self.show(song)["comment"], "y" * 9000)
+
+    def test_audio_that_would_be_lost_is_left_alone(self):
+        song = self.make("fragments.m4a", "-movflags", "frag_keyframe+empty_moov", "-frag_duration", "500000")
+        before = self.content(song)
+        _, err = self.zaltag("set", song, "title=x", status=1)
+        self.assertIn("its audio would not be found again", err)
+        self.assertEqual(self.content(song), before)
+
+    def test_items_as_others_read_them(self):
+        song = self.make("song.m4a", "-metadata", "composer=Me", "-metadata", "track=3/9")
+        self.set_all(song)
+        self.zaltag("set", song, "grouping=Peak", "modifiedBy=nobody")
+        tags = MP4(song).tags
+        self.assertEqual((tags["©ART"], tags["©nam"], tags["©grp"], tags["tmpo"], tags["©day"]),
+                         (["Zoë 🎧"], ["a=b"], ["Peak"], [124], ["2024"]))
+        self.assertEqual(tags["----:com.apple.iTunes:initialkey"], [b"8A"])
+        self.assertEqual(tags["----:com.apple.iTunes:energylevel"], [b"7"])
+        self.assertEqual((tags["©wrt"], tags["trkn"]), (["Me"], [(3, 9)]))
+        self.assertIsNone(self.show(song)["modifiedBy"])
+        self.zaltag("set", song, "artist=", "tempo=0", "initialKey=", "energyLevel=", "grouping=", "year=")
+        tags = MP4(song).tags
+        self.assertEqual(tags["tmpo"], [0])
+        self.assertFalse({"©ART", "©grp", "©day", "----:com.apple.iTunes:energylevel"} & set(tags))
+        for verb in ("prune", "strip-v1"):
+            out, err = self.zaltag("comments", verb, song, status=1)
+            self.assertEqual((out, len(err.splitlines())), ("", 1))
+
+    def test_pictures(self):
+        song, other = self.make("song.m4a"), self.make("other.m4a")
+        tags = MP4(song)
+        tags["covr"] = [MP4Cover(png(1), MP4Cover.FORMAT_JPEG), MP4Cover(png(2), MP4Cover.FORMAT_PNG)]
+        tags.save()
+        before = audio_of(song)
+        self.zaltag("artwork", "backup", song, other, "--image", self.write("c.png", png(3)))
+        self.check(song, before)
+        covers = MP4(song)["covr"]
+        self.assertEqual([lens_make(cover) for cover in covers], [CUSTOMIZED, ORIGINAL, None])
+        self.assertEqual([pixels(cover) for cover in covers], [pixels(png(n)) for n in (3, 1, 2)])
+        self.assertEqual({cover.imageformat for cover in covers}, {MP4Cover.FORMAT_PNG})
+        self.zaltag("artwork", "replace", song, "--image", self.write("d.png", png(4)))
+        self.assertEqual([pixels(cover) for cover in MP4(song)["covr"]], [pixels(png(n)) for n in (4, 1, 2)])
+        self.zaltag("artwork", "restore", song, other)
+        self.assertEqual([pixels(cover) for cover in MP4(song)["covr"]], [pixels(png(n)) for n in (1, 2)])
+        self.assertEqual(MP4(other)["covr"], [])
+        self.check(song, before)
+
+
+class InFLAC(ContainerTest):
+    def test_fields_as_others_read_them(self):
+        song = self.make("song.flac", "-metadata", "composer=Me")
+        before = audio_of(song)
+        self.set_all(song)
+        self.check(song, before)
+        self.check_values(song)
+        tags = FLAC(song).tags
+        self.assertEqual({name: tags[name] for name in ("artist", "bpm", "initialkey", "energylevel", "date", "composer")},
+                         {"artist": ["Zoë 🎧"], "bpm": ["124"], "initialkey": ["8A"], "energylevel": ["7"],
+                          "date": ["2024"], "composer": ["Me"]})
+        for comment in ("x" * 30000, "", "y" * 9000):
+            self.zaltag("set", song, "comment=" + comment)
+            self.check(song, before)
+        self.zaltag("set", song, *(f"{name}=" for name in {**TEXTS, **NUMBERS}))
+        self.assertFalse({"artist", "bpm", "initialkey", "energylevel", "date", "comment"} & set(FLAC(song).tags.keys()))
+
+    def test_id3_tags_stay_in_step(self):
+        song = self.make("song.flac")
+        tags = ID3()
+        tags.add(TPE1(encoding=3, text="old"))
+        tags.add(TBPM(encoding=3, text="128"))
+        tags.save(song)
+        before = audio_of(song)
+        self.assertEqual(self.show(song)["energyLevel"], 128)
+        self.zaltag("set", song, "artist=new", "genre=House")
+        self.assertEqual((str(ID3(song)["TPE1"]), FLAC(song)["artist"]), ("new", ["new"]))
+        self.assertNotIn("TCON", ID3(song))
+        self.assertEqual(audio_of(song), before)
+
+    def test_pictures(self):
+        song = self.make("song.flac")
+        before = audio_of(song)
+        self.zaltag("artwork", "replace", song, "--image", self.write("a.png", png(1)))
+        self.zaltag("artwork", "backup", song, "--image", self.write("b.png", png(2)))
+        self.check(song, before)
+        pictures = FLAC(song).pictures
+        self.assertEqual([(p.type, p.mime, lens_make(p.data)) for p in pictures],
+                         [(0, "image/png", ORIGINAL), (3, "image/png", CUSTOMIZED)])
+        self.assertEqual({pixels(p.data) for p in pictures}, {pixels(png(2))})
+        self.zaltag("artwork", "restore", song)
+        self.assertEqual([(p.type, lens_make(p.data)) for p in FLAC(song).pictures], [(3, ORIGINAL)])
+        self.check(song, before)
+
+
+@unittest.skipUnless("ZALTAG_SAMPLES" in os.environ, "ZALTAG_SAMPLES names no folder of real files")
+class Samples(ContainerTest):
+    def sample(self, extension):
+        song = self.path("sample." + extension)
+        shutil.copy(os.path.join(os.environ["ZALTAG_SAMPLES"], "test_audio_1." + extension), song)
+        os.chmod(song, 0o644)
+        return song
+
+    def set_same_cues(self, song):
+        words = self.zaltag("cues", "list", song, "--from", "serato")[0].splitlines()
+        self.zaltag("cues", "set", song, "--to", "serato", *(word.replace("\t", "=") for word in words))
+
+    def cues(self, shown):
+        return [(cue["position"], cue["label"]) for cue in shown["seratoMarker"]["cuePoints"]]
+
+    def test_mp4(self):
+        song = self.sample("m4a")
+        shown, audio, before = self.show(song), audio_of(song), dict(MP4(song).tags)
+        cues = [(1541, "16"), (9691, "tromba"), (94417, "32"), (174636, "28")]
+        self.assertEqual(self.cues(shown), cues)
+        self.assertEqual([cue["color"] for cue in shown["seratoMarker"]["cuePoints"]],
+                         ["0088CC00", "000000CC", "00CC0000", "00CC0000"])
+        self.assertEqual([cue["position"] for cue in shown["oldSeratoMarker"]["cuePoints"]], [at for at, _ in cues])
+        self.assertAlmostEqual(shown["seratoGrid"]["gridPoints"][0]["position"], 1.541683674, 6)
+        self.assertAlmostEqual(shown["seratoGrid"]["gridPoints"][0]["tempo"], 113.688911, 5)
+        self.assertEqual((shown["title"], shown["year"], shown["initialKey"], shown["comment"]), ("Go", 1988, "Em", None))
+        self.set_same_cues(song)
+        after = dict(MP4(song).tags)
+        self.assertEqual(before.keys(), after.keys())
+        self.assertEqual({name for name in before if before[name] != after[name]},
+                         {"----:com.serato.dj:markers", "----:com.serato.dj:markersv2"})
+        self.assertEqual([label for _, label in self.cues(self.show(song))], [label for _, label in cues])
+        self.check(song, audio)
+
+    def test_flac(self):
+        song = self.sample("flac")
+        shown, audio, before = self.show(song), audio_of(song), dict(FLAC(song).tags)
+        self.assertEqual(self.cues(shown), [(534, ""), (180078, "pump"), (183252, "dance"), (184308, "bass line"),
+                                            (235514, "32")])
+        grid = shown["seratoGrid"]["gridPoints"]
+        self.assertEqual([point["beatsToNext"] for point in grid[:-1]], [320, 8, 8, 8, 96])
+        self.assertEqual((shown["title"], shown["year"], shown["initialKey"]), ("Pump Up The Volume", 1987, "Am"))
+        self.set_same_cues(song)
+        after = dict(FLAC(song).tags)
+        self.assertEqual({name.lower() for name in before}, {name.lower() for name in after})
+        self.assertEqual({name for name in before if before[name] != FLAC(song)[name]}, {"serato_markers_v2"})
+        self.assertEqual([label for _, label in self.cues(self.show(song))], [label for _, label in self.cues(shown)])
+        self.check(song, audio)
