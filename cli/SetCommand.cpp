@@ -22,9 +22,10 @@ struct Assignment {
     ZALJSONValue value;
 };
 
-const std::vector<std::string> texts{"artist",     "album",    "title",      "genre",        "comment",
-                                     "initialKey", "grouping", "modifiedBy", "TIT1Grouping", "GRP1Grouping"};
-const std::vector<std::string> integers{"year", "tempo", "energyLevel"};
+const std::vector<std::string> texts{"artist",     "album",      "title",      "genre",        "comment",
+                                     "initialKey", "grouping",   "modifiedBy", "TIT1Grouping", "GRP1Grouping",
+                                     "infoTitle",  "infoArtist", "infoAlbum",  "infoGenre",    "infoComment"};
+const std::vector<std::string> integers{"year", "tempo", "energyLevel", "infoYear"};
 
 bool contains(const std::vector<std::string>& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();

@@ -12,6 +12,7 @@
 #include <zaltag/base/ZALText.h>
 #include <zaltag/containers/ZALTagFLAC.h>
 #include <zaltag/containers/ZALTagMP4.h>
+#include <zaltag/containers/ZALTagWAV.h>
 #include <zaltag/id3/ZALTagAIFF.h>
 #include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/platform/ZALFileSystem.h>

@@ -5,6 +5,7 @@
 #include "containers/FLACState.h"
 #include "containers/TextCarrier.h"
 #include "id3/ID3Chapters.h"
+#include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
 #include "id3/TagLibText.h"
@@ -103,6 +104,7 @@ bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly) {
     if (!flacfile_->file.isValid()) return false;
     flacfile_->comment = flacfile_->file.xiphComment(true);
     s.v2Tag = flacfile_->file.ID3v2Tag(false);
+    if (s.v2Tag != nullptr && !zal::isWithinFrameLimit(*s.v2Tag)) return false;
     s.v1Tag = flacfile_->file.ID3v1Tag(false);
     return true;
 }

@@ -28,6 +28,10 @@ bool TagLibStream::commit() {
     return file_->commit();
 }
 
+bool TagLibStream::isCurrent() {
+    return file_->isCurrent();
+}
+
 void TagLibStream::giveUp(const std::string& reason) {
     file_->giveUp(reason);
 }

@@ -1,5 +1,6 @@
 #include <zaltag/id3/ZALTagAIFF.h>
 
+#include "id3/FormChunks.h"
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
@@ -17,7 +18,6 @@ namespace {
 bool beginsAsAIFF(TagLib::IOStream& stream) {
     stream.seek(0);
     const TagLib::ByteVector start = stream.readBlock(12);
-    stream.seek(0);  // TagLib walks the chunks from where the stream stands
     const TagLib::ByteVector type = start.mid(8);
     return start.startsWith("FORM") && (type == "AIFF" || type == "AIFC");
 }
@@ -56,6 +56,8 @@ bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
     if (s.stream == nullptr || !beginsAsAIFF(*s.stream)) return false;
+    if (zal::walkForm(*s.stream, zal::FormKind::form).isTooLarge) return false;
+    s.stream->seek(0);  // TagLib walks the chunks from where the stream stands
     aifffile_ = std::make_unique<AIFFFile>(s.stream.get(), false, TagLib::AudioProperties::Average);
     if (!aifffile_->isValid()) return false;
     s.v2Tag = aifffile_->tag();
@@ -71,6 +73,7 @@ bool ZALTagAIFF::readOnly() const {
 bool ZALTagAIFF::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
     if (aifffile_ == nullptr || state().v2Tag == nullptr) return failSave(error);
-    const bool saved = zal::saveTag(path(), *state().stream, [this] { return aifffile_->save(); });
-    return saved || failSave(error);
+    const auto saved =
+        zal::saveForm(*state().stream, zal::FormKind::form, [this] { return aifffile_->save(); });
+    return saved == zal::FormSave::done || failSave(error);
 }

@@ -19,6 +19,7 @@ constexpr std::uint32_t newFileMode = 0644;
 
 std::string folderOf(const std::string& path) {
     const auto slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
@@ -35,18 +36,23 @@ bool isSameFile(const ZALFileAttributes& one, const ZALFileAttributes& other) {
     return one.device == other.device && one.inode == other.inode;
 }
 
-// Whether a path still is the open file.
-bool names(ZALFileSystem& files, const std::string& path, ZALFileHandle& handle) {
+}  // namespace
+
+bool isFileAt(ZALFileSystem& files, const std::string& path, ZALFileHandle& handle) {
     ZALFileAttributes named;
     ZALFileAttributes held;
     return !files.attributes(path, named) && !handle.attributes(held) && isSameFile(named, held);
 }
 
-}  // namespace
-
 std::string describe(const std::error_code& error) {
     if (error == std::errc::operation_would_block) return "it is locked: another save is running";
     return error.message();
+}
+
+void syncFolderOf(ZALFileSystem& files, const std::string& path) {
+    if (const auto error = files.syncFolder(folderOf(path))) {
+        logf("saved '{}', but could not sync its folder: {}", path, describe(error));
+    }
 }
 
 FileReplacement::FileReplacement(std::shared_ptr<ZALFileSystem> files, std::string target)
@@ -71,7 +77,7 @@ void FileReplacement::clearLeftOver(ZALFileSystem& files, const std::string& tar
     if (!handle && error != std::errc::no_such_file_or_directory) handle = files.open(path, false, error);
     if (!handle || handle->lock()) return;
     // Between opening and locking the file may have taken the target's name.
-    if (names(files, path, *handle)) files.unlink(path);
+    if (isFileAt(files, path, *handle)) files.unlink(path);
 }
 
 bool FileReplacement::begin(ZALFileHandle* attributesFrom, std::uint32_t mode) {
@@ -163,9 +169,7 @@ bool FileReplacement::finish(const std::function<std::string()>& mayReplace) {
 }
 
 void FileReplacement::syncFolder() {
-    if (const auto error = files_->syncFolder(folderOf(target_))) {
-        logf("saved '{}', but could not sync its folder: {}", target_, describe(error));
-    }
+    syncFolderOf(*files_, target_);
 }
 
 bool FileReplacement::fail(std::string_view step, const std::error_code& error) {
@@ -174,7 +178,7 @@ bool FileReplacement::fail(std::string_view step, const std::error_code& error) 
 }
 
 bool FileReplacement::nameIsOurs() {
-    return handle_ && names(*files_, path_, *handle_);
+    return handle_ && isFileAt(*files_, path_, *handle_);
 }
 
 namespace {

@@ -69,6 +69,13 @@ class FileReplacement {
     std::string reason_;
 };
 
+/// Whether a path still is the open file.
+bool isFileAt(ZALFileSystem& files, const std::string& path, ZALFileHandle& handle);
+
+/// Returns when the name of a file that was just renamed is on the disk. A failure is logged only, since the
+/// file is there and whole. The path is absolute, or relative to the working folder.
+void syncFolderOf(ZALFileSystem& files, const std::string& path);
+
 /// The text for an error: the system's words, or what a lock that is held means here.
 std::string describe(const std::error_code& error);
 

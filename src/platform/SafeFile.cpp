@@ -170,6 +170,10 @@ std::string SafeFile::writeChanges() {
     return {};
 }
 
+bool SafeFile::isCurrent() {
+    return checkUnchanged().empty();
+}
+
 std::string SafeFile::checkUnchanged() {
     if (!state_) noteState();
     ZALFileAttributes now;

@@ -51,6 +51,9 @@ class SafeFile {
     /// Cuts the content, or extends it with zeros.
     void truncate(std::uint64_t length);
 
+    /// Whether what stands under the path still is the file this object stands on, as it left it.
+    bool isCurrent();
+
     /// Makes every later commit fail, with this reason: for who could not carry an edit through and cannot
     /// tell what the content is now. The first reason stays.
     void giveUp(std::string reason);

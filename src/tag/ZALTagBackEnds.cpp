@@ -5,6 +5,7 @@
 
 #include <zaltag/containers/ZALTagFLAC.h>
 #include <zaltag/containers/ZALTagMP4.h>
+#include <zaltag/containers/ZALTagWAV.h>
 #include <zaltag/id3/ZALTagAIFF.h>
 #include <zaltag/id3/ZALTagID3.h>
 
@@ -27,8 +28,8 @@ constexpr BackEnd backEnd() {
 }  // namespace
 
 std::span<const BackEnd> backEnds() {
-    static constexpr BackEnd table[] = {backEnd<ZALTagID3>(), backEnd<ZALTagMP4>(), backEnd<ZALTagAIFF>(),
-                                        backEnd<ZALTagFLAC>()};
+    static constexpr BackEnd table[] = {backEnd<ZALTagID3>(), backEnd<ZALTagMP4>(), backEnd<ZALTagWAV>(),
+                                        backEnd<ZALTagAIFF>(), backEnd<ZALTagFLAC>()};
     return table;
 }
 

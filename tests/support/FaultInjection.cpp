@@ -18,17 +18,22 @@ class Site {
   public:
     explicit Site(const SaveCase& row)
         : name_(row.name), before_(row.file()), path_(folder_.write(name_, before_)) {
-        auto save = row.openAndEdit(path_);
-        if (!save || !save()) throw std::runtime_error("does not save: " + row.name);
-        save = nullptr;  // TagLib's own stream writes its last bytes when it closes
-        after_ = contentsOf(path_);
-        if (after_ == before_) throw std::runtime_error("the save changes nothing: " + row.name);
+        if (row.firstHalf) firstHalf_ = saved(row.firstHalf);
+        if (row.secondHalf) secondHalf_ = saved(row.secondHalf);
+        after_ = saved(row.openAndEdit);
     }
 
     const std::string& path() const { return path_; }
     void reset() const { folder_.write(name_, before_); }
+    /// As the file must be after a save with this result.
+    bool isWhole(bool saved) const { return isHalfNew(saved) || (saved ? isNew() : isOld()); }
     bool isOld() const { return contentsOf(path_) == before_; }
     bool isNew() const { return contentsOf(path_) == after_; }
+    /// The file when the first half, or the second half, of a save failed and the other did not.
+    bool isHalfNew(bool first) const {
+        const ZALData& half = first ? firstHalf_ : secondHalf_;
+        return !half.empty() && contentsOf(path_) == half;
+    }
     bool isAlone() const {
         int count = 0;
         for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
@@ -38,11 +43,23 @@ class Site {
     }
 
   private:
+    ZALData saved(const SaveCase::Edit& openAndEdit) const {
+        reset();
+        auto save = openAndEdit(path_);
+        if (!save || !save()) throw std::runtime_error("does not save: " + name_);
+        save = nullptr;  // TagLib's own stream writes its last bytes when it closes
+        ZALData after = contentsOf(path_);
+        if (after == before_) throw std::runtime_error("the save changes nothing: " + name_);
+        return after;
+    }
+
     const std::string name_;
     const ZALData before_;
     const TemporaryFolder folder_;
     const std::string path_;
     ZALData after_;
+    ZALData firstHalf_;
+    ZALData secondHalf_;
 };
 
 class Report {
@@ -111,9 +128,10 @@ FaultResult tryFaults(const SaveCase& row) {
         const bool saved = save && save();
         const bool failed = files->hasFailed();
         files->failAt(0);
-        report.expect(saved ? site.isNew() : site.isOld(), "the file is as the result says");
+        report.expect(site.isWhole(saved), "the file is as the result says");
         report.expect(site.isAlone(), "nothing is left beside the file");
         report.expect(saved || failedWhileOpening || log.lines().size() == 1, "one line is logged");
+        report.expect(!saved || site.isNew() || !log.lines().empty(), "a half that failed is logged");
         if (failedWhileOpening) save = row.openAndEdit(site.path());
         report.expect(save && save() && site.isNew() && site.isAlone(), "a later save succeeds");
         FaultyFileSystem::uninstall();
@@ -133,9 +151,9 @@ FaultResult tryOutsideFaults(const SaveCase& row, OutsideFault fault) {
         Report report(result, row.name + " at system call " + std::to_string(n));
         const Run run = runSaveOne(row, site.path(), n, fault);
         if (run.killed) {
-            report.expect(site.isOld() || site.isNew(), "the file is whole");
+            report.expect(site.isWhole(false) || site.isWhole(true), "the file is whole");
         } else {
-            report.expect(run.saved ? site.isNew() : site.isOld(), "the file is as the result says");
+            report.expect(site.isWhole(run.saved), "the file is as the result says");
             report.expect(site.isAlone(), "nothing is left beside the file");
         }
         const Run again = runSaveOne(row, site.path(), 0, fault);

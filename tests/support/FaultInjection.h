@@ -12,7 +12,12 @@ struct SaveCase {
     std::string name;               ///< also the file's name, with its extension
     std::function<ZALData()> file;  ///< before the save
     /// Opens the file and edits it; what it returns saves. Empty when the file does not open.
-    std::function<std::function<bool()>(const std::string& path)> openAndEdit;
+    using Edit = std::function<std::function<bool()>(const std::string& path)>;
+    Edit openAndEdit;
+    /// For a save that replaces the file twice, what saves only its first or its second half. The result is
+    /// that of the first one, and both are tried.
+    Edit firstHalf = {};
+    Edit secondHalf = {};
 };
 
 /// The saves of the library, and those of TagLib's own stream, which show what the tests can see.
@@ -27,7 +32,7 @@ struct FaultResult {
 
 /// Fails the n-th operation on the host's file system, for every n until the save succeeds. Each time the
 /// file must be the old one or the complete new one, as the save's result says, with nothing beside it; and
-/// the same object must save afterwards.
+/// the same object must save afterwards. Each half of a save in two halves is old or new by itself.
 FaultResult tryFaults(const SaveCase& row);
 
 /// What happens to the n-th system call that changes something.

@@ -3,6 +3,7 @@
 #include "base/Endian.h"
 #include "support/AudioFixtures.h"
 #include "support/ContainerFixtures.h"
+#include "support/WavFixtures.h"
 
 #include <algorithm>
 
@@ -30,6 +31,8 @@ const std::vector<Format>& formats() {
     static const std::vector<Format> all{
         {"MP3", "mp3", "ZALTagID3", [] { return mpegFrames(); }, mp3Audio},
         {"MP4", "m4a", "ZALTagMP4", [] { return mp4File(); }, mp4Audio, {"modifiedBy"}, {}},
+        {"WAV", "wav", "ZALTagWAV", [] { return wavFile(); },
+         [](const std::string& path) { return contentOf(contentsOf(path), "data"); }},
         {"AIFF", "aiff", "ZALTagAIFF", [] { return aiffFile(); },
          [](const std::string& path) { return iffContent(path, "SSND"); }},
         {"FLAC",

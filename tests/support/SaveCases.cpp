@@ -1,10 +1,11 @@
 #include "support/AudioFixtures.h"
 #include "support/FaultInjection.h"
 #include "support/Formats.h"
+#include "support/WavFixtures.h"
 
 #include "id3/TagLibStream.h"
 
-#include <zaltag/tag/ZALTag.h>
+#include <zaltag/containers/ZALTagWAV.h>
 
 #include <id3v2tag.h>
 #include <mpegfile.h>
@@ -75,6 +76,35 @@ SaveCase libraryCase(const Format& format, const char* what, const std::string& 
     return {name, file, [after](const std::string& path) { return retitled(path, after); }};
 }
 
+// A WAV whose tags and processing record are both old, and get new.
+SaveCase recordCase() {
+    const auto edit = [](const char* title, std::optional<bool> processed) {
+        return [=](const std::string& path) -> std::function<bool()> {
+            const auto tag = ZALTagWAV::tagAtPath(path);
+            if (!tag) return {};
+            tag->setTitle(title);
+            tag->setZalVelvetCascade(std::nullopt);
+            if (processed) {
+                tag->setZalVelvetCascade(ZALTagVelvetCascade::tagWithBackupFileName(nullptr, *processed));
+            }
+            return [tag] { return tag->save(); };
+        };
+    };
+    const auto file = [=] {
+        const TemporaryFolder folder;
+        const std::string path = folder.write("record.wav", wavFile());
+        if (!edit("Old title", false)(path)()) throw std::runtime_error("record.wav");
+        return contentsOf(path);
+    };
+    const auto record = [](const std::string& path) {
+        return [path] {
+            const auto processed = ZALTagVelvetCascade::tagWithBackupFileName(nullptr, true);
+            return !ZALTagWAV::writePNTag(processed, path);
+        };
+    };
+    return {"record.wav", file, edit("New title", true), edit("New title", std::nullopt), record};
+}
+
 template <typename Open>
 std::vector<SaveCase> mpegCases(const std::string& prefix, Open open) {
     const auto title = [](const std::string& text) -> Edit {
@@ -101,6 +131,7 @@ const std::vector<SaveCase>& saveCases() {
         auto rows = mpegCases("", openSafe);
         rows.push_back({"two tags.mp3", mp3(10, 1000),
                         [](const std::string& path) { return retitled(path, "New title"); }});
+        rows.push_back(recordCase());
         for (const Format& format : formats()) {
             const std::string long_(20000, 't');
             rows.push_back(libraryCase(format, "the library grows it", "Old title", long_));

@@ -158,7 +158,7 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     void backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) override;
     void restoreOriginalImage() override;
 
-    /// The ID3v2 tag; owned by this object and valid as long as it lives.
+    /// The ID3v2 tag; owned by this object and valid as long as it lives (ZALTagWAV: until the next save).
     TagLib::ID3v2::Tag* v2Tag() const;
 
     const char* className() const override { return "ZALTagID3"; }

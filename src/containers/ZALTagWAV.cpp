@@ -1,0 +1,364 @@
+#include <zaltag/containers/ZALTagWAV.h>
+
+#include "base/Endian.h"
+#include "base/Numbers.h"
+#include "containers/ProcessingRecord.h"
+#include "containers/ZALFile.h"
+#include "id3/FormChunks.h"
+#include "id3/ID3Frames.h"
+#include "id3/ID3State.h"
+#include "id3/TagFile.h"
+#include "id3/TagLibText.h"
+#include "platform/Log.h"
+#include "tag/ZALTagBackEnds.h"
+
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using InfoTag = TagLib::RIFF::Info::Tag;
+using TagLib::RIFF::WAV::ZALFile;
+
+constexpr char titleID[] = "INAM";
+constexpr char artistID[] = "IART";
+constexpr char albumID[] = "IPRD";
+constexpr char genreID[] = "IGNR";
+constexpr char commentID[] = "ICMT";
+
+// The stream's file as TagLib reads it; null unless it is a WAV that TagLib can take.
+std::unique_ptr<ZALFile> wavFile(zal::TagLibStream& stream) {
+    stream.seek(0);
+    const TagLib::ByteVector head = stream.readBlock(12);
+    if (!head.startsWith("RIFF") || head.mid(8) != "WAVE") return nullptr;
+    if (zal::walkForm(stream, zal::FormKind::riff).isTooLarge) return nullptr;
+    stream.seek(0);  // TagLib walks the chunks from where the stream stands
+    auto file = std::make_unique<ZALFile>(&stream, false, TagLib::AudioProperties::Average);
+    return file->isValid() ? std::move(file) : nullptr;
+}
+
+// The fields of an INFO list: the bytes before the first NUL, by id; the last of an id counts.
+std::map<std::string, std::string> infoFields(const TagLib::ByteVector& list) {
+    std::map<std::string, std::string> fields;
+    const ZALDataView bytes{reinterpret_cast<const std::uint8_t*>(list.data()), list.size()};
+    zal::ByteReader in(bytes);
+    in.skip(4);
+    while (in.remaining() >= 8) {
+        const ZALDataView id = in.take(4);
+        const std::uint32_t size = in.u32le();
+        const ZALDataView text = in.take(size);
+        if (in.failed()) break;
+        if (in.remaining() > 0) in.skip(size % 2);
+        fields[{id.begin(), id.end()}].assign(text.begin(), std::find(text.begin(), text.end(), 0));
+    }
+    return fields;
+}
+
+// TagLib reads a text that is not UTF-8 as empty and would drop it with the next save.
+void restoreInfoTexts(ZALFile& file) {
+    for (const auto& [id, text] : infoFields(file.infoTagChunk())) {
+        const TagLib::ByteVector key(id.data(), static_cast<unsigned int>(id.size()));
+        InfoTag& info = *file.InfoTag();
+        if (!text.empty() && info.fieldText(key).isEmpty())
+            info.setFieldText(key, zal::latin1TagLibString(text));
+    }
+}
+
+// A vector, since TagLib's list deletes its frames when a shared copy of it goes.
+std::vector<TagLib::ID3v2::Frame*> framesOf(const TagLib::ID3v2::Tag& tag) {
+    return {tag.frameList().begin(), tag.frameList().end()};
+}
+
+void moveFrames(TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to) {
+    for (TagLib::ID3v2::Frame* frame : framesOf(to)) {
+        to.removeFrame(frame);
+    }
+    for (TagLib::ID3v2::Frame* frame : framesOf(from)) {
+        from.removeFrame(frame, false);
+        to.addFrame(frame);
+    }
+}
+
+void copyFields(const InfoTag& from, InfoTag& to) {
+    for (const auto& [id, text] : to.fieldListMap()) {
+        to.removeField(id);
+    }
+    for (const auto& [id, text] : from.fieldListMap()) {
+        to.setFieldText(id, text);
+    }
+}
+
+// Null when the list has no such field.
+ZALNullableString infoText(const ZALFile* file, const char* id) {
+    if (file == nullptr || !file->InfoTag()->fieldListMap().contains(id)) return std::nullopt;
+    return zal::stringWithTagLibString(file->InfoTag()->fieldText(id));
+}
+
+void setInfoText(const ZALFile* file, const char* id, const ZALNullableString& text) {
+    if (file != nullptr) file->InfoTag()->setFieldText(id, zal::TagLibString(text));
+}
+
+// A text of the ID3v2 tag, or the one of the INFO list where that has nothing to say.
+ZALNullableString firstText(const ZALNullableString& text, const ZALNullableString& infoText) {
+    return infoText && text.value_or("").empty() ? infoText : text;
+}
+
+struct InfoProperty {
+    const char* key;
+    ZALNullableString (ZALTagWAV::*text)() const;
+    void (ZALTagWAV::*setText)(const ZALNullableString&);
+};
+
+constexpr InfoProperty infoProperties[] = {
+    {"infoTitle", &ZALTagWAV::infoTitle, &ZALTagWAV::setInfoTitle},
+    {"infoArtist", &ZALTagWAV::infoArtist, &ZALTagWAV::setInfoArtist},
+    {"infoAlbum", &ZALTagWAV::infoAlbum, &ZALTagWAV::setInfoAlbum},
+    {"infoGenre", &ZALTagWAV::infoGenre, &ZALTagWAV::setInfoGenre},
+    {"infoComment", &ZALTagWAV::infoComment, &ZALTagWAV::setInfoComment},
+};
+constexpr char infoYearKey[] = "infoYear";
+
+const InfoProperty* infoProperty(const std::string& key) {
+    const auto* found = std::find_if(std::begin(infoProperties), std::end(infoProperties),
+                                     [&key](const InfoProperty& property) { return key == property.key; });
+    return found != std::end(infoProperties) ? found : nullptr;
+}
+
+}  // namespace
+
+ZALTagWAV::ZALTagWAV() = default;
+ZALTagWAV::~ZALTagWAV() = default;
+
+// Opening
+
+const ZALArray<std::string>& ZALTagWAV::supportedFileTypes() {
+    static const ZALArray<std::string> types{"wav"};
+    return types;
+}
+
+bool ZALTagWAV::canInitWithPath(const ZALNullableString& path) {
+    return zal::hasExtensionAmong(path, supportedFileTypes());
+}
+
+std::shared_ptr<ZALTagWAV> ZALTagWAV::tagAtPath(const ZALNullableString& path, bool readOnly) {
+    return canInitWithPath(path) ? initWithPath(path, readOnly) : nullptr;
+}
+
+std::shared_ptr<ZALTag> ZALTagWAV::initWithPath(const ZALNullableString& path) {
+    return initReceiver("ZALTagWAV", path);
+}
+
+std::shared_ptr<ZALTagWAV> ZALTagWAV::initWithPath(const ZALNullableString& path, bool readOnly) {
+    const auto open = [readOnly](const std::string& file) {
+        const std::shared_ptr<ZALTagWAV> tag(new ZALTagWAV);
+        return tag->openWAV(file, readOnly) ? tag : nullptr;
+    };
+    return zal::openTag("-[ZALTagWAV initWithPath:readOnly:]", path, canInitWithPath(path), open);
+}
+
+bool ZALTagWAV::openWAV(const std::string& path, bool readOnly) {
+    State& s = state();
+    openedReadOnly_ = readOnly;
+    s.stream = zal::TagLibStream::open(path, readOnly);
+    if (s.stream == nullptr) return false;
+    wavfile_ = wavFile(*s.stream);
+    if (wavfile_ == nullptr) return false;
+    s.v2Tag = wavfile_->tag();
+    if (s.v2Tag == nullptr) {
+        zal::logf("-[ZALTagWAV initWithPath:readOnly:]: no WAV tag found in '{}'", path);
+        return false;
+    }
+    if (!zal::isWithinFrameLimit(*s.v2Tag)) return false;
+    restoreInfoTexts(*wavfile_);
+    pnTag_ = readPNTag(path);
+    return true;
+}
+
+bool ZALTagWAV::readOnly() const {
+    return wavfile_ != nullptr && wavfile_->readOnly();
+}
+
+// Saving
+
+bool ZALTagWAV::save(ZALError* error) {
+    if (!ZALTagID3::save(error)) return false;
+    if (wavfile_ == nullptr || state().v2Tag == nullptr) return failSave(error);
+    if (isOutdated_) reopen();
+    const auto saved =
+        zal::saveForm(*state().stream, zal::FormKind::riff, [this] { return wavfile_->save(); });
+    // The record is written also where the tags could not be.
+    if (saved != zal::FormSave::refused) saveRecord();
+    return saved == zal::FormSave::done || failSave(error);
+}
+
+void ZALTagWAV::saveRecord() {
+    if (!pnTag_ || !path()) return;
+    if (!state().stream->isCurrent() || !zal::canCarryProcessingRecord(*path())) {
+        zal::logf("could not write the processing record of '{}': the file cannot be copied whole", *path());
+        return;
+    }
+    writePNTag(pnTag_, *path());
+    isOutdated_ = !state().stream->isCurrent();
+    if (isOutdated_) reopen();
+}
+
+// After the record was written the stream stands on a file that is gone, and TagLib's table of chunks is that
+// of the old one. What was set is taken along.
+void ZALTagWAV::reopen() {
+    State& s = state();
+    try {
+        auto stream = zal::TagLibStream::open(s.stream->name(), openedReadOnly_);
+        // The next save tries again, also where the file could only be opened for reading now.
+        if (stream == nullptr || stream->readOnly() != s.stream->readOnly()) return;
+        auto file = wavFile(*stream);
+        if (file == nullptr || file->tag() == nullptr) return;
+        moveFrames(*wavfile_->tag(), *file->tag());
+        copyFields(*wavfile_->InfoTag(), *file->InfoTag());
+        s.v2Tag = file->tag();
+        wavfile_.swap(file);  // the old file is destroyed before its stream
+        s.stream.swap(stream);
+        isOutdated_ = false;
+    } catch (const std::exception& exception) {
+        zal::logf("could not open '{}' again: {}", zal::describe(path()), exception.what());
+    }
+}
+
+std::optional<ZALTagVelvetCascade> ZALTagWAV::readPNTag(const std::string& path) {
+    return zal::readProcessingRecord(path);
+}
+
+std::optional<ZALError> ZALTagWAV::writePNTag(const std::optional<ZALTagVelvetCascade>& record,
+                                              const std::string& path) {
+    return record ? zal::writeProcessingRecord(*record, path) : std::nullopt;
+}
+
+// The six basic fields
+
+ZALNullableString ZALTagWAV::artist() const {
+    return firstText(ZALTagID3::artist(), infoArtist());
+}
+void ZALTagWAV::setArtist(const ZALNullableString& artist) {
+    ZALTagID3::setArtist(artist);
+    setInfoArtist(artist);
+}
+
+ZALNullableString ZALTagWAV::album() const {
+    return firstText(ZALTagID3::album(), infoAlbum());
+}
+void ZALTagWAV::setAlbum(const ZALNullableString& album) {
+    ZALTagID3::setAlbum(album);
+    setInfoAlbum(album);
+}
+
+std::int64_t ZALTagWAV::year() const {
+    const std::int64_t year = ZALTagID3::year();
+    return year != 0 ? year : infoYear();
+}
+void ZALTagWAV::setYear(std::int64_t year) {
+    ZALTagID3::setYear(year);
+    setInfoYear(zal::clampedUnsigned(year));
+}
+
+ZALNullableString ZALTagWAV::title() const {
+    return firstText(ZALTagID3::title(), infoTitle());
+}
+void ZALTagWAV::setTitle(const ZALNullableString& title) {
+    ZALTagID3::setTitle(title);
+    setInfoTitle(title);
+}
+
+ZALNullableString ZALTagWAV::genre() const {
+    return firstText(ZALTagID3::genre(), infoGenre());
+}
+void ZALTagWAV::setGenre(const ZALNullableString& genre) {
+    ZALTagID3::setGenre(genre);
+    setInfoGenre(genre);
+}
+
+ZALNullableString ZALTagWAV::comment() const {
+    return firstText(ZALTagID3::comment(), infoComment());
+}
+void ZALTagWAV::setComment(const ZALNullableString& comment) {
+    ZALTagID3::setComment(comment);
+    setInfoComment(comment);
+}
+
+// The INFO list
+
+ZALNullableString ZALTagWAV::infoTitle() const {
+    return infoText(wavfile_.get(), titleID);
+}
+void ZALTagWAV::setInfoTitle(const ZALNullableString& title) {
+    setInfoText(wavfile_.get(), titleID, title);
+}
+
+ZALNullableString ZALTagWAV::infoArtist() const {
+    return infoText(wavfile_.get(), artistID);
+}
+void ZALTagWAV::setInfoArtist(const ZALNullableString& artist) {
+    setInfoText(wavfile_.get(), artistID, artist);
+}
+
+ZALNullableString ZALTagWAV::infoAlbum() const {
+    return infoText(wavfile_.get(), albumID);
+}
+void ZALTagWAV::setInfoAlbum(const ZALNullableString& album) {
+    setInfoText(wavfile_.get(), albumID, album);
+}
+
+ZALNullableString ZALTagWAV::infoGenre() const {
+    return infoText(wavfile_.get(), genreID);
+}
+void ZALTagWAV::setInfoGenre(const ZALNullableString& genre) {
+    setInfoText(wavfile_.get(), genreID, genre);
+}
+
+ZALNullableString ZALTagWAV::infoComment() const {
+    return infoText(wavfile_.get(), commentID);
+}
+void ZALTagWAV::setInfoComment(const ZALNullableString& comment) {
+    setInfoText(wavfile_.get(), commentID, comment);
+}
+
+unsigned int ZALTagWAV::infoYear() const {
+    return wavfile_ != nullptr ? wavfile_->InfoTag()->year() : 0;
+}
+void ZALTagWAV::setInfoYear(unsigned int year) {
+    if (wavfile_ != nullptr) wavfile_->InfoTag()->setYear(year);
+}
+
+// Properties by key
+
+ZALArray<std::string> ZALTagWAV::propertyKeys() const {
+    std::vector<std::string> keys = ZALTagID3::propertyKeys().elements();
+    for (const InfoProperty& property : infoProperties) {
+        keys.emplace_back(property.key);
+    }
+    keys.emplace_back(infoYearKey);
+    return keys;
+}
+
+ZALJSONValue ZALTagWAV::valueForKey(const std::string& key) const {
+    if (key == infoYearKey) return static_cast<std::int64_t>(infoYear());
+    const InfoProperty* property = infoProperty(key);
+    return property != nullptr ? ZALJSONValue((this->*property->text)()) : ZALTagID3::valueForKey(key);
+}
+
+void ZALTagWAV::setValue(const ZALJSONValue& value, const std::string& key) {
+    if (key == infoYearKey) return setInfoYear(zal::clampedUnsigned(value.integerValue()));
+    const InfoProperty* property = infoProperty(key);
+    if (property == nullptr) return ZALTagID3::setValue(value, key);
+    (this->*property->setText)(value.stringValue());
+}
+
+// Pictures: none
+
+void ZALTagWAV::setAllImages(const ZALArray<ZALTagImageDictionary>& /*images*/) {}
+bool ZALTagWAV::replaceOriginalImage(const ZALImagePtr& /*image*/) {
+    return false;
+}
+void ZALTagWAV::backupOriginalImageAndSetCustomImage(const ZALImagePtr& /*image*/) {}
+void ZALTagWAV::restoreOriginalImage() {}

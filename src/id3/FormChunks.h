@@ -1,0 +1,49 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace zal {
+
+class TagLibStream;
+
+/// The two families of files made of chunks: RIFF counts little-endian, FORM big-endian.
+enum class FormKind { riff, form };
+
+struct FormChunk {
+    std::array<char, 4> id{};
+    std::uint32_t size = 0;
+
+    bool operator==(const FormChunk&) const = default;
+};
+
+/// The chunks of a file, walked as TagLib walks them, from behind the head to the first header that makes no
+/// sense.
+struct FormWalk {
+    std::vector<FormChunk> chunks;  ///< those that are no tags: what a save must leave as it is
+    /// TagLib must not see the file: over 4 GiB, too many chunks, a huge tag, or one that overflows its
+    /// stack.
+    bool isTooLarge = false;
+    std::string damage;  ///< why TagLib must not edit the file; empty when it may
+};
+
+/// More chunks than any program writes; TagLib's work grows with their square.
+constexpr std::size_t formChunkCountMax = 10'000;
+/// The longest chunk that is read whole, as long as an ID3v2 tag can be.
+constexpr std::uint32_t formTagSizeMax = std::uint32_t{1} << 28;
+
+/// Walks a file whose first twelve bytes are the head of a form.
+FormWalk walkForm(TagLibStream& stream, FormKind kind);
+
+/// How a save ended. Refused: the file is damaged, or TagLib's edit would damage it; one line was logged.
+enum class FormSave { done, failed, refused };
+
+/// Saves by TagLib and commits what it wrote. TagLib puts its chunks behind the last one it understands,
+/// which in a damaged file is before the audio; so the chunks are walked before, and again before the commit:
+/// they must be as they were. Catches what TagLib throws.
+FormSave saveForm(TagLibStream& stream, FormKind kind, const std::function<bool()>& save);
+
+}  // namespace zal

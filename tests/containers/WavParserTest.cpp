@@ -1,0 +1,162 @@
+#include "containers/WavVelvetCascadeTagInserter.h"
+
+#include "support/AudioFixtures.h"
+#include "support/FaultyFileSystem.h"
+#include "support/Hex.h"
+#include "support/WavFixtures.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+
+namespace {
+
+ZALData withByte(ZALData bytes, std::size_t at, std::uint8_t value) {
+    bytes.at(at) = value;
+    return bytes;
+}
+
+// Tells the hooks in the order of their calls, with the id or type at hand.
+class Recorder final : public zal::WavMetadataParser {
+  public:
+    std::string calls;
+
+  private:
+    void note(const char* hook, std::uint32_t id) {
+        calls += std::string(hook) + "(";
+        for (int shift = 0; shift < 32; shift += 8) {
+            calls += static_cast<char>(id >> shift);
+        }
+        calls += ") ";
+    }
+    void OnRIFF(std::uint32_t formType) override { note("RIFF", formType); }
+    void OnRIFFEnd() override { calls += "end"; }
+    void OnLIST(std::uint32_t listType) override { note("LIST", listType); }
+    void OnVCAS() override { note("VCAS", chunkID_); }
+    void OnOther() override { note("", chunkID_); }
+};
+
+TEST(WavParser, callsAHookForEveryChunkOfTheForm) {
+    const ZALData list = riffChunk("LIST", joined({bytesOf("INFO"), riffChunk("VCAS", bytesOf("inner"))}));
+    const struct {
+        const char* what;
+        ZALData file;
+        bool isRIFF;
+        const char* calls;
+        const char* payload;
+    } rows[] = {
+        {"an ordinary file", riffForm({wavFormat(), list, riffChunk("VCAS", bytesOf("abcd"))}), true,
+         "RIFF(WAVE) (fmt ) LIST(INFO) VCAS(VCAS) end", "abcd"},
+        {"the last record wins",
+         riffForm({riffChunk("VCAS", bytesOf("first")), riffChunk("VCAS", bytesOf("last"))}), true,
+         "RIFF(WAVE) VCAS(VCAS) VCAS(VCAS) end", "last"},
+        {"too short to mean anything",
+         riffForm({riffChunk("VCAS", bytesOf("kept")), riffChunk("VCAS", bytesOf("abc")),
+                   riffChunk("LIST", bytesOf("INF"))}),
+         true, "RIFF(WAVE) VCAS(VCAS) end", "kept"},
+        {"no chunk at all", riffForm({}), true, "RIFF(WAVE) end", ""},
+        {"a header cut short", riffForm({wavFormat(), bytesOf("VCAS\4\0\0")}), true, "RIFF(WAVE) (fmt ) end",
+         ""},
+        {"another form", withByte(wavFile(), 8, 'X'), true, "", ""},
+        {"no form type", riffChunk("RIFF", bytesOf("WAV")), true, "", ""},
+        {"a form longer than its file", withByte(wavFile(), 7, 1), false, "", ""},
+        {"another file", withByte(wavFile(), 0, 'X'), false, "", ""},
+        {"an empty file", {}, false, "", ""},
+    };
+    const TemporaryFolder folder;
+    for (const auto& row : rows) {
+        Recorder recorder;
+        ASSERT_TRUE(recorder.OpenFile(folder.write("a.wav", row.file)));
+        EXPECT_EQ(recorder.ParseFile(), row.isRIFF) << row.what;
+        EXPECT_EQ(recorder.calls, row.calls) << row.what;
+        EXPECT_EQ(recorder.VCASPayload(), bytesOf(row.payload)) << row.what;
+    }
+    Recorder recorder;
+    EXPECT_FALSE(recorder.OpenFile((folder.path() / "missing").string()));
+    EXPECT_FALSE(recorder.OpenFile(folder.path().string()));
+    EXPECT_FALSE(recorder.ParseFile());
+}
+
+// What the inserter makes of a file; null unless it says that it is complete.
+std::optional<ZALData> rewritten(const ZALData& file, std::string_view payload) {
+    const TemporaryFolder folder;
+    const std::string out = folder.write("a.wav_", bytesOf("what stood there before, and longer than all"));
+    zal::WavVelvetCascadeTagInserter inserter;
+    EXPECT_TRUE(inserter.OpenFile(folder.write("a.wav", file)));
+    EXPECT_TRUE(inserter.OpenOutput(out));
+    inserter.SetPayload(bytesOf(payload));
+    inserter.ParseFile();
+    return inserter.done() && !inserter.failed() ? std::optional(contentsOf(out)) : std::nullopt;
+}
+
+TEST(WavInserter, copiesAllChunksButTheOldRecords) {
+    const ZALData odd = riffChunk("data", ZALData(20'001, 7));
+    const ZALData list = infoList({{"INAM", "odd"}});
+    const ZALData old = riffChunk("VCAS", bytesOf("old"));
+    const ZALData head = joined({wavFormat(), odd});
+    const ZALData unpadded = riffForm({wavFormat(), ZALData(odd.begin(), odd.end() - 1), list});
+    const struct {
+        const char* what;
+        ZALData file;
+        const char* payload;
+        ZALData expected;
+    } rows[] = {
+        {"an odd payload: the size counts its pad byte", riffForm({head, list}), "abcde",
+         riffForm({head, list, riffChunk("VCAS", bytesOf(std::string("abcde\0", 6)))})},
+        {"an even one", riffForm({head, list}), "abcd",
+         riffForm({head, list, riffChunk("VCAS", bytesOf("abcd"))})},
+        {"an empty one", riffForm({head, list}), "", riffForm({head, list, riffChunk("VCAS", {})})},
+        {"old records anywhere", riffForm({old, head, old, list, riffChunk("VCAS", bytesOf("longer"))}),
+         "abcd", riffForm({head, list, riffChunk("VCAS", bytesOf("abcd"))})},
+        {"a list without a type", riffForm({head, riffChunk("LIST", bytesOf("INF"))}), "abcd",
+         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
+        {"a damaged id ends the copy", riffForm({head, riffChunk(std::string("LI\0T", 4), {}), list}), "abcd",
+         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
+        {"so does an id with a sign", riffForm({head, riffChunk("_PMX", {}), list}), "abcd",
+         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
+        {"and a chunk longer than the form", riffForm({head, withByte(list, 7, 1), list}), "abcd",
+         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
+        {"and a chunk at an odd position", unpadded, "abcd",
+         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
+        {"what lies behind the form", joined({riffForm({head}), bytesOf("TAG")}), "abcd",
+         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
+    };
+    for (const bool kernel : {true, false}) {
+        if (!kernel) FaultyFileSystem::install()->refuseKernelCopies();
+        for (const auto& row : rows) {
+            EXPECT_EQ(rewritten(row.file, row.payload), row.expected) << row.what;
+        }
+        FaultyFileSystem::uninstall();
+    }
+}
+
+TEST(WavInserter, isDoneOnlyWithWhatItCouldCopy) {
+    EXPECT_EQ(rewritten(withByte(wavFile(), 0, 'X'), "abcd"), std::nullopt);
+    EXPECT_EQ(rewritten(withByte(wavFile(), 8, 'X'), "abcd"), std::nullopt);
+    using Operation = FaultyFileSystem::Operation;
+    for (const auto& [operation, kernel] :
+         {std::pair(Operation::write, true), std::pair(Operation::copy, true),
+          std::pair(Operation::write, false)}) {
+        const auto files = FaultyFileSystem::install();
+        if (!kernel) files->refuseKernelCopies();
+        files->failAll(operation);
+        EXPECT_EQ(rewritten(riffForm({wavFormat(), riffChunk("data", ZALData(20'000))}), "abcd"),
+                  std::nullopt);
+        FaultyFileSystem::uninstall();
+    }
+}
+
+TEST(WavInserter, aFileThatBecomesShorterIsNotCopied) {
+    const TemporaryFolder folder;
+    for (const std::uintmax_t length : {50'000, 20}) {
+        const auto path = folder.write("a.wav", riffForm({wavFormat(), riffChunk("data", ZALData(90'000))}));
+        zal::WavVelvetCascadeTagInserter inserter;
+        ASSERT_TRUE(inserter.OpenFile(path));
+        ASSERT_TRUE(inserter.OpenOutput(path + "_"));
+        std::filesystem::resize_file(path, length);
+        inserter.ParseFile();
+        EXPECT_TRUE(inserter.failed()) << length;
+    }
+}
+
+}  // namespace

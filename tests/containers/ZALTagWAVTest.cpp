@@ -1,0 +1,354 @@
+#include <zaltag/containers/ZALTagWAV.h>
+
+#include "support/AudioFixtures.h"
+#include "support/FaultyFileSystem.h"
+#include "support/Hex.h"
+#include "support/LogCapture.h"
+#include "support/WavFixtures.h"
+
+#include <zaltag/records/ZALTagRecordData.h>
+
+#include <gmock/gmock.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+using Operation = FaultyFileSystem::Operation;
+
+ZALTagVelvetCascade record(bool isProcessed) {
+    return ZALTagVelvetCascade::tagWithBackupFileName(nullptr, isProcessed);
+}
+
+ZALData recordChunk(bool isProcessed) {
+    ZALData stored = *tagData(*record(isProcessed).JSONDict());
+    stored.resize(stored.size() + stored.size() % 2);  // the size counts the pad byte
+    return riffChunk("VCAS", stored);
+}
+
+ZALData withoutLast(ZALData bytes, std::size_t count) {
+    bytes.resize(bytes.size() - count);
+    return bytes;
+}
+
+class WAV : public testing::Test {
+  protected:
+    ~WAV() override { FaultyFileSystem::uninstall(); }
+
+    std::shared_ptr<ZALTagWAV> opened(const ZALData& file, bool readOnly = false) {
+        path_ = folder_.write("Take.WAV", file);
+        return ZALTagWAV::tagAtPath(path_, readOnly);
+    }
+    ZALData content() const { return contentsOf(path_); }
+    ZALData infoOfFile() const { return riffChunk("LIST", contentOf(content(), "LIST")); }
+    std::shared_ptr<ZALTagWAV> again() const { return ZALTagWAV::tagAtPath(path_); }
+
+    const TemporaryFolder folder_;
+    std::string path_;
+};
+
+TEST_F(WAV, opensWhatBeginsAsOne) {
+    const auto tag = opened(wavFile());
+    ASSERT_NE(tag, nullptr);
+    EXPECT_FALSE(tag->hasID3v1Tag());
+    EXPECT_TRUE(tag->hasID3v2Tag());
+    EXPECT_EQ(tag->title(), std::nullopt);
+    ZALData other = wavFile();
+    other[8] = 'X';
+    EXPECT_EQ(opened(other), nullptr);
+    EXPECT_EQ(ZALTagWAV::tagAtPath(folder_.write("song.mp3", wavFile())), nullptr);
+    const LogCapture log;
+    EXPECT_EQ(ZALTagWAV::initWithPath(std::nullopt, false), nullptr);
+    EXPECT_THAT(log.lines(), ElementsAre("-[ZALTagWAV initWithPath:readOnly:] nil file path"));
+}
+
+TEST_F(WAV, doesNotOpenWhatTagLibCannotWalk) {
+    opened(wavFile());
+    std::filesystem::resize_file(path_, std::uintmax_t{1} << 32);
+    EXPECT_EQ(again(), nullptr);
+    opened(joined({withoutLast(wavFile({riffChunk("LIST", {})}), 4), fromHex("00000011")}));
+    std::filesystem::resize_file(path_, std::uintmax_t{1} << 29);
+    EXPECT_EQ(again(), nullptr);
+    ZALData many;
+    for (int i = 0; i < 10'000; ++i) {
+        many.insert(many.end(), {'j', 'u', 'n', 'k', 0, 0, 0, 0});
+    }
+    EXPECT_EQ(opened(wavFile({many})), nullptr);
+}
+
+TEST_F(WAV, hasOnlyTheInheritedPictures) {
+    const auto tag = opened(wavFile(
+        {riffChunk("ID3 ", id3Tag({id3Frame("APIC", bytesOf(std::string("\0image/png\0\3\0bytes", 18)))}))}));
+    EXPECT_EQ(tag->allImageData().size(), 1u);
+    EXPECT_FALSE(tag->supportsImages() || tag->hasImages() || tag->hasOriginalImage() ||
+                 tag->hasCustomizedImage() || tag->replaceOriginalImage(nullptr));
+    tag->setAllImages({});
+    tag->restoreOriginalImage();
+    tag->backupOriginalImageAndSetCustomImage(nullptr);
+    EXPECT_TRUE(tag->allImages().empty() && tag->primaryImage() == nullptr);
+    EXPECT_EQ(tag->allImageData().size(), 1u);
+    EXPECT_TRUE(tag->replacePrimaryImage(nullptr, false));
+    EXPECT_TRUE(tag->allImageData().empty());
+}
+
+TEST_F(WAV, theInfoListIsTheSecondStoreOfSixFields) {
+    const auto tag = opened(wavFile(
+        {infoList({{"INAM", "info title"}, {"ICRD", "1999-05-01"}, {"ISFT", "kept"}, {"ICMT", "note"}}),
+         riffChunk("id3 ", id3Tag({id3Text("TIT2", ""), id3Text("TPE1", "A")}))}));
+    EXPECT_EQ(tag->title(), "info title");
+    EXPECT_EQ(tag->artist(), "A");
+    EXPECT_EQ(tag->infoArtist(), std::nullopt);
+    EXPECT_EQ(tag->album(), std::nullopt);
+    EXPECT_EQ(tag->comment(), "note");
+    EXPECT_EQ(tag->year(), 1999);
+    tag->setTitle("Ö");
+    tag->setArtist(std::nullopt);
+    tag->setAlbum("B");
+    tag->setGenre("G");
+    tag->setComment("C");
+    tag->setYear(2001);
+    tag->setInfoGenre("own");
+    ASSERT_TRUE(tag->save());
+    EXPECT_EQ(infoOfFile(), infoList({{"ICMT", "C"},
+                                      {"ICRD", "2001"},
+                                      {"IGNR", "own"},
+                                      {"INAM", "Ö"},
+                                      {"IPRD", "B"},
+                                      {"ISFT", "kept"}}));
+    EXPECT_EQ(again()->title(), "Ö");
+    EXPECT_EQ(again()->artist(), std::nullopt);
+    EXPECT_EQ(again()->genre(), "G");
+}
+
+TEST_F(WAV, infoFieldsAreSetByKey) {
+    const auto tag = opened(wavFile());
+    for (const char* key : {"infoTitle", "infoArtist", "infoAlbum", "infoGenre", "infoComment"}) {
+        tag->setValue(key, key);
+        EXPECT_EQ(tag->valueForKey(key).stringValue(), key);
+    }
+    tag->setValue(1987, "infoYear");
+    EXPECT_EQ(tag->year(), 1987);
+    EXPECT_EQ(tag->album(), "infoAlbum");
+    EXPECT_EQ(tag->comment(), "infoComment");
+    EXPECT_EQ(tag->propertyKeys().size(),
+              ZALTagID3::tagAtPath(folder_.write("a.mp3", mpegFrames()))->propertyKeys().size() + 6);
+}
+
+TEST_F(WAV, infoTextThatIsNotUTF8IsReadAsLatin1AndKept) {
+    const auto tag = opened(wavFile({infoList(
+        {{"INAM", "caf\xE9"}, {"IART", "é"}, {"IGNR", "fir\xE9"}, {"IGNR", "last"}, {"IENG", "\xDC"}})}));
+    EXPECT_EQ(tag->infoTitle(), "café");
+    EXPECT_EQ(tag->infoGenre(), "last");
+    tag->setTempo(120);
+    ASSERT_TRUE(tag->save());
+    EXPECT_EQ(infoOfFile(), infoList({{"IART", "é"}, {"IENG", "Ü"}, {"IGNR", "last"}, {"INAM", "café"}}));
+}
+
+TEST_F(WAV, theRecordIsOneChunkAtTheEndHoweverOftenItIsSaved) {
+    const ZALData tags = riffChunk("id3 ", id3Tag({id3Text("TIT2", "old")}));
+    const auto tag =
+        opened(wavFile({recordChunk(false), riffChunk("cue ", bytesOf("\0\0\0")), tags, recordChunk(true)}));
+    EXPECT_EQ(tag->zalVelvetCascade(), record(true)) << "the last one counts";
+    tag->setTitle("first");
+    ASSERT_TRUE(tag->save());
+    // TagLib knows the file as it was with a record in the middle; it must not go by that now.
+    const std::string long_(100'000, 'x');
+    tag->setComment(long_);
+    tag->setZalVelvetCascade(record(false));
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(tag->save());
+        EXPECT_EQ(idsOf(content()), "fmt  data cue  ID3  LIST VCAS");
+        EXPECT_EQ(contentOf(content(), "data"), contentOf(wavFile(), "data"));
+        EXPECT_EQ(again()->comment(), long_) << "all that TagLib wrote was there to be copied";
+        EXPECT_EQ(again()->title(), "first");
+        EXPECT_EQ(riffChunk("VCAS", contentOf(content(), "VCAS")), recordChunk(false));
+    }
+}
+
+TEST_F(WAV, aNullRecordLeavesTheChunkAndAFrameIsNoRecord) {
+    auto tag = opened(wavFile({recordChunk(true)}));
+    tag->setZalVelvetCascade(std::nullopt);
+    const auto other = record(false);
+    tag->setZalTagProperty(&other, "VelvetCascade");
+    ASSERT_TRUE(tag->save());
+    EXPECT_EQ(idsOf(content()), "fmt  data VCAS ID3 ");
+    EXPECT_EQ(again()->zalVelvetCascade(), record(true));
+    EXPECT_EQ(tag->zalVelvetCascade(), std::nullopt);
+}
+
+TEST_F(WAV, theRecordIsWrittenAlsoWhenTheTagsCannotBe) {
+    const auto tag = opened(wavFile(), true);
+    tag->setZalVelvetCascade(record(true));
+    tag->setTitle("t");
+    ZALError error;
+    EXPECT_FALSE(tag->save(&error));
+    EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
+    EXPECT_EQ(content(), wavFile({recordChunk(true)}));
+    EXPECT_EQ(tag->title(), "t");
+}
+
+TEST_F(WAV, damagedChunksAreReadButNotSaved) {
+    const ZALData list = infoList({{"INAM", "info"}});
+    ZALData streamed = wavFile({list});  // sizes that were never written
+    std::fill_n(streamed.begin() + 4, 4, 0xFF);
+    std::fill_n(streamed.begin() + 40, 4, 0xFF);
+    ZALData unsized = streamed;
+    std::fill_n(unsized.begin() + 4, 4, 0);
+    ZALData cutOff = wavFile();
+    cutOff[4] = 36;
+    cutOff[40] = 0;
+    // A tag of odd length without a pad byte: taking it away moves all pad bytes behind it to wrong places.
+    const ZALData tag_ = riffChunk("ID3 ", id3Tag({id3Text("TIT2", "odd")}, 1));
+    const ZALData odd = riffForm({wavFormat(), withoutLast(tag_, 1), wavAudio(), {0}, riffChunk("cue ", {})});
+    const ZALData files[] = {
+        odd,
+        withoutLast(wavFile(), 20),
+        streamed,
+        unsized,
+        cutOff,
+        wavFile({list, riffChunk("\1\2\3\4", {}), wavAudio()}),
+        wavFile({list, bytesOf("dat")}),
+        riffForm({list}),
+        riffForm({}),
+    };
+    for (const ZALData& file : files) {
+        const auto tag = opened(file);
+        ASSERT_NE(tag, nullptr);
+        tag->setZalVelvetCascade(record(true));
+        tag->setArtist("A");
+        const LogCapture log;
+        ZALError error;
+        EXPECT_FALSE(tag->save(&error)) << toHex(file);
+        EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
+        EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("could not save '" + path_)));
+        EXPECT_EQ(content(), file);
+    }
+}
+
+TEST_F(WAV, theRecordIsNotWrittenWhereThatWouldLoseAChunk) {
+    const ZALData odd = riffChunk("data", ZALData(21, 7));
+    const ZALData files[] = {
+        riffForm({wavFormat(), riffChunk("_PMX", bytesOf("<x/>")), wavAudio()}),
+        riffForm({wavFormat(), withoutLast(odd, 1), riffChunk("cue ", ZALData(4))}),
+        joined({wavFile(), bytesOf("behind the form")}),
+    };
+    for (const ZALData& file : files) {
+        const auto tag = opened(file);
+        tag->setZalVelvetCascade(record(true));
+        tag->setTitle("t");
+        const LogCapture log;
+        EXPECT_TRUE(tag->save());
+        EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("could not write the processing record of")));
+        EXPECT_EQ(again()->title(), "t");
+        EXPECT_EQ(again()->zalVelvetCascade(), std::nullopt);
+        EXPECT_TRUE(std::equal(file.begin() + 8, file.begin() + 60, content().begin() + 8));
+    }
+}
+
+TEST_F(WAV, whatAnotherProgramWroteIsLeftAlone) {
+    const auto tag = opened(wavFile());
+    tag->setZalVelvetCascade(record(true));
+    tag->setTitle("t");
+    const ZALData others = wavFile({riffChunk("junk", bytesOf("other"))});
+    opened(others);
+    const LogCapture log;
+    EXPECT_FALSE(tag->save());
+    EXPECT_EQ(content(), others);
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("another program"), HasSubstr("processing record")));
+}
+
+TEST_F(WAV, theNewFileStandsBesideTheRealOneAndKeepsItsPermissions) {
+    opened(wavFile());
+    std::filesystem::permissions(path_, std::filesystem::perms{0640});
+    const std::string victim = folder_.write("victim", bytesOf("mine"));
+    std::filesystem::create_symlink(victim, path_ + "_");
+    const auto link = folder_.path() / "sub" / "link.wav";
+    std::filesystem::create_directory(link.parent_path());
+    std::filesystem::create_symlink("../Take.WAV", link);
+    EXPECT_EQ(ZALTagWAV::writePNTag(record(true), link.string()), std::nullopt);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(content(), wavFile({recordChunk(true)}));
+    EXPECT_EQ(std::filesystem::status(path_).permissions(), std::filesystem::perms{0640});
+    EXPECT_EQ(contentsOf(victim), bytesOf("mine"));
+    EXPECT_FALSE(std::filesystem::exists(path_ + "_"));
+}
+
+TEST_F(WAV, writingTheRecordTellsWhatFailed) {
+    opened(wavFile());
+    const auto files = FaultyFileSystem::install();
+    const auto run = [&](const std::string& expected) {
+        const LogCapture log;
+        const auto error = ZALTagWAV::writePNTag(record(true), path_);
+        EXPECT_EQ(error.value_or(ZALError()).localizedDescription, expected);
+        ASSERT_FALSE(log.lines().empty());
+        EXPECT_TRUE(expected.empty() || log.lines().back() == expected);
+        EXPECT_FALSE(std::filesystem::exists(path_ + "_"));
+    };
+    files->failAll(Operation::rename);
+    run("could not move file from '" + path_ + "_' to '" + path_ + "' (Input/output error)");
+    files->failAll(Operation::rename, false);
+    files->before(Operation::sync, 1, [this] { opened(wavFile({riffChunk("junk", {})})); });
+    run("could not remove input file '" + path_ + "_' (another program changed it)");
+    files->failAll(Operation::create);
+    run("could not remove temporary file '" + path_ + "_' (No such file or directory)");
+    files->failAll(Operation::create, false);
+    files->failAll(Operation::write);
+    run("");
+    EXPECT_EQ(content(), wavFile({riffChunk("junk", {})}));
+    path_ += ".missing";
+    run("");
+    EXPECT_EQ(ZALTagWAV::writePNTag(std::nullopt, path_), std::nullopt);
+}
+
+TEST_F(WAV, aRecordThatHasNothingToStoreLeavesAnEmptyChunk) {
+    opened(wavFile({recordChunk(true)}));
+    const LogCapture log;
+    const auto name = std::make_shared<const std::string>("\xFF");
+    ZALTagWAV::writePNTag(ZALTagVelvetCascade::tagWithBackupFileName(name, true), path_);
+    EXPECT_EQ(content(), wavFile({riffChunk("VCAS", {})}));
+    EXPECT_EQ(again()->zalVelvetCascade(), std::nullopt);
+    EXPECT_THAT(log.lines(), ElementsAre(StartsWith("Invalid generated json object"))) << "reading is silent";
+}
+
+// By how many MiB a function makes the peak of memory grow, in a process of its own; 255 when it gives false.
+int memoryOf(const std::function<bool()>& function) {
+    const auto peak = [] {
+        struct rusage usage {};
+        ::getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_maxrss / 1024;
+    };
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const long before = peak();
+        const bool done = function();
+        ::_exit(done ? static_cast<int>(std::min(peak() - before, 254L)) : 255);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 255;
+}
+
+TEST_F(WAV, aLongFileIsNotHeldInMemory) {
+    // 100 MB of silence, and four bytes.
+    opened(joined({bytesOf("RIFF"), fromHex("28004006"), bytesOf("WAVE"), wavFormat(), bytesOf("data"),
+                   fromHex("04004006")}));
+    std::filesystem::resize_file(path_, 44 + 0x06400004);
+    for (const bool kernel : {true, false}) {
+        EXPECT_LT(memoryOf([&] {
+                      if (!kernel) FaultyFileSystem::install()->refuseKernelCopies();
+                      const auto tag = again();
+                      tag->setTitle("t");
+                      tag->setZalVelvetCascade(record(kernel));
+                      return tag->save();
+                  }),
+                  20);
+        EXPECT_EQ(again()->zalVelvetCascade(), record(kernel));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,85 @@
+#include "support/WavFixtures.h"
+
+#include "base/Endian.h"
+#include "support/AudioFixtures.h"
+#include "support/Hex.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+ZALData riffChunk(std::string_view id, const ZALData& content) {
+    zal::ByteWriter out;
+    out.text(id);
+    out.u32le(static_cast<std::uint32_t>(content.size()));
+    out.bytes(content);
+    if (content.size() % 2 != 0) out.u8(0);
+    return out.take();
+}
+
+ZALData riffForm(std::initializer_list<ZALData> chunks) {
+    return riffChunk("RIFF", joined({bytesOf("WAVE"), joined(chunks)}));
+}
+
+ZALData wavFormat() {
+    return riffChunk("fmt ", fromHex("0100 0100 44AC0000 88580100 0200 1000"));
+}
+
+ZALData wavAudio() {
+    ZALData samples(200);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<std::uint8_t>(i);
+    }
+    return riffChunk("data", samples);
+}
+
+ZALData wavFile(std::initializer_list<ZALData> chunks) {
+    return riffForm({wavFormat(), wavAudio(), joined(chunks)});
+}
+
+ZALData infoList(std::initializer_list<std::pair<std::string_view, std::string_view>> fields) {
+    ZALData list = bytesOf("INFO");
+    for (const auto& [id, text] : fields) {
+        list = joined({list, riffChunk(id, joined({bytesOf(text), {0}}))});
+    }
+    return riffChunk("LIST", list);
+}
+
+std::vector<RiffChunk> chunksOf(ZALDataView file) {
+    zal::ByteReader in(file);
+    const auto text = [&in](std::size_t count) {
+        const ZALDataView bytes = in.take(count);
+        return std::string(bytes.begin(), bytes.end());
+    };
+    const bool isRIFF = text(4) == "RIFF";
+    if (!isRIFF || in.u32le() != file.size() - 8 || text(4) != "WAVE")
+        throw std::runtime_error("no WAV file");
+    std::vector<RiffChunk> chunks;
+    while (in.remaining() > 0) {
+        RiffChunk chunk;
+        chunk.id = text(4);
+        const std::uint32_t size = in.u32le();
+        const ZALDataView content = in.take(size);
+        if (size % 2 != 0) in.skip(1);
+        if (in.failed()) throw std::runtime_error("a damaged chunk " + chunk.id);
+        chunk.content.assign(content.begin(), content.end());
+        chunks.push_back(std::move(chunk));
+    }
+    return chunks;
+}
+
+std::string idsOf(ZALDataView file) {
+    std::string ids;
+    for (const RiffChunk& chunk : chunksOf(file)) {
+        ids += (ids.empty() ? "" : " ") + chunk.id;
+    }
+    return ids;
+}
+
+ZALData contentOf(ZALDataView file, std::string_view id) {
+    const std::vector<RiffChunk> chunks = chunksOf(file);
+    const auto is = [id](const RiffChunk& chunk) { return chunk.id == id; };
+    if (std::count_if(chunks.begin(), chunks.end(), is) != 1) {
+        throw std::runtime_error("not one chunk " + std::string(id));
+    }
+    return std::find_if(chunks.begin(), chunks.end(), is)->content;
+}
