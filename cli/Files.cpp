@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 std::string absolutePath(const std::string& path) {
     std::error_code error;
     const fs::path absolute = fs::absolute(path, error);
-    return error ? path : absolute.lexically_normal().string();
+    return error ? path : absolute.string();
 }
 
 namespace {

@@ -9,7 +9,8 @@
 #include <utility>
 #include <vector>
 
-/// The path as the commands hand it to the library: absolute, without "." and "..".
+/// The path as the commands hand it to the library: absolute. ".." stays, since across a link it leads elsewhere than
+/// its text says.
 std::string absolutePath(const std::string& path);
 
 /// A file opened for a command, or the reason why not, in a few words for a person.

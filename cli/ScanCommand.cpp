@@ -24,7 +24,7 @@ struct Scanned {
 };
 
 Scanned scanFile(const std::string& path) {
-    const OpenedFile opened = openFile(path, true);
+    const OpenedFile opened = openFile(path, false);
     if (opened.tag == nullptr) return {{}, opened.failure};
     return {membersOfTag(path, *opened.tag), {}};
 }

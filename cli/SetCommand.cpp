@@ -70,13 +70,11 @@ std::pair<std::vector<std::string>, std::vector<Assignment>> readWords(const Opt
     return {words.files, assignments};
 }
 
-// Makes the save remove the ID3v1 tag; what only that tag holds is first written to the other one.
+// Makes the save remove the ID3v1 tag. A save before it has the fields that only that tag holds written to
+// the ID3v2 tag.
 void stripID3v1(ZALTag& tag) {
+    if (tag.hasID3v1Tag() && !tag.save()) throw ChangeRefused("could not be saved; the file is as it was");
     tag.setShouldStripID3v1Tag(true);
-    if (!tag.hasID3v1Tag()) return;
-    for (const char* key : {"artist", "album", "title", "genre", "year", "comment"}) {
-        tag.setValue(tag.valueForKey(key), key);
-    }
 }
 
 void change(ZALTag& tag, const std::vector<Assignment>& assignments, bool stripV1) {

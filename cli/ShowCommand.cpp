@@ -46,7 +46,7 @@ void printText(Output& output, const Members& members) {
 int show(const Options& options) {
     Output output(options.json);
     for (const std::string& file : options.files) {
-        const OpenedFile opened = openFile(file, true);
+        const OpenedFile opened = openFile(file, false);
         if (opened.tag == nullptr) {
             output.failure(file, opened.failure);
         } else if (options.json) {

@@ -36,7 +36,7 @@ std::optional<ZALJSONValue> ZALTagMP4::storedDictionary(const std::string& atomN
     return zal::recordDictionaryOf(zal::itemText(*state_->tag, atomName));
 }
 
-void ZALTagMP4::setZalTagProperty(const ZALTagCustomProperty* record, const std::string& atomName) {
+void ZALTagMP4::setZalTagPropertyAtomName(const ZALTagCustomProperty* record, const std::string& atomName) {
     if (atomName.empty()) return;
     if (const ZALNullableData stored = zal::storedRecord(record)) {
         zal::setItemText(*state_->tag, atomName, zal::carrierText(*stored));
@@ -46,38 +46,38 @@ void ZALTagMP4::setZalTagProperty(const ZALTagCustomProperty* record, const std:
 }
 
 std::optional<ZALTagKey> ZALTagMP4::zalKey() const {
-    return zalTagPropertyOfClass<ZALTagKey>(keyItem);
+    return zalTagPropertyOfClassAtomName<ZALTagKey>(keyItem);
 }
 void ZALTagMP4::setZalKey(const std::optional<ZALTagKey>& key) {
-    setZalTagProperty(key ? &*key : nullptr, keyItem);
+    setZalTagPropertyAtomName(key ? &*key : nullptr, keyItem);
 }
 
 std::optional<ZALTagEnergy> ZALTagMP4::zalEnergy() const {
-    return zalTagPropertyOfClass<ZALTagEnergy>(energyItem);
+    return zalTagPropertyOfClassAtomName<ZALTagEnergy>(energyItem);
 }
 void ZALTagMP4::setZalEnergy(const std::optional<ZALTagEnergy>& energy) {
-    setZalTagProperty(energy ? &*energy : nullptr, energyItem);
+    setZalTagPropertyAtomName(energy ? &*energy : nullptr, energyItem);
 }
 
 std::optional<ZALTagBeatGrid> ZALTagMP4::zalBeatGrid() const {
-    return zalTagPropertyOfClass<ZALTagBeatGrid>(beatGridItem);
+    return zalTagPropertyOfClassAtomName<ZALTagBeatGrid>(beatGridItem);
 }
 void ZALTagMP4::setZalBeatGrid(const std::optional<ZALTagBeatGrid>& grid) {
-    setZalTagProperty(grid ? &*grid : nullptr, beatGridItem);
+    setZalTagPropertyAtomName(grid ? &*grid : nullptr, beatGridItem);
 }
 
 std::optional<ZALTagCuePoints> ZALTagMP4::zalCuePoints() const {
-    return zalTagPropertyOfClass<ZALTagCuePoints>(cuePointsItem);
+    return zalTagPropertyOfClassAtomName<ZALTagCuePoints>(cuePointsItem);
 }
 void ZALTagMP4::setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
-    setZalTagProperty(cuePoints ? &*cuePoints : nullptr, cuePointsItem);
+    setZalTagPropertyAtomName(cuePoints ? &*cuePoints : nullptr, cuePointsItem);
 }
 
 std::optional<ZALTagVelvetCascade> ZALTagMP4::zalVelvetCascade() const {
-    return zalTagPropertyOfClass<ZALTagVelvetCascade>(cascadeItem);
+    return zalTagPropertyOfClassAtomName<ZALTagVelvetCascade>(cascadeItem);
 }
 void ZALTagMP4::setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
-    setZalTagProperty(record ? &*record : nullptr, cascadeItem);
+    setZalTagPropertyAtomName(record ? &*record : nullptr, cascadeItem);
 }
 
 // Serato

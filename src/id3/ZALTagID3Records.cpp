@@ -14,7 +14,7 @@ std::optional<ZALJSONValue> ZALTagID3::storedDictionary(const std::string& descr
     return stored ? JSONDict(*stored) : std::nullopt;
 }
 
-void ZALTagID3::setZalTagProperty(const ZALTagCustomProperty* record, const std::string& description) {
+void ZALTagID3::setZalTagPropertyDescription(const ZALTagCustomProperty* record, const std::string& description) {
     if (state().v2Tag == nullptr || description.empty()) return;
     const ZALNullableData stored = zal::storedRecord(record);
     if (stored) {
@@ -25,36 +25,36 @@ void ZALTagID3::setZalTagProperty(const ZALTagCustomProperty* record, const std:
 }
 
 std::optional<ZALTagKey> ZALTagID3::zalKey() const {
-    return zalTagPropertyOfClass<ZALTagKey>("Key");
+    return zalTagPropertyOfClassDescription<ZALTagKey>("Key");
 }
 void ZALTagID3::setZalKey(const std::optional<ZALTagKey>& key) {
-    setZalTagProperty(key ? &*key : nullptr, "Key");
+    setZalTagPropertyDescription(key ? &*key : nullptr, "Key");
 }
 
 std::optional<ZALTagEnergy> ZALTagID3::zalEnergy() const {
-    return zalTagPropertyOfClass<ZALTagEnergy>("Energy");
+    return zalTagPropertyOfClassDescription<ZALTagEnergy>("Energy");
 }
 void ZALTagID3::setZalEnergy(const std::optional<ZALTagEnergy>& energy) {
-    setZalTagProperty(energy ? &*energy : nullptr, "Energy");
+    setZalTagPropertyDescription(energy ? &*energy : nullptr, "Energy");
 }
 
 std::optional<ZALTagBeatGrid> ZALTagID3::zalBeatGrid() const {
-    return zalTagPropertyOfClass<ZALTagBeatGrid>("BeatGrid");
+    return zalTagPropertyOfClassDescription<ZALTagBeatGrid>("BeatGrid");
 }
 void ZALTagID3::setZalBeatGrid(const std::optional<ZALTagBeatGrid>& grid) {
-    setZalTagProperty(grid ? &*grid : nullptr, "BeatGrid");
+    setZalTagPropertyDescription(grid ? &*grid : nullptr, "BeatGrid");
 }
 
 std::optional<ZALTagCuePoints> ZALTagID3::zalCuePoints() const {
-    return zalTagPropertyOfClass<ZALTagCuePoints>("CuePoints");
+    return zalTagPropertyOfClassDescription<ZALTagCuePoints>("CuePoints");
 }
 void ZALTagID3::setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
-    setZalTagProperty(cuePoints ? &*cuePoints : nullptr, "CuePoints");
+    setZalTagPropertyDescription(cuePoints ? &*cuePoints : nullptr, "CuePoints");
 }
 
 std::optional<ZALTagVelvetCascade> ZALTagID3::zalVelvetCascade() const {
-    return zalTagPropertyOfClass<ZALTagVelvetCascade>("VelvetCascade");
+    return zalTagPropertyOfClassDescription<ZALTagVelvetCascade>("VelvetCascade");
 }
 void ZALTagID3::setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
-    setZalTagProperty(record ? &*record : nullptr, "VelvetCascade");
+    setZalTagPropertyDescription(record ? &*record : nullptr, "VelvetCascade");
 }

@@ -3,7 +3,7 @@ import json
 import os
 import subprocess
 
-from mutagen.id3 import COMM, ID3, TIT2
+from mutagen.id3 import COMM, ID3, TDRC, TIT2
 from mutagen.mp3 import MP3
 
 from support import FRAME, ProgramTest
@@ -54,11 +54,25 @@ class Fields(ProgramTest):
         self.assertEqual(str(tags["COMM:iTunNORM:eng"]), "0000")
 
     def test_strip_v1(self):
-        song = self.write("v1.mp3", FRAME * 4 + (b"TAG" + b"title").ljust(127, b"\0") + b"\xff")
+        song = self.mp3("v1.mp3")
+        tags = ID3()
+        tags.add(TDRC(encoding=0, text="1999-05-03"))
+        tags.save(song)
+        with open(song, "ab") as file:
+            file.write((b"TAG" + b"title").ljust(127, b"\0") + b"\xff")
         self.assertTrue(self.show(song)["hasID3v1Tag"])
         self.zaltag("set", "--strip-v1", song)
         self.assertFalse(self.show(song)["hasID3v1Tag"])
         self.assertEqual(self.show(song)["title"], "title")
+        self.assertEqual(str(ID3(song)["TDRC"]), "1999-05-03", "what the ID3v2 tag holds stays as it is")
+
+    def test_a_path_is_taken_as_the_system_takes_it(self):
+        os.makedirs(self.path("d/e"))
+        os.symlink("d/e", self.path("l"))
+        song, other = self.mp3("d/x.mp3"), self.mp3("x.mp3")
+        self.zaltag("set", self.path("l/../x.mp3"), "title=right")
+        self.assertEqual((self.show(song)["title"], self.show(other)["title"]), ("right", None))
+        self.assertFalse(self.show(song)["readOnly"])
 
     def test_a_word_is_an_assignment_unless_a_file_has_its_name(self):
         song = self.mp3("title=x.mp3")

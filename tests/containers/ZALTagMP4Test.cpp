@@ -121,7 +121,7 @@ TEST_F(MP4, textsOfAnItemAreJoinedWithABlank) {
     EXPECT_EQ(tag->tempo(), 256);
     EXPECT_EQ(tag->zalEnergy()->energy(), 6);
     EXPECT_EQ(tag->zalVelvetCascade(), std::nullopt);
-    EXPECT_EQ(tag->zalTagPropertyOfClass<ZALTagKey>(""), std::nullopt);
+    EXPECT_EQ(tag->zalTagPropertyOfClassAtomName<ZALTagKey>(""), std::nullopt);
     tag->setTempo(100000);
     EXPECT_EQ(tag->tempo(), 32767) << "what the item can hold";
 }

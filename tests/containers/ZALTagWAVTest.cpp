@@ -174,7 +174,7 @@ TEST_F(WAV, aNullRecordLeavesTheChunkAndAFrameIsNoRecord) {
     auto tag = opened(wavFile({recordChunk(true)}));
     tag->setZalVelvetCascade(std::nullopt);
     const auto other = record(false);
-    tag->setZalTagProperty(&other, "VelvetCascade");
+    tag->setZalTagPropertyDescription(&other, "VelvetCascade");
     ASSERT_TRUE(tag->save());
     EXPECT_EQ(idsOf(content()), "fmt  data VCAS ID3 ");
     EXPECT_EQ(again()->zalVelvetCascade(), record(true));

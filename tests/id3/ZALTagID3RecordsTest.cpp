@@ -88,7 +88,7 @@ TEST(RecordFrames, theFirstOfAnExactDescriptionIsReadAndChanged) {
     tag->setZalKey(ZALTagKey::keyWithKey("7A", 1));
     EXPECT_THAT(framesOf(*tag), ElementsAre("x/y:key", "x/y:Keys", "TIT2", "application/json:Key"));
     EXPECT_FALSE(tag->requiresSaving());
-    EXPECT_EQ(tag->zalTagPropertyOfClass<ZALTagKey>(""), std::nullopt);
+    EXPECT_EQ(tag->zalTagPropertyOfClassDescription<ZALTagKey>(""), std::nullopt);
 }
 
 TEST(SeratoFrames, bothAreWrittenTheNewOneLast) {

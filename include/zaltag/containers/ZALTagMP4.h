@@ -83,11 +83,11 @@ class ZALTAG_EXPORT ZALTagMP4 final : public ZALTag {
 
     /// The record in the item of this name (bytes, read as Latin-1); null without one.
     template <typename Record>
-    std::optional<Record> zalTagPropertyOfClass(const std::string& atomName) const {
+    std::optional<Record> zalTagPropertyOfClassAtomName(const std::string& atomName) const {
         return Record::propertyWithJSONDict(storedDictionary(atomName));
     }
     /// Stores a record in that item. Null, and a record that has nothing to store, remove the item.
-    void setZalTagProperty(const ZALTagCustomProperty* record, const std::string& atomName);
+    void setZalTagPropertyAtomName(const ZALTagCustomProperty* record, const std::string& atomName);
 
     // Other programs. Serato's records are freeform items of "com.serato.dj", as base64 text; the legacy one
     // is written but never read for cue points.

@@ -29,7 +29,8 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     static const ZALArray<std::string>& supportedFileTypes();
     static bool canInitWithPath(const ZALNullableString& path);
     /// Opens an MP3 file. Null for a null path (one log line), another extension, a path that is no regular
-    /// file, and a file that holds neither a tag nor an MPEG frame.
+    /// file, and a file that holds neither a tag nor an MPEG frame, or a tag of
+    /// more than 10,000 frames.
     static std::shared_ptr<ZALTagID3> tagAtPath(const ZALNullableString& path, bool readOnly = false);
     static std::shared_ptr<ZALTagID3> initWithPath(const ZALNullableString& path, bool readOnly);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
@@ -108,12 +109,12 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
 
     /// The record in the first GEOB frame with this very description; null without one.
     template <typename Record>
-    std::optional<Record> zalTagPropertyOfClass(const std::string& description) const {
+    std::optional<Record> zalTagPropertyOfClassDescription(const std::string& description) const {
         return Record::propertyWithJSONDict(storedDictionary(description));
     }
     /// Stores a record in that frame, of which only the object changes, or in a new one at the end of the
     /// tag. Null, and a record that has nothing to store, remove the frame.
-    void setZalTagProperty(const ZALTagCustomProperty* record, const std::string& description);
+    void setZalTagPropertyDescription(const ZALTagCustomProperty* record, const std::string& description);
 
     // Other programs. Serato's objects are GEOB frames too; its legacy record is written but never read.
 
