@@ -20,11 +20,10 @@ build release
 echo "== tests"
 ctest --preset release -j "$jobs"
 
-build asan
-echo "== tests under the address and undefined-behaviour sanitizers"
-ctest --preset asan -j "$jobs"
-
 build fuzz
+echo "== tests under the address and undefined-behaviour sanitizers"
+ctest --preset fuzz -j "$jobs"
+
 echo "== fuzz targets, $fuzz_seconds s each"
 for target in build/fuzz/fuzz/fuzz_*; do
     [ -x "$target" ] || continue

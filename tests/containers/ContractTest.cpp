@@ -73,7 +73,7 @@ TEST_P(Contract, fieldsAreSavedAndCleared) {
 TEST_P(Contract, oneObjectIsSavedManyTimes) {
     const std::string path = newFile();
     const auto tag = opened(path);
-    for (const std::size_t length : {10, 5000, 0, 100, 70000, 3000, 80000}) {
+    for (const std::size_t length : {10U, 5000U, 0U, 100U, 70000U, 3000U, 80000U}) {
         tag->setTitle(std::string(length, 'x'));
         tag->setZalKey(ZALTagKey::keyWithKey(std::to_string(length), 1));
         ASSERT_TRUE(tag->save());

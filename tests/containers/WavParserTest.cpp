@@ -148,7 +148,7 @@ TEST(WavInserter, isDoneOnlyWithWhatItCouldCopy) {
 
 TEST(WavInserter, aFileThatBecomesShorterIsNotCopied) {
     const TemporaryFolder folder;
-    for (const std::uintmax_t length : {50'000, 20}) {
+    for (const std::uintmax_t length : {50000U, 20U}) {
         const auto path = folder.write("a.wav", riffForm({wavFormat(), riffChunk("data", ZALData(90'000))}));
         zal::WavVelvetCascadeTagInserter inserter;
         ASSERT_TRUE(inserter.OpenFile(path));

@@ -214,7 +214,7 @@ TEST_F(MP4, audioIsFoundAfterEverySave) {
                                       MP4Content{.userData = mp4Atom("udta", mp4Atom("name", {1}))}}) {
         open(mp4File(content));
         const ZALData audio = mp4Audio(path);
-        for (const std::size_t length : {100, 60000, 100, 70000}) {
+        for (const std::size_t length : {100U, 60000U, 100U, 70000U}) {
             tag->setComment(std::string(length, 'x'));
             ASSERT_TRUE(tag->save());
             EXPECT_EQ(mp4Audio(path), audio);
