@@ -1,12 +1,18 @@
 #pragma once
 
 #include <zaltag/base/ZALExport.h>
+#include <zaltag/base/ZALText.h>
+#include <zaltag/platform/ZALClock.h>
 #include <zaltag/platform/ZALFileSystem.h>
+#include <zaltag/platform/ZALFolderBookmarks.h>
+#include <zaltag/platform/ZALHTTPClient.h>
 #include <zaltag/platform/ZALTagCloudFileResolver.h>
+#include <zaltag/platform/ZALUserDefaults.h>
 
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 /// Takes one event of the log: a text without its own line end, whole, as the library wrote it. Called from
 /// any thread, possibly from several at once; must not throw.
@@ -53,6 +59,58 @@ class ZALTAG_EXPORT ZALHost {
     /// Sets the cloud storage that files may have to be fetched from; null, as at first, for none.
     void setCloudStorage(std::shared_ptr<ZALCloudStorage> storage);
     std::shared_ptr<ZALCloudStorage> cloudStorage() const;
+
+    /// The user's settings, never null; null restores the machine's own.
+    void setUserDefaults(std::shared_ptr<ZALUserDefaults> defaults);
+    std::shared_ptr<ZALUserDefaults> userDefaults() const;
+
+    /// The access to folders that the user opened, never null; null restores the machine's own.
+    void setFolderBookmarks(std::shared_ptr<ZALFolderBookmarks> bookmarks);
+    std::shared_ptr<ZALFolderBookmarks> folderBookmarks() const;
+
+    /// Time and timers, never null; null restores the machine's own.
+    void setClock(std::shared_ptr<ZALClock> clock);
+    std::shared_ptr<ZALClock> clock() const;
+
+    /// What fetches from web services, never null; null restores the machine's own.
+    void setHTTPClient(std::shared_ptr<ZALHTTPClient> client);
+    std::shared_ptr<ZALHTTPClient> httpClient() const;
+
+    // The functions below are called from any thread, must not throw, and are restored by an empty one.
+
+    /// Gives the value of an environment variable, or null. The default asks the process's environment.
+    void setEnvironment(std::function<ZALNullableString(const std::string& name)> environment);
+    ZALNullableString environmentVariable(const std::string& name) const;
+
+    /// Gives the user's folders for documents as absolute paths, the most likely first, or none. The default
+    /// gives the one that XDG's `user-dirs.dirs` names, else `$HOME/Documents`; it may not be there.
+    void setDocumentsFolders(std::function<std::vector<std::string>()> folders);
+    std::vector<std::string> documentsFolders() const;
+
+    /// Gives the names of the executables that other processes run, without folders. The default gives each
+    /// name once, as /proc tells them, and for a program of another system, run by a compatibility layer, its
+    /// own name ("Traktor.exe") beside the layer's.
+    void setRunningPrograms(std::function<std::vector<std::string>()> programs);
+    std::vector<std::string> runningPrograms() const;
+
+    /// Gives the text for the user in the user's language. The default gives the text itself, in English.
+    void setLocalizer(std::function<std::string(const std::string& text)> localizer);
+    std::string localized(const std::string& text) const;
+
+    /// The name that collection files give the volume the system was started from; "Macintosh HD" until it is
+    /// set.
+    void setBootVolumeName(std::string name);
+    std::string bootVolumeName() const;
+
+    /// The host of the web service that knows the latest analysis algorithms, with its port if need be; null,
+    /// as at first, for none.
+    void setServiceHost(ZALNullableString host);
+    ZALNullableString serviceHost() const;
+
+    /// A file in PEM form with the certificates to trust instead of the system's; null, as at first, for
+    /// those.
+    void setCertificateAuthorityFile(ZALNullableString path);
+    ZALNullableString certificateAuthorityFile() const;
 
     /// How saves of audio files are written from now on; `safe` until it is set.
     void setSaveMode(ZALSaveMode mode);
