@@ -12,6 +12,11 @@ find_package(JPEG REQUIRED)
 pkg_check_modules(WEBP REQUIRED IMPORTED_TARGET libwebp)
 find_path(STB_INCLUDE_DIR stb/stb_image.h REQUIRED)
 
+# Collections.
+find_package(pugixml REQUIRED)
+find_package(EXPAT REQUIRED)
+pkg_check_modules(UTF8PROC REQUIRED IMPORTED_TARGET libutf8proc)
+
 find_path(LIBB64_INCLUDE_DIR b64/cencode.h REQUIRED)
 find_library(LIBB64_LIBRARY b64 REQUIRED)
 add_library(zaltag_libb64 INTERFACE)

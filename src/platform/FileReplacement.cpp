@@ -209,16 +209,18 @@ std::string replace(const std::string& path, const std::function<bool(const Chun
 
 }  // namespace
 
-bool replaceFileContents(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write) {
-    std::string reason;
+std::string whyNotReplaced(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write) {
     try {
-        reason = replace(path, write);
+        return replace(path, write);
     } catch (const std::exception& exception) {  // memory ran out, or the writer gave up this way
-        reason = exception.what();
+        return exception.what();
     }
-    if (reason.empty()) return true;
-    logf("could not write '{}': {}", path, reason);
-    return false;
+}
+
+bool replaceFileContents(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write) {
+    const std::string reason = whyNotReplaced(path, write);
+    if (!reason.empty()) logf("could not write '{}': {}", path, reason);
+    return reason.empty();
 }
 
 bool replaceFileContents(const std::string& path, ZALDataView contents) {

@@ -89,5 +89,7 @@ using ChunkSink = std::function<bool(ZALDataView)>;
 /// mask. False when the file was not written: it is untouched then and one line was logged.
 bool replaceFileContents(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write);
 bool replaceFileContents(const std::string& path, ZALDataView contents);
+/// The same, without the log line: gives the reason why the file was not written, or an empty text.
+std::string whyNotReplaced(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write);
 
 }  // namespace zal

@@ -23,8 +23,8 @@ class SerialQueue {
 
     const std::string& label() const;
 
-    /// Submits a block; after shutDown() it is dropped.
-    void async(std::function<void()> block);
+    /// Submits a block; false after shutDown(), when it is dropped.
+    bool async(std::function<void()> block);
     /// True when the calling thread is the queue's.
     bool isCurrent() const;
 

@@ -2,7 +2,7 @@
 
 #include "base/Endian.h"
 #include "base/Unicode.h"
-#include "serato/Description.h"
+#include "platform/Description.h"
 #include "serato/PayloadLog.h"
 #include "serato/SlotColor.h"
 

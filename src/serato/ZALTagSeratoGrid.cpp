@@ -2,7 +2,7 @@
 
 #include "base/Endian.h"
 #include "platform/Log.h"
-#include "serato/Description.h"
+#include "platform/Description.h"
 #include "serato/EncodedForm.h"
 
 #include <cmath>

@@ -3,7 +3,7 @@
 
 #include "base/Endian.h"
 #include "serato/CueEntries.h"
-#include "serato/Description.h"
+#include "platform/Description.h"
 #include "serato/EncodedForm.h"
 #include "serato/PayloadLog.h"
 

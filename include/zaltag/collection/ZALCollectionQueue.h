@@ -1,0 +1,111 @@
+#pragma once
+
+#include <zaltag/base/ZALArray.h>
+#include <zaltag/base/ZALError.h>
+#include <zaltag/base/ZALExport.h>
+#include <zaltag/base/ZALText.h>
+#include <zaltag/records/ZALTagCuePoint.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+class ZALCollectionDatabase;
+class ZALCollectionTrack;
+
+namespace zal {
+struct CollectionProgram;
+}
+
+/// Takes the outcome of an operation of a queue: success, and the error of a failure that has one.
+using ZALCollectionCompletion = std::function<void(bool success, const ZALError* error)>;
+
+/// What a queue is doing, for those who watch it.
+struct ZALCollectionProgress {
+    /// 0 idle, 1 requests are waiting, 2 loading the collection, 3 applying the requests, 4 saving.
+    std::uint64_t first = 0;
+    std::uint64_t second = 0;  ///< always 0
+    std::uint64_t third = 0;   ///< always 0
+    bool operator==(const ZALCollectionProgress&) const = default;
+};
+
+/// One request that waits for its batch.
+struct ZALTAG_EXPORT ZALCollectionQueueItem {
+    virtual ~ZALCollectionQueueItem() = default;
+    std::chrono::system_clock::time_point modificationDate;  ///< when the request was made
+    ZALArray<ZALTagCuePoint> cuePoints;
+};
+
+/// Collects requests to replace the cue points of audio files in a collection, and applies them in batches,
+/// on a serial queue of its own: what the queues of all programs do alike.
+///
+/// A batch runs when save() asks for it, or 180 seconds after a request that found the queue idle; one that
+/// failed keeps its requests and is tried again 180 seconds later. Every operation may be called from any
+/// thread and returns at once. A completion is posted to the main queue exactly once, and so is progress.
+class ZALTAG_EXPORT ZALCollectionQueue {
+  public:
+    virtual ~ZALCollectionQueue();
+    ZALCollectionQueue(const ZALCollectionQueue&) = delete;
+    ZALCollectionQueue& operator=(const ZALCollectionQueue&) = delete;
+
+    /// Loads the collection if its file changed.
+    void reload(ZALCollectionCompletion completion = nullptr);
+    /// Runs a batch now. Success says that the queue is done with the requests, not that the collection holds
+    /// them: those for files that it does not hold are dropped, and all of them when no collection is loaded.
+    void save(ZALCollectionCompletion completion = nullptr);
+    /// Drops all waiting requests.
+    void cancel();
+
+    /// As last reported to the main queue.
+    ZALCollectionProgress progress() const;
+
+    /// Lets what was asked for so far finish, then takes nothing any more: later requests are dropped, and
+    /// later completions get a failure. Requests that still wait for their batch are not written: save()
+    /// first. Called at process exit for the shared queues.
+    void shutDown();
+
+  protected:
+    ZALCollectionQueue(const zal::CollectionProgram& program,
+                       std::function<ZALCollectionDatabase&()> database);
+
+    /// Puts a request in the place of an earlier one for the same file. `method` is the operation's full
+    /// name, for the log.
+    void enqueue(const ZALNullableString& path, std::shared_ptr<ZALCollectionQueueItem> item,
+                 const char* method);
+
+    // On the serial queue, with the database locked for changes:
+
+    /// Before the first request of a batch.
+    virtual void beginBatch() {}
+    /// Applies one request to the track of its file; true when the collection has to be written for it.
+    virtual bool apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) = 0;
+
+    /// After a batch that left the collection's file as the database has it. Without the lock.
+    virtual void finishBatch() {}
+
+    ZALCollectionDatabase& database() const;
+    const zal::CollectionProgram& program() const { return program_; }
+
+  private:
+    struct Outcome;
+    struct State;
+
+    Outcome reloadIfNeeded();
+    Outcome processQueueAndSave();
+    Outcome batch();
+    void applyRequests();
+    void dropRequests();
+    void startTimerIfNeeded();
+    void processTimerFired();
+    void setExportStage(std::uint64_t stage);
+    void updateProgress();
+    void perform(Outcome (ZALCollectionQueue::*operation)(), ZALCollectionCompletion completion);
+    void assertProcessingQueue(const char* function) const;
+
+    const zal::CollectionProgram& program_;
+    const std::function<ZALCollectionDatabase&()> database_;
+    const std::shared_ptr<State> state_;
+};

@@ -1,0 +1,118 @@
+#pragma once
+
+#include <zaltag/base/ZALArray.h>
+#include <zaltag/base/ZALExport.h>
+#include <zaltag/base/ZALText.h>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zal {
+class XMLElement;
+}
+
+/// Where the beats of a track lie: segments of one tempo each, all times in seconds.
+struct ZALTrackTempo {
+    std::vector<double> starts;  ///< of the segments, in the order the collection lists them; at least one
+    std::vector<double> steps;   ///< from beat to beat, one per segment
+    double duration = 0;         ///< of the track
+    double margin = 0;           ///< how close before the next segment no beat is listed any more
+};
+
+/// A track of a DJ collection: what the tracks of all programs are. A track that a database hands out is a
+/// copy of what the collection held then: it stays as it is and needs no lock.
+class ZALTAG_EXPORT ZALCollectionTrack {
+  public:
+    virtual ~ZALCollectionTrack();
+    ZALCollectionTrack& operator=(const ZALCollectionTrack&) = delete;
+
+    /// The absolute path of the audio file; null when the collection gives none that is one.
+    const ZALNullableString& path() const { return path_; }
+    /// The path in Unicode canonical decomposition (NFD), the key of the database's index; null with the
+    /// path.
+    ZALNullableString decomposedStringWithCanonicalMapping() const;
+    /// The last component of the path; null with the path.
+    ZALNullableString filename() const;
+
+    /// The times of the beats in seconds, as the program's own grid has them. Null without a grid and for one
+    /// that makes no sense: a tempo of nothing, steps that do not advance the time, more than a million
+    /// beats (one log line).
+    std::optional<ZALArray<double>> beatTimes() const;
+
+    /// How many cues the track has.
+    virtual std::size_t cueCount() const = 0;
+
+    /// True when the track has changed since its element was last written.
+    bool xmlNeedsUpdate() const { return xmlNeedsUpdate_; }
+    /// Writes what has changed into the track's element of the document.
+    virtual void updateXMLElement() = 0;
+
+  protected:
+    ZALCollectionTrack() = default;
+    ZALCollectionTrack(const ZALCollectionTrack&) = default;
+
+    /// Reads the grid from the element; null without one.
+    virtual std::optional<ZALTrackTempo> readTempo() const = 0;
+
+    void setPath(ZALNullableString path);
+    void setNeedsUpdate(bool needed) { xmlNeedsUpdate_ = needed; }
+    zal::XMLElement element() const;
+    void setElement(const zal::XMLElement& element);
+    /// Makes this a copy that stands for itself.
+    void leaveDocument();
+
+  private:
+    ZALNullableString path_;
+    std::string decomposed_;  // empty while it equals the path
+    void* element_ = nullptr;
+    std::shared_ptr<const std::optional<ZALTrackTempo>> keptTempo_;
+    bool xmlNeedsUpdate_ = false;
+};
+
+/// The list of cues that the tracks of all programs have. `Cue` is the program's own cue.
+template <typename Cue>
+class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
+  public:
+    /// The cues in their order: as in the collection, by ascending number, until they are changed.
+    ZALArray<Cue> cues() const;
+    std::size_t cueCount() const override { return cues_.size(); }
+
+    // Every change marks the track for writing, and an insertion stores a copy that has been through the
+    // text of the file: what XML cannot hold is replaced.
+
+    void addCuesObject(const Cue& cue);
+    /// Throws ZALProgrammingError for an index beyond the end; so does removeObjectFromCuesAtIndex().
+    void insertObject(const Cue& cue, std::size_t inCuesAtIndex);
+    /// Removes the first cue that is equal; without one, nothing happens.
+    void removeCuesObject(const Cue& cue);
+    void removeObjectFromCuesAtIndex(std::size_t index);
+    /// Removes every cue that `isGone` says so of.
+    void removeCues(const std::function<bool(const Cue& cue)>& isGone);
+
+  protected:
+    ZALTrackWithCues() = default;
+    ZALTrackWithCues(const ZALTrackWithCues&) = default;
+
+    /// Reads the cues from the child elements of that name and marks the track when there are any. True when
+    /// there were elements, but no cue among them.
+    bool readCues(const char* elementName);
+    /// Replaces the child elements of that name by the cues, as the last children.
+    void writeCues(const char* elementName);
+    /// Makes this a copy that stands for itself.
+    void leaveDocument();
+
+  private:
+    // A cue of the file is read from its element when it is asked for: a collection has hundreds of thousands
+    // of them, and most are never looked at.
+    struct StoredCue {
+        void* element = nullptr;
+        std::shared_ptr<const Cue> value;  // when there is no element
+    };
+    static Cue valueOf(const StoredCue& stored);
+
+    std::vector<StoredCue> cues_;
+};

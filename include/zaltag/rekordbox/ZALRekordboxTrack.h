@@ -1,0 +1,47 @@
+#pragma once
+
+#include <zaltag/base/ZALExport.h>
+#include <zaltag/collection/ZALCollectionTrack.h>
+#include <zaltag/rekordbox/ZALRekordboxCuePoint.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+/// A track of the Rekordbox collection: hot cues and memory cues in one list, sorted by their number.
+class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordboxCuePoint> {
+  public:
+    /// A track of an element of the document.
+    static std::unique_ptr<ZALRekordboxTrack> initWithXMLElement(const zal::XMLElement& element);
+
+    /// The id in a track's element; 0 without one.
+    static std::int32_t idOfXMLElement(const zal::XMLElement& element);
+
+    /// 0 when the collection gives none.
+    std::int32_t trackId() const { return trackId_; }
+
+    /// Removes the hot cues (those whose number is not -1), the memory cues, or both. The track is written
+    /// then, with a placeholder when no cue is left.
+    void removeAllCues(bool removeHotCues, bool removeMemoryCues);
+    /// True makes a track without cues be written with a placeholder mark, which tells Rekordbox that there
+    /// are none.
+    void setForceDummyCuePoint(bool forced);
+    bool forceDummyCuePoint() const { return forceDummyCuePoint_; }
+
+    void updateXMLElement() override;
+
+    /// Class, path and the cues' descriptions.
+    std::string description() const;
+
+    /// What the database hands out.
+    std::shared_ptr<const ZALRekordboxTrack> copy() const;
+
+  private:
+    friend class ZALRekordboxQueue;
+    ZALRekordboxTrack() = default;
+    ZALRekordboxTrack(const ZALRekordboxTrack&) = default;
+    std::optional<ZALTrackTempo> readTempo() const override;
+
+    std::int32_t trackId_ = 0;
+    bool forceDummyCuePoint_ = false;
+};

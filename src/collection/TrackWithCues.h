@@ -1,0 +1,118 @@
+#pragma once
+
+#include "platform/XML.h"
+
+#include <zaltag/base/ZALProgrammingError.h>
+#include <zaltag/collection/ZALCollectionTrack.h>
+
+#include <algorithm>
+
+// What ZALTrackWithCues does; each program's track instantiates it once. A cue offers, for elements of the
+// document: initWithXMLElement() and updateXMLElement(); for itself: copyAsStored() and order().
+
+template <typename Cue>
+Cue ZALTrackWithCues<Cue>::valueOf(const StoredCue& stored) {
+    if (stored.value) return *stored.value;
+    const auto read = Cue::initWithXMLElement(zal::XMLElement::ofHandle(stored.element));
+    return read ? read->copyAsStored() : Cue();
+}
+
+template <typename Cue>
+ZALArray<Cue> ZALTrackWithCues<Cue>::cues() const {
+    std::vector<Cue> all;
+    all.reserve(cues_.size());
+    for (const StoredCue& stored : cues_) {
+        all.push_back(valueOf(stored));
+    }
+    return all;
+}
+
+template <typename Cue>
+void ZALTrackWithCues<Cue>::addCuesObject(const Cue& cue) {
+    insertObject(cue, cues_.size());
+}
+
+template <typename Cue>
+void ZALTrackWithCues<Cue>::insertObject(const Cue& cue, std::size_t inCuesAtIndex) {
+    if (inCuesAtIndex > cues_.size()) throw ZALProgrammingError("a cue was inserted beyond the end");
+    cues_.insert(cues_.begin() + static_cast<std::ptrdiff_t>(inCuesAtIndex),
+                 {nullptr, std::make_shared<const Cue>(cue.copyAsStored())});
+    setNeedsUpdate(true);
+}
+
+template <typename Cue>
+void ZALTrackWithCues<Cue>::removeCuesObject(const Cue& cue) {
+    for (std::size_t index = 0; index < cues_.size(); ++index) {
+        if (valueOf(cues_[index]) == cue) return removeObjectFromCuesAtIndex(index);
+    }
+}
+
+template <typename Cue>
+void ZALTrackWithCues<Cue>::removeObjectFromCuesAtIndex(std::size_t index) {
+    if (index >= cues_.size()) throw ZALProgrammingError("a cue was removed beyond the end");
+    cues_.erase(cues_.begin() + static_cast<std::ptrdiff_t>(index));
+    setNeedsUpdate(true);
+}
+
+template <typename Cue>
+void ZALTrackWithCues<Cue>::removeCues(const std::function<bool(const Cue& cue)>& isGone) {
+    const auto removed =
+        std::erase_if(cues_, [&](const StoredCue& stored) { return isGone(valueOf(stored)); });
+    if (removed != 0) setNeedsUpdate(true);
+}
+
+template <typename Cue>
+bool ZALTrackWithCues<Cue>::readCues(const char* elementName) {
+    struct Found {
+        std::int64_t order;
+        void* element;
+    };
+    std::vector<Found> found;
+    bool hasElements = false;
+    for (auto child = element().firstChild(elementName); child; child = child.next(elementName)) {
+        hasElements = true;
+        if (const auto order = Cue::orderOfXMLElement(child)) found.push_back({*order, child.handle()});
+    }
+    const auto isBefore = [](const Found& a, const Found& b) { return a.order < b.order; };
+    std::stable_sort(found.begin(), found.end(), isBefore);
+    cues_.reserve(found.size());
+    for (const Found& cue : found) {
+        cues_.push_back({cue.element, nullptr});
+    }
+    if (!cues_.empty()) setNeedsUpdate(true);
+    return hasElements && cues_.empty();
+}
+
+template <typename Cue>
+void ZALTrackWithCues<Cue>::writeCues(const char* elementName) {
+    zal::XMLElement parent = element();
+    std::vector<void*> kept;
+    for (const StoredCue& stored : cues_) {
+        kept.push_back(stored.element);
+    }
+    std::sort(kept.begin(), kept.end());
+    for (auto child = parent.firstChild(elementName); child;) {
+        const zal::XMLElement next = child.next(elementName);
+        if (!std::binary_search(kept.begin(), kept.end(), child.handle())) parent.removeChild(child);
+        child = next;
+    }
+    for (StoredCue& stored : cues_) {
+        if (stored.element != nullptr) {
+            const auto element = zal::XMLElement::ofHandle(stored.element);
+            valueOf(stored).updateXMLElement(element);
+            parent.moveToEnd(element);
+        } else {
+            const zal::XMLElement made = parent.appendChild(elementName);
+            stored.value->writeTo(made);
+            stored = {made.handle(), nullptr};
+        }
+    }
+}
+
+template <typename Cue>
+void ZALTrackWithCues<Cue>::leaveDocument() {
+    for (StoredCue& stored : cues_) {
+        if (stored.element != nullptr) stored = {nullptr, std::make_shared<const Cue>(valueOf(stored))};
+    }
+    ZALCollectionTrack::leaveDocument();
+}

@@ -1,0 +1,222 @@
+#include <zaltag/collection/ZALCollectionQueue.h>
+
+#include "base/Assert.h"
+#include "collection/CollectionProgram.h"
+#include "platform/Log.h"
+#include "platform/SerialQueue.h"
+
+#include <zaltag/collection/ZALCollectionDatabase.h>
+#include <zaltag/platform/ZALHost.h>
+#include <zaltag/platform/ZALMainQueue.h>
+#include <zaltag/platform/ZALNotificationCenter.h>
+
+#include <exception>
+#include <utility>
+
+namespace {
+
+constexpr std::chrono::duration<double> flushDelay{180.0};
+
+enum Stage : std::uint64_t { idle = 0, waiting = 1, loading = 2, applying = 3, saving = 4 };
+
+// What the main queue last heard; it may outlive the queue.
+struct Progress {
+    std::mutex lock;
+    ZALCollectionProgress shown;
+
+    // On the main queue.
+    void set(const ZALCollectionProgress& progress, const char* notification, const void* sender) {
+        {
+            const std::lock_guard guard(lock);
+            if (shown == progress) return;
+            shown = progress;
+        }
+        ZALNotificationCenter::shared().enqueueNotification(notification, sender);
+    }
+};
+
+}  // namespace
+
+struct ZALCollectionQueue::Outcome {
+    bool success = true;
+    std::optional<ZALError> error;
+    bool isDone() const { return success && !error; }
+};
+
+struct ZALCollectionQueue::State {
+    explicit State(const char* label) : processingQueue(std::make_unique<zal::SerialQueue>(label)) {}
+
+    // All but the first two belong to the serial queue.
+    const std::unique_ptr<zal::SerialQueue> processingQueue;
+    const std::shared_ptr<Progress> progress = std::make_shared<Progress>();
+    std::map<std::string, std::shared_ptr<ZALCollectionQueueItem>> itemQueue;
+    std::shared_ptr<ZALTimer> processTimer;
+    std::uint64_t exportStage = idle;
+    bool shouldSave = false;
+};
+
+ZALCollectionQueue::ZALCollectionQueue(const zal::CollectionProgram& program,
+                                       std::function<ZALCollectionDatabase&()> database)
+    : program_(program),
+      database_(std::move(database)),
+      state_(std::make_shared<State>(program.queueLabel)) {}
+
+ZALCollectionQueue::~ZALCollectionQueue() {
+    shutDown();
+}
+
+void ZALCollectionQueue::shutDown() {
+    state_->processingQueue->shutDown();
+}
+
+ZALCollectionDatabase& ZALCollectionQueue::database() const {
+    return database_();
+}
+
+ZALCollectionProgress ZALCollectionQueue::progress() const {
+    const std::lock_guard guard(state_->progress->lock);
+    return state_->progress->shown;
+}
+
+void ZALCollectionQueue::assertProcessingQueue(const char* function) const {
+    if (state_->processingQueue == nullptr) {
+        zal::assertionFailed("No processing queue", function, program_.queueClass, __LINE__);
+    }
+}
+
+void ZALCollectionQueue::enqueue(const ZALNullableString& path, std::shared_ptr<ZALCollectionQueueItem> item,
+                                 const char* method) {
+    assertProcessingQueue(method);
+    if (!path || path->empty()) return zal::logf("{}: discarded request for nil path", method);
+    state_->processingQueue->async([this, path = *path, item = std::move(item)] {
+        state_->itemQueue[path] = item;
+        updateProgress();
+        startTimerIfNeeded();
+    });
+}
+
+// Runs an operation on the serial queue, and its completion on the main queue, whatever happens.
+void ZALCollectionQueue::perform(Outcome (ZALCollectionQueue::*operation)(),
+                                 ZALCollectionCompletion completion) {
+    const auto complete = [completion = std::move(completion)](const Outcome& outcome) {
+        if (!completion) return;
+        ZALMainQueue::shared().post([completion, outcome] {
+            completion(outcome.success, outcome.error ? &*outcome.error : nullptr);
+        });
+    };
+    const bool taken =
+        state_->processingQueue->async([this, operation, complete] { complete((this->*operation)()); });
+    if (!taken) complete({false, std::nullopt});
+}
+
+void ZALCollectionQueue::reload(ZALCollectionCompletion completion) {
+    assertProcessingQueue("reload:");
+    perform(&ZALCollectionQueue::reloadIfNeeded, std::move(completion));
+}
+
+void ZALCollectionQueue::save(ZALCollectionCompletion completion) {
+    assertProcessingQueue("save:");
+    perform(&ZALCollectionQueue::processQueueAndSave, std::move(completion));
+}
+
+void ZALCollectionQueue::cancel() {
+    assertProcessingQueue("cancel");
+    state_->processingQueue->async([this] {
+        state_->processTimer = nullptr;
+        dropRequests();
+    });
+}
+
+ZALCollectionQueue::Outcome ZALCollectionQueue::reloadIfNeeded() {
+    Outcome outcome;
+    if (!database().needsReloading()) return outcome;
+    setExportStage(loading);
+    ZALError error;
+    outcome.success = database().reload(&error);
+    if (!error.domain.empty()) outcome.error = error;
+    setExportStage(idle);
+    return outcome;
+}
+
+void ZALCollectionQueue::startTimerIfNeeded() {
+    if (state_->processTimer || state_->itemQueue.empty()) return;
+    state_->processTimer = state_->processingQueue->after(flushDelay, [this] { processTimerFired(); });
+}
+
+void ZALCollectionQueue::processTimerFired() {
+    assertProcessingQueue("processTimerFired:");
+    state_->processTimer = nullptr;
+    if (!processQueueAndSave().isDone()) startTimerIfNeeded();
+}
+
+ZALCollectionQueue::Outcome ZALCollectionQueue::processQueueAndSave() {
+    Outcome outcome;
+    try {
+        if (!state_->itemQueue.empty()) outcome = batch();
+    } catch (const std::exception& exception) {  // memory ran out; the requests are kept
+        zal::logf("-[{} processQueueAndSave:] {}", program_.queueClass, exception.what());
+        outcome = {false, std::nullopt};
+    }
+    setExportStage(idle);
+    return outcome;
+}
+
+ZALCollectionQueue::Outcome ZALCollectionQueue::batch() {
+    Outcome outcome;
+    ZALError error;
+    const auto failure = [&error](bool success) {
+        return Outcome{success, error.domain.empty() ? std::nullopt : std::optional(error)};
+    };
+    if (!database().canExport(&error) || !error.domain.empty()) return failure(false);
+    if (!database().isLoaded()) {
+        dropRequests();
+        return outcome;
+    }
+    if (database().needsReloading()) {
+        setExportStage(loading);
+        const bool reloaded = database().reload(&error);
+        if (!reloaded || !error.domain.empty()) {
+            zal::logf("-[{} processQueueAndSave:] {}: {}", program_.queueClass, program_.reloadFailure,
+                      zal::describeError(error));
+            return failure(reloaded);
+        }
+        state_->shouldSave = false;
+    }
+    setExportStage(applying);
+    applyRequests();
+    setExportStage(saving);
+    if (state_->shouldSave && (!database().save(&error) || !error.domain.empty())) return failure(false);
+    state_->shouldSave = false;
+    finishBatch();
+    dropRequests();
+    return outcome;
+}
+
+void ZALCollectionQueue::applyRequests() {
+    const std::unique_lock guard(database().lock());
+    beginBatch();
+    for (const auto& [path, item] : state_->itemQueue) {
+        ZALCollectionTrack* track = database().liveTrackForSongFileAtURL(path);
+        if (track != nullptr && apply(*item, *track)) state_->shouldSave = true;
+    }
+}
+
+void ZALCollectionQueue::dropRequests() {
+    state_->itemQueue.clear();
+    updateProgress();
+}
+
+void ZALCollectionQueue::setExportStage(std::uint64_t stage) {
+    if (state_->exportStage == stage) return;
+    state_->exportStage = stage;
+    updateProgress();
+}
+
+void ZALCollectionQueue::updateProgress() {
+    const std::uint64_t shown =
+        state_->exportStage == idle && !state_->itemQueue.empty() ? waiting : state_->exportStage;
+    ZALMainQueue::shared().post(
+        [progress = state_->progress, shown, notification = program_.progressNotification, sender = this] {
+            progress->set({shown, 0, 0}, notification, sender);
+        });
+}

@@ -1,0 +1,290 @@
+#include "platform/XML.h"
+
+#include "base/Unicode.h"
+#include "platform/LimitedWriter.h"
+#include "platform/WellFormedness.h"
+
+#include <zaltag/platform/ZALHost.h>
+
+#include <fmt/format.h>
+#include <pugixml.hpp>
+
+#include <algorithm>
+#include <cstring>
+#include <future>
+#include <new>
+
+namespace zal {
+
+namespace {
+
+pugi::xml_node nodeOf(void* node) {
+    return pugi::xml_node(static_cast<pugi::xml_node_struct*>(node));
+}
+
+template <typename Handle>
+Handle made(Handle handle) {
+    if (!handle) throw std::bad_alloc();
+    return handle;
+}
+
+void check(bool done) {
+    if (!done) throw std::bad_alloc();
+}
+
+pugi::xml_node elementFrom(pugi::xml_node node, const char* name) {
+    while (node && (node.type() != pugi::node_element || (name && std::strcmp(node.name(), name) != 0))) {
+        node = node.next_sibling();
+    }
+    return node;
+}
+
+bool isBlank(const char* text) {
+    return text[std::strspn(text, " \t\r\n")] == '\0';
+}
+
+void assign(pugi::xml_attribute attribute, const char* name, const std::string& value) {
+    if (std::strcmp(attribute.name(), name) != 0) check(attribute.set_name(name));
+    if (value != attribute.value()) check(attribute.set_value(value.c_str()));
+}
+
+bool isCharacterOfXML(char32_t character) {
+    return character >= 0x20 ? character != 0xFFFE && character != 0xFFFF
+                             : character == '\t' || character == '\n' || character == '\r';
+}
+
+}  // namespace
+
+std::string textForXML(std::string_view text) {
+    const auto plain = [](char c) { return c >= 0x20 && c < 0x7F; };
+    if (std::all_of(text.begin(), text.end(), plain)) return std::string(text);
+    std::u16string units = utf16FromUTF8(text);
+    for (char16_t& unit : units) {
+        if (!isCharacterOfXML(unit)) unit = 0xFFFD;
+    }
+    return utf8FromUTF16(units);
+}
+
+std::string_view XMLElement::name() const {
+    return nodeOf(node_).name();
+}
+
+const char* XMLElement::attribute(const char* name) const {
+    const pugi::xml_attribute found = nodeOf(node_).attribute(name);
+    return found ? found.value() : nullptr;
+}
+
+std::string XMLElement::attributeText(const char* name) const {
+    return nodeOf(node_).attribute(name).value();
+}
+
+std::vector<std::pair<std::string, std::string>> XMLElement::attributes() const {
+    std::vector<std::pair<std::string, std::string>> all;
+    for (const pugi::xml_attribute attribute : nodeOf(node_).attributes()) {
+        all.emplace_back(attribute.name(), attribute.value());
+    }
+    return all;
+}
+
+void XMLElement::setAttribute(const char* name, std::string_view value) {
+    const pugi::xml_attribute found = nodeOf(node_).attribute(name);
+    assign(found ? found : made(nodeOf(node_).append_attribute(name)), name, textForXML(value));
+}
+
+void XMLElement::setExistingAttribute(const char* name, std::string_view value) {
+    if (attribute(name) != nullptr) setAttribute(name, value);
+}
+
+void XMLElement::setAttributes(std::span<const XMLAttribute> attributes) {
+    pugi::xml_node node = nodeOf(node_);
+    pugi::xml_attribute slot = node.first_attribute();
+    for (const XMLAttribute& wanted : attributes) {
+        if (!slot) slot = made(node.append_attribute(wanted.name));
+        assign(slot, wanted.name, textForXML(wanted.value));
+        slot = slot.next_attribute();
+    }
+    while (slot) {
+        const pugi::xml_attribute rest = slot;
+        slot = slot.next_attribute();
+        node.remove_attribute(rest);
+    }
+}
+
+XMLElement XMLElement::firstChild(const char* name) const {
+    return XMLElement(elementFrom(nodeOf(node_).first_child(), name).internal_object());
+}
+
+XMLElement XMLElement::next(const char* name) const {
+    return XMLElement(elementFrom(nodeOf(node_).next_sibling(), name).internal_object());
+}
+
+// A lone run of white space would stand before the first child, and keep the children from being laid out.
+void XMLElement::makeRoomForChildren() {
+    pugi::xml_node node = nodeOf(node_);
+    const pugi::xml_node only = node.first_child();
+    if (only.type() == pugi::node_pcdata && !only.next_sibling() && isBlank(only.value())) {
+        node.remove_child(only);
+    }
+}
+
+XMLElement XMLElement::appendChild(const char* name) {
+    makeRoomForChildren();
+    return XMLElement(made(nodeOf(node_).append_child(name)).internal_object());
+}
+
+void XMLElement::moveToEnd(XMLElement element) {
+    makeRoomForChildren();
+    made(nodeOf(node_).append_move(nodeOf(element.node_)));
+}
+
+void XMLElement::removeChild(XMLElement child) {
+    nodeOf(node_).remove_child(nodeOf(child.node_));
+}
+
+struct XMLDocument::Tree {
+    pugi::xml_document document;
+    pugi::xml_encoding encoding = pugi::encoding_utf8;
+    bool hasMark = false;
+};
+
+XMLDocument::XMLDocument() : tree_(std::make_unique<Tree>()) {}
+
+XMLDocument::~XMLDocument() = default;
+
+namespace {
+
+bool isUnchanged(const ZALFileAttributes& before, ZALFileHandle& handle) {
+    ZALFileAttributes after;
+    return !handle.attributes(after) && after.size == before.size && after.modified == before.modified;
+}
+
+bool beginsWithMark(const char* bytes, std::size_t size) {
+    const std::string_view head(bytes, std::min<std::size_t>(size, 4));
+    return head.starts_with("\xEF\xBB\xBF") || head.starts_with("\xFF\xFE") || head.starts_with("\xFE\xFF") ||
+           head.starts_with(std::string_view("\0\0\xFE\xFF", 4));
+}
+
+// Everything in the file becomes a node; without these flags the declaration, comments, instructions, the
+// document type and white space that is an element's only content would be lost.
+constexpr unsigned parseEverything = pugi::parse_full | pugi::parse_ws_pcdata_single;
+
+std::string readAll(ZALFileHandle& handle, char* buffer, std::size_t size) {
+    std::size_t count = 0;
+    const std::span<std::uint8_t> target(reinterpret_cast<std::uint8_t*>(buffer), size);
+    if (const auto error = handle.readAt(0, target, count)) return describe(error);
+    return count == size ? std::string() : "the file became shorter while it was read";
+}
+
+}  // namespace
+
+std::unique_ptr<XMLDocument> XMLDocument::read(const std::string& path, XMLReadError& error) {
+    const auto files = ZALHost::shared().fileSystem();
+    if (files->kindOfFile(path) == ZALFileKind::folder) {
+        error.text = "it is a folder";
+        return nullptr;
+    }
+    std::error_code failure;
+    const auto handle = files->open(path, false, failure);
+    const auto second = handle ? files->open(path, false, failure) : nullptr;
+    ZALFileAttributes attributes;
+    if (!failure && handle) failure = handle->attributes(attributes);
+    if (failure) {
+        error.text = describe(failure);
+        return nullptr;
+    }
+    // The check is most of the work, so that the tree is made beside it.
+    auto check = std::async(std::launch::async, [&] { return whyNotWellFormed(*second); });
+
+    auto document = std::make_unique<XMLDocument>();
+    const auto size = static_cast<std::size_t>(attributes.size);
+    auto* buffer = static_cast<char*>(pugi::get_memory_allocation_function()(std::max<std::size_t>(size, 1)));
+    std::string unread = buffer ? readAll(*handle, buffer, size) : "there is not enough memory";
+    pugi::xml_parse_result parsed;
+    if (buffer && unread.empty()) {
+        document->tree_->hasMark = beginsWithMark(buffer, size);
+        parsed = document->tree_->document.load_buffer_inplace_own(buffer, size, parseEverything);
+        document->tree_->encoding = parsed.encoding;
+    } else if (buffer) {
+        pugi::get_memory_deallocation_function()(buffer);
+    }
+
+    const std::string fault = check.get();
+    if (!unread.empty()) {
+        error.text = std::move(unread);
+    } else if (!fault.empty()) {
+        error = {XMLReadError::Stage::wellFormedness, fault};
+    } else if (!isUnchanged(attributes, *handle)) {
+        error.text = "the file was changed while it was read";
+    } else if (!parsed) {
+        error = {XMLReadError::Stage::document,
+                 fmt::format("{} (at byte {})", parsed.description(), parsed.offset)};
+    } else {
+        return document;
+    }
+    return nullptr;
+}
+
+XMLElement XMLDocument::root(const char* name) const {
+    return XMLElement(elementFrom(tree_->document.first_child(), name).internal_object());
+}
+
+XMLElement XMLDocument::appendRoot(const char* name) {
+    return XMLElement(made(tree_->document.append_child(name)).internal_object());
+}
+
+void XMLDocument::setHeader() {
+    pugi::xml_node first = tree_->document.first_child();
+    if (first.type() != pugi::node_declaration) {
+        first = made(tree_->document.prepend_child(pugi::node_declaration));
+    }
+    static const XMLAttribute header[] = {{"version", "1.0"}, {"encoding", "UTF-8"}, {"standalone", "yes"}};
+    XMLElement(first.internal_object()).setAttributes(header);
+    tree_->encoding = pugi::encoding_utf8;
+}
+
+namespace {
+
+class SinkWriter : public pugi::xml_writer {
+  public:
+    explicit SinkWriter(const ChunkSink& sink) : sink_(sink) {}
+    void write(const void* data, std::size_t size) override {
+        done_ = done_ && sink_({static_cast<const std::uint8_t*>(data), size});
+    }
+    bool isDone() const { return done_; }
+
+  private:
+    const ChunkSink& sink_;
+    bool done_ = true;
+};
+
+// The last code point that an encoding of single bytes can hold; 0 for the Unicode encodings.
+char32_t lastCharacter(pugi::xml_encoding encoding, const pugi::xml_document& document) {
+    if (encoding == pugi::encoding_latin1) return 0xFF;
+    const pugi::xml_node first = document.first_child();
+    if (first.type() != pugi::node_declaration) return 0;
+    return asciiLowercase(first.attribute("encoding").value()) == "us-ascii" ? 0x7F : 0;
+}
+
+}  // namespace
+
+bool XMLDocument::write(const ChunkSink& sink, const XMLStyle& style) const {
+    unsigned format = pugi::format_indent;
+    if (!style.emptyElementTags) format |= pugi::format_no_empty_element_tags;
+    if (tree_->hasMark) format |= pugi::format_write_bom;
+    // Without a declaration of its own the file had none.
+    if (tree_->document.first_child().type() != pugi::node_declaration) format |= pugi::format_no_declaration;
+
+    const char32_t last = lastCharacter(tree_->encoding, tree_->document);
+    if (last == 0) {
+        SinkWriter writer(sink);
+        tree_->document.save(writer, style.indent, format, tree_->encoding);
+        return writer.isDone();
+    }
+    LimitedWriter limited(sink, last);
+    const ChunkSink limitedSink = [&limited](ZALDataView bytes) { return limited.write(bytes); };
+    SinkWriter writer(limitedSink);
+    tree_->document.save(writer, style.indent, format, pugi::encoding_utf8);
+    return limited.finish() && writer.isDone();
+}
+
+}  // namespace zal

@@ -1,0 +1,97 @@
+#include <zaltag/rekordbox/ZALRekordboxCuePoint.h>
+
+#include "base/Numbers.h"
+#include "collection/CueNumbers.h"
+#include "platform/Description.h"
+#include "platform/Log.h"
+#include "platform/XML.h"
+#include "records/RecordHash.h"
+
+namespace {
+
+constexpr std::int64_t loopType = 4;
+constexpr const char* typeNames[] = {"Cue", "FadeIn", "FadeOut", "Load", "Loop"};
+
+}  // namespace
+
+ZALRekordboxCuePoint ZALRekordboxCuePoint::rekordboxCueWithCuePoint(const ZALTagCuePoint& cuePoint,
+                                                                    std::int64_t atIndex) {
+    ZALRekordboxCuePoint cue;
+    cue.name_ = cuePoint.name().value_or("");
+    cue.start_ = cuePoint.time();
+    cue.num_ = atIndex;
+    return cue;
+}
+
+ZALNullableString ZALRekordboxCuePoint::typeName() const {
+    return zal::nameOfType(typeNames, type_);
+}
+
+bool ZALRekordboxCuePoint::isEqualToRekordboxCuePoint(const ZALRekordboxCuePoint& other) const {
+    using zal::microseconds;
+    if (type_ != other.type_ || num_ != other.num_) return false;
+    if (microseconds(start_) != microseconds(other.start_)) return false;
+    if (type_ == loopType && microseconds(end_) != microseconds(other.end_)) return false;
+    return name_ == other.name_;
+}
+
+std::size_t ZALRekordboxCuePoint::hash() const {
+    return zal::formattedHash("{}-{}-{}-{}-{}", name_, type_, zal::microseconds(start_),
+                              zal::microseconds(end_), num_);
+}
+
+std::string ZALRekordboxCuePoint::description() const {
+    return fmt::format("{} - {} (i:{} t: {:.6f} t: {})",
+                       zal::defaultDescription("ZALRekordboxCuePoint", this), name_, num_, start_,
+                       zal::describe(typeName()));
+}
+
+std::optional<ZALRekordboxCuePoint> ZALRekordboxCuePoint::initWithXMLElement(const zal::XMLElement& element) {
+    const char* start = element.attribute("Start");
+    if (start == nullptr) return std::nullopt;
+    ZALRekordboxCuePoint cue;
+    cue.name_ = element.attributeText("Name");
+    cue.type_ = zal::integerValue(element.attributeText("Type"));
+    cue.start_ = zal::doubleValue(start);
+    cue.end_ = zal::doubleValue(element.attributeText("End"));
+    cue.num_ = zal::integerValue(element.attributeText("Num"));
+    return cue;
+}
+
+std::optional<std::int64_t> ZALRekordboxCuePoint::orderOfXMLElement(const zal::XMLElement& element) {
+    if (element.attribute("Start") == nullptr) return std::nullopt;
+    const char* num = element.attribute("Num");
+    return num == nullptr ? 0 : zal::integerValue(num);
+}
+
+void ZALRekordboxCuePoint::updateXMLElement(zal::XMLElement element) const {
+    std::vector<zal::XMLAttribute> attributes;
+    if (!name_.empty()) attributes.push_back({"Name", name_});
+    if (type_ == loopType) attributes.push_back({"End", zal::shortestDecimal(end_)});
+    attributes.push_back({"Start", zal::shortestDecimal(start_)});
+    attributes.push_back({"Type", std::to_string(type_)});
+    attributes.push_back({"Num", std::to_string(num_)});
+    element.setAttributes(attributes);
+}
+
+zal::XMLElement ZALRekordboxCuePoint::xmlElement(zal::XMLElement parent) const {
+    zal::XMLElement element = parent.appendChild("POSITION_MARK");
+    if (!name_.empty()) element.setAttribute("Name", name_);
+    element.setAttribute("Type", std::to_string(type_));
+    element.setAttribute("Start", zal::shortestDecimal(start_));
+    if (type_ == loopType) element.setAttribute("End", zal::shortestDecimal(end_));
+    element.setAttribute("Num", std::to_string(num_));
+    return element;
+}
+
+void ZALRekordboxCuePoint::writeTo(zal::XMLElement element) const {
+    updateXMLElement(element);
+}
+
+ZALRekordboxCuePoint ZALRekordboxCuePoint::copyAsStored() const {
+    ZALRekordboxCuePoint copy = *this;
+    copy.name_ = zal::textForXML(name_);
+    copy.start_ = zal::doubleValue(zal::shortestDecimal(start_));  // what is no number becomes 0
+    copy.end_ = type_ == loopType ? zal::doubleValue(zal::shortestDecimal(end_)) : 0;
+    return copy;
+}

@@ -1,0 +1,94 @@
+#include <zaltag/rekordbox/ZALRekordboxTrack.h>
+
+#include "base/Numbers.h"
+#include "collection/TrackWithCues.h"
+#include "platform/Dates.h"
+#include "platform/Description.h"
+#include "platform/Log.h"
+#include "rekordbox/TrackLocation.h"
+
+#include <zaltag/platform/ZALClock.h>
+#include <zaltag/platform/ZALHost.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+template class ZALTrackWithCues<ZALRekordboxCuePoint>;
+
+namespace {
+
+constexpr const char* markName = "POSITION_MARK";
+// A beat that would fall so close before a change of tempo is left to the new segment.
+constexpr double beatMargin = 0.1;
+
+}  // namespace
+
+std::int32_t ZALRekordboxTrack::idOfXMLElement(const zal::XMLElement& element) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    const std::int64_t id = zal::integerValue(element.attributeText("TrackID"));
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(id, Limits::min(), Limits::max()));
+}
+
+std::unique_ptr<ZALRekordboxTrack> ZALRekordboxTrack::initWithXMLElement(const zal::XMLElement& element) {
+    if (!element) return nullptr;
+    std::unique_ptr<ZALRekordboxTrack> track(new ZALRekordboxTrack);
+    track->setElement(element);
+    if (const char* location = element.attribute("Location")) track->setPath(zal::pathOfLocation(location));
+    track->trackId_ = idOfXMLElement(element);
+    // Marks without a start are placeholders: the track has them because it was written without cues.
+    track->forceDummyCuePoint_ = track->readCues(markName);
+    return track;
+}
+
+void ZALRekordboxTrack::removeAllCues(bool removeHotCues, bool removeMemoryCues) {
+    removeCues(
+        [=](const ZALRekordboxCuePoint& cue) { return cue.num() == -1 ? removeMemoryCues : removeHotCues; });
+    forceDummyCuePoint_ = true;
+    setNeedsUpdate(true);
+}
+
+void ZALRekordboxTrack::setForceDummyCuePoint(bool forced) {
+    if (forceDummyCuePoint_ == forced) return;
+    forceDummyCuePoint_ = forced;
+    setNeedsUpdate(true);
+}
+
+void ZALRekordboxTrack::updateXMLElement() {
+    zal::XMLElement track = element();
+    if (!track || !xmlNeedsUpdate()) return;
+    track.setAttribute("DateModified", zal::stampDate(ZALHost::shared().clock()->now()));
+    writeCues(markName);
+    if (forceDummyCuePoint_ && cueCount() == 0) track.appendChild(markName).setAttribute("Num", "0");
+    setNeedsUpdate(false);
+}
+
+std::optional<ZALTrackTempo> ZALRekordboxTrack::readTempo() const {
+    const zal::XMLElement track = element();
+    ZALTrackTempo tempo;
+    tempo.margin = beatMargin;
+    for (auto segment = track.firstChild("TEMPO"); segment; segment = segment.next("TEMPO")) {
+        const char* start = segment.attribute("Inizio");
+        const char* perMinute = segment.attribute("Bpm");
+        if (start == nullptr || perMinute == nullptr) return std::nullopt;
+        const double beatsPerMinute = zal::doubleValue(perMinute);
+        if (!(beatsPerMinute > 0)) return std::nullopt;
+        tempo.starts.push_back(zal::doubleValue(start));
+        tempo.steps.push_back(60 / beatsPerMinute);
+    }
+    const char* duration = track.attribute("TotalTime");
+    if (tempo.starts.empty() || duration == nullptr) return std::nullopt;
+    tempo.duration = zal::doubleValue(duration);
+    return tempo;
+}
+
+std::string ZALRekordboxTrack::description() const {
+    return fmt::format("{} - {} Cues: {}", zal::defaultDescription("ZALRekordboxTrack", this),
+                       zal::describe(path()), zal::descriptionOfAll(cues().elements()));
+}
+
+std::shared_ptr<const ZALRekordboxTrack> ZALRekordboxTrack::copy() const {
+    const std::shared_ptr<ZALRekordboxTrack> made(new ZALRekordboxTrack(*this));
+    made->leaveDocument();
+    return made;
+}
