@@ -12,6 +12,10 @@ find_package(JPEG REQUIRED)
 pkg_check_modules(WEBP REQUIRED IMPORTED_TARGET libwebp)
 find_path(STB_INCLUDE_DIR stb/stb_image.h REQUIRED)
 
+# Headers alone: timers over Asio, and libcurl, which the first request loads.
+find_path(ASIO_INCLUDE_DIR asio.hpp REQUIRED)
+find_path(CURL_INCLUDE_DIR curl/curl.h REQUIRED)
+
 find_path(LIBB64_INCLUDE_DIR b64/cencode.h REQUIRED)
 find_library(LIBB64_LIBRARY b64 REQUIRED)
 add_library(zaltag_libb64 INTERFACE)
