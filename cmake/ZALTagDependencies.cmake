@@ -16,6 +16,9 @@ find_path(STB_INCLUDE_DIR stb/stb_image.h REQUIRED)
 find_package(pugixml REQUIRED)
 find_package(EXPAT REQUIRED)
 pkg_check_modules(UTF8PROC REQUIRED IMPORTED_TARGET libutf8proc)
+# Headers alone: timers over Asio, and libcurl, which the first request loads.
+find_path(ASIO_INCLUDE_DIR asio.hpp REQUIRED)
+find_path(CURL_INCLUDE_DIR curl/curl.h REQUIRED)
 
 find_path(LIBB64_INCLUDE_DIR b64/cencode.h REQUIRED)
 find_library(LIBB64_LIBRARY b64 REQUIRED)

@@ -9,9 +9,10 @@ packages=(
     libtag1-dev libb64-dev libfmt-dev nlohmann-json3-dev libcli11-dev
     libpng-dev libjpeg62-turbo-dev libwebp-dev libstb-dev zlib1g-dev
     libpugixml-dev libexpat1-dev libutf8proc-dev
+    libasio-dev libcurl4-openssl-dev
     # testing: the framework, a second compiler for fuzzing, encoders and readers nobody here wrote
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
-    python3 python3-mutagen lame flac ffmpeg libimage-exiftool-perl
+    openssl python3 python3-mutagen lame flac ffmpeg libimage-exiftool-perl
 )
 
 missing=()

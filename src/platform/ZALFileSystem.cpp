@@ -5,8 +5,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <functional>
 #include <limits>
+#include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -149,7 +153,8 @@ class MachineFileHandle final : public ZALFileHandle {
     std::error_code lock() override {
         const auto error = done([&] { return ::flock(descriptor_, LOCK_EX | LOCK_NB); });
         // A mounted volume without locks must not refuse every save; it then saves without this protection.
-        const bool noLocks = error == std::errc::no_lock_available || error == std::errc::operation_not_supported ||
+        const bool noLocks = error == std::errc::no_lock_available ||
+                             error == std::errc::operation_not_supported ||
                              error == std::errc::function_not_supported;
         return noLocks ? std::error_code() : error;
     }
@@ -201,6 +206,29 @@ std::error_code realPath(const std::string& path, std::string& canonical) {
     return {};
 }
 
+// The names in a folder by their bytes, the last one first.
+std::error_code namesIn(const std::string& folder, std::vector<std::string>& names) {
+    DIR* const stream = ::opendir(folder.c_str());
+    if (stream == nullptr) return errorOf(errno);
+    errno = 0;
+    while (const dirent* entry = ::readdir(stream)) {
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+            names.emplace_back(entry->d_name);
+        }
+        errno = 0;
+    }
+    const int number = errno;
+    ::closedir(stream);
+    std::ranges::sort(names, std::greater());
+    return number == 0 ? std::error_code() : errorOf(number);
+}
+
+// A link to a folder is none here, so that no walk comes back to where it was.
+bool isFolderItself(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 class MachineFileSystem final : public ZALFileSystem {
   public:
     ZALFileKind kindOfFile(const std::string& path) const override {
@@ -246,6 +274,40 @@ class MachineFileSystem final : public ZALFileSystem {
     }
     std::error_code unlink(const std::string& path) override {
         return done([&] { return ::unlink(path.c_str()); });
+    }
+
+    std::error_code enumerate(
+        const std::string& folder,
+        const std::function<ZALFolderWalk(const std::string& relativePath)>& visit) override {
+        std::vector<std::string> waiting;  // what comes next is at the end
+        if (const auto error = namesIn(folder, waiting)) return error;
+        while (!waiting.empty()) {
+            const std::string path = std::move(waiting.back());
+            waiting.pop_back();
+            const ZALFolderWalk walk = visit(path);
+            if (walk == ZALFolderWalk::stop) break;
+            const std::string whole = folder + "/" + path;
+            if (walk == ZALFolderWalk::skip || !isFolderItself(whole)) continue;
+            std::vector<std::string> names;
+            namesIn(whole, names);
+            for (const std::string& name : names) {
+                waiting.push_back(path + "/" + name);
+            }
+        }
+        return {};
+    }
+
+    std::error_code createFolders(const std::string& path, std::uint32_t mode) override {
+        // Each folder by its prefix of the path, up to a slash or the end.
+        for (std::size_t end = 0; end != std::string::npos;) {
+            end = path.find('/', end + 1);
+            const std::string folder = path.substr(0, end);
+            if (::mkdir(folder.c_str(), mode) == 0) continue;
+            const int number = errno;
+            if (kindOfFile(folder) == ZALFileKind::folder) continue;
+            return errorOf(number == EEXIST ? ENOTDIR : number);
+        }
+        return {};
     }
 
     std::error_code syncFolder(const std::string& path) override {

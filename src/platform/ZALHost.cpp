@@ -1,7 +1,11 @@
 #include <zaltag/platform/ZALHost.h>
 
+#include "platform/RunningPrograms.h"
+#include "platform/UserFolders.h"
+
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <mutex>
 #include <string_view>
 #include <utility>
@@ -53,6 +57,11 @@ void writeToStandardError(const std::string& line) {
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
+ZALNullableString processVariable(const std::string& name) {
+    const char* const value = std::getenv(name.c_str());
+    return value == nullptr ? ZALNullableString() : value;
+}
+
 }  // namespace
 
 struct ZALHost::Services {
@@ -60,6 +69,17 @@ struct ZALHost::Services {
     std::shared_ptr<const ZALLogSink> logSink;  // null: standard error
     std::shared_ptr<ZALFileSystem> fileSystem = ZALFileSystem::machine();
     std::shared_ptr<ZALCloudStorage> cloudStorage;
+    std::shared_ptr<ZALUserDefaults> userDefaults = ZALUserDefaults::machine();
+    std::shared_ptr<ZALFolderBookmarks> folderBookmarks = ZALFolderBookmarks::machine();
+    std::shared_ptr<ZALClock> clock = ZALClock::machine();
+    std::shared_ptr<ZALHTTPClient> httpClient = ZALHTTPClient::machine();
+    std::function<ZALNullableString(const std::string&)> environment;
+    std::function<std::vector<std::string>()> documentsFolders;
+    std::function<std::vector<std::string>()> runningPrograms;
+    std::function<std::string(const std::string&)> localizer;
+    std::string bootVolumeName = "Macintosh HD";
+    ZALNullableString serviceHost;
+    ZALNullableString certificateAuthorityFile;
     ZALSaveMode saveMode = ZALSaveMode::safe;
     std::string name = program_invocation_short_name;
     std::string version = ZALHost::libraryVersion();
@@ -110,6 +130,88 @@ void ZALHost::setCloudStorage(std::shared_ptr<ZALCloudStorage> storage) {
 }
 std::shared_ptr<ZALCloudStorage> ZALHost::cloudStorage() const {
     return services_->get(services_->cloudStorage);
+}
+
+void ZALHost::setUserDefaults(std::shared_ptr<ZALUserDefaults> defaults) {
+    services_->set(services_->userDefaults, defaults ? std::move(defaults) : ZALUserDefaults::machine());
+}
+std::shared_ptr<ZALUserDefaults> ZALHost::userDefaults() const {
+    return services_->get(services_->userDefaults);
+}
+
+void ZALHost::setFolderBookmarks(std::shared_ptr<ZALFolderBookmarks> bookmarks) {
+    services_->set(services_->folderBookmarks,
+                   bookmarks ? std::move(bookmarks) : ZALFolderBookmarks::machine());
+}
+std::shared_ptr<ZALFolderBookmarks> ZALHost::folderBookmarks() const {
+    return services_->get(services_->folderBookmarks);
+}
+
+void ZALHost::setClock(std::shared_ptr<ZALClock> clock) {
+    services_->set(services_->clock, clock ? std::move(clock) : ZALClock::machine());
+}
+std::shared_ptr<ZALClock> ZALHost::clock() const {
+    return services_->get(services_->clock);
+}
+
+void ZALHost::setHTTPClient(std::shared_ptr<ZALHTTPClient> client) {
+    services_->set(services_->httpClient, client ? std::move(client) : ZALHTTPClient::machine());
+}
+std::shared_ptr<ZALHTTPClient> ZALHost::httpClient() const {
+    return services_->get(services_->httpClient);
+}
+
+void ZALHost::setEnvironment(std::function<ZALNullableString(const std::string& name)> environment) {
+    services_->set(services_->environment, std::move(environment));
+}
+ZALNullableString ZALHost::environmentVariable(const std::string& name) const {
+    const auto environment = services_->get(services_->environment);
+    return environment ? environment(name) : processVariable(name);
+}
+
+void ZALHost::setDocumentsFolders(std::function<std::vector<std::string>()> folders) {
+    services_->set(services_->documentsFolders, std::move(folders));
+}
+std::vector<std::string> ZALHost::documentsFolders() const {
+    const auto folders = services_->get(services_->documentsFolders);
+    return folders ? folders() : zal::documentsFolders();
+}
+
+void ZALHost::setRunningPrograms(std::function<std::vector<std::string>()> programs) {
+    services_->set(services_->runningPrograms, std::move(programs));
+}
+std::vector<std::string> ZALHost::runningPrograms() const {
+    const auto programs = services_->get(services_->runningPrograms);
+    return programs ? programs() : zal::runningPrograms();
+}
+
+void ZALHost::setLocalizer(std::function<std::string(const std::string& text)> localizer) {
+    services_->set(services_->localizer, std::move(localizer));
+}
+std::string ZALHost::localized(const std::string& text) const {
+    const auto localizer = services_->get(services_->localizer);
+    return localizer ? localizer(text) : text;
+}
+
+void ZALHost::setBootVolumeName(std::string name) {
+    services_->set(services_->bootVolumeName, std::move(name));
+}
+std::string ZALHost::bootVolumeName() const {
+    return services_->get(services_->bootVolumeName);
+}
+
+void ZALHost::setServiceHost(ZALNullableString host) {
+    services_->set(services_->serviceHost, std::move(host));
+}
+ZALNullableString ZALHost::serviceHost() const {
+    return services_->get(services_->serviceHost);
+}
+
+void ZALHost::setCertificateAuthorityFile(ZALNullableString path) {
+    services_->set(services_->certificateAuthorityFile, std::move(path));
+}
+ZALNullableString ZALHost::certificateAuthorityFile() const {
+    return services_->get(services_->certificateAuthorityFile);
 }
 
 void ZALHost::setSaveMode(ZALSaveMode mode) {

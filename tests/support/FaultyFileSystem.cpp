@@ -120,6 +120,17 @@ std::error_code FaultyFileSystem::unlink(const std::string& path) {
     return error ? error : machine_->unlink(path);
 }
 
+std::error_code FaultyFileSystem::enumerate(
+    const std::string& folder, const std::function<ZALFolderWalk(const std::string&)>& visit) {
+    const auto error = step(Operation::look);
+    return error ? error : machine_->enumerate(folder, visit);
+}
+
+std::error_code FaultyFileSystem::createFolders(const std::string& path, std::uint32_t mode) {
+    const auto error = step(Operation::create);
+    return error ? error : machine_->createFolders(path, mode);
+}
+
 std::error_code FaultyFileSystem::syncFolder(const std::string& path) {
     const auto error = step(Operation::sync);
     return error ? error : machine_->syncFolder(path);

@@ -59,6 +59,9 @@ class FaultyFileSystem final : public ZALFileSystem, public std::enable_shared_f
                                           std::error_code& error) override;
     std::error_code rename(const std::string& from, const std::string& to) override;
     std::error_code unlink(const std::string& path) override;
+    std::error_code enumerate(const std::string& folder,
+                              const std::function<ZALFolderWalk(const std::string&)>& visit) override;
+    std::error_code createFolders(const std::string& path, std::uint32_t mode) override;
     std::error_code syncFolder(const std::string& path) override;
 
   private:

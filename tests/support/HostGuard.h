@@ -3,8 +3,8 @@
 #include <zaltag/platform/ZALHost.h>
 #include <zaltag/platform/ZALMainQueue.h>
 
-/// A test's hold on the host: what is replaced through it, or beside it, is restored when it goes. The log (see
-/// LogCapture) and the file system are left alone.
+/// A test's hold on the host: what is replaced through it, or beside it, is restored when it goes. The log
+/// (see LogCapture) and the file system are left alone.
 class HostGuard {
   public:
     HostGuard() = default;

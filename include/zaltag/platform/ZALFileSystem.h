@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -66,6 +67,13 @@ class ZALTAG_EXPORT ZALFileHandle {
     virtual int descriptor() const = 0;
 };
 
+/// How a walk through a folder goes on.
+enum class ZALFolderWalk {
+    next,  ///< to what is in this folder, if it is one, then to the next name
+    skip,  ///< to the next name
+    stop,  ///< not at all
+};
+
 /// The file system as the library sees it: every file that is written goes over it. A host or a test replaces
 /// it through ZALHost before first use; every operation may be called from any thread. Errors are given as by
 /// ZALFileHandle.
@@ -94,6 +102,15 @@ class ZALTAG_EXPORT ZALFileSystem {
     virtual std::error_code rename(const std::string& from, const std::string& to) = 0;
     /// Takes a name away; not a folder's.
     virtual std::error_code unlink(const std::string& path) = 0;
+    /// Visits every name below a folder, by its path relative to it: a folder before what it holds, the names
+    /// of one folder in the order of their bytes. Symbolic links are visited and not followed; a folder below
+    /// that cannot be read is visited and left out. The error is that of the folder itself.
+    virtual std::error_code enumerate(
+        const std::string& folder,
+        const std::function<ZALFolderWalk(const std::string& relativePath)>& visit) = 0;
+    /// Makes a folder and those above it that are missing, with permission bits that the process's mask
+    /// applies to. Success when it is there already.
+    virtual std::error_code createFolders(const std::string& path, std::uint32_t mode) = 0;
     /// Returns when the names in a folder are on the disk.
     virtual std::error_code syncFolder(const std::string& path) = 0;
 
