@@ -156,11 +156,20 @@ TEST_F(MP4, traktorIsFoundBehindTheFirstTenThousandBytes) {
     }
 }
 
+// A "udta" that ends in a length of 0, as QuickTime writes it.
+ZALData terminated(const ZALData& userData) {
+    return mp4Atom("udta", joined({ZALData(userData.begin() + 8, userData.end()), ZALData(4)}));
+}
+
 TEST_F(MP4, audioIsFoundAfterEverySave) {
     const ZALData tagged = mp4Tag({mp4Item("covr", {ZALData(3000)}, 13)});
-    for (const MP4Content& content : {MP4Content{.userData = tagged}, MP4Content{.longTable = true},
-                                      MP4Content{.userData = tagged, .audioFirst = true},
-                                      MP4Content{.userData = mp4Atom("udta", mp4Atom("name", {1}))}}) {
+    const ZALData named = mp4Atom("udta", mp4Atom("name", {1}));
+    for (const MP4Content& content :
+         {MP4Content{.userData = tagged}, MP4Content{.longTable = true},
+          MP4Content{.userData = tagged, .audioFirst = true}, MP4Content{.userData = named},
+          MP4Content{.userData = terminated(tagged)}, MP4Content{.userData = terminated(named)},
+          MP4Content{
+              .userData = terminated(tagged), .audioFirst = true, .behind = mp4Atom("free", ZALData(100))}}) {
         open(mp4File(content));
         const ZALData audio = mp4Audio(path);
         for (const std::size_t length : {100u, 60000u, 100u, 70000u}) {
@@ -168,7 +177,9 @@ TEST_F(MP4, audioIsFoundAfterEverySave) {
             ASSERT_TRUE(tag->save());
             EXPECT_EQ(mp4Audio(path), audio);
         }
-        EXPECT_TRUE(ZALTagMP4::tagAtPath(path)->save());
+        const auto again = ZALTagMP4::tagAtPath(path);
+        EXPECT_EQ(again->comment(), std::string(70000, 'x'));
+        EXPECT_TRUE(again->save());
     }
 }
 
@@ -195,6 +206,13 @@ TEST_F(MP4, whatASaveCouldHarmIsReadOnly) {
         {"items of two gigabytes", mp4Atom("moov", mp4Atom("udta", mp4Atom("meta", longItem)))},
         {"a nested atom to the end of the file", damaged("stco", 0, {0, 0, 0, 0})},
         {"later fragments with places", mp4File({.behind = joined({fragment(true), fragment(true)})})},
+        {"a table behind the end of user data",
+         mp4File(
+             {.userData = joined({terminated(mp4Tag({})), mp4Atom("trak", mp4Atom("stco", ZALData(8)))})})},
+        {"fragments behind the end of user data",
+         mp4File({.userData = terminated(mp4Tag({})), .behind = fragment(true)})},
+        {"a zero length within user data",
+         mp4File({.userData = mp4Atom("udta", joined({ZALData(4), mp4Atom("name", {1})}))})},
         {"a container with a long length", fromHex("00000001 6D6F6F76 00000000 00000018 00000008 66726565")},
     };
     for (const auto& [what, file] : cases) {
