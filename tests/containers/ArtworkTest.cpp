@@ -20,6 +20,8 @@ namespace {
 
 using Operation = std::function<void(ZALTag&)>;
 
+const ZALImagePtr unrenderable = ZALImage::imageWithPixels(1000001, 1, ZALData(4000004));
+
 ZALImagePtr image(std::uint8_t seed) {
     return seed != 0 ? picture(16, 12, seed) : nullptr;
 }
@@ -128,6 +130,11 @@ TEST_F(ContainerArtwork, inMP4EveryCoverIsCalledAPNG) {
     EXPECT_EQ(tag->allImages().size(), 4u) << "one does not decode";
     EXPECT_EQ(tag->allImageData().size(), 5u);
     expectSteps({{restore, {"4o 14", "1o 14", "2 14", "? 14"}}});
+    ZALData cut = marked(3, 'c');
+    cut.resize(cut.size() - 20);
+    open("a.m4a", mp4File({.userData = mp4Tag({mp4Item("covr", {cut, marked(1, 'o')}, 14)})}));
+    EXPECT_EQ(saved().front(), "?c 14");
+    expectSteps({{replace(5), {"5 14", "1o 14"}}});  // one that does not decode is no customised one
 }
 
 TEST_F(ContainerArtwork, inMP4SomeOperationsAddAnEmptyItem) {
@@ -142,8 +149,11 @@ TEST_F(ContainerArtwork, inMP4SomeOperationsAddAnEmptyItem) {
         {[](ZALTag& t) { t.setAllImages({}); }, true},
         {restore, true},
         {backup(0), false},
+        {[](ZALTag& t) { t.backupOriginalImageAndSetCustomImage(unrenderable); }, false},
+        {[](ZALTag& t) { EXPECT_FALSE(t.replaceOriginalImage(unrenderable)); }, false},
         {replace(0), false},
     };
+    const LogCapture log;
     const std::string_view name = "covr";
     for (const auto& [operation, adds] : operations) {
         open("a.m4a", mp4File());
@@ -178,7 +188,6 @@ TEST_F(ContainerArtwork, inFLACTheOriginalIsLast) {
 }
 
 TEST_F(ContainerArtwork, thatCannotBeRenderedIsLogged) {
-    const ZALImagePtr unrenderable = ZALImage::imageWithPixels(1000001, 1, ZALData(4000004));
     for (const auto& [name, file] : {std::pair("MP4", mp4File()), std::pair("FLAC", flacFile())}) {
         open(name == std::string("MP4") ? "a.mp4" : "a.flac", file);
         const LogCapture log;
