@@ -166,20 +166,20 @@ int changeWithImage(const Options& options, void (*apply)(ZALTag& tag, const ZAL
     std::string failure;
     const ZALData data = readFile(options.image, failure);
     const ZALImagePtr image = failure.empty() ? ZALImage::imageWithData(data) : nullptr;
-    if (image != nullptr) {
+    if (image != nullptr && image->PNGData()) {
         return changeAll(options, {always, [&](ZALTag& tag) { apply(tag, image); }});
     }
+    if (failure.empty())
+        failure = image != nullptr ? "is too wide or high for a PNG" : "is not a picture that can be read";
     Output output(false);
-    output.failure(options.image, failure.empty() ? "is not a picture that can be read" : failure);
+    output.failure(options.image, failure);
     return output.finish();
 }
 
 int replace(const Options& options) {
     return changeWithImage(options, [](ZALTag& tag, const ZALImagePtr& image) {
-        if (tag.replaceOriginalImage(image)) return;
-        throw ChangeRefused(holdsCustomized(tag)
-                                ? "holds a customised picture; restore the original one first"
-                                : "the picture could not be rendered");
+        if (!tag.replaceOriginalImage(image))
+            throw ChangeRefused("holds a customised picture; restore the original one first");
     });
 }
 
@@ -224,7 +224,10 @@ void addArtworkCommand(CLI::App& program, Command& chosen) {
         add("export", "Write all pictures to files, as they are stored", exportPictures);
     exporter->add_option("--out", exported->folder,
                          "Folder to write to, created when missing; the current one without");
-    addImage(add("replace", "Replace the picture of files that hold no customised one", replace));
+    addImage(
+        add("replace",
+            "Replace the first picture; a customised one only in MP4 and FLAC files, where it stays marked",
+            replace));
     addImage(add("backup", "Put in a customised picture and keep the original one", backup));
     add("restore", "Take customised pictures out and put the original one back", restore);
     add("clear", "Remove all pictures", clear);

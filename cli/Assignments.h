@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-/// A mistake in the command line, found before anything is touched.
+/// A mistake in the command line, found before anything is touched. It ends the command: main() prints it.
 class UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

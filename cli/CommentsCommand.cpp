@@ -55,23 +55,9 @@ std::pair<std::vector<std::string>, std::string> readWords(const Options& option
     return {files, text};
 }
 
-int change(const std::vector<std::string>& files, const std::function<void(ZALTag&)>& change) {
-    Output output(false);
-    for (const std::string& file : files) {
-        const std::string failure = changeFile(file, change);
-        if (!failure.empty()) output.failure(file, failure);
-    }
-    return output.finish();
-}
-
 int set(const Options& options) {
-    try {
-        const auto [files, text] = readWords(options);
-        return change(files, [&text = text](ZALTag& tag) { tag.setComment(text); });
-    } catch (const UsageError& error) {
-        Output(false).message(error.what());
-        return wrongUsage;
-    }
+    const auto [files, text] = readWords(options);
+    return changeFiles(files, [&text = text](ZALTag& tag) { tag.setComment(text); });
 }
 
 // Only the ID3 family has comments to clean up.
@@ -99,9 +85,9 @@ void addCommentsCommand(CLI::App& program, Command& chosen) {
     add("set", "Set the primary comment", "FILE... comment=TEXT", set);
     add("prune", "Remove all comments but the primary one and those of other programs", "FILE",
         [](const Options& o) {
-            return change(o.words, [](ZALTag& tag) { id3Family(tag).deleteExtraneousComments(); });
+            return changeFiles(o.words, [](ZALTag& tag) { id3Family(tag).deleteExtraneousComments(); });
         });
     add("strip-v1", "Empty the comment of the ID3v1 tag", "FILE", [](const Options& o) {
-        return change(o.words, [](ZALTag& tag) { id3Family(tag).deleteID3v1Comment(); });
+        return changeFiles(o.words, [](ZALTag& tag) { id3Family(tag).deleteID3v1Comment(); });
     });
 }

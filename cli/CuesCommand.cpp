@@ -80,20 +80,9 @@ Request readWords(const Options& options) {
 }
 
 int set(const Options& options) {
-    Output output(false);
-    try {
-        const Request request = readWords(options);
-        const CuePlace& place = *cuePlace(options.place);
-        for (const std::string& file : request.files) {
-            const std::string failure =
-                changeFile(file, [&](ZALTag& tag) { place.write(tag, request.cuePoints); });
-            if (!failure.empty()) output.failure(file, failure);
-        }
-    } catch (const UsageError& error) {
-        output.message(error.what());
-        return wrongUsage;
-    }
-    return output.finish();
+    const Request request = readWords(options);
+    const CuePlace& place = *cuePlace(options.place);
+    return changeFiles(request.files, [&](ZALTag& tag) { place.write(tag, request.cuePoints); });
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "Files.h"
 
+#include "Output.h"
+
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <unistd.h>
@@ -70,6 +72,15 @@ std::string changeFile(const std::string& path, const std::function<void(ZALTag&
         return refused.what();
     }
     return opened.tag->save() ? "" : "could not be saved; the file is as it was";
+}
+
+int changeFiles(const std::vector<std::string>& paths, const std::function<void(ZALTag&)>& change) {
+    Output output(false);
+    for (const std::string& path : paths) {
+        const std::string failure = changeFile(path, change);
+        if (!failure.empty()) output.failure(path, failure);
+    }
+    return output.finish();
 }
 
 FoundFiles findFiles(const std::vector<std::string>& paths) {

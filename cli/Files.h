@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-/// The path as the commands hand it to the library: absolute. ".." stays, since across a link it leads elsewhere than
-/// its text says.
+/// The path as the commands hand it to the library: absolute. ".." stays, since across a link it leads
+/// elsewhere than its text says.
 std::string absolutePath(const std::string& path);
 
 /// A file opened for a command, or the reason why not, in a few words for a person.
@@ -30,6 +30,9 @@ class ChangeRefused : public std::runtime_error {
 /// Opens a file, changes it and saves it. Empty when that went well, else the reason for a person; the file
 /// is then as it was.
 std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change);
+
+/// The same for several files, with a line for each one that failed. Gives the exit status.
+int changeFiles(const std::vector<std::string>& paths, const std::function<void(ZALTag&)>& change);
 
 /// The files a command walks over, and the folders that could not be read.
 struct FoundFiles {

@@ -78,24 +78,13 @@ std::pair<std::vector<std::string>, std::vector<std::pair<std::string, Dictionar
 }
 
 int record(const std::vector<std::string>& words) {
-    Output output(false);
-    try {
-        const auto [files, records] = readWords(words);
-        for (const std::string& file : files) {
-            const std::string failure = changeFile(file, [&records = records](ZALTag& tag) {
-                for (const auto& [name, dictionary] : records) {
-                    if (!setters.at(name)(tag, dictionary)) {
-                        throw ChangeRefused(fmt::format("the {} given has nothing to store", name));
-                    }
-                }
-            });
-            if (!failure.empty()) output.failure(file, failure);
+    const auto [files, records] = readWords(words);
+    return changeFiles(files, [&records = records](ZALTag& tag) {
+        for (const auto& [name, dictionary] : records) {
+            if (!setters.at(name)(tag, dictionary))
+                throw ChangeRefused(fmt::format("the {} given has nothing to store", name));
         }
-    } catch (const UsageError& error) {
-        output.message(error.what());
-        return wrongUsage;
-    }
-    return output.finish();
+    });
 }
 
 }  // namespace

@@ -70,6 +70,12 @@ std::pair<std::vector<std::string>, std::vector<Assignment>> readWords(const Opt
     return {words.files, assignments};
 }
 
+// Other formats have no ID3v1 tag, or keep it in step.
+void requireID3v1(const ZALTag& tag) {
+    if (tag.className() != std::string("ZALTagID3"))
+        throw ChangeRefused(fmt::format("{} has no ID3v1 tag to remove", tag.className()));
+}
+
 // Makes the save remove the ID3v1 tag. A save before it has the fields that only that tag holds written to
 // the ID3v2 tag.
 void stripID3v1(ZALTag& tag) {
@@ -78,6 +84,7 @@ void stripID3v1(ZALTag& tag) {
 }
 
 void change(ZALTag& tag, const std::vector<Assignment>& assignments, bool stripV1) {
+    if (stripV1) requireID3v1(tag);
     const auto keys = tag.propertyKeys();
     for (const Assignment& assignment : assignments) {
         if (!contains(keys.elements(), assignment.name)) {
@@ -91,20 +98,9 @@ void change(ZALTag& tag, const std::vector<Assignment>& assignments, bool stripV
 }
 
 int set(const Options& options) {
-    Output output(false);
-    try {
-        const auto [files, assignments] = readWords(options);
-        for (const std::string& file : files) {
-            const std::string failure = changeFile(file, [&, &assignments = assignments](ZALTag& tag) {
-                change(tag, assignments, options.stripV1);
-            });
-            if (!failure.empty()) output.failure(file, failure);
-        }
-    } catch (const UsageError& error) {
-        output.message(error.what());
-        return wrongUsage;
-    }
-    return output.finish();
+    const auto [files, assignments] = readWords(options);
+    return changeFiles(
+        files, [&, &assignments = assignments](ZALTag& tag) { change(tag, assignments, options.stripV1); });
 }
 
 }  // namespace

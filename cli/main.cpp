@@ -1,3 +1,4 @@
+#include "Assignments.h"
 #include "Commands.h"
 
 #include <zaltag/platform/ZALHost.h>
@@ -47,7 +48,12 @@ int run(int argc, char** argv) {
         std::cerr << "zaltag: " << error.what() << "\nTry 'zaltag --help'.\n";
         return wrongUsage;
     }
-    return chosen();
+    try {
+        return chosen();
+    } catch (const UsageError& error) {
+        std::cerr << "zaltag: " << error.what() << "\n";
+        return wrongUsage;
+    }
 }
 
 }  // namespace

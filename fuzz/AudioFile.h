@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 // What every target does that opens, changes and saves an audio file.
@@ -38,6 +39,12 @@ class FuzzedFile {
   private:
     std::string path_;
 };
+
+/// The bytes of a file.
+inline ZALData contentsOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
 
 /// Reads all there is to read.
 inline void readEverything(const ZALTag& tag) {

@@ -3,10 +3,10 @@
 
 #include "containers/ZALFile.h"
 
-#include "ScratchFile.h"
+#include "AudioFile.h"
+#include "FuzzSupport.h"
 
 #include <zaltag/containers/ZALTagWAV.h>
-#include <zaltag/platform/ZALHost.h>
 
 #include <tbytevectorstream.h>
 
@@ -42,22 +42,20 @@ auto othersOf(const ZALData& file) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const ScratchFile file("a.wav");
-    ZALHost::shared().setLogSink([](const std::string&) {});
-    const ZALData before(data, data + size);
-    file.write(before);
+    const FuzzedFile file(data, size, "wav");
     const auto tag = ZALTagWAV::tagAtPath(file.path());
     if (tag == nullptr) return 0;
-    const auto chunks = othersOf(before);
+    readEverything(*tag);
+    const auto chunks = othersOf({data, data + size});
     for (const std::string text : {"short", "a longer text, so that chunks move"}) {
         tag->setModifiedBy(text);
         tag->setInfoTitle(text);
         tag->setZalVelvetCascade(ZALTagVelvetCascade::tagWithBackupFileName(nullptr, true));
         const bool saved = tag->save();
-        if (othersOf(ScratchFile::contentsOf(file.path())) != chunks) std::abort();
+        require(othersOf(contentsOf(file.path())) == chunks);
         const auto again = ZALTagWAV::tagAtPath(file.path());
-        if (again == nullptr) std::abort();
-        if (saved && (again->modifiedBy() != text || again->infoTitle() != text)) std::abort();
+        require(again != nullptr);
+        require(!saved || (again->modifiedBy() == text && again->infoTitle() == text));
     }
     return 0;
 }

@@ -3,7 +3,8 @@
 
 #include "containers/WavVelvetCascadeTagInserter.h"
 
-#include "ScratchFile.h"
+#include "AudioFile.h"
+#include "FuzzSupport.h"
 
 #include <algorithm>
 #include <optional>
@@ -12,14 +13,15 @@ namespace {
 
 const ZALData record{'r', 'e', 'c', 'o', 'r', 'd'};
 
-std::optional<ZALData> rewritten(const ScratchFile& file, ZALDataView content) {
-    file.write(content);
+std::optional<ZALData> rewritten(ZALDataView content) {
+    const FuzzedFile file(content.data(), content.size(), "wav");
+    const FuzzedFile out(nullptr, 0, "out");
     zal::WavVelvetCascadeTagInserter inserter;
-    if (!inserter.OpenFile(file.path()) || !inserter.OpenOutput(file.path() + "_")) std::abort();
+    require(inserter.OpenFile(file.path()) && inserter.OpenOutput(out.path()));
     inserter.SetPayload(record);
     inserter.ParseFile();
     if (!inserter.done() || inserter.failed()) return std::nullopt;
-    return ScratchFile::contentsOf(file.path() + "_");
+    return contentsOf(out.path());
 }
 
 class RecordCount final : public zal::WavMetadataParser {
@@ -33,14 +35,13 @@ class RecordCount final : public zal::WavMetadataParser {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const ScratchFile file("a.wav");
-    const auto once = rewritten(file, {data, size});
+    const auto once = rewritten({data, size});
     if (!once) return 0;
-    const auto twice = rewritten(file, *once);
-    if (twice != once || once->size() < 26) std::abort();
+    require(rewritten(*once) == once && once->size() >= 26);
+    const FuzzedFile file(once->data(), once->size(), "wav");
     RecordCount records;
-    if (!records.OpenFile(file.path()) || !records.ParseFile()) std::abort();
-    if (records.count != 1 || records.VCASPayload() != record) std::abort();
-    if (!std::equal(record.begin(), record.end(), once->end() - 6)) std::abort();
+    require(records.OpenFile(file.path()) && records.ParseFile());
+    require(records.count == 1 && records.VCASPayload() == record);
+    require(std::equal(record.begin(), record.end(), once->end() - 6));
     return 0;
 }

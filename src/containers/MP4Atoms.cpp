@@ -20,6 +20,9 @@ constexpr std::string_view containers[] = {"moov", "udta", "mdia", "meta", "ilst
                                            "minf", "moof", "traf", "trak", "stsd"};
 // A "meta" that begins with one of these has no version and flags in front.
 constexpr std::string_view metaChildren[] = {"hdlr", "ilst", "mhdr", "ctry", "lang"};
+// What TagLib has to see for a save: the places of the audio, and the tag.
+constexpr std::string_view updated[] = {"stco", "co64", "moof", "udta"};
+constexpr std::int64_t terminatorLength = 4;
 
 template <typename Names>
 bool isAmong(const Names& names, std::string_view name) {
@@ -48,20 +51,35 @@ class AtomWalk {
             leaveContainersBefore(position);
             if (around_.empty() && position + 8 > fileEnd_) break;
             Atom atom;
-            if (++count_ > countMax || !readHeader(position, atom) || !visit(atom))
-                return MP4Structure::refused;
+            if (++count_ > countMax || !readHeader(position, atom)) return refused();
+            if (isTerminator(atom)) {
+                isUnseen_ = true;
+                position += terminatorLength;
+                continue;
+            }
+            if (!visit(atom)) return refused();
             if (!atom.isContainer()) {
                 position = atom.end();
                 continue;
             }
             position = firstChild(atom);
             around_.push_back(std::move(atom));
-            if (around_.size() > nestingMax) return MP4Structure::refused;
+            if (around_.size() > nestingMax) return refused();
         }
         return writable_ ? MP4Structure::writable : MP4Structure::readable;
     }
 
   private:
+    // What TagLib does not see cannot harm it.
+    MP4Structure refused() const { return isUnseen_ ? MP4Structure::readable : MP4Structure::refused; }
+
+    // QuickTime ends a "udta" with a length of 0. TagLib takes it for an atom to the end of the file, and
+    // sees nothing of what follows.
+    bool isTerminator(const Atom& atom) const {
+        return atom.toEndOfFile && !around_.empty() && around_.back().name() == "udta" &&
+               atom.offset + terminatorLength == around_.back().end();
+    }
+
     TagLib::ByteVector read(std::int64_t position, unsigned long length) {
         stream_.seek(static_cast<long>(position));
         return stream_.readBlock(length);
@@ -105,6 +123,7 @@ class AtomWalk {
     // them, and moves the places of the audio that it finds in some atoms.
     bool visit(const Atom& atom) {
         const bool container = atom.isContainer();
+        if (isUnseen_ && isAmong(updated, atom.name())) writable_ = false;
         const std::int64_t limit = around_.empty() ? fileEnd_ : around_.back().end();
         // The last atom may be cut off, or may reach to the end, when nothing in it is looked at.
         const bool cutAudio = around_.empty() && !container;
@@ -154,6 +173,7 @@ class AtomWalk {
     std::vector<Atom> around_;  // the containers that are open, the outermost one first
     std::size_t count_ = 0;
     std::size_t fragments_ = 0;
+    bool isUnseen_ = false;  // behind the terminator of a "udta"
     bool writable_ = true;
 };
 

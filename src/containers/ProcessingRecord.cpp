@@ -163,15 +163,15 @@ class Rewrite {
 }  // namespace
 
 std::optional<ZALTagVelvetCascade> readProcessingRecord(const std::string& path) {
-    WavMetadataParser parser;
     try {
+        WavMetadataParser parser;
         if (!parser.OpenFile(path)) return std::nullopt;
         parser.ParseFile();
+        if (parser.VCASPayload().empty()) return std::nullopt;
+        return ZALTagVelvetCascade::initWithJSONDict(JSONDict(parser.VCASPayload()));
     } catch (const std::exception&) {  // no memory for a chunk of that size
         return std::nullopt;
     }
-    if (parser.VCASPayload().empty()) return std::nullopt;
-    return ZALTagVelvetCascade::initWithJSONDict(JSONDict(parser.VCASPayload()));
 }
 
 std::optional<ZALError> writeProcessingRecord(const ZALTagVelvetCascade& record, const std::string& path) {

@@ -22,6 +22,7 @@ class Blocks final : public zal::ArtworkContainer {
 
     std::vector<zal::StoredPicture> pictures(bool) const override {
         std::vector<zal::StoredPicture> out;
+        // Each is a picture: TagLib lists only the blocks that are, so none is left out, or logged.
         for (const Picture* picture : file_.pictureList()) {
             out.push_back({zal::viewOf(picture->data()), zal::stringWithTagLibString(picture->mimeType()),
                            static_cast<std::uint32_t>(picture->type())});

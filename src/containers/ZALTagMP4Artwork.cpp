@@ -58,7 +58,7 @@ zal::Artwork artwork(TagLib::MP4::Tag& tag) {
     return {std::make_unique<Covers>(tag), zal::mp4Artwork};
 }
 
-// Some operations add an empty item where there is none, which the next save writes, as the files have it.
+// Listing adds an empty item where there is none, which the next save writes, as the files have it.
 TagLib::MP4::Tag& withCovers(TagLib::MP4::Tag& tag) {
     if (!tag.contains(coverItem)) tag.setItem(coverItem, CoverArtList());
     return tag;
@@ -96,14 +96,14 @@ ZALArray<ZALTagStoredImage> ZALTagMP4::allStoredImages() const {
 }
 
 bool ZALTagMP4::replaceOriginalImage(const ZALImagePtr& image) {
-    return artwork(withCovers(*state_->tag)).replaceOriginalImage(image);
+    return artwork(*state_->tag).replaceOriginalImage(image);
 }
 bool ZALTagMP4::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
-    return artwork(withCovers(*state_->tag)).replacePrimaryImage(image, markAsCustom);
+    return artwork(*state_->tag).replacePrimaryImage(image, markAsCustom);
 }
 void ZALTagMP4::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
-    if (image != nullptr) artwork(withCovers(*state_->tag)).backupOriginalImageAndSetCustomImage(image);
+    artwork(*state_->tag).backupOriginalImageAndSetCustomImage(image);
 }
 void ZALTagMP4::restoreOriginalImage() {
-    artwork(withCovers(*state_->tag)).restoreOriginalImage();
+    artwork(*state_->tag).restoreOriginalImage();
 }

@@ -8,8 +8,8 @@
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
+#include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
-#include "platform/Log.h"
 #include "tag/ZALTagBackEnds.h"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ std::unique_ptr<ZALFile> wavFile(zal::TagLibStream& stream) {
     stream.seek(0);
     const TagLib::ByteVector head = stream.readBlock(12);
     if (!head.startsWith("RIFF") || head.mid(8) != "WAVE") return nullptr;
-    if (zal::walkForm(stream, zal::FormKind::riff).isTooLarge) return nullptr;
+    if (!zal::canReadForm(stream, zal::FormKind::riff)) return nullptr;
     stream.seek(0);  // TagLib walks the chunks from where the stream stands
     auto file = std::make_unique<ZALFile>(&stream, false, TagLib::AudioProperties::Average);
     return file->isValid() ? std::move(file) : nullptr;
@@ -43,8 +43,7 @@ std::unique_ptr<ZALFile> wavFile(zal::TagLibStream& stream) {
 // The fields of an INFO list: the bytes before the first NUL, by id; the last of an id counts.
 std::map<std::string, std::string> infoFields(const TagLib::ByteVector& list) {
     std::map<std::string, std::string> fields;
-    const ZALDataView bytes{reinterpret_cast<const std::uint8_t*>(list.data()), list.size()};
-    zal::ByteReader in(bytes);
+    zal::ByteReader in(zal::viewOf(list));
     in.skip(4);
     while (in.remaining() >= 8) {
         const ZALDataView id = in.take(4);
@@ -188,7 +187,7 @@ bool ZALTagWAV::save(ZALError* error) {
     if (wavfile_ == nullptr || state().v2Tag == nullptr) return failSave(error);
     if (isOutdated_) reopen();
     const auto saved =
-        zal::saveForm(*state().stream, zal::FormKind::riff, [this] { return wavfile_->save(); });
+        zal::saveForm(path(), *state().stream, zal::FormKind::riff, [this] { return wavfile_->save(); });
     // The record is written also where the tags could not be.
     if (saved != zal::FormSave::refused) saveRecord();
     return saved == zal::FormSave::done || failSave(error);
@@ -196,12 +195,22 @@ bool ZALTagWAV::save(ZALError* error) {
 
 void ZALTagWAV::saveRecord() {
     if (!pnTag_ || !path()) return;
-    if (!state().stream->isCurrent() || !zal::canCarryProcessingRecord(*path())) {
-        zal::logf("could not write the processing record of '{}': the file cannot be copied whole", *path());
-        return;
+    std::string failure;
+    try {
+        if (!state().stream->isCurrent()) {
+            failure = "another program changed the file";
+        } else if (!zal::canCarryProcessingRecord(*path())) {
+            failure = "the copy would lose some of its chunks";
+        } else {
+            writePNTag(pnTag_, *path());  // logs what fails
+            isOutdated_ = !state().stream->isCurrent();
+        }
+    } catch (const std::exception& exception) {  // no memory for an old record
+        failure = exception.what();
     }
-    writePNTag(pnTag_, *path());
-    isOutdated_ = !state().stream->isCurrent();
+    if (!failure.empty()) {
+        zal::logf("could not write the processing record of '{}': {}", zal::describe(path()), failure);
+    }
     if (isOutdated_) reopen();
 }
 

@@ -2,11 +2,10 @@
 
 #include "base/Endian.h"
 #include "id3/ID3Chapters.h"
-#include "id3/TagLibStream.h"
-#include "platform/Log.h"
+#include "id3/TagFile.h"
+#include "id3/TagLibBytes.h"
 
 #include <algorithm>
-#include <exception>
 #include <limits>
 #include <string_view>
 
@@ -16,10 +15,6 @@ namespace {
 
 constexpr std::uint64_t headSize = 12;
 constexpr std::uint64_t chunkHeaderSize = 8;
-
-ZALDataView viewOf(const TagLib::ByteVector& bytes) {
-    return {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()};
-}
 
 TagLib::ByteVector bytesAt(TagLibStream& stream, std::uint64_t position, unsigned long count) {
     stream.seek(static_cast<long>(position));
@@ -54,48 +49,89 @@ bool isReadWhole(const FormChunk& chunk) {
     return isID3(chunk) || is(chunk, "LIST") || is(chunk, "VCAS");
 }
 
-bool isTag(TagLibStream& stream, const FormChunk& chunk, std::uint64_t content) {
-    if (is(chunk, "LIST")) return chunk.size >= 4 && bytesAt(stream, content, 4) == "INFO";
-    return isID3(chunk);
+bool isInfo(TagLibStream& stream, const FormChunk& chunk, std::uint64_t content) {
+    return is(chunk, "LIST") && chunk.size >= 4 && bytesAt(stream, content, 4) == "INFO";
 }
+
+// Goes from chunk to chunk until there is none or its header makes no sense.
+class Walker {
+  public:
+    Walker(TagLibStream& stream, FormKind kind)
+        : stream_(stream), kind_(kind), length_(static_cast<std::uint64_t>(stream.length())) {
+        const TagLib::ByteVector size = bytesAt(stream, 4, 4);
+        ByteReader reader(viewOf(size));
+        formEnd_ = chunkHeaderSize + sizeIn(reader, kind);
+    }
+
+    // Reads the next header. False when there is no chunk.
+    bool enter() {
+        if (offset_ + chunkHeaderSize > length_) return false;
+        const TagLib::ByteVector header = bytesAt(stream_, offset_, chunkHeaderSize);
+        ByteReader reader(viewOf(header));
+        const ZALDataView id = reader.take(4);
+        chunk_.size = sizeIn(reader, kind_);
+        if (!isID(id) || content() + chunk_.size > length_) return false;
+        std::copy(id.begin(), id.end(), chunk_.id.begin());
+        return true;
+    }
+    const FormChunk& chunk() const { return chunk_; }
+    std::uint64_t content() const { return offset_ + chunkHeaderSize; }
+
+    // Goes behind the chunk and its pad byte.
+    void leave() {
+        moveTo(content() + chunk_.size);
+        if (offset_ % 2 != 0 && isPadding(viewOf(bytesAt(stream_, offset_, 5)))) moveTo(offset_ + 1);
+    }
+
+    bool isTooLong() const { return length_ > std::numeric_limits<std::uint32_t>::max(); }
+    // What is wrong with the place where the walk ended; empty when nothing is.
+    std::string damage() const {
+        const std::uint64_t rest = length_ - std::min(offset_, length_);
+        if (!metFormEnd_ && rest > offset_ % 2)
+            return fmt::format("its chunks are damaged at byte {}", offset_);
+        // A recording that was cut off before its sizes were written.
+        return rest > offset_ ? "its chunks are only a small part of it" : "";
+    }
+
+  private:
+    void moveTo(std::uint64_t offset) {
+        offset_ = offset;
+        metFormEnd_ = metFormEnd_ || offset == formEnd_;
+    }
+
+    TagLibStream& stream_;
+    const FormKind kind_;
+    const std::uint64_t length_;
+    std::uint64_t formEnd_ = 0;
+    std::uint64_t offset_ = headSize;
+    bool metFormEnd_ = false;  // a chunk ended where the form says that it ends
+    FormChunk chunk_;
+};
 
 }  // namespace
 
 FormWalk walkForm(TagLibStream& stream, FormKind kind) {
     FormWalk walk;
-    const auto length = static_cast<std::uint64_t>(stream.length());
-    walk.isTooLarge = length > std::numeric_limits<std::uint32_t>::max();
-    const TagLib::ByteVector head = bytesAt(stream, 4, 4);
-    ByteReader headReader(viewOf(head));
-    const std::uint64_t formEnd = chunkHeaderSize + sizeIn(headReader, kind);
-    bool endsWithForm = false;
-    std::uint64_t offset = headSize;
-    for (std::size_t count = 0; !walk.isTooLarge && offset + chunkHeaderSize <= length; ++count) {
-        const TagLib::ByteVector header = bytesAt(stream, offset, chunkHeaderSize);
-        ByteReader reader(viewOf(header));
-        const ZALDataView id = reader.take(4);
-        FormChunk chunk{.size = sizeIn(reader, kind)};
-        const std::uint64_t content = offset + chunkHeaderSize;
-        if (!isID(id) || content + chunk.size > length) break;
-        std::copy(id.begin(), id.end(), chunk.id.begin());
-        walk.isTooLarge = count == formChunkCountMax || (isReadWhole(chunk) && chunk.size > formTagSizeMax) ||
-                          (isID3(chunk) && !chaptersNestSafely(stream, static_cast<long>(content)));
-        if (!isTag(stream, chunk, content)) walk.chunks.push_back(chunk);
-        offset = content + chunk.size;
-        endsWithForm = endsWithForm || offset == formEnd;
-        if (offset % 2 != 0 && isPadding(viewOf(bytesAt(stream, offset, 5)))) ++offset;
-        endsWithForm = endsWithForm || offset == formEnd;
+    Walker walker(stream, kind);
+    walk.isTooLarge = walker.isTooLong();
+    for (std::size_t count = 0; !walk.isTooLarge && walker.enter(); ++count) {
+        const FormChunk& chunk = walker.chunk();
+        walk.isTooLarge = count == formChunkCountMax || (isReadWhole(chunk) && chunk.size > formTagSizeMax);
+        if (isID3(chunk)) {
+            if (!walk.tagPosition) walk.tagPosition = walker.content();
+        } else if (!isInfo(stream, chunk, walker.content())) {
+            walk.chunks.push_back(chunk);
+        }
+        walker.leave();
     }
-    const std::uint64_t rest = length - std::min(offset, length);
-    if (walk.chunks.empty()) {
-        walk.damage = "it holds no chunk besides tags";
-    } else if (!endsWithForm && rest > offset % 2) {
-        walk.damage = fmt::format("its chunks are damaged at byte {}", offset);
-    } else if (rest > offset) {
-        // A recording that was cut off before its sizes were written.
-        walk.damage = "its chunks are only a small part of it";
-    }
+    walk.damage = walk.chunks.empty() ? "it holds no chunk besides tags" : walker.damage();
     return walk;
+}
+
+bool canReadForm(TagLibStream& stream, FormKind kind) {
+    const FormWalk walk = walkForm(stream, kind);
+    if (walk.isTooLarge) return false;
+    return !walk.tagPosition || chaptersNestSafely(stream, static_cast<long>(*walk.tagPosition));
 }
 
 namespace {
@@ -108,27 +144,23 @@ std::string whyNot(TagLibStream& stream, FormKind kind, const FormWalk& before) 
     return isSame ? std::string() : "its chunks would not stay as they are";
 }
 
-FormSave refuse(TagLibStream& stream, const std::string& reason) {
-    logf("could not save '{}': {}", stream.name(), reason);
-    return FormSave::refused;
-}
-
 }  // namespace
 
-FormSave saveForm(TagLibStream& stream, FormKind kind, const std::function<bool()>& save) {
-    try {
+FormSave saveForm(const ZALNullableString& path, TagLibStream& stream, FormKind kind,
+                  const std::function<bool()>& save) {
+    std::string refusal;
+    const bool saved = saveTag(path, stream, [&] {
         const FormWalk before = walkForm(stream, kind);
-        if (!before.damage.empty()) return refuse(stream, before.damage);
-        if (!save()) return FormSave::failed;
-        if (const std::string reason = whyNot(stream, kind, before); !reason.empty()) {
-            stream.giveUp(reason);
-            return refuse(stream, reason);
-        }
-    } catch (const std::exception& exception) {
-        // What TagLib wrote so far stays in the stream and must not reach the disk.
-        stream.giveUp(exception.what());
-    }
-    return stream.commit() ? FormSave::done : FormSave::failed;
+        refusal = before.damage;
+        if (!refusal.empty() || !save()) return false;
+        refusal = whyNot(stream, kind, before);
+        if (!refusal.empty()) stream.giveUp(refusal);
+        return refusal.empty();
+    });
+    if (saved) return FormSave::done;
+    if (refusal.empty()) return FormSave::failed;
+    logf("could not save '{}': {}", describe(path), refusal);
+    return FormSave::refused;
 }
 
 }  // namespace zal

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <zaltag/base/ZALText.h>
+
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,10 +28,9 @@ struct FormChunk {
 /// sense.
 struct FormWalk {
     std::vector<FormChunk> chunks;  ///< those that are no tags: what a save must leave as it is
-    /// TagLib must not see the file: over 4 GiB, too many chunks, a huge tag, or one that overflows its
-    /// stack.
-    bool isTooLarge = false;
-    std::string damage;  ///< why TagLib must not edit the file; empty when it may
+    bool isTooLarge = false;        ///< TagLib must not see the file: over 4 GiB, too many chunks, a huge tag
+    std::optional<std::uint64_t> tagPosition;  ///< of the ID3v2 tag that TagLib reads
+    std::string damage;                        ///< why TagLib must not edit the file; empty when it may
 };
 
 /// More chunks than any program writes; TagLib's work grows with their square.
@@ -38,12 +41,16 @@ constexpr std::uint32_t formTagSizeMax = std::uint32_t{1} << 28;
 /// Walks a file whose first twelve bytes are the head of a form.
 FormWalk walkForm(TagLibStream& stream, FormKind kind);
 
+/// Whether TagLib may see such a file: neither its chunks nor its ID3v2 tag are beyond what it can take.
+bool canReadForm(TagLibStream& stream, FormKind kind);
+
 /// How a save ended. Refused: the file is damaged, or TagLib's edit would damage it; one line was logged.
 enum class FormSave { done, failed, refused };
 
 /// Saves by TagLib and commits what it wrote. TagLib puts its chunks behind the last one it understands,
 /// which in a damaged file is before the audio; so the chunks are walked before, and again before the commit:
 /// they must be as they were. Catches what TagLib throws.
-FormSave saveForm(TagLibStream& stream, FormKind kind, const std::function<bool()>& save);
+FormSave saveForm(const ZALNullableString& path, TagLibStream& stream, FormKind kind,
+                  const std::function<bool()>& save);
 
 }  // namespace zal

@@ -56,7 +56,7 @@ bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
     if (s.stream == nullptr || !beginsAsAIFF(*s.stream)) return false;
-    if (zal::walkForm(*s.stream, zal::FormKind::form).isTooLarge) return false;
+    if (!zal::canReadForm(*s.stream, zal::FormKind::form)) return false;
     s.stream->seek(0);  // TagLib walks the chunks from where the stream stands
     aifffile_ = std::make_unique<AIFFFile>(s.stream.get(), false, TagLib::AudioProperties::Average);
     if (!aifffile_->isValid()) return false;
@@ -74,6 +74,6 @@ bool ZALTagAIFF::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
     if (aifffile_ == nullptr || state().v2Tag == nullptr) return failSave(error);
     const auto saved =
-        zal::saveForm(*state().stream, zal::FormKind::form, [this] { return aifffile_->save(); });
+        zal::saveForm(path(), *state().stream, zal::FormKind::form, [this] { return aifffile_->save(); });
     return saved == zal::FormSave::done || failSave(error);
 }

@@ -74,7 +74,10 @@ ZALArray<ZALTagImageDictionary> Artwork::allImages() const {
         const auto size = permittedSize(picture.data);
         if (!size) continue;
         pixels += size->pixels();  // also of one that turns out to be damaged: it costs as much
-        if (pixels > listedPixelsMax) break;
+        if (pixels > listedPixelsMax) {
+            logf("pictures beyond {} mega pixels are left out of the list", listedPixelsMax >> 20);
+            break;
+        }
         if (ZALImagePtr image = ZALImage::imageWithData(picture.data))
             images.push_back({image, picture.type});
     }
@@ -113,9 +116,9 @@ void Artwork::setAllImages(const ZALArray<ZALTagImageDictionary>& images) {
 }
 
 bool Artwork::replaceOriginalImage(const ZALImagePtr& image) {
-    const bool customized = isCustomized();
-    if (customized && !rules_.replacesCustomized) return false;
-    return replacePrimaryImage(image, customized);
+    if (rules_.replacesCustomized) return replacePrimaryImage(image, customizedImage() != nullptr);
+    // The mark alone protects the host's picture, also one that no longer decodes.
+    return !isCustomized() && replacePrimaryImage(image, false);
 }
 
 bool Artwork::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {

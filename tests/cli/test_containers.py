@@ -71,21 +71,18 @@ class InMP4(ContainerTest):
     def test_items_as_others_read_them(self):
         song = self.make("song.m4a", "-metadata", "composer=Me", "-metadata", "track=3/9")
         self.set_all(song)
-        self.zaltag("set", song, "grouping=Peak", "modifiedBy=nobody")
+        self.zaltag("set", song, "grouping=Peak")
         tags = MP4(song).tags
-        self.assertEqual((tags["©ART"], tags["©nam"], tags["©grp"], tags["tmpo"], tags["©day"]),
-                         (["Zoë 🎧"], ["a=b"], ["Peak"], [124], ["2024"]))
-        self.assertEqual(tags["----:com.apple.iTunes:initialkey"], [b"8A"])
-        self.assertEqual(tags["----:com.apple.iTunes:energylevel"], [b"7"])
+        self.assertEqual((tags["©ART"], tags["©grp"], tags["tmpo"], tags["©day"]), (["Zoë 🎧"], ["Peak"], [124], ["2024"]))
+        self.assertEqual([tags["----:com.apple.iTunes:" + name] for name in ("initialkey", "energylevel")], [[b"8A"], [b"7"]])
         self.assertEqual((tags["©wrt"], tags["trkn"]), (["Me"], [(3, 9)]))
-        self.assertIsNone(self.show(song)["modifiedBy"])
-        self.zaltag("set", song, "artist=", "tempo=0", "initialKey=", "energyLevel=", "grouping=", "year=")
-        tags = MP4(song).tags
-        self.assertEqual(tags["tmpo"], [0])
-        self.assertFalse({"©ART", "©grp", "©day", "----:com.apple.iTunes:energylevel"} & set(tags))
-        for verb in ("prune", "strip-v1"):
-            out, err = self.zaltag("comments", verb, song, status=1)
+        self.zaltag("set", song, "artist=", "tempo=0", "energyLevel=", "grouping=")
+        self.assertEqual(MP4(song)["tmpo"], [0])
+        self.assertFalse({"©ART", "©grp", "----:com.apple.iTunes:energylevel"} & set(MP4(song).tags))
+        for refused in (("comments", "prune", song), ("set", song, "title=x", "--strip-v1")):
+            out, err = self.zaltag(*refused, status=1)
             self.assertEqual((out, len(err.splitlines())), ("", 1))
+        self.assertEqual(self.show(song)["title"], "a=b")
 
     def test_pictures(self):
         song, other = self.make("song.m4a"), self.make("other.m4a")
@@ -115,14 +112,11 @@ class InFLAC(ContainerTest):
         self.check(song, before)
         self.check_values(song)
         tags = FLAC(song).tags
-        self.assertEqual({name: tags[name] for name in ("artist", "bpm", "initialkey", "energylevel", "date", "composer")},
-                         {"artist": ["Zoë 🎧"], "bpm": ["124"], "initialkey": ["8A"], "energylevel": ["7"],
-                          "date": ["2024"], "composer": ["Me"]})
+        self.assertEqual([tags[name] for name in ("artist", "bpm", "initialkey", "energylevel", "date", "composer")],
+                         [["Zoë 🎧"], ["124"], ["8A"], ["7"], ["2024"], ["Me"]])
         for comment in ("x" * 30000, "", "y" * 9000):
             self.zaltag("set", song, "comment=" + comment)
             self.check(song, before)
-        self.zaltag("set", song, *(f"{name}=" for name in {**TEXTS, **NUMBERS}))
-        self.assertFalse({"artist", "bpm", "initialkey", "energylevel", "date", "comment"} & set(FLAC(song).tags.keys()))
 
     def test_id3_tags_stay_in_step(self):
         song = self.make("song.flac")

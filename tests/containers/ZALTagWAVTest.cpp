@@ -184,11 +184,13 @@ TEST_F(WAV, aNullRecordLeavesTheChunkAndAFrameIsNoRecord) {
 TEST_F(WAV, theRecordIsWrittenAlsoWhenTheTagsCannotBe) {
     const auto tag = opened(wavFile(), true);
     tag->setZalVelvetCascade(record(true));
-    tag->setTitle("t");
+    tag->setTempo(124);
+    tag->setInfoTitle("t");
     ZALError error;
     EXPECT_FALSE(tag->save(&error));
     EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
     EXPECT_EQ(content(), wavFile({recordChunk(true)}));
+    EXPECT_EQ(tag->tempo(), 124);
     EXPECT_EQ(tag->title(), "t");
 }
 
@@ -251,15 +253,18 @@ TEST_F(WAV, theRecordIsNotWrittenWhereThatWouldLoseAChunk) {
 }
 
 TEST_F(WAV, whatAnotherProgramWroteIsLeftAlone) {
-    const auto tag = opened(wavFile());
-    tag->setZalVelvetCascade(record(true));
-    tag->setTitle("t");
     const ZALData others = wavFile({riffChunk("junk", bytesOf("other"))});
-    opened(others);
-    const LogCapture log;
-    EXPECT_FALSE(tag->save());
-    EXPECT_EQ(content(), others);
-    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("another program"), HasSubstr("processing record")));
+    for (const bool savedBefore : {false, true}) {
+        const auto tag = opened(wavFile());
+        tag->setZalVelvetCascade(record(true));
+        EXPECT_TRUE(!savedBefore || tag->save());
+        tag->setTitle("t");
+        opened(others);
+        const LogCapture log;
+        EXPECT_FALSE(tag->save());
+        EXPECT_EQ(content(), others);
+        EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("another program"), HasSubstr("processing record")));
+    }
 }
 
 TEST_F(WAV, theNewFileStandsBesideTheRealOneAndKeepsItsPermissions) {

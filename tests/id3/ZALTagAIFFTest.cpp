@@ -47,4 +47,27 @@ TEST(AIFF, savesOnlyItsOwnChunk) {
     EXPECT_EQ(ZALTagAIFF::tagAtPath(path)->grouping(), "Peak");
 }
 
+TEST(AIFF, damagedChunksAreReadButNotSaved) {
+    const TemporaryFolder folder;
+    ZALData cut = aiffFile({iffChunk("ID3 ", id3Tag({id3Text("TIT2", "old")}))});
+    cut.resize(cut.size() - 20);
+    const ZALData torn =
+        aiffFile({iffChunk("\1\2\3\4", {}), iffChunk("ID3 ", id3Tag({id3Text("TIT2", "t")}))});
+    for (const ZALData& file : {cut, torn}) {
+        const std::string path = folder.write("a.aiff", file);
+        const auto tag = ZALTagAIFF::tagAtPath(path);
+        ASSERT_NE(tag, nullptr);
+        tag->setTitle("new");
+        const LogCapture log;
+        ZALError error;
+        EXPECT_FALSE(tag->save(&error));
+        EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
+        EXPECT_THAT(log.lines(), testing::ElementsAre(testing::HasSubstr("its chunks are damaged at byte")));
+        EXPECT_EQ(contentsOf(path), file);
+    }
+    const std::string path = folder.write("long.aiff", aiffFile());
+    std::filesystem::resize_file(path, std::uintmax_t{1} << 32);
+    EXPECT_EQ(ZALTagAIFF::tagAtPath(path), nullptr);
+}
+
 }  // namespace

@@ -176,6 +176,24 @@ TEST_F(Artwork, thatDoesNotDecodeIsNone) {
     EXPECT_EQ(tag->allImageData()[1], cut);
     tag->restoreOriginalImage();
     EXPECT_EQ(tag->allImageData().elements(), std::vector<ZALData>{cut});
+    ZALTagDataImage marked(png(1));
+    marked.setIsCustomImage(true);
+    cut = marked.imageData();
+    cut.resize(cut.size() - 20);
+    open({apic(cut)});
+    EXPECT_FALSE(tag->hasCustomizedImage());
+    EXPECT_FALSE(tag->replaceOriginalImage(custom)) << "its mark protects it";
+    EXPECT_EQ(listed(), "custom image/jpeg 3 about");
+}
+
+TEST_F(Artwork, thatIsTooMuchIsNotListed) {
+    ZALData large = png(1);
+    const ZALData size = fromHex("00001F40 00001F40");  // 8000 each
+    std::copy(size.begin(), size.end(), large.begin() + 16);
+    open({apic(png(1)), apic(large), apic(large), apic(large), apic(large), apic(large), apic(png(2))});
+    const LogCapture log;
+    EXPECT_EQ(tag->allImages().size(), 1u);
+    EXPECT_THAT(log.lines(), ElementsAre("pictures beyond 256 mega pixels are left out of the list"));
 }
 
 TEST_F(Artwork, thatCannotBeRenderedChangesNothing) {

@@ -106,13 +106,13 @@ class ZALTAG_EXPORT ZALTagMP4 final : public ZALTag {
     std::optional<ZALTagSeratoGrid> seratoGrid() const;
     /// True when the name of any item contains "serato".
     bool hasSeratoMetadata() const override;
-    /// True when "NITR" stands somewhere behind the first 10,000 bytes of the file, before any "free". Reads
-    /// the file.
+    /// True when "NITR" is found in the file from byte 10,000 on. A "free" from there on ends the search
+    /// with the block of 1,024 bytes that it stands in. Reads the file.
     bool hasTraktorMetadata() const override;
 
     // Pictures are the covers of the item "covr". Where there is none, hasImages(), allImages(),
-    // allImageData() and the operations that change pictures add an empty item, which the next save writes.
-    // Every cover that is written is called a PNG.
+    // allImageData(), setAllImages() and restoreOriginalImage() add an empty item, which the next save
+    // writes; an operation that fails adds none. Every cover that is written is called a PNG.
 
     bool supportsImages() const override { return true; }
     bool hasImages() const override;

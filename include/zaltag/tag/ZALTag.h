@@ -166,7 +166,7 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// The customised picture, or else the original one.
     ZALImagePtr primaryImage() const;
     /// Every picture that decodes, in the order of the file, with its type. A listing decodes at most 256
-    /// mega pixels, a gigabyte; pictures beyond are left out.
+    /// mega pixels (a gigabyte); it ends before the picture that goes beyond, with a log line.
     virtual ZALArray<ZALTagImageDictionary> allImages() const;
     /// Replaces all pictures by these, as PNG. Their types are not written: every one gets the standard type
     /// (0). One that cannot be rendered is skipped with a log line.
