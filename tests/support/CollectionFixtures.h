@@ -1,0 +1,66 @@
+#pragma once
+
+#include "support/AudioFixtures.h"
+#include "support/HostGuard.h"
+#include "support/ManualClock.h"
+
+#include <zaltag/collection/ZALCollectionQueue.h>
+#include <zaltag/platform/ZALUserDefaults.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+/// User defaults that live in memory.
+class MemoryDefaults final : public ZALUserDefaults {
+  public:
+    ZALNullableString stringForKey(const std::string& key) override;
+    ZALNullableData dataForKey(const std::string& key) override;
+    bool hasValueForKey(const std::string& key) override;
+    void setString(const std::string& key, const std::string& value) override;
+    void setData(const std::string& key, const ZALNullableData& value) override;
+    void removeKey(const std::string& key) override;
+    void synchronize() override {}
+
+  private:
+    std::mutex mutex_;
+    std::map<std::string, std::string> texts_;
+    std::map<std::string, ZALNullableData> data_;
+};
+
+/// A host in which a collection can be used: settings in memory, a clock that stands still, a folder of its
+/// own as the documents folder, "Host" 1.2 as its name.
+struct CollectionHost {
+    CollectionHost();
+
+    /// Writes a file of this folder and returns its path.
+    std::string file(const std::string& name, const std::string& content) const;
+
+    std::string root() const { return folder.path().string(); }
+
+    HostGuard host;
+    TemporaryFolder folder;
+    std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
+};
+
+std::string contentOf(const std::string& path);
+/// How often a text stands in another one.
+std::size_t countOf(const std::string& text, const std::string& part);
+
+/// What a completion was given.
+struct Completed {
+    bool success = false;
+    std::optional<ZALError> error;
+    bool operator==(bool expected) const { return success == expected; }
+};
+/// Runs an operation of a queue that takes a completion, and waits for it on the main queue.
+Completed completed(const std::function<void(ZALCollectionCompletion)>& operation);
+inline Completed saved(ZALCollectionQueue& queue) {
+    return completed([&queue](ZALCollectionCompletion completion) { queue.save(std::move(completion)); });
+}
+inline Completed reloaded(ZALCollectionQueue& queue) {
+    return completed([&queue](ZALCollectionCompletion completion) { queue.reload(std::move(completion)); });
+}
