@@ -1,0 +1,334 @@
+#include "platform/FileReplacement.h"
+#include "support/CollectionFixtures.h"
+#include "support/LogCapture.h"
+
+#include <zaltag/platform/ZALNotificationCenter.h>
+#include <zaltag/rekordbox/ZALRekordboxDatabase.h>
+#include <zaltag/rekordbox/ZALRekordboxQueue.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fmt/format.h>
+
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr auto twoTracks = R"(<DJ_PLAYLISTS><COLLECTION>
+<TRACK TrackID="7" Location="file://localhost/a.mp3" TotalTime="100">
+<POSITION_MARK Name="hot" Type="0" Start="9" Num="0"/><POSITION_MARK Name="mem" Type="0" Start="8" Num="-1"/></TRACK>
+<TRACK TrackID="8" Location="file://localhost/b.mp3" TotalTime="100"><TEMPO Inizio="0" Bpm="60"/></TRACK>
+</COLLECTION></DJ_PLAYLISTS>)";
+
+ZALArray<ZALTagCuePoint> cuesAt(const std::vector<double>& times) {
+    std::vector<ZALTagCuePoint> cues;
+    for (const double time : times) {
+        cues.push_back(ZALTagCuePoint::cuePointWithTime(time, "n"));
+    }
+    return cues;
+}
+
+class RekordboxQueue : public testing::Test, protected CollectionHost {
+  protected:
+    RekordboxQueue() : RekordboxQueue(twoTracks) {}
+    explicit RekordboxQueue(const std::string& content) {
+        ZALRekordboxDatabase::setUserRekordboxDatabaseFileURL(file("rekordbox.xml", content));
+        database = ZALRekordboxDatabase::initWithRekordboxDatabaseFileAtURL(path());
+        queue = ZALRekordboxQueue::queueWithDatabase(database);
+        settle();  // a new queue looks whether the file changed
+    }
+
+    std::string path() const { return root() + "/rekordbox.xml"; }
+    std::string importFile(int number) const {
+        return root() + fmt::format("/rekordbox_zalcues_{:03}.xml", number);
+    }
+    // Num and start of every cue of a track.
+    std::vector<std::pair<std::int64_t, double>> cues(const std::string& track) const {
+        std::vector<std::pair<std::int64_t, double>> all;
+        for (const auto& cue : database->trackForSongFileAtURL(track)->cues()) {
+            all.emplace_back(cue.num(), cue.start());
+        }
+        return all;
+    }
+    // Writes the file as another program would, at another time than before.
+    void replaceFile(const std::string& content) {
+        file("rekordbox.xml", content);
+        std::filesystem::last_write_time(path(),
+                                         std::filesystem::last_write_time(path()) + std::chrono::hours(1));
+    }
+    // Waits for what the serial queue was asked for.
+    void settle() {
+        completed([&](ZALCollectionCompletion done) { queue->reload(std::move(done)); });
+    }
+
+    std::shared_ptr<ZALRekordboxDatabase> database;
+    std::shared_ptr<ZALRekordboxQueue> queue;
+};
+
+using Pairs = std::vector<std::pair<std::int64_t, double>>;
+
+}  // namespace
+
+TEST_F(RekordboxQueue, replacesHotCuesMemoryCuesOrBoth) {
+    queue->setCuePoints(cuesAt({3, 1}), "/a.mp3", true, false);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(cues("/a.mp3"), (Pairs{{-1, 8}, {0, 1}, {1, 3}}));
+    queue->setCuePoints(cuesAt({5}), "/a.mp3", false, true);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(cues("/a.mp3"), (Pairs{{0, 1}, {1, 3}, {-1, 5}}));
+    queue->setCuePoints(cuesAt({2, 1}), "/a.mp3", true, true);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(cues("/a.mp3"), (Pairs{{-1, 1}, {-1, 2}, {0, 1}, {1, 2}}));
+    queue->setCuePoints({}, "/a.mp3", true, true);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(countOf(contentOf(path()), "<POSITION_MARK Num=\"0\" />"), 1U);
+    EXPECT_EQ(countOf(contentOf(path()), "<POSITION_MARK"), 1U);
+    EXPECT_EQ(countOf(contentOf(importFile(1)), "<POSITION_MARK Num=\"0\" />"), 1U) << "placeholders too";
+}
+
+TEST_F(RekordboxQueue, movesCuesToTheTracksGridAndWritesTheWholeRoad) {
+    queue->setCuePoints(cuesAt({50}), "/b.mp3", true, false);
+    queue->setCuePoints(cuesAt({2.3, 0.6}), "/b.mp3", true, false);  // replaces the first request
+    queue->setCuePoints(cuesAt({1}), "/not-there.mp3", true, true);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(cues("/b.mp3"), (Pairs{{0, 1}, {1, 2}}));
+    const std::string text = contentOf(path());
+    EXPECT_THAT(text, HasSubstr("<POSITION_MARK Name=\"n\" Start=\"1\" Type=\"0\" Num=\"0\" />"));
+    EXPECT_THAT(text, HasSubstr(R"(<PLAYLISTS>
+    <NODE Type="0" Name="ROOT" Count="1">
+      <NODE Type="1" Name="ZAL Cue Points" Entries="1" KeyType="0">
+        <TRACK Key="8" />
+      </NODE>
+    </NODE>
+  </PLAYLISTS>)"));
+    const auto date = contentOf(importFile(1)).find("ModificationDate=\"") + 18;
+    const std::string stamp = contentOf(importFile(1)).substr(date, 24);
+    EXPECT_EQ(contentOf(importFile(1)), fmt::format(R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>
+<DJ_PLAYLISTS Version="1.0.0" CreatedByApp="Host" CreatedByVersion="1.2" CreationPlatform="Mac" ModificationDate="{}">
+  <COLLECTION Entries="1">
+    <TRACK TrackID="8" Location="file://localhost/b.mp3" TotalTime="100">
+      <POSITION_MARK Name="n" Start="1" Type="0" Num="0" />
+      <POSITION_MARK Name="n" Start="2" Type="0" Num="1" />
+    </TRACK>
+  </COLLECTION>
+  <PLAYLISTS>
+    <NODE Type="0" Name="ROOT" Count="1">
+      <NODE Type="1" Name="ZAL Cue Points" KeyType="0" Entries="1">
+        <TRACK Key="8" />
+      </NODE>
+    </NODE>
+  </PLAYLISTS>
+</DJ_PLAYLISTS>
+)",
+                                                    stamp));
+}
+
+TEST_F(RekordboxQueue, anUnchangedBatchWritesImportFilesAlone) {
+    queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
+    ASSERT_TRUE(saved(*queue).success);
+    const std::string once = contentOf(path());
+    const std::string import = contentOf(importFile(1));
+    clock->advance(10);
+    for (const int stale : {1, 2, 100, 101})
+        file(fmt::format("rekordbox_zalcues_{:03}.xml", stale), "stale");
+    queue->setCuePoints(cuesAt({1.0000001}), "/a.mp3", true, false);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(contentOf(path()), once);
+    EXPECT_NE(contentOf(importFile(1)), import) << "its date";
+    EXPECT_EQ(contentOf(importFile(1)).size(), import.size());
+    EXPECT_FALSE(std::filesystem::exists(importFile(2)));
+    EXPECT_FALSE(std::filesystem::exists(importFile(100)));
+    EXPECT_TRUE(std::filesystem::exists(importFile(101)));
+    EXPECT_EQ(queue->progress().first, 0U);
+}
+
+TEST_F(RekordboxQueue, theTimerWritesAfter180SecondsAndAnExplicitSaveLeavesItAlone) {
+    queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
+    settle();
+    ZALMainQueue::shared().runPending();
+    EXPECT_EQ(queue->progress().first, 1U);
+    EXPECT_EQ(clock->pending(), 1U);
+    clock->advance(100);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(clock->pending(), 1U);
+    queue->setCuePoints(cuesAt({4}), "/a.mp3", true, false);
+    settle();
+    EXPECT_EQ(clock->pending(), 1U) << "the one that runs is enough";
+    clock->advance(79.9);
+    settle();
+    EXPECT_EQ(cues("/a.mp3"), (Pairs{{-1, 8}, {0, 1}}));
+    clock->advance(0.2);
+    settle();
+    EXPECT_EQ(cues("/a.mp3"), (Pairs{{-1, 8}, {0, 4}}));
+    EXPECT_EQ(clock->pending(), 0U);
+}
+
+TEST_F(RekordboxQueue, cancelDropsRequestsAndTimer) {
+    queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
+    queue->cancel();
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(contentOf(path()), twoTracks);
+    EXPECT_EQ(clock->pending(), 0U);
+}
+
+TEST_F(RekordboxQueue, aFailedReloadKeepsTheRequestsAndTheNextBatchDropsThem) {
+    replaceFile("<broken");
+    queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
+    const LogCapture log;
+    const Completed first = saved(*queue);
+    EXPECT_FALSE(first.success);
+    ASSERT_TRUE(first.error);
+    EXPECT_EQ(first.error->code, ZALErrorCode::rekordboxCollectionUnreadable);
+    ASSERT_EQ(log.lines().size(), 1U);
+    EXPECT_THAT(log.lines()[0], HasSubstr("-[ZALRekordboxQueue processQueueAndSave:] failed to reload the "
+                                          "rekordbox db: "));
+    ZALMainQueue::shared().runPending();
+    EXPECT_EQ(queue->progress().first, 1U);
+    EXPECT_EQ(clock->pending(), 1U);
+    EXPECT_TRUE(saved(*queue).success) << "nothing is loaded: requests are dropped without a word";
+    replaceFile(twoTracks);
+    ASSERT_TRUE(reloaded(*queue).success);
+    EXPECT_TRUE(saved(*queue).success);
+    EXPECT_EQ(contentOf(path()), twoTracks);
+}
+
+TEST_F(RekordboxQueue, aFailedSaveKeepsTheRequestsAndIsTriedAgain) {
+    const std::string blocked = zal::FileReplacement::temporaryPath(path());
+    std::filesystem::create_directory(blocked);
+    const LogCapture log;
+    queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
+    settle();
+    clock->advance(180);
+    settle();
+    EXPECT_EQ(clock->pending(), 1U) << "armed again after a failed batch";
+    const Completed result = saved(*queue);
+    EXPECT_FALSE(result.success);
+    ASSERT_TRUE(result.error);
+    EXPECT_EQ(result.error->code, ZALErrorCode::rekordboxCollectionUnwritable);
+    EXPECT_EQ(contentOf(path()), twoTracks);
+    std::filesystem::remove(blocked);
+    clock->advance(180);
+    settle();
+    EXPECT_EQ(countOf(contentOf(path()), "Start=\"1\""), 1U);
+    EXPECT_EQ(clock->pending(), 0U);
+}
+
+TEST_F(RekordboxQueue, discardsRequestsWithoutAPath) {
+    const LogCapture log;
+    queue->setCuePoints(cuesAt({1}), std::nullopt, true, true);
+    queue->setCuePoints(cuesAt({1}), "", true, true);
+    const std::string line =
+        "-[ZALRekordboxQueue setCuePoints:forTrackWithPath:hotCues:memoryCues:]: discarded "
+        "request for nil path";
+    EXPECT_THAT(log.lines(), ElementsAre(line, line));
+}
+
+TEST_F(RekordboxQueue, progressGoesThroughItsStagesOnTheMainQueue) {
+    std::vector<std::uint64_t> stages;
+    const auto token = ZALNotificationCenter::shared().addObserver(
+        ZALRekordboxQueueProgressChangedNotification, [&](const ZALNotification& notification) {
+            EXPECT_EQ(notification.sender, queue.get());
+            stages.push_back(queue->progress().first);
+        });
+    queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
+    saved(*queue);
+    while (ZALMainQueue::shared().runPending() > 0) {
+    }
+    ZALNotificationCenter::shared().removeObserver(token);
+    EXPECT_FALSE(stages.empty());
+    EXPECT_EQ(stages.back(), 0U);
+}
+
+TEST_F(RekordboxQueue, completionsArriveOnceAlsoWhenNothingIsThereAndAfterShutDown) {
+    std::filesystem::remove(path());
+    const LogCapture log;
+    EXPECT_FALSE(reloaded(*queue).success);
+    queue->shutDown();
+    EXPECT_FALSE(saved(*queue).success);
+    EXPECT_FALSE(reloaded(*queue).success);
+}
+
+TEST_F(RekordboxQueue, aPlaylistAtTheRootLeavesOutPlaylistAndImportFiles) {
+    replaceFile(
+        "<DJ_PLAYLISTS><COLLECTION><TRACK TrackID='7' Location='file:///a.mp3' TotalTime='1'/></COLLECTION>"
+        "<PLAYLISTS><NODE Type='1' Name='p'/></PLAYLISTS></DJ_PLAYLISTS>");
+    queue->setCuePoints(cuesAt({0.5}), "/a.mp3", true, false);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(cues("/a.mp3"), (Pairs{{0, 0.5}}));
+    EXPECT_THAT(contentOf(path()), Not(HasSubstr("ZAL Cue Points")));
+    EXPECT_FALSE(std::filesystem::exists(importFile(1)));
+}
+
+TEST_F(RekordboxQueue, playlistsAreRewrittenOnlyWhenTheyChanged) {
+    replaceFile(
+        R"(<DJ_PLAYLISTS><COLLECTION><TRACK TrackID="7" Location="file:///a.mp3"/></COLLECTION><PLAYLISTS>
+<NODE Type="0" Name="ROOT" Count="9" Odd="1"><NODE Type="0" Name="f"><NODE Type="1" Name="ZAL Cue Points"/></NODE>
+<NODE Type="1" Name="by place" KeyType="1" Odd="1"><TRACK Key="x"/><TRACK Key="x"/></NODE>
+<NODE Type="1" Name="ZAL Cue Points" Odd="1"><TRACK Key="9"/><TRACK Key="3"/><TRACK Key="9"/></NODE></NODE></PLAYLISTS></DJ_PLAYLISTS>)");
+    queue->setCuePoints({}, "/a.mp3", true, false);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_THAT(contentOf(path()), HasSubstr(R"(    <NODE Type="0" Name="ROOT" Count="9" Odd="1">
+      <NODE Type="0" Name="f">
+        <NODE Type="1" Name="ZAL Cue Points" />
+      </NODE>
+      <NODE Type="1" Name="by place" KeyType="1" Odd="1">
+        <TRACK Key="x" />
+        <TRACK Key="x" />
+      </NODE>
+      <NODE Type="1" Name="ZAL Cue Points" Entries="3" KeyType="0">
+        <TRACK Key="3" />
+        <TRACK Key="7" />
+        <TRACK Key="9" />
+      </NODE>
+    </NODE>)"));
+}
+
+// Requests, batches, reloads and lookups from many threads; worth most under the thread sanitizer.
+TEST_F(RekordboxQueue, servesManyThreadsAtOnce) {
+    constexpr int threads = 8;
+    constexpr int requests = 1000;
+    std::atomic<int> asked = 0;
+    std::atomic<int> arrived = 0;
+    std::atomic<bool> stop = false;
+    const auto count = [&](bool, const ZALError*) { ++arrived; };
+    std::thread looking([&] {
+        while (!stop) {
+            if (const auto track = database->trackForSongFileAtURL("/a.mp3")) track->cues();
+            database->needsReloading();
+        }
+    });
+    std::vector<std::thread> senders;
+    for (int t = 0; t < threads; ++t) {
+        senders.emplace_back([&, t] {
+            for (int i = 0; i < requests; ++i) {
+                queue->setCuePoints(cuesAt({double(i % 7)}), t % 2 == 0 ? "/a.mp3" : "/b.mp3", true,
+                                    i % 2 == 0);
+                if (i % 50 == 0) ++asked, queue->save(count);
+                if (i % 70 == 0) ++asked, queue->reload(count);
+                if (i % 170 == 0) queue->cancel();
+            }
+        });
+    }
+    for (int i = 0; i < 5; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::error_code ignored;
+        std::filesystem::last_write_time(
+            path(), std::filesystem::file_time_type::clock::now() + std::chrono::seconds(i), ignored);
+    }
+    for (std::thread& sender : senders)
+        sender.join();
+    ++asked, queue->save(count);
+    EXPECT_TRUE(ZALMainQueue::shared().runUntil([&] { return arrived == asked; }, std::chrono::seconds(60)));
+    stop = true;
+    looking.join();
+    ZALMainQueue::shared().runPending();
+    EXPECT_EQ(arrived, asked);
+    EXPECT_TRUE(reloaded(*queue).success) << "the file is whole";
+}
