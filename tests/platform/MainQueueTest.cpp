@@ -1,0 +1,125 @@
+#include <zaltag/platform/ZALMainQueue.h>
+#include <zaltag/platform/ZALNotificationCenter.h>
+
+#include "support/HostGuard.h"
+#include "support/LogCapture.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+TEST(MainQueue, runsWhatIsPendingInOrder) {
+    const LogCapture log;
+    ZALMainQueue& queue = ZALMainQueue::shared();
+    std::vector<int> ran;
+    queue.post([&] {
+        ran.push_back(1);
+        queue.post([&] { ran.push_back(3); });
+    });
+    queue.post([] { throw std::runtime_error("oops"); });
+    queue.post([&] { ran.push_back(2); });
+    EXPECT_EQ(queue.runPending(), 3u);
+    EXPECT_THAT(ran, ElementsAre(1, 2)) << "what is posted meanwhile is left to the next call";
+    EXPECT_EQ(queue.runPending(), 1u);
+    EXPECT_THAT(ran, ElementsAre(1, 2, 3));
+    EXPECT_THAT(log.lines(), ElementsAre("ZALTag: a block of the main queue: an exception was thrown: oops"));
+}
+
+TEST(MainQueue, runsUntilSomethingIsTrue) {
+    ZALMainQueue& queue = ZALMainQueue::shared();
+    int count = 0;
+    std::thread other([&] {
+        for (int i = 0; i < 100; ++i) {
+            queue.post([&] { ++count; });
+        }
+    });
+    EXPECT_TRUE(queue.runUntil([&] { return count == 60; }, 10s));
+    EXPECT_EQ(count, 60) << "the rest is left";
+    other.join();
+    EXPECT_EQ(queue.runPending(), 40u);
+    EXPECT_FALSE(queue.runUntil([] { return false; }, 10ms));
+}
+
+TEST(MainQueue, anExecutorGetsWhatIsPendingFirst) {
+    const HostGuard host;
+    ZALMainQueue& queue = ZALMainQueue::shared();
+    std::vector<ZALMainQueue::Block> handed;
+    std::vector<int> ran;
+    queue.post([&] { ran.push_back(1); });
+    queue.post([&] { ran.push_back(2); });
+    queue.setExecutor([&](ZALMainQueue::Block block) {
+        // Posted while the list goes over, it must not overtake the second block.
+        if (handed.empty()) queue.post([&] { ran.push_back(3); });
+        handed.push_back(std::move(block));
+    });
+    queue.post([&] { ran.push_back(4); });
+    EXPECT_EQ(queue.runPending(), 0u);
+    for (const auto& block : handed) {
+        block();
+    }
+    EXPECT_THAT(ran, ElementsAre(1, 2, 3, 4));
+    queue.setExecutor({});
+    queue.post([&] { ran.push_back(5); });
+    EXPECT_EQ(queue.runPending(), 1u);
+}
+
+class Notifications : public testing::Test {
+  protected:
+    ~Notifications() override {
+        for (const auto token : tokens_) {
+            center_.removeObserver(token);
+        }
+    }
+
+    ZALNotificationCenter::Token observe(
+        const std::string& name, std::function<void()> then = [] {}) {
+        tokens_.push_back(center_.addObserver(name, [this, then](const ZALNotification& notification) {
+            seen_.emplace_back(notification.name, notification.sender);
+            then();
+        }));
+        return tokens_.back();
+    }
+
+    ZALNotificationCenter& center_ = ZALNotificationCenter::shared();
+    std::vector<ZALNotificationCenter::Token> tokens_;
+    std::vector<std::pair<std::string, const void*>> seen_;
+};
+
+TEST_F(Notifications, observersMayComeAndGoWhileTheyAreCalled) {
+    const auto first = observe("a", [this] {
+        center_.removeObserver(tokens_[0]);
+        center_.removeObserver(tokens_[1]);
+        observe("a");
+    });
+    observe("a");
+    EXPECT_NE(first, 0u);
+    center_.postNotification("a", this);
+    center_.postNotification("b", this);
+    EXPECT_EQ(seen_.size(), 1u) << "one removed the second, and the new one is not called yet";
+    center_.postNotification("a", nullptr);
+    EXPECT_THAT(seen_, ElementsAre(testing::Pair("a", this), testing::Pair("a", nullptr)));
+}
+
+TEST_F(Notifications, areCoalescedByNameAndSender) {
+    const std::pair<std::string, const void*> mine{"a", this};
+    const std::pair<std::string, const void*> others{"a", &mine};
+    observe("a", [this] {
+        if (seen_.size() == 1) center_.enqueueNotification("a", this);  // is a new one by now
+    });
+    std::thread other([&] { center_.enqueueNotification("a", this); });
+    center_.enqueueNotification("a", this);
+    other.join();
+    center_.enqueueNotification("a", &mine);
+    EXPECT_TRUE(seen_.empty());
+    EXPECT_EQ(ZALMainQueue::shared().runPending(), 2u);
+    EXPECT_THAT(seen_, ElementsAre(mine, others));
+    EXPECT_EQ(ZALMainQueue::shared().runPending(), 1u);
+    EXPECT_THAT(seen_, ElementsAre(mine, others, mine));
+}
+
+}  // namespace
