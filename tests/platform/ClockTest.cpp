@@ -12,61 +12,45 @@
 namespace {
 
 using namespace std::chrono_literals;
+using Seconds = std::chrono::duration<double>;
 
 TEST(Clock, firesWhenTheDelayIsOver) {
     const LogCapture log;
     const auto clock = ZALClock::machine();
     const auto start = std::chrono::steady_clock::now();
-    std::vector<std::string> fired;  // on the clock's thread until the last one
+    std::vector<int> fired;  // on the clock's thread until the last one
     std::promise<void> last;
     const std::shared_ptr<ZALTimer> timers[] = {
-        clock->schedule(60ms, [&] { last.set_value(); }),
-        clock->schedule(40ms, [&] { fired.emplace_back("40"); }),
-        clock->schedule(20ms, [&] { fired.emplace_back("20"); }),
-        clock->schedule(std::chrono::duration<double>(std::numeric_limits<double>::quiet_NaN()),
-                        [&] { throw 1; }),
-        clock->schedule(1e300s, [&] { fired.emplace_back("never"); }),
-    };
+        clock->schedule(40ms, [&] { last.set_value(); }), clock->schedule(20ms, [&] { fired.push_back(20); }),
+        clock->schedule(10ms, [&] { fired.push_back(10); }),
+        clock->schedule(Seconds(1e300), [&] { fired.push_back(0); }),
+        clock->schedule(Seconds(std::numeric_limits<double>::quiet_NaN()), [] { throw 1; })};
     last.get_future().wait();
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 60ms);
-    EXPECT_THAT(fired, testing::ElementsAre("20", "40"));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 40ms);
+    EXPECT_THAT(fired, testing::ElementsAre(10, 20));
     EXPECT_THAT(log.lines(), testing::ElementsAre("ZALTag: the action of a timer: an exception was thrown"));
 }
 
-TEST(Clock, aCancelledTimerDoesNotStart) {
+TEST(Clock, aCancelledTimerDoesNotStartAndHoldsNothing) {
     const auto clock = ZALClock::machine();
+    const auto fired = std::make_shared<std::atomic<int>>(0);
     std::promise<void> gate;
-    std::atomic<int> fired = 0;
-    const auto holdUp = clock->schedule(0s, [&] { gate.get_future().wait(); });
-    const auto cancelled = clock->schedule(0s, [&] { ++fired; });
-    auto destroyed = clock->schedule(0s, [&] { ++fired; });
-    std::this_thread::sleep_for(5ms);
-    cancelled->cancel();
-    cancelled->cancel();
-    destroyed.reset();
-    gate.set_value();
     std::promise<void> passed;
-    const auto barrier = clock->schedule(1ms, [&] { passed.set_value(); });
-    passed.get_future().wait();
-    EXPECT_EQ(fired, 0);
-}
-
-TEST(Clock, timersComeAndGoOnManyThreads) {
-    const auto clock = ZALClock::machine();
-    const auto held = std::make_shared<std::atomic<int>>(0);
-    const auto race = [&] {
+    const auto holdUp = clock->schedule(0s, [&] { gate.get_future().wait(); });
+    const auto comeAndGo = [&] {
         for (int i = 0; i < 300; ++i) {
-            const auto timer = clock->schedule(std::chrono::microseconds(i % 50), [held] { ++*held; });
-            if (i % 2 == 0) std::this_thread::sleep_for(30us);
+            const auto timer = clock->schedule(0s, [fired] { ++*fired; });
+            if (i % 2 == 0) timer->cancel();
         }
     };
-    std::thread other(race);
-    race();
+    std::thread other(comeAndGo);
+    comeAndGo();
     other.join();
-    std::promise<void> passed;
+    gate.set_value();
     const auto barrier = clock->schedule(1ms, [&] { passed.set_value(); });
     passed.get_future().wait();
-    EXPECT_EQ(held.use_count(), 1) << "what an action holds goes with its timer";
+    EXPECT_EQ(*fired, 0);
+    EXPECT_EQ(fired.use_count(), 1);
 }
 
 }  // namespace

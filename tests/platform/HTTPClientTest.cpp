@@ -12,6 +12,8 @@
 #include <future>
 #include <thread>
 
+#include <unistd.h>
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -83,15 +85,13 @@ TEST(HTTPClient, takesRepliesOfBoundedLengthFromTrustedServicesOnly) {
          {service.url("http", "/ok"), service.url("https", "/to-http"), std::string("file:///etc/passwd")}) {
         EXPECT_THAT(textOf(fetched(url)), testing::StartsWith("error: Protocol")) << url;
     }
-    const ZALHTTPReply large = fetched(service.url("https", "/large"));
-    EXPECT_EQ(textOf(large), "error: the reply is longer than 1 MiB");
-    EXPECT_TRUE(large.body.empty());
-    EXPECT_THAT(textOf(fetched(service.url("https", "/headers"))), testing::StartsWith("error: Too large"));
+    EXPECT_EQ(textOf(fetched(service.url("https", "/large"))), "error: the reply is longer than 1 MiB");
 }
 
-// One request under way and one behind it.
+// One request under way, which takes a minute, and one behind it.
 void exitWhileFetching() {
     static const WebService service;
+    ::alarm(20);
     ZALHost::shared().setCertificateAuthorityFile(service.certificate());
     for (const char* path : {"/silent", "/ok"}) {
         ZALHost::shared().httpClient()->get(service.url("https", path),
@@ -102,9 +102,7 @@ void exitWhileFetching() {
 
 TEST(HTTPClientDeathTest, theProcessEndsWhileARequestIsUnderWay) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_EXIT(exitWhileFetching(), testing::ExitedWithCode(0), "^$");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 30s);
 }
 
 }  // namespace

@@ -26,30 +26,25 @@ std::string threadName() {
 }
 
 TEST(SerialQueue, runsBlocksInOrderOnItsOwnThread) {
-    constexpr int count = 500;
-    std::vector<int> seen[2];  // touched on the queue only, so that the thread sanitizer sees an overlap
+    std::vector<int> seen;  // touched on the queue only
+    std::string name;
     {
         zal::SerialQueue queue("com.quorvantis.RekordboxQueue");
+        const auto submit = [&](int first) {
+            for (int i = 0; i < 500; ++i) {
+                queue.async([&seen, number = first + i] { seen.push_back(number); });
+            }
+        };
+        std::thread other([&] { submit(1000); });
+        submit(0);
+        other.join();
+        queue.async([&] { name = queue.isCurrent() ? threadName() : "elsewhere"; });
         EXPECT_FALSE(queue.isCurrent());
-        std::thread threads[2];
-        for (std::size_t t = 0; t < 2; ++t) {
-            threads[t] = std::thread([&queue, &out = seen[t]] {
-                for (int i = 0; i < count; ++i) {
-                    queue.async([&out, i] { out.push_back(i); });
-                }
-            });
-        }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-        std::promise<std::string> name;
-        queue.async([&] { name.set_value(queue.isCurrent() ? threadName() : "elsewhere"); });
-        EXPECT_EQ(name.get_future().get(), "RekordboxQueue");
     }
-    for (const auto& numbers : seen) {
-        ASSERT_EQ(numbers.size(), std::size_t{count});
-        EXPECT_TRUE(std::ranges::is_sorted(numbers));
-    }
+    EXPECT_EQ(name, "RekordboxQueue");
+    std::ranges::stable_partition(seen, [](int number) { return number < 1000; });
+    EXPECT_EQ(seen.size(), 1000u);
+    EXPECT_TRUE(std::ranges::is_sorted(seen));
 }
 
 TEST(SerialQueue, shuttingDownRunsWhatWasSubmittedAndNoMore) {
@@ -76,16 +71,6 @@ TEST(SerialQueue, shuttingDownRunsWhatWasSubmittedAndNoMore) {
     other.join();
     EXPECT_THAT(ran, ElementsAre(1, 2));
     EXPECT_THAT(log.lines(), ElementsAre("ZALTag: com.quorvantis.Test: an exception was thrown: oops"));
-}
-
-TEST(SerialQueue, mayGoOnItsOwnThread) {
-    std::promise<int> done;
-    auto queue = std::make_shared<zal::SerialQueue>("com.quorvantis.Test");
-    queue->async([&done, queue = std::exchange(queue, nullptr)]() mutable {
-        queue->async([&done] { done.set_value(7); });
-        queue = nullptr;
-    });
-    EXPECT_EQ(done.get_future().get(), 7);
 }
 
 TEST(SerialQueue, timersFireOnTheQueueUnlessTheyAreCancelledThere) {
@@ -121,17 +106,18 @@ TEST(SerialQueue, timersFireOnTheQueueUnlessTheyAreCancelledThere) {
     EXPECT_THAT(ran, ElementsAre("not yet", "flush"));
 }
 
-TEST(SerialQueue, anActionMayDropItsOwnTimer) {
-    zal::SerialQueue queue("com.quorvantis.Test");
+TEST(SerialQueue, aBlockMayDropWhatItRunsOn) {
+    auto queue = std::make_shared<zal::SerialQueue>("com.quorvantis.Test");
     std::shared_ptr<ZALTimer> timer;
-    std::promise<std::shared_ptr<int>> done;
-    queue.async([&] {
-        timer = queue.after(1ms, [&, kept = std::make_shared<int>(7)] {
+    std::promise<int> done;
+    queue->async([&] {
+        timer = queue->after(1ms, [&, kept = std::make_shared<int>(7)] {
             timer = nullptr;
-            done.set_value(kept);
+            queue->async([&done, kept] { done.set_value(*kept); });
+            queue = nullptr;
         });
     });
-    EXPECT_EQ(*done.get_future().get(), 7);
+    EXPECT_EQ(done.get_future().get(), 7);
 }
 
 void print(const char* line) {

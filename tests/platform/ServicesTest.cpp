@@ -68,12 +68,9 @@ TEST_F(Services, settingsOutliveTheProcess) {
     EXPECT_TRUE(defaults->hasValueForKey("null"));
     EXPECT_EQ(defaults->dataForKey("null"), std::nullopt);
 
-    put(in("other/zaltag/defaults.json"), R"({"foreign": [1], "text": "changed by another process"})");
-    defaults->setString("new", "1");
-    EXPECT_EQ(defaults->stringForKey("text"), "changed by another process");
+    put(in("other/zaltag/defaults.json"), R"({"foreign": [1], "text": "by another process"})");
     defaults->removeKey("text");
-    EXPECT_FALSE(defaults->hasValueForKey("text"));
-    EXPECT_THAT(contents(in("other/zaltag/defaults.json")), testing::HasSubstr("foreign"));
+    EXPECT_EQ(contents(in("other/zaltag/defaults.json")), "{\n  \"foreign\": [\n    1\n  ]\n}\n");
 }
 
 TEST_F(Services, brokenSettingsAreKeptBesideTheNewOnes) {
@@ -83,7 +80,6 @@ TEST_F(Services, brokenSettingsAreKeptBesideTheNewOnes) {
     EXPECT_FALSE(defaults->hasValueForKey("a"));
     EXPECT_FALSE(defaults->hasValueForKey("a"));
     EXPECT_EQ(log.lines().size(), 1u);
-    EXPECT_EQ(contents(file_), "{broken") << "reading destroys nothing";
     defaults->setString("a", "1");
     EXPECT_EQ(contents(file_ + ".broken"), "{broken");
     EXPECT_EQ(defaults->stringForKey("a"), "1");
@@ -160,15 +156,16 @@ TEST_F(Services, runningProgramsAreKnownByTheirExecutables) {
     EXPECT_THAT(zal::runningPrograms(in("proc")),
                 ElementsAre("Other.EXE", "Traktor Pro 3.exe", "editor", "wine64-preloader"));
 
-    EXPECT_THAT(host_->runningPrograms(), testing::Not(testing::Contains("zaltag_platform_tests")));
-    std::FILE* const cat = ::popen("exec cat", "w");
-    std::vector<std::string> programs;
-    for (int i = 0; i < 100 && std::ranges::count(programs, "cat") == 0; ++i) {
+    std::FILE* const child = ::popen("exec cat", "w");
+    const auto sees = [&](const char* name) {
+        return std::ranges::count(host_->runningPrograms(), name) > 0;
+    };
+    for (int i = 0; i < 500 && !sees("cat"); ++i) {
         ::usleep(10'000);
-        programs = host_->runningPrograms();
     }
-    EXPECT_THAT(programs, testing::Contains("cat"));
-    ::pclose(cat);
+    EXPECT_TRUE(sees("cat"));
+    EXPECT_FALSE(sees("zaltag_platform_tests"));
+    ::pclose(child);
 }
 
 TEST_F(Services, foldersAreWalkedWithoutFollowingLinks) {
@@ -186,16 +183,6 @@ TEST_F(Services, foldersAreWalkedWithoutFollowingLinks) {
     EXPECT_THAT(seen, ElementsAre("a", "b", "b/loop", "b/x", "b/x/deep", "b/y"));
     EXPECT_EQ(files->enumerate(in("none"), visit), std::errc::no_such_file_or_directory);
     EXPECT_EQ(files->createFolders(in("c/d"), 0700), std::errc::not_a_directory);
-}
-
-TEST_F(Services, aHostReplacesThem) {
-    EXPECT_EQ(host_->localized("Error"), "Error");
-    host_->setLocalizer([](const std::string& text) { return text + " (übersetzt)"; });
-    host_->setRunningPrograms([] { return std::vector<std::string>{"Traktor"}; });
-    host_->setDocumentsFolders([] { return std::vector<std::string>{"/d"}; });
-    EXPECT_EQ(host_->localized("Error"), "Error (übersetzt)");
-    EXPECT_THAT(host_->runningPrograms(), ElementsAre("Traktor"));
-    EXPECT_THAT(host_->documentsFolders(), ElementsAre("/d"));
 }
 
 }  // namespace
