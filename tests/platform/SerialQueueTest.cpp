@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <future>
@@ -42,7 +42,7 @@ TEST(SerialQueue, runsBlocksInOrderOnItsOwnThread) {
         EXPECT_FALSE(queue.isCurrent());
     }
     EXPECT_EQ(name, "RekordboxQueue");
-    std::ranges::stable_partition(seen, [](int number) { return number < 1000; });
+    std::stable_partition(seen.begin(), seen.end(), [](int number) { return number < 1000; });
     EXPECT_EQ(seen.size(), 1000u);
     EXPECT_TRUE(std::ranges::is_sorted(seen));
 }
