@@ -56,11 +56,10 @@ struct Curl {
     bool loaded_ = false;
 };
 
-// One request under way.
+// One request under way. libcurl itself bounds the headers of its reply.
 struct Transfer {
     const std::atomic<bool>& aborted;
     ZALHTTPReply reply{};
-    std::size_t headerSize = 0;
     bool tooLong = false;
     std::array<char, CURL_ERROR_SIZE> error{};
 
@@ -73,14 +72,6 @@ struct Transfer {
         }
         body.insert(body.end(), bytes, bytes + size);
         return size;
-    }
-
-    // libcurl keeps every header, as many as come.
-    static std::size_t countHeader(char*, std::size_t, std::size_t size, void* self) {
-        auto& transfer = *static_cast<Transfer*>(self);
-        transfer.headerSize += size;
-        transfer.tooLong = transfer.headerSize > ZALHTTPClient::bodyMax;
-        return transfer.tooLong ? 0 : size;
     }
 
     // Asked about once a second.
@@ -131,8 +122,6 @@ CURLcode perform(const Curl& curl, CURL* handle, const std::string& url, Transfe
     options.set(CURLOPT_ERRORBUFFER, transfer.error.data());
     options.set(CURLOPT_WRITEFUNCTION, &Transfer::takeBody);
     options.set(CURLOPT_WRITEDATA, static_cast<void*>(&transfer));
-    options.set(CURLOPT_HEADERFUNCTION, &Transfer::countHeader);
-    options.set(CURLOPT_HEADERDATA, static_cast<void*>(&transfer));
     options.set(CURLOPT_NOPROGRESS, 0L);
     options.set(CURLOPT_XFERINFOFUNCTION, &Transfer::isAborted);
     options.set(CURLOPT_XFERINFODATA, static_cast<void*>(&transfer));

@@ -1,0 +1,56 @@
+#include <zaltag/base/zal_versionStringCompare.h>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+TEST(VersionString, theArgumentIsHeldAgainstTheReceiver) {
+    const struct {
+        const char* receiver;
+        const char* argument;
+        int order;
+    } cases[] = {
+        {"1.2", "1.10", 1},  // as numbers
+        {"1.0", "1.0b1", -1},
+        {"1.0", "1.0.1", 1},
+        {"2.0", "2.0", 0},
+        {"1a", "1b", 1},
+        {"1.B", "1.a", 1},                                      // case counts
+        {"1.0", "1-0", 0},                                      // separators are alike
+        {"1.b", "1.1", 1},                                      // a string is older than a number
+        {"1.b", "1..", 1},                                      // and than a separator
+        {"1..", "1.1", 1},                                      // which is older than a number
+        {"1.\uE000", "1.😀", -1},                                // by UTF-16 units
+        {"9223372036854775807", "9223372036854775806", -1},     // beyond what a double tells apart
+        {"9223372036854775807", "99999999999999999999999", 0},  // saturated
+        {"", "1", 1},
+    };
+    for (const auto& one : cases) {
+        EXPECT_EQ(zal_versionStringCompare(one.receiver, one.argument), one.order)
+            << one.receiver << " and " << one.argument;
+        EXPECT_EQ(zal_versionStringCompare(one.argument, one.receiver), -one.order)
+            << one.argument << " and " << one.receiver;
+    }
+}
+
+TEST(VersionString, isSplitWhereTheKindChanges) {
+    using testing::ElementsAre;
+    EXPECT_THAT(zal_splitVersionString("1.10b3"), ElementsAre("1", ".", "10", "b", "3"));
+    EXPECT_THAT(zal_splitVersionString("a.. 😀é"), ElementsAre("a", ".", ".", " ", "😀é"));
+    EXPECT_THAT(zal_splitVersionString(""), ElementsAre());
+}
+
+TEST(VersionString, charactersHaveUnicodesKinds) {
+    for (const char* digit : {"0", "9", "\u0660", "\uFF19"}) {
+        EXPECT_EQ(zal_typeOfCharacter(digit), ZALVersionPart::number) << digit;
+    }
+    for (const char* separator :
+         {".", "_", "\n", " ", "\u00A0", "\u2028", "\u0085", "\u2014", "\u3002", "\uFF65"}) {
+        EXPECT_EQ(zal_typeOfCharacter(separator), ZALVersionPart::separator) << separator;
+    }
+    for (const char* string : {"a", "+", "$", "\u00B2", "\uFF66", "\U0001D7CE", "\xFF"}) {
+        EXPECT_EQ(zal_typeOfCharacter(string), ZALVersionPart::string) << string;
+    }
+}
+
+}  // namespace

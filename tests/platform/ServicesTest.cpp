@@ -1,0 +1,188 @@
+#include "platform/RunningPrograms.h"
+
+#include "support/AudioFixtures.h"
+#include "support/Hex.h"
+#include "support/HostGuard.h"
+#include "support/LogCapture.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+
+void put(const std::string& path, std::string_view text) {
+    fs::create_directories(fs::path(path).parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string contents(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class Services : public testing::Test {
+  protected:
+    Services() {
+        host_->setEnvironment([this](const std::string& name) {
+            const auto value = environment_.find(name);
+            return value == environment_.end() ? ZALNullableString() : value->second;
+        });
+    }
+
+    std::string in(const std::string& name) const { return folder_.path() / name; }
+
+    const HostGuard host_;
+    const TemporaryFolder folder_;
+    std::map<std::string, std::string> environment_{{"HOME", in("home")}};
+    const std::string file_ = in("home/.config/zaltag/defaults.json");
+};
+
+TEST_F(Services, settingsOutliveTheProcess) {
+    const auto defaults = host_->userDefaults();
+    EXPECT_EQ(defaults->stringForKey("a"), std::nullopt);
+    defaults->removeKey("a");
+    EXPECT_FALSE(fs::exists(in("home"))) << "nothing was set";
+
+    const ZALData bytes = fromHex("2F 00 FF");
+    defaults->setString("text", "é");
+    defaults->setString("path", "/a\xFF");
+    defaults->setData("data", bytes);
+    defaults->setData("null", std::nullopt);
+    const std::string written = contents(file_);
+    environment_["XDG_CONFIG_HOME"] = in("other");
+    EXPECT_FALSE(defaults->hasValueForKey("text")) << "another file";
+    put(in("other/zaltag/defaults.json"), written);
+    EXPECT_EQ(defaults->stringForKey("text"), "é");
+    EXPECT_EQ(defaults->stringForKey("path"), "/a\xFF");
+    EXPECT_EQ(defaults->dataForKey("data"), bytes);
+    EXPECT_EQ(defaults->dataForKey("text"), std::nullopt);
+    EXPECT_EQ(defaults->stringForKey("data"), std::nullopt);
+    EXPECT_TRUE(defaults->hasValueForKey("null"));
+    EXPECT_EQ(defaults->dataForKey("null"), std::nullopt);
+
+    put(in("other/zaltag/defaults.json"), R"({"foreign": [1], "text": "by another process"})");
+    defaults->removeKey("text");
+    EXPECT_EQ(contents(in("other/zaltag/defaults.json")), "{\n  \"foreign\": [\n    1\n  ]\n}\n");
+}
+
+TEST_F(Services, brokenSettingsAreKeptBesideTheNewOnes) {
+    const LogCapture log;
+    const auto defaults = host_->userDefaults();
+    put(file_, "{broken");
+    EXPECT_FALSE(defaults->hasValueForKey("a"));
+    EXPECT_FALSE(defaults->hasValueForKey("a"));
+    EXPECT_EQ(log.lines().size(), 1u);
+    defaults->setString("a", "1");
+    EXPECT_EQ(contents(file_ + ".broken"), "{broken");
+    EXPECT_EQ(defaults->stringForKey("a"), "1");
+}
+
+TEST_F(Services, settingsThatCannotBeWrittenAreTriedAgain) {
+    const LogCapture log;
+    const auto defaults = host_->userDefaults();
+    put(in("home/.config"), "a file where the folder should be");
+    defaults->setString("a", "1");
+    EXPECT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(defaults->stringForKey("a"), "1");
+    fs::remove(in("home/.config"));
+    defaults->synchronize();
+    EXPECT_THAT(contents(file_), testing::HasSubstr(R"("a": "1")"));
+}
+
+TEST_F(Services, bookmarksLeadToFoldersThatAreThere) {
+    const auto bookmarks = host_->folderBookmarks();
+    const std::string music = in("Müsic");
+    EXPECT_EQ(bookmarks->bookmarkForFolder(music, 2048), std::nullopt);
+    EXPECT_FALSE(bookmarks->startAccess(music));
+    fs::create_directory(music);
+    const auto bookmark = bookmarks->bookmarkForFolder(music + "/../Müsic/", 2048);
+    ASSERT_TRUE(bookmark);
+    EXPECT_EQ(bookmarks->resolveBookmark(*bookmark, 1024), music);
+    EXPECT_TRUE(bookmarks->startAccess(music));
+    EXPECT_TRUE(bookmarks->startAccess(music + "/"));
+    bookmarks->stopAccess(music);
+    EXPECT_EQ(bookmarks->accessCount(music), 1u);
+    fs::remove(music);
+    bookmarks->stopAccess(music);
+    bookmarks->stopAccess(music);
+    EXPECT_EQ(bookmarks->accessCount(music), 0u);
+    EXPECT_EQ(bookmarks->resolveBookmark(*bookmark, 1024), std::nullopt);
+    EXPECT_EQ(bookmarks->resolveBookmark(bytesOf("."), 1024), std::nullopt);
+}
+
+TEST_F(Services, theDocumentsFolderIsTheUsers) {
+    const std::string home = in("home");
+    EXPECT_THAT(host_->documentsFolders(), ElementsAre(home + "/Documents"));
+    const struct {
+        const char* line;
+        std::string folder;
+    } cases[] = {
+        {"# XDG_DOCUMENTS_DIR=\"/x\"\nXDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\nXDG_MUSIC_DIR=\"/m\"",
+         home + "/Dokumente"},
+        {"  XDG_DOCUMENTS_DIR=\"/a \\\"b\\\\\"", "/a \"b\\"},
+        {"XDG_DOCUMENTS_DIR=\"/unclosed", home + "/Documents"},
+        {"XDG_DOCUMENTS_DIR=\"relative\"", home + "/Documents"},
+    };
+    for (const auto& one : cases) {
+        put(home + "/.config/user-dirs.dirs", one.line);
+        EXPECT_THAT(host_->documentsFolders(), ElementsAre(one.folder)) << one.line;
+    }
+    environment_ = {{"HOME", "relative"}};
+    EXPECT_THAT(host_->documentsFolders(), ElementsAre());
+}
+
+TEST_F(Services, runningProgramsAreKnownByTheirExecutables) {
+    const auto process = [&](const std::string& number, const std::string& executable,
+                             std::string_view arguments) {
+        put(in("proc/" + number + "/cmdline"), arguments);
+        fs::create_symlink(executable, in("proc/" + number + "/exe"));
+    };
+    using namespace std::string_view_literals;
+    process("1", "/usr/bin/editor (deleted)", "editor\0Traktor.exe\0"sv);
+    process("20", "/usr/bin/wine64-preloader",
+            "C:\\Program Files\\Traktor Pro 3\\Traktor Pro 3.exe\0x.exe\0"sv);
+    process("21", "/usr/bin/wine64-preloader", "/home/dj/Other.EXE"sv);
+    process(std::to_string(::getpid()), "/usr/bin/ourselves", "");
+    process("self", "/usr/bin/ourselves", "");
+    put(in("proc/300/cmdline"), "");  // one whose executable may not be seen
+    EXPECT_THAT(zal::runningPrograms(in("proc")),
+                ElementsAre("Other.EXE", "Traktor Pro 3.exe", "editor", "wine64-preloader"));
+
+    std::FILE* const child = ::popen("exec cat", "w");
+    const auto sees = [&](const char* name) {
+        return std::ranges::count(host_->runningPrograms(), name) > 0;
+    };
+    for (int i = 0; i < 500 && !sees("cat"); ++i) {
+        ::usleep(10'000);
+    }
+    EXPECT_TRUE(sees("cat"));
+    EXPECT_FALSE(sees("zaltag_platform_tests"));
+    ::pclose(child);
+}
+
+TEST_F(Services, foldersAreWalkedWithoutFollowingLinks) {
+    const auto files = host_->fileSystem();
+    for (const char* name : {"b/x/deep", "b/y", "a/skipped", "c"}) {
+        put(in(name), "");
+    }
+    fs::create_directory_symlink("..", in("b/loop"));
+    std::vector<std::string> seen;
+    const auto visit = [&](const std::string& path) {
+        seen.push_back(path);
+        return path == "a" ? ZALFolderWalk::skip : path == "b/y" ? ZALFolderWalk::stop : ZALFolderWalk::next;
+    };
+    EXPECT_FALSE(files->enumerate(in(""), visit));
+    EXPECT_THAT(seen, ElementsAre("a", "b", "b/loop", "b/x", "b/x/deep", "b/y"));
+    EXPECT_EQ(files->enumerate(in("none"), visit), std::errc::no_such_file_or_directory);
+    EXPECT_EQ(files->createFolders(in("c/d"), 0700), std::errc::not_a_directory);
+}
+
+}  // namespace
