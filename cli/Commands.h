@@ -17,6 +17,7 @@ void addCuesCommand(CLI::App& program, Command& chosen);
 void addCommentsCommand(CLI::App& program, Command& chosen);
 void addArtworkCommand(CLI::App& program, Command& chosen);
 void addScanCommand(CLI::App& program, Command& chosen);
+void addCollectionCommands(CLI::App& program, Command& chosen);
 
 /// The exit status of a wrong command line, which ends the program before anything is touched.
 inline constexpr int wrongUsage = 2;

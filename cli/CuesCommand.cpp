@@ -1,4 +1,5 @@
 #include "Assignments.h"
+#include "Collections.h"
 #include "Commands.h"
 #include "CuePlaces.h"
 #include "Files.h"
@@ -18,26 +19,54 @@ struct Options {
     std::string place;
     bool json = false;
     bool clear = false;
+    CollectionOptions collections;
 };
 
-int list(const Options& options) {
-    const CuePlace& place = *cuePlace(options.place);
-    Output output(options.json);
+void print(Output& output, const Options& options, const std::string& file,
+           const ZALArray<ZALTagCuePoint>& cuePoints) {
+    if (options.json) return output.object({{"path", file}, {"cuePoints", jsonOfCuePoints(cuePoints)}});
+    if (options.words.size() > 1) output.line(printable(file) + ":");
+    for (const ZALTagCuePoint& cue : cuePoints) {
+        output.line(secondsText(cue.time()) + "\t" + printable(cue.name().value_or("")));
+    }
+}
+
+void listFiles(Output& output, const Options& options, const CuePlace& place) {
     for (const std::string& file : options.words) {
         const OpenedFile opened = openFile(file, true);
         if (opened.tag == nullptr) {
             output.failure(file, opened.failure);
-            continue;
+        } else {
+            print(output, options, file, place.read(*opened.tag));
         }
-        const ZALArray<ZALTagCuePoint> cuePoints = place.read(*opened.tag);
-        if (options.json) {
-            output.object({{"path", file}, {"cuePoints", jsonOfCuePoints(cuePoints)}});
-            continue;
+    }
+}
+
+std::string notInCollection(const Collection& collection) {
+    return fmt::format("is not in the {} collection", collection.name);
+}
+
+// The audio files are not opened, and need not be there.
+void listCollection(Output& output, const Options& options, const CollectionPlace& place) {
+    const std::string unusable = whyNotUsable(*place.collection);
+    if (!unusable.empty()) return output.problem(unusable);
+    for (const std::string& file : options.words) {
+        const std::string path = collectionPath(file);
+        if (place.collection->hasTrack(path)) {
+            print(output, options, file, place.read(path));
+        } else {
+            output.failure(file, notInCollection(*place.collection));
         }
-        if (options.words.size() > 1) output.line(printable(file) + ":");
-        for (const ZALTagCuePoint& cue : cuePoints) {
-            output.line(secondsText(cue.time()) + "\t" + printable(cue.name().value_or("")));
-        }
+    }
+}
+
+int list(const Options& options) {
+    useCollections(options.collections);
+    Output output(options.json);
+    if (const CollectionPlace* place = collectionPlace(options.place)) {
+        listCollection(output, options, *place);
+    } else {
+        listFiles(output, options, *cuePlace(options.place));
     }
     return output.finish();
 }
@@ -79,10 +108,50 @@ Request readWords(const Options& options) {
     return {words.files, std::move(cuePoints)};
 }
 
+// The result is looked up in the collection itself: its queue leaves out requests without failing.
+int setInCollection(const Request& request, const CollectionPlace& place) {
+    Output output(false);
+    std::vector<std::string> requested;
+    const std::string unusable = whyNotUsable(*place.collection);
+    if (!unusable.empty()) output.problem(unusable);
+    for (const std::string& file : request.files) {
+        if (!unusable.empty()) break;
+        if (place.collection->hasTrack(collectionPath(file))) {
+            place.request(collectionPath(file), request.cuePoints);
+            requested.push_back(file);
+        } else {
+            output.failure(file, notInCollection(*place.collection));
+        }
+    }
+    const std::string unsaved = requested.empty() ? "" : saveCollection(*place.collection);
+    if (!unsaved.empty()) output.problem(unsaved);
+    for (const std::string& file : requested) {
+        const std::string path = collectionPath(file);
+        if (unsaved.empty() && place.read(path) != place.expected(path, request.cuePoints)) {
+            output.failure(file,
+                           fmt::format("was left alone: its entry in the {} collection is newer or of no "
+                                       "known date",
+                                       place.collection->name));
+        }
+    }
+    return output.finish();
+}
+
 int set(const Options& options) {
     const Request request = readWords(options);
+    useCollections(options.collections);
+    if (const CollectionPlace* place = collectionPlace(options.place))
+        return setInCollection(request, *place);
     const CuePlace& place = *cuePlace(options.place);
     return changeFiles(request.files, [&](ZALTag& tag) { place.write(tag, request.cuePoints); });
+}
+
+std::vector<std::string> allPlaceNames(bool readableOnly) {
+    std::vector<std::string> names = cuePlaceNames();
+    for (const std::string& name : collectionPlaceNames(readableOnly)) {
+        names.push_back(name);
+    }
+    return names;
 }
 
 }  // namespace
@@ -96,17 +165,19 @@ void addCuesCommand(CLI::App& program, Command& chosen) {
     lister->add_option("FILE", listing->words, "Audio files")->required();
     lister->add_option("--from", listing->place, "Where the cue points stand")
         ->required()
-        ->check(CLI::IsMember(cuePlaceNames()));
+        ->check(CLI::IsMember(allPlaceNames(true)));
+    addCollectionOptions(*lister, listing->collections);
     lister->add_flag("--json", listing->json, "Print one JSON array, an object per file");
     lister->callback([listing, &chosen] { chosen = [listing] { return list(*listing); }; });
 
     const auto setting = std::make_shared<Options>();
-    CLI::App* setter = command->add_subcommand("set", "Write cue points and save the files");
+    CLI::App* setter = command->add_subcommand("set", "Write cue points into files or collections");
     setter->add_option("FILE... SECONDS=NAME", setting->words, "Audio files, then cue points in their order")
         ->required();
     setter->add_option("--to", setting->place, "Where to write them")
         ->required()
-        ->check(CLI::IsMember(cuePlaceNames()));
+        ->check(CLI::IsMember(allPlaceNames(false)));
+    addCollectionOptions(*setter, setting->collections);
     setter->add_flag("--clear", setting->clear, "Remove the cue points");
     setter->callback([setting, &chosen] { chosen = [setting] { return set(*setting); }; });
 }

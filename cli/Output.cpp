@@ -63,6 +63,11 @@ void Output::failure(const std::string& path, const std::string& reason) {
     message(fmt::format("{}: {}", printable(path), reason));
 }
 
+void Output::problem(std::string_view text) {
+    failed_ = true;
+    message(text);
+}
+
 int Output::finish() {
     if (json_) write(stdout, started_ ? "\n]\n" : "[]\n");
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {

@@ -33,6 +33,9 @@ class Output {
     /// reason as well.
     void failure(const std::string& path, const std::string& reason);
 
+    /// Notes that something failed that is no single file's matter, and prints the line about it.
+    void problem(std::string_view text);
+
     /// Ends the document and gives the exit status: 0, or 1 after a failure.
     int finish();
 

@@ -39,6 +39,7 @@ int run(int argc, char** argv) {
     addCommentsCommand(program, chosen);
     addArtworkCommand(program, chosen);
     addScanCommand(program, chosen);
+    addCollectionCommands(program, chosen);
     addVersion(program, version);
     try {
         program.parse(argc, argv);

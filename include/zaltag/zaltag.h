@@ -11,6 +11,9 @@
 #include <zaltag/base/ZALTagSyncSafeInteger.h>
 #include <zaltag/base/ZALText.h>
 #include <zaltag/base/zal_versionStringCompare.h>
+#include <zaltag/collection/ZALCollectionDatabase.h>
+#include <zaltag/collection/ZALCollectionQueue.h>
+#include <zaltag/collection/ZALCollectionTrack.h>
 #include <zaltag/containers/ZALTagFLAC.h>
 #include <zaltag/containers/ZALTagMP4.h>
 #include <zaltag/containers/ZALTagWAV.h>
@@ -35,6 +38,12 @@
 #include <zaltag/records/ZALTagKey.h>
 #include <zaltag/records/ZALTagRecordData.h>
 #include <zaltag/records/ZALTagVelvetCascade.h>
+#include <zaltag/rekordbox/ZALRekordboxCuePoint.h>
+#include <zaltag/rekordbox/ZALRekordboxDatabase.h>
+#include <zaltag/rekordbox/ZALRekordboxPlaylist.h>
+#include <zaltag/rekordbox/ZALRekordboxPlaylistFolder.h>
+#include <zaltag/rekordbox/ZALRekordboxQueue.h>
+#include <zaltag/rekordbox/ZALRekordboxTrack.h>
 #include <zaltag/serato/ZALBase64.h>
 #include <zaltag/serato/ZALTagSeratoCuePoint.h>
 #include <zaltag/serato/ZALTagSeratoCuePointOld.h>

@@ -1,0 +1,167 @@
+#include "Collections.h"
+
+#include "Files.h"
+#include "Output.h"
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <map>
+#include <mutex>
+
+namespace {
+
+// The user's own settings with some of them replaced; nothing of it is ever stored.
+class CallDefaults final : public ZALUserDefaults {
+  public:
+    CallDefaults(std::shared_ptr<ZALUserDefaults> stored, std::map<std::string, std::string> replaced)
+        : stored_(std::move(stored)), replaced_(std::move(replaced)) {}
+
+    ZALNullableString stringForKey(const std::string& key) override {
+        const auto found = replaced_.find(key);
+        return found == replaced_.end() ? stored_->stringForKey(key) : found->second;
+    }
+    ZALNullableData dataForKey(const std::string& key) override { return stored_->dataForKey(key); }
+    bool hasValueForKey(const std::string& key) override {
+        return replaced_.contains(key) || stored_->hasValueForKey(key);
+    }
+    void setString(const std::string&, const std::string&) override {}
+    void setData(const std::string&, const ZALNullableData&) override {}
+    void removeKey(const std::string&) override {}
+    void synchronize() override {}
+
+  private:
+    const std::shared_ptr<ZALUserDefaults> stored_;
+    const std::map<std::string, std::string> replaced_;
+};
+
+constexpr Collection rekordbox = {
+    "Rekordbox",
+    [] { return ZALRekordboxDatabase::sharedDatabase()->isRekordboxDBLoaded(); },
+    [] { return ZALRekordboxDatabase::rekordboxDatabaseFileURL(); },
+    [](const std::string& path) {
+        return ZALRekordboxDatabase::sharedDatabase()->hasTrackForSongFileAtURL(path);
+    },
+    [](ZALCollectionCompletion completion) { ZALRekordboxQueue::sharedQueue()->save(std::move(completion)); },
+};
+
+ZALArray<ZALTagCuePoint> rekordboxCues(const std::string& path, bool memory) {
+    std::vector<ZALTagCuePoint> cuePoints;
+    if (const auto track = ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(path)) {
+        for (const ZALRekordboxCuePoint& cue : track->cues()) {
+            if ((cue.num() == -1) == memory) {
+                cuePoints.push_back(ZALTagCuePoint::cuePointWithTime(cue.start(), cue.name()));
+            }
+        }
+    }
+    return cuePoints;
+}
+
+// What the queue makes of cue points: sorted, and moved to the beats of the track.
+template <typename Track>
+ZALArray<ZALTagCuePoint> onGrid(const Track& track, const ZALArray<ZALTagCuePoint>& cuePoints) {
+    const auto beats = track ? track->beatTimes() : std::nullopt;
+    return cuePointsAdjustedToBeatTimes(sortedCuePoints(cuePoints), beats.value_or(ZALArray<double>()));
+}
+
+ZALArray<ZALTagCuePoint> expectedInRekordbox(const std::string& path,
+                                             const ZALArray<ZALTagCuePoint>& cuePoints) {
+    return onGrid(ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(path), cuePoints);
+}
+
+template <bool hot, bool memory>
+void requestRekordbox(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) {
+    ZALRekordboxQueue::sharedQueue()->setCuePoints(cuePoints, path, hot, memory);
+}
+
+constexpr CollectionPlace places[] = {
+    {"rekordbox-hot", &rekordbox, [](const std::string& path) { return rekordboxCues(path, false); },
+     expectedInRekordbox, requestRekordbox<true, false>, true},
+    {"rekordbox-memory", &rekordbox, [](const std::string& path) { return rekordboxCues(path, true); },
+     expectedInRekordbox, requestRekordbox<false, true>, true},
+    // Both lists, which a write makes the same.
+    {"rekordbox", &rekordbox, [](const std::string& path) { return rekordboxCues(path, false); },
+     expectedInRekordbox, requestRekordbox<true, true>, false},
+};
+
+}  // namespace
+
+void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
+    command.add_option("--rekordbox", options.rekordbox, "The Rekordbox collection to use, an XML file");
+    command.add_option("--traktor", options.traktor, "The Traktor collection to use, an NML file");
+    command.add_option("--boot-volume", options.bootVolume,
+                       "The name that Traktor's collection gives the startup volume");
+}
+
+void useCollections(const CollectionOptions& options) {
+    ZALHost& host = ZALHost::shared();
+    std::map<std::string, std::string> replaced;
+    const auto replace = [&replaced](const std::string& key, const std::string& file) {
+        if (!file.empty()) replaced[key] = collectionPath(file);
+    };
+    replace(ZALRekordboxDatabaseFileUserSetLocationURL, options.rekordbox);
+    if (!replaced.empty())
+        host.setUserDefaults(std::make_shared<CallDefaults>(host.userDefaults(), replaced));
+    if (!options.bootVolume.empty()) host.setBootVolumeName(options.bootVolume);
+}
+
+const CollectionPlace* collectionPlace(const std::string& name) {
+    for (const CollectionPlace& place : places) {
+        if (name == place.name) return &place;
+    }
+    return nullptr;
+}
+
+std::vector<std::string> collectionPlaceNames(bool readableOnly) {
+    std::vector<std::string> names;
+    for (const CollectionPlace& place : places) {
+        if (place.isReadable || !readableOnly) names.emplace_back(place.name);
+    }
+    return names;
+}
+
+std::string whyNotUsable(const Collection& collection) {
+    // The log line of a failed load is the reason; it belongs into ours.
+    std::mutex mutex;
+    std::string reason;
+    ZALHost::shared().setLogSink([&](const std::string& line) {
+        const std::lock_guard guard(mutex);
+        if (reason.empty()) reason = line;
+    });
+    const bool isLoaded = collection.isLoaded();
+    const ZALNullableString file = collection.file();
+    ZALHost::shared().setLogSink({});
+    if (isLoaded) return {};
+    if (!file) {
+        return fmt::format("no {} collection was found (--{} FILE names one)", collection.name,
+                           CLI::detail::to_lower(collection.name));
+    }
+    return reason.empty()
+               ? fmt::format("the {} collection {} is not loaded", collection.name, printable(*file))
+               : printable(reason);
+}
+
+std::string saveCollection(const Collection& collection) {
+    bool isDone = false;
+    bool success = false;
+    std::string reason;
+    collection.save([&](bool succeeded, const ZALError* error) {
+        isDone = true;
+        success = succeeded && error == nullptr;
+        if (error == nullptr) return;
+        reason = error->localizedDescription;
+        if (!error->localizedRecoverySuggestion.empty()) reason += " " + error->localizedRecoverySuggestion;
+        if (error->underlyingError) reason += " (" + error->underlyingError->localizedDescription + ")";
+    });
+    while (!isDone) {
+        ZALMainQueue::shared().runUntil([&] { return isDone; }, std::chrono::hours(1));
+    }
+    if (success && collection.isLoaded()) return {};
+    const std::string what = fmt::format("the {} collection was not written", collection.name);
+    return reason.empty() ? what : fmt::format("{}: {}", what, printable(reason));
+}
+
+std::string collectionPath(const std::string& path) {
+    return std::filesystem::path(absolutePath(path)).lexically_normal().string();
+}

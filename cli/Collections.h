@@ -1,0 +1,59 @@
+#pragma once
+
+#include <zaltag/zaltag.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+/// Which collections a call uses instead of those that the library finds by itself.
+struct CollectionOptions {
+    std::string rekordbox;
+    std::string traktor;
+    std::string bootVolume;
+};
+
+/// Adds --rekordbox, --traktor and --boot-volume to a command.
+void addCollectionOptions(CLI::App& command, CollectionOptions& options);
+/// Makes the library use them, for this process only.
+void useCollections(const CollectionOptions& options);
+
+/// A collection as the commands see it.
+struct Collection {
+    const char* name;
+    bool (*isLoaded)();
+    ZALNullableString (*file)();
+    bool (*hasTrack)(const std::string& path);
+    /// Writes what was asked for.
+    void (*save)(ZALCollectionCompletion completion);
+};
+
+/// Where cue points stand in a collection.
+struct CollectionPlace {
+    const char* name;
+    const Collection* collection;
+    /// The cue points of a track that the collection holds.
+    ZALArray<ZALTagCuePoint> (*read)(const std::string& path);
+    /// What a track that the collection holds would have after request().
+    ZALArray<ZALTagCuePoint> (*expected)(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints);
+    void (*request)(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints);
+    bool isReadable;  ///< it names one list of cue points, not two
+};
+
+/// The place with a name, or null.
+const CollectionPlace* collectionPlace(const std::string& name);
+/// The names of all places, or of those that can be read.
+std::vector<std::string> collectionPlaceNames(bool readableOnly);
+
+/// Loads a collection; the reason why it cannot be used, or an empty text.
+std::string whyNotUsable(const Collection& collection);
+/// Writes what was asked for and waits for it; the reason why not, or an empty text.
+std::string saveCollection(const Collection& collection);
+
+/// The path that collections know a file by: absolute and lexically normalised.
+std::string collectionPath(const std::string& path);
