@@ -1,0 +1,109 @@
+"""Rekordbox's collection through the program, read back by Python's own XML parser."""
+import json
+import os
+import re
+import unittest
+
+from collection_files import SAMPLES, outline, rekordbox, rekordbox_marks, tree
+from support import ProgramTest
+
+
+class Rekordbox(ProgramTest):
+    def collection(self, tracks=None):
+        tracks = tracks if tracks is not None else [(self.path("song.mp3"), ""), ("/music/b.mp3", "")]
+        return self.write("rekordbox.xml", rekordbox(tracks))
+
+    def test_the_road_of_one_change(self):
+        song, file = self.mp3(), self.collection()
+        before = self.content(song)
+        change = ("cues", "set", song, "--to", "rekordbox", "--rekordbox", file, "12.5=Drop", "3=In <&>")
+        self.zaltag(*change)
+        root = tree(file)
+        marks = [(3.0, "In <&>"), (12.5, "Drop")]
+        first, second = root.findall("COLLECTION/TRACK")
+        self.assertEqual(rekordbox_marks(first), [(s, n, -1) for s, n in marks] +
+                         [(s, n, i) for i, (s, n) in enumerate(marks)])
+        self.assertRegex(first.get("DateModified"), r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d[+-]\d{4}$")
+        self.assertEqual(first.get("Odd"), "&é")
+        self.assertEqual((rekordbox_marks(second), second.get("DateModified")), ([], None))
+        self.assertEqual(root.get("CreatedByApp"), "zaltag")
+        keys = [track.get("Key") for track in root.findall("PLAYLISTS/NODE/NODE[@Name='ZAL Cue Points']/TRACK")]
+        self.assertEqual(keys, ["1"])
+        imported = self.path("rekordbox_zalcues_001.xml")
+        self.assertEqual(rekordbox_marks(tree(imported).find("COLLECTION/TRACK")), rekordbox_marks(first))
+        once, import_once = self.content(file), self.content(imported)
+        self.assertIn(b"<!-- mine -->", once)
+        self.zaltag(*change)
+        self.assertEqual(self.content(file), once)
+        stamp = re.compile(rb'ModificationDate="[^"]*"')
+        self.assertEqual(stamp.sub(b"", self.content(imported)), stamp.sub(b"", import_once))
+        self.assertEqual(self.content(song), before)
+        out = self.zaltag("cues", "list", song, "--from", "rekordbox-hot", "--rekordbox", file)[0]
+        self.assertEqual(out, "3\tIn <&>\n12.5\tDrop\n")
+
+    def test_the_audio_file_need_not_exist_and_failures_are_one_line_each(self):
+        file = self.collection()
+        self.zaltag("cues", "set", "/music/x/../b.mp3", "--to", "rekordbox-memory", "--rekordbox", file, "1=a")
+        track = json.loads(self.zaltag("rekordbox", "track", "/music/b.mp3", "--rekordbox", file, "--json")[0])
+        self.assertEqual(track, {"path": "/music/b.mp3", "trackId": 2, "beatTimes": None, "cues": [
+            {"name": "a", "type": 0, "typeName": "Cue", "start": 1, "end": 0, "num": -1}]})
+        broken = self.write("broken.xml", b"<DJ_PLAYLISTS>")
+        for arguments in (("cues", "set", "/no.mp3", "--to", "rekordbox", "1=a", "--rekordbox", file),
+                          ("cues", "list", "/no.mp3", "--from", "rekordbox-hot", "--rekordbox", file),
+                          ("cues", "set", "/music/b.mp3", "--to", "rekordbox", "1=a", "--rekordbox", broken),
+                          ("rekordbox", "tracks", "--rekordbox", broken),
+                          ("rekordbox", "track", "/no.mp3", "--rekordbox", file),
+                          ("rekordbox", "playlists", "--rekordbox", self.path("missing.xml"))):
+            with self.subTest(arguments):
+                out, err = self.zaltag(*arguments, status=1)
+                self.assertEqual((out, err.count("\n")), ("", 1), err)
+        self.assertEqual(self.content(broken), b"<DJ_PLAYLISTS>")
+        out = self.zaltag("rekordbox", "info", "--rekordbox", self.path("missing.xml"), "--json", status=1)[0]
+        self.assertEqual(json.loads(out), {"path": self.path("missing.xml"), "loaded": False, "tracks": 0,
+                                           "cues": 0, "playlists": 0})
+
+    def test_settings_are_never_stored(self):
+        home = self.path("home")
+        os.mkdir(home)
+        environment = {**os.environ, "HOME": home, "XDG_CONFIG_HOME": os.path.join(home, "config")}
+        self.run_program("rekordbox", "info", "--rekordbox", self.collection(), env=environment)
+        self.assertEqual(os.listdir(home), [])
+
+    @unittest.skipUnless(SAMPLES, "ZALTAG_SAMPLES is not set")
+    def test_a_save_of_a_real_collection_changes_marks_and_stamps_alone(self):
+        with open(os.path.join(SAMPLES, "rbxml_test.xml"), "rb") as sample:
+            file = self.write("rekordbox.xml", sample.read())
+        before = tree(file)
+        tracks = json.loads(self.zaltag("rekordbox", "tracks", "--rekordbox", file, "--json")[0])
+        paths = [track.get("Location")[len("file://localhost"):] for track in before.iter("TRACK") if track.get("Name")]
+        self.assertEqual([track["path"] for track in tracks], paths)
+        for found, element in zip(tracks, before.iter("TRACK")):
+            self.assertEqual([(cue["start"], cue["name"], cue["num"]) for cue in found["cues"]],
+                             rekordbox_marks(element))
+        # The third track's hot cues are what they become; the first two are rewritten as they are.
+        hot = rekordbox_marks(list(before.iter("TRACK"))[2])
+        self.zaltag("cues", "set", paths[2], "--to", "rekordbox-hot", "--rekordbox", file,
+                    *(f"{start}={name}" for start, name, _ in hot))
+
+        def expected(element, attributes, children):
+            if element.tag == "DJ_PLAYLISTS":
+                attributes = {key: value for key, value in attributes.items() if key in ("Version",)}
+            if element.tag == "TRACK" and element.get("Name"):
+                attributes.pop("DateModified", None)
+                children = [child for child in children if child.tag != "POSITION_MARK"]
+            if element.tag == "NODE":
+                children = [child for child in children if child.get("Name") != "ZAL Cue Points"]
+                if element.get("Name") == "ROOT":
+                    attributes.pop("Count")
+            return attributes, children
+
+        after = tree(file)
+        self.assertEqual(outline(after, expected), outline(before, expected))
+        for old, new in list(zip(before.iter("TRACK"), after.iter("TRACK")))[:2]:
+            self.assertEqual(rekordbox_marks(new), rekordbox_marks(old))
+            self.assertEqual([mark.get("End") for mark in new.iter("POSITION_MARK") if mark.get("Type") == "4"],
+                             [mark.get("End") for mark in old.iter("POSITION_MARK") if mark.get("Type") == "4"])
+
+
+if __name__ == "__main__":
+    unittest.main()
