@@ -3,11 +3,9 @@
 #include <zaltag/platform/ZALHTTPClient.h>
 #include <zaltag/platform/ZALHost.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdlib>
-#include <mutex>
 #include <utility>
 
 #include <curl/curl.h>
@@ -107,8 +105,7 @@ class Options {
 CURLcode perform(const Curl& curl, CURL* handle, const std::string& url, Transfer& transfer) {
     Options options(curl, handle);
     options.set(CURLOPT_URL, url.c_str());
-    options.set(CURLOPT_PROTOCOLS_STR, "https");
-    options.set(CURLOPT_REDIR_PROTOCOLS_STR, "https");
+    options.set(CURLOPT_PROTOCOLS_STR, "https");  // after a redirect too
     options.set(CURLOPT_FOLLOWLOCATION, 1L);
     options.set(CURLOPT_MAXREDIRS, redirectsMax);
     options.set(CURLOPT_SSL_VERIFYPEER, 1L);

@@ -156,9 +156,7 @@ class FileDefaults final : public ZALUserDefaults {
             return;
         }
         edits_.clear();
-        values_ = std::move(values);
-        broken_.reset();
-        ZALHost::shared().fileSystem()->attributes(path_, file_);
+        file_ = {};  // to be read again, with what others may have written since
     }
 
     bool store(const std::string& text) {
