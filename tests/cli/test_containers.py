@@ -5,7 +5,6 @@ import subprocess
 import unittest
 
 from mutagen.flac import FLAC
-from mutagen.id3 import ID3, TBPM, TPE1
 from mutagen.mp4 import MP4, MP4Cover
 
 from support import ProgramTest
@@ -117,19 +116,6 @@ class InFLAC(ContainerTest):
         for comment in ("x" * 30000, "", "y" * 9000):
             self.zaltag("set", song, "comment=" + comment)
             self.check(song, before)
-
-    def test_id3_tags_stay_in_step(self):
-        song = self.make("song.flac")
-        tags = ID3()
-        tags.add(TPE1(encoding=3, text="old"))
-        tags.add(TBPM(encoding=3, text="128"))
-        tags.save(song)
-        before = audio_of(song)
-        self.assertEqual(self.show(song)["energyLevel"], 128)
-        self.zaltag("set", song, "artist=new", "genre=House")
-        self.assertEqual((str(ID3(song)["TPE1"]), FLAC(song)["artist"]), ("new", ["new"]))
-        self.assertNotIn("TCON", ID3(song))
-        self.assertEqual(audio_of(song), before)
 
     def test_pictures(self):
         song = self.make("song.flac")
