@@ -1,9 +1,10 @@
-"""MP4 and FLAC files made by ffmpeg, changed by the program, and checked with mutagen, ffprobe and flac."""
+"""MP4, AIFF and FLAC files made by ffmpeg, changed by the program, and checked with mutagen, ffprobe and flac."""
 import os
 import shutil
 import subprocess
 import unittest
 
+from mutagen.aiff import AIFF
 from mutagen.flac import FLAC
 from mutagen.mp4 import MP4, MP4Cover
 
@@ -101,6 +102,24 @@ class InMP4(ContainerTest):
         self.assertEqual([pixels(cover) for cover in MP4(song)["covr"]], [pixels(png(n)) for n in (1, 2)])
         self.assertEqual(MP4(other)["covr"], [])
         self.check(song, before)
+
+
+class InAIFF(ContainerTest):
+    def test_every_command(self):
+        song = self.make("song.aiff")
+        before = audio_of(song)
+        self.set_all(song)
+        self.zaltag("cues", "set", song, "--to", "serato", "0.25=Intro")
+        self.zaltag("record", song, 'zalKey={"key": "8A"}')
+        self.zaltag("comments", "prune", song)
+        self.zaltag("artwork", "backup", song, "--image", self.write("a.png", png(1)))
+        self.check(song, before)
+        self.check_values(song)
+        self.assertEqual(self.show(song)["seratoCuePoints"], [{"time": 0.25, "name": "Intro"}])
+        tags = AIFF(song).tags
+        self.assertEqual((str(tags["TIT2"]), str(tags["TBPM"])), ("a=b", "124"))
+        self.assertEqual([lens_make(frame.data) for frame in tags.getall("APIC")], [CUSTOMIZED])
+        self.assertTrue({"GEOB:Key", "GEOB:Serato Markers2"} <= set(tags))
 
 
 class InFLAC(ContainerTest):
