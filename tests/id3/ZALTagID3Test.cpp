@@ -139,6 +139,20 @@ TEST(Fields, textThatIsNotUTF8IsReplacedNotLost) {
     EXPECT_EQ(tag->title(), "a\uFFFDz");
 }
 
+TEST(Fields, anEncodingThatDoesNotExistTakesNoText) {
+    const auto text = [](std::string_view id, std::string_view start) {
+        return id3Frame(id, joined({{0x76}, bytesOf(start), bytesOf("old")}));
+    };
+    const std::string path = mp3(id3Tag({text("TIT2", ""), text("COMM", std::string("eng\0", 4))}));
+    auto tag = opened(path);
+    tag->setTitle("Pièce 🎵");
+    tag->setComment("new");
+    ASSERT_TRUE(tag->save());
+    tag = opened(path);
+    EXPECT_EQ(tag->title(), "Pièce 🎵");
+    EXPECT_EQ(tag->comment(), "new");
+}
+
 TEST(Fields, numericGenresBecomeNames) {
     for (const char* stored : {"(17)", "17", "(17)Rock"}) {
         const std::string path = mp3(id3Tag({id3Text("TCON", stored)}));
