@@ -104,7 +104,7 @@ bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly) {
     if (!flacfile_->file.isValid()) return false;
     flacfile_->comment = flacfile_->file.xiphComment(true);
     s.v2Tag = flacfile_->file.ID3v2Tag(false);
-    if (s.v2Tag != nullptr && !zal::isWithinFrameLimit(*s.v2Tag)) return false;
+    if (s.v2Tag != nullptr && !zal::prepareFrames(*s.v2Tag)) return false;
     s.v1Tag = flacfile_->file.ID3v1Tag(false);
     return true;
 }

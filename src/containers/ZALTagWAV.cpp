@@ -170,7 +170,7 @@ bool ZALTagWAV::openWAV(const std::string& path, bool readOnly) {
         zal::logf("-[ZALTagWAV initWithPath:readOnly:]: no WAV tag found in '{}'", path);
         return false;
     }
-    if (!zal::isWithinFrameLimit(*s.v2Tag)) return false;
+    if (!zal::prepareFrames(*s.v2Tag)) return false;
     restoreInfoTexts(*wavfile_);
     pnTag_ = readPNTag(path);
     return true;

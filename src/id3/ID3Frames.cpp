@@ -3,6 +3,8 @@
 #include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
 
+#include <attachedpictureframe.h>
+#include <commentsframe.h>
 #include <generalencapsulatedobjectframe.h>
 #include <id3v2framefactory.h>
 #include <textidentificationframe.h>
@@ -14,9 +16,27 @@ using TagLib::ID3v2::GeneralEncapsulatedObjectFrame;
 using TagLib::ID3v2::Tag;
 using TagLib::ID3v2::TextIdentificationFrame;
 
-bool isWithinFrameLimit(const Tag& tag) {
+namespace {
+
+template <typename TextFrame>
+void repairEncoding(Frame* frame) {
+    auto* text = dynamic_cast<TextFrame*>(frame);
+    if (text == nullptr || static_cast<int>(text->textEncoding()) <= TagLib::String::UTF8) return;
+    text->setTextEncoding(TagLib::String::Latin1);  // TagLib takes a wider one where the text asks for it
+}
+
+}  // namespace
+
+bool prepareFrames(Tag& tag) {
     constexpr unsigned frameCountMax = 10000;
-    return tag.frameList().size() <= frameCountMax;
+    if (tag.frameList().size() > frameCountMax) return false;
+    for (Frame* frame : tag.frameList()) {
+        repairEncoding<TextIdentificationFrame>(frame);
+        repairEncoding<TagLib::ID3v2::CommentsFrame>(frame);
+        repairEncoding<GeneralEncapsulatedObjectFrame>(frame);
+        repairEncoding<TagLib::ID3v2::AttachedPictureFrame>(frame);
+    }
+    return true;
 }
 
 std::vector<Frame*> framesWithID(const Tag& tag, const char* id) {

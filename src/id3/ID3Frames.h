@@ -14,9 +14,11 @@ namespace zal {
 /// The frames of an id in tag order, as a copy: TagLib's own list changes while frames are added and removed.
 std::vector<TagLib::ID3v2::Frame*> framesWithID(const TagLib::ID3v2::Tag& tag, const char* id);
 
-/// False for a tag with more frames than any real one: TagLib searches all of them for each one it removes,
-/// so that a hostile tag could keep a setter busy for minutes. Such a file is not opened.
-bool isWithinFrameLimit(const TagLib::ID3v2::Tag& tag);
+/// Makes a tag ready for use after opening. False for one with more frames than any real one: TagLib searches
+/// all of them for each one it removes, so that a hostile tag could keep a setter busy for minutes. Such a
+/// file is not opened. Frames whose text encoding does not exist get Latin-1; TagLib would write whatever is
+/// set in them as the empty text.
+bool prepareFrames(TagLib::ID3v2::Tag& tag);
 
 /// The first frame of an id, or null.
 TagLib::ID3v2::Frame* firstFrame(const TagLib::ID3v2::Tag& tag, const char* id);

@@ -61,7 +61,7 @@ bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
     aifffile_ = std::make_unique<AIFFFile>(s.stream.get(), false, TagLib::AudioProperties::Average);
     if (!aifffile_->isValid()) return false;
     s.v2Tag = aifffile_->tag();
-    if (s.v2Tag != nullptr) return zal::isWithinFrameLimit(*s.v2Tag);
+    if (s.v2Tag != nullptr) return zal::prepareFrames(*s.v2Tag);
     zal::logf("-[ZALTagAIFF initWithPath:readOnly:]: no AIFF/ID3 tag found in '{}'", path);
     return false;
 }

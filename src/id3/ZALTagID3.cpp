@@ -107,7 +107,7 @@ bool ZALTagID3::openMP3(const std::string& path, bool readOnly) {
     s.v1Tag = s.file->ID3v1Tag(false);
     if (s.v1Tag != nullptr && s.v1Tag->isEmpty()) s.v1Tag = nullptr;
     s.v2Tag = s.file->ID3v2Tag(true);
-    if (!zal::isWithinFrameLimit(*s.v2Tag)) return false;
+    if (!zal::prepareFrames(*s.v2Tag)) return false;
     normalizeGenre(*s.v2Tag);
     return true;
 }

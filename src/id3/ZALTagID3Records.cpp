@@ -14,7 +14,8 @@ std::optional<ZALJSONValue> ZALTagID3::storedDictionary(const std::string& descr
     return stored ? JSONDict(*stored) : std::nullopt;
 }
 
-void ZALTagID3::setZalTagPropertyDescription(const ZALTagCustomProperty* record, const std::string& description) {
+void ZALTagID3::setZalTagPropertyDescription(const ZALTagCustomProperty* record,
+                                             const std::string& description) {
     if (state().v2Tag == nullptr || description.empty()) return;
     const ZALNullableData stored = zal::storedRecord(record);
     if (stored) {

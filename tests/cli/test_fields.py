@@ -3,7 +3,7 @@ import json
 import os
 import subprocess
 
-from mutagen.id3 import COMM, ID3, TDRC, TIT2
+from mutagen.id3 import ID3, TDRC
 from mutagen.mp3 import MP3
 
 from support import FRAME, ProgramTest
@@ -35,23 +35,8 @@ class Fields(ProgramTest):
         self.assertEqual(str(tags["COMM::eng"]), "line\nbreak")
         self.assertEqual(audio_of(song), before)
 
-        self.zaltag("set", song, "artist=", "year=", "energyLevel=", "comment=")
-        shown = self.show(song)
-        self.assertIsNone(shown["artist"])
-        self.assertEqual((shown["year"], shown["energyLevel"], shown["comment"]), (0, 0, ""))
-        self.assertNotIn("COMM::eng", MP3(song).tags)
-        self.assertEqual(audio_of(song), before)
-
-    def test_foreign_frames_survive(self):
-        song = self.mp3()
-        tags = ID3()
-        tags.add(TIT2(encoding=1, text="old"))
-        tags.add(COMM(encoding=0, lang="eng", desc="iTunNORM", text="0000"))
-        tags.save(song, v2_version=3)
-        self.zaltag("set", song, "title=new", "comment=mine")
-        tags = ID3(song)
-        self.assertEqual(str(tags["TIT2"]), "new")
-        self.assertEqual(str(tags["COMM:iTunNORM:eng"]), "0000")
+        self.zaltag("set", song, "artist=", "comment=")
+        self.assertFalse({"TPE1", "COMM::eng"} & set(MP3(song).tags))
 
     def test_strip_v1(self):
         song = self.mp3("v1.mp3")

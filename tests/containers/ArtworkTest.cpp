@@ -1,4 +1,4 @@
-// The pictures of MP4 and FLAC, step by step: where they differ from those of the ID3 family.
+// The pictures of ID3, MP4 and FLAC, step by step.
 
 #include <zaltag/tag/ZALTag.h>
 #include <zaltag/tag/ZALTagDataImage.h>
@@ -10,9 +10,12 @@
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
 
+#include <attachedpictureframe.h>
 #include <flacfile.h>
 #include <gmock/gmock.h>
+#include <id3v2tag.h>
 #include <mp4file.h>
+#include <mpegfile.h>
 
 #include <algorithm>
 
@@ -56,6 +59,11 @@ ZALData block(const ZALData& data, std::uint8_t type, std::string_view mime) {
     return flacBlock(6, out.data());
 }
 
+ZALData apic(const ZALData& data, std::uint8_t type) {
+    const ZALData mimeType = bytesOf(std::string_view("\0image/jpeg\0", 12));
+    return id3Frame("APIC", joined({mimeType, {type}, bytesOf("about"), {0}, data}));
+}
+
 class ContainerArtwork : public testing::Test {
   protected:
     void open(const std::string& name, const ZALData& file) {
@@ -72,6 +80,16 @@ class ContainerArtwork : public testing::Test {
             for (const auto* picture : file.pictureList()) {
                 const std::string kind = picture->mimeType().to8Bit() + " " + std::to_string(picture->type());
                 out.push_back(described(picture->data(), kind));
+            }
+            return out;
+        }
+        if (path_.ends_with("mp3")) {
+            TagLib::MPEG::File file(path_.c_str(), false);
+            for (const auto* frame : file.ID3v2Tag()->frameList("APIC")) {
+                const auto& picture = dynamic_cast<const TagLib::ID3v2::AttachedPictureFrame&>(*frame);
+                out.push_back(described(picture.picture(), picture.mimeType().to8Bit() + " " +
+                                                               std::to_string(picture.type()) + " " +
+                                                               picture.description().to8Bit()));
             }
             return out;
         }
@@ -108,6 +126,37 @@ Operation setAll(std::uint8_t first, std::uint8_t second) {
 }
 void restore(ZALTag& tag) {
     tag.restoreOriginalImage();
+}
+
+void clear(ZALTag& tag) {
+    EXPECT_TRUE(tag.replacePrimaryImage(nullptr, false));
+}
+void refuse(ZALTag& tag) {
+    EXPECT_FALSE(tag.replaceOriginalImage(image(9)));
+}
+
+TEST_F(ContainerArtwork, inID3WhatIsMadeAnewHasNeitherTypeNorDescription) {
+    open("a.mp3", joined({id3Tag({apic(marked(1, ' '), 6), apic(marked(2, ' '), 4)}), mpegFrames()}));
+    EXPECT_EQ(tag->allImages()[0].imageType, 6u);
+    expectSteps({{replace(3), {"3 image/jpeg 6 about", "2 image/jpeg 4 about"}},
+                 {backup(4), {"4c image/png 0 ", "3o image/jpeg 0 ", "2 image/jpeg 0 "}},
+                 {backup(5), {"5c image/png 0 ", "3o image/jpeg 0 ", "2 image/jpeg 0 "}},
+                 {refuse, {"5c image/png 0 ", "3o image/jpeg 0 ", "2 image/jpeg 0 "}},
+                 {restore, {"3o image/jpeg 0 ", "2 image/jpeg 0 "}},
+                 {backup(6), {"6c image/png 0 ", "3o image/jpeg 0 ", "2 image/jpeg 0 "}},
+                 {setAll(6, 7), {"6 image/png 0 ", "7 image/png 0 "}},
+                 {clear, {}},
+                 {restore, {}},
+                 {backup(0), {}},
+                 {backup(3), {"3c image/png 0 "}},
+                 {restore, {}},
+                 {replace(3), {"3 image/png 0 "}}});
+    open("a.mp3", joined({id3Tag({apic(marked(1, 'o'), 3), apic(marked(2, ' '), 3), apic(marked(3, 'c'), 3),
+                                  apic(bytesOf("x"), 3), apic(marked(4, 'o'), 3)}),
+                          mpegFrames()}));
+    EXPECT_EQ(tag->allImages().size(), 4u) << "one does not decode";
+    EXPECT_EQ(tag->allStoredImages().size(), 5u);
+    expectSteps({{restore, {"4o image/jpeg 0 ", "2 image/jpeg 0 ", "? image/jpeg 0 "}}});
 }
 
 TEST_F(ContainerArtwork, inMP4EveryCoverIsCalledAPNG) {
@@ -187,16 +236,26 @@ TEST_F(ContainerArtwork, inFLACTheOriginalIsLast) {
     expectSteps({{restore, {"2 b 7", "4o d 3"}}});
 }
 
-TEST_F(ContainerArtwork, thatCannotBeRenderedIsLogged) {
-    for (const auto& [name, file] : {std::pair("MP4", mp4File()), std::pair("FLAC", flacFile())}) {
-        open(name == std::string("MP4") ? "a.mp4" : "a.flac", file);
+TEST_F(ContainerArtwork, thatCannotBeRenderedChangesNothing) {
+    const std::tuple<const char*, const char*, ZALData> formats[] = {
+        {"a.mp3", "ID3", joined({id3Tag({apic(marked(1, ' '), 3)}), mpegFrames()})},
+        {"a.m4a", "MP4", mp4File({.userData = mp4Tag({mp4Item("covr", {marked(1, ' ')}, 13)})})},
+        {"a.flac", "FLAC", flacFile({block(marked(1, ' '), 6, "a")})},
+    };
+    for (const auto& [file, name, content] : formats) {
+        open(file, content);
+        const auto before = saved();
         const LogCapture log;
         EXPECT_FALSE(tag->replacePrimaryImage(unrenderable, true));
+        EXPECT_FALSE(tag->replaceOriginalImage(unrenderable));
+        tag->backupOriginalImageAndSetCustomImage(unrenderable);
+        EXPECT_EQ(saved(), before);
         tag->setAllImages({{unrenderable, 3}});
-        EXPECT_THAT(log.lines(),
-                    testing::ElementsAre("Unable to finalize the destination PNG data.",
-                                         std::string("-[ZALTag") + name +
-                                             " setAllImages:] unable to finalize the destination PNG data."));
+        const std::string line = "Unable to finalize the destination PNG data.";
+        EXPECT_THAT(log.lines(), testing::ElementsAre(line, line, line,
+                                                      std::string("-[ZALTag") + name +
+                                                          " setAllImages:] unable to finalize the "
+                                                          "destination PNG data."));
         EXPECT_FALSE(tag->hasImages());
     }
 }

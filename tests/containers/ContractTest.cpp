@@ -173,7 +173,8 @@ TEST_P(Contract, aReadOnlyObjectCannotBeSaved) {
     tag->setTitle("new");
     ZALError error;
     EXPECT_FALSE(tag->save(&error));
-    EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
+    EXPECT_EQ(error.domain, "ZALTagErrorDomain");
+    EXPECT_EQ(static_cast<int>(error.code), 1);
     EXPECT_EQ(error.failingTag(), tag);
     EXPECT_EQ(contentsOf(path), before);
 }

@@ -16,7 +16,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr char noPicture[] = "ZALTag: APIC frame ignored after failed cast";
-constexpr char notRendered[] = "Unable to finalize the destination PNG data.";
 
 ZALData apic(const ZALData& data, std::uint8_t type = 3, std::string_view mime = "image/jpeg",
              std::uint16_t flags = 0) {
@@ -36,11 +35,6 @@ class Artwork : public testing::Test {
     // Opens a fresh file with these frames.
     void open(std::initializer_list<ZALData> frames) {
         path_ = folder_.write("song.mp3", joined({id3Tag(frames), mpegFrames()}));
-        tag = ZALTagID3::tagAtPath(path_);
-        ASSERT_NE(tag, nullptr);
-    }
-    void saveAndReopen() {
-        ASSERT_TRUE(tag->save());
         tag = ZALTagID3::tagAtPath(path_);
         ASSERT_NE(tag, nullptr);
     }
@@ -70,90 +64,6 @@ class Artwork : public testing::Test {
 
 const ZALImagePtr cover = picture(32, 24, 1);
 const ZALImagePtr custom = picture(20, 20, 2);
-const ZALImagePtr other = picture(20, 20, 3);
-const ZALImagePtr unrenderable = ZALImage::imageWithPixels(1000001, 1, ZALData(4000004));
-
-TEST_F(Artwork, isBackedUpAndRestoredWithoutTouchingAPixelOfTheOriginal) {
-    for (const ZALData& data :
-         {pngOf(*cover), jpegOf(*cover), jpegOf(*cover, JPEGKind::progressive), webpOf(*cover)}) {
-        open({apic(data), apic(png(4), 4, "image/png")});
-        const ZALImagePtr original = tag->originalImage();
-        ASSERT_NE(original, nullptr);
-        EXPECT_EQ(tag->customizedImage(), nullptr);
-
-        for (const ZALImagePtr& image :
-             {custom, other}) {  // the second time only the customised one is replaced
-            tag->backupOriginalImageAndSetCustomImage(image);
-            saveAndReopen();
-            EXPECT_EQ(listed(), "custom image/png 0, original image/jpeg 0, plain image/png 0");
-            EXPECT_EQ(*tag->primaryImage(), *image);
-            EXPECT_EQ(*tag->originalImage(), *original);
-        }
-        EXPECT_FALSE(tag->replaceOriginalImage(custom)) << "the host's picture is never replaced this way";
-        EXPECT_EQ(*tag->customizedImage(), *other);
-
-        tag->restoreOriginalImage();
-        saveAndReopen();
-        EXPECT_EQ(listed(), "original image/jpeg 0, plain image/png 0");
-        EXPECT_FALSE(tag->hasCustomizedImage());
-        EXPECT_EQ(*tag->primaryImage(), *original);
-        const ZALData kept = tag->allImageData()[0];
-
-        tag->backupOriginalImageAndSetCustomImage(custom);
-        EXPECT_EQ(tag->allImageData()[1], kept) << "an original that is marked already";
-        EXPECT_EQ(mp3Audio(path_), mpegFrames());
-    }
-}
-
-TEST_F(Artwork, ofAFileWithoutPictures) {
-    open({id3Text("TIT2", "x")});
-    EXPECT_FALSE(tag->hasImages());
-    EXPECT_EQ(tag->originalImage(), nullptr);
-    EXPECT_EQ(tag->primaryImage(), nullptr);
-    EXPECT_TRUE(tag->allImages().empty());
-    tag->restoreOriginalImage();
-    tag->backupOriginalImageAndSetCustomImage(nullptr);
-    EXPECT_EQ(listed(), "");
-    tag->backupOriginalImageAndSetCustomImage(custom);
-    EXPECT_EQ(listed(), "custom image/png 0");
-    EXPECT_FALSE(tag->hasOriginalImage());
-    EXPECT_EQ(*tag->primaryImage(), *custom);
-    tag->restoreOriginalImage();
-    EXPECT_FALSE(tag->hasImages());
-    EXPECT_TRUE(tag->replacePrimaryImage(custom, false));
-    EXPECT_EQ(listed(), "plain image/png 0");
-}
-
-TEST_F(Artwork, thatIsReplacedKeepsItsFrame) {
-    open({id3Text("TIT2", "x"), apic(png(1), 6), apic(png(2), 4)});
-    EXPECT_TRUE(tag->replaceOriginalImage(custom));
-    EXPECT_EQ(listed(), "plain image/jpeg 6 about, plain image/jpeg 4 about")
-        << "PNG bytes under the old MIME type";
-    EXPECT_EQ(*tag->originalImage(), *custom);
-    EXPECT_TRUE(tag->replacePrimaryImage(other, true));
-    EXPECT_EQ(listed(), "custom image/jpeg 6 about, plain image/jpeg 4 about");
-    EXPECT_EQ(tag->originalImage(), nullptr) << "only an unmarked first picture passes for the original";
-    EXPECT_TRUE(tag->replacePrimaryImage(nullptr, false));
-    EXPECT_FALSE(tag->hasImages());
-}
-
-TEST_F(Artwork, isListedAndSet) {
-    open({apic(jpegOf(*cover), 3), apic(bytesOf("no picture"), 5), apic(png(2), 4, "image/png")});
-    const auto images = tag->allImages();
-    ASSERT_EQ(images.size(), 2u) << "one does not decode";
-    EXPECT_EQ(images[0].imageType, 3u);
-    EXPECT_EQ(images[1].imageType, 4u);
-    EXPECT_EQ(tag->allImageData().size(), 3u);
-    EXPECT_EQ(tag->allStoredImages()[1].imageType, 5u);
-    const LogCapture log;
-    tag->setAllImages({{custom, 3}, {nullptr, 3}, {unrenderable, 3}, {other, 3}});
-    EXPECT_EQ(listed(), "plain image/png 0, plain image/png 0");
-    EXPECT_EQ(*tag->allImages()[1].image, *other);
-    EXPECT_THAT(log.lines(),
-                ElementsAre("-[ZALTagID3 setAllImages:] unable to finalize the destination PNG data."));
-    tag->setAllImages({});
-    EXPECT_FALSE(tag->hasImages());
-}
 
 TEST_F(Artwork, isCopiedToAnotherTag) {
     open({apic(jpegOf(*cover), 3)});
@@ -194,16 +104,6 @@ TEST_F(Artwork, thatIsTooMuchIsNotListed) {
     const LogCapture log;
     EXPECT_EQ(tag->allImages().size(), 1u);
     EXPECT_THAT(log.lines(), ElementsAre("pictures beyond 256 mega pixels are left out of the list"));
-}
-
-TEST_F(Artwork, thatCannotBeRenderedChangesNothing) {
-    open({apic(png(1))});
-    const LogCapture log;
-    EXPECT_FALSE(tag->replacePrimaryImage(unrenderable, false));
-    EXPECT_FALSE(tag->replaceOriginalImage(unrenderable));
-    tag->backupOriginalImageAndSetCustomImage(unrenderable);
-    EXPECT_EQ(listed(), "plain image/jpeg 3 about");
-    EXPECT_THAT(log.lines(), ElementsAre(notRendered, notRendered, notRendered));
 }
 
 TEST_F(Artwork, leavesFramesThatAreNoPictures) {

@@ -221,24 +221,6 @@ TEST_F(SafeFileTest, manySmallEditsStayCheap) {
     EXPECT_EQ(content(), expected);
 }
 
-TEST_F(SafeFileTest, standsOnTheNewFileAfterACommit) {
-    const auto file = opened();
-    file->insert(0, viewOf("first "));
-    ASSERT_TRUE(file->commit());
-    EXPECT_EQ(readAll(*file, 0, 8), "first 0 ");
-    file->write(0, viewOf("FIRST"));
-    ASSERT_TRUE(file->commit());
-    EXPECT_EQ(readAll(*file, 0, 8), "FIRST 0 ");
-    file->insert(6, viewOf("second "));
-    ASSERT_TRUE(file->commit());
-    EXPECT_EQ(content(), "FIRST second " + old_);
-    file->truncate(1'000'000);
-    ASSERT_TRUE(file->commit());
-    std::string extended = "FIRST second " + old_;
-    extended.resize(1'000'000);
-    EXPECT_EQ(content(), extended);
-}
-
 TEST_F(SafeFileTest, keepsModeOwnerAndAttributes) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root may give files away";
     // Access for one more user than the bits tell; and a folder that gives new files such a list.

@@ -1,9 +1,7 @@
 #include "tag/ArtworkPlan.h"
 
-#include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <string>
 #include <string_view>
 
 namespace {
@@ -17,41 +15,6 @@ std::vector<zal::ArtworkMark> marks(std::string_view letters) {
                                       : zal::ArtworkMark::none);
     }
     return out;
-}
-
-// A plan in words: each picture's source ("new" for none), "c" when it holds the host's picture, "o" when it
-// is marked as original, and its type.
-std::string described(const zal::ArtworkPlan& plan) {
-    std::string out;
-    for (const zal::PlannedPicture& picture : plan) {
-        out += out.empty() ? "" : " ";
-        out += picture.source ? std::to_string(*picture.source) : "new";
-        out += picture.customized ? "c" : "";
-        out += picture.original ? "o" : "";
-        out += picture.type ? fmt::format("/{}", *picture.type) : "/own";
-    }
-    return out;
-}
-
-TEST(ArtworkPlan, ofEveryContainer) {
-    struct Case {
-        const zal::ArtworkRules& rules;
-        const char* backupOfNone;
-        const char* backupOfThree;
-        const char* restored;  // from unmarked, original, customised, unmarked, original
-    };
-    const Case cases[] = {
-        {zal::id3Artwork, "newc/0", "newc/0 0o/0 1/0 2/0", "4/0 0/0 3/0"},
-        {zal::mp4Artwork, "newc/0", "newc/0 0o/0 1/0 2/0", "4/0 1/0 0/0 3/0"},
-        {zal::flacArtwork, "newc/3", "1/own 2/own 0co/0 0c/own", "0/own 3/own 4/3"},
-    };
-    for (const Case& one : cases) {
-        EXPECT_EQ(described(zal::backupPlan(one.rules, 0)), one.backupOfNone) << one.rules.setAllImagesName;
-        EXPECT_EQ(described(zal::backupPlan(one.rules, 3)), one.backupOfThree) << one.rules.setAllImagesName;
-        EXPECT_EQ(described(zal::restorePlan(one.rules, marks("-oc-o"))), one.restored)
-            << one.rules.setAllImagesName;
-        EXPECT_EQ(described(zal::restorePlan(one.rules, marks("c"))), "");
-    }
 }
 
 TEST(ArtworkPlan, tellsTheOriginal) {
