@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Sets everything up and runs every test: plain, under the address and undefined-behaviour sanitizers, and every fuzz
-# target over its corpus and for a few seconds beyond it.
+# Sets everything up and runs every test: plain, under the address and undefined-behaviour sanitizers, what has
+# threads under the thread sanitizer, and every fuzz target over its corpus and for a few seconds beyond it.
 set -euo pipefail
 cd "$(dirname "$0")"
 scripts/install-deps.sh
@@ -8,9 +8,11 @@ scripts/install-deps.sh
 fuzz_seconds=${ZALTAG_FUZZ_SECONDS:-3}
 jobs=$(nproc)
 
-build() {
-    echo "== building $1"
-    if ! log=$( (cmake --preset "$1" && cmake --build --preset "$1" -j "$jobs") 2>&1); then
+build() {  # PRESET [TARGET...]
+    local preset=$1
+    shift
+    echo "== building $preset"
+    if ! log=$( (cmake --preset "$preset" && cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"}) 2>&1); then
         echo "$log"
         exit 1
     fi
@@ -23,6 +25,14 @@ ctest --preset release -j "$jobs"
 build fuzz
 echo "== tests under the address and undefined-behaviour sanitizers"
 ctest --preset fuzz -j "$jobs"
+
+threaded=(zaltag_platform_tests zaltag_rekordbox_tests)
+build tsan "${threaded[@]}"
+echo "== queues, timers and collections under the thread sanitizer"
+for program in "${threaded[@]}"; do
+    "build/tsan/tests/$program" --gtest_brief=1 \
+        --gtest_filter='*Queue*:*Clock*:*Notification*:*Collections*:*HTTP*:*UserDefaults*'
+done
 
 echo "== fuzz targets, $fuzz_seconds s each"
 for target in build/fuzz/fuzz/fuzz_*; do

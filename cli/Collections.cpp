@@ -43,7 +43,7 @@ constexpr Collection rekordbox = {
     [](const std::string& path) {
         return ZALRekordboxDatabase::sharedDatabase()->hasTrackForSongFileAtURL(path);
     },
-    [](ZALCollectionCompletion completion) { ZALRekordboxQueue::sharedQueue()->save(std::move(completion)); },
+    [](ZALCompletion completion) { ZALRekordboxQueue::sharedQueue()->save(std::move(completion)); },
 };
 
 ZALArray<ZALTagCuePoint> rekordboxCues(const std::string& path, bool memory) {

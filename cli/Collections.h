@@ -30,7 +30,7 @@ struct Collection {
     ZALNullableString (*file)();
     bool (*hasTrack)(const std::string& path);
     /// Writes what was asked for.
-    void (*save)(ZALCollectionCompletion completion);
+    void (*save)(ZALCompletion completion);
 };
 
 /// Where cue points stand in a collection.

@@ -3,6 +3,7 @@
 // The whole library.
 
 #include <zaltag/base/ZALArray.h>
+#include <zaltag/base/ZALCompletion.h>
 #include <zaltag/base/ZALData.h>
 #include <zaltag/base/ZALError.h>
 #include <zaltag/base/ZALJSONValue.h>

@@ -96,8 +96,7 @@ void ZALCollectionQueue::enqueue(const ZALNullableString& path, std::shared_ptr<
 }
 
 // Runs an operation on the serial queue, and its completion on the main queue, whatever happens.
-void ZALCollectionQueue::perform(Outcome (ZALCollectionQueue::*operation)(),
-                                 ZALCollectionCompletion completion) {
+void ZALCollectionQueue::perform(Outcome (ZALCollectionQueue::*operation)(), ZALCompletion completion) {
     const auto complete = [completion = std::move(completion)](const Outcome& outcome) {
         if (!completion) return;
         ZALMainQueue::shared().post([completion, outcome] {
@@ -109,12 +108,12 @@ void ZALCollectionQueue::perform(Outcome (ZALCollectionQueue::*operation)(),
     if (!taken) complete({false, std::nullopt});
 }
 
-void ZALCollectionQueue::reload(ZALCollectionCompletion completion) {
+void ZALCollectionQueue::reload(ZALCompletion completion) {
     assertProcessingQueue("reload:");
     perform(&ZALCollectionQueue::reloadIfNeeded, std::move(completion));
 }
 
-void ZALCollectionQueue::save(ZALCollectionCompletion completion) {
+void ZALCollectionQueue::save(ZALCompletion completion) {
     assertProcessingQueue("save:");
     perform(&ZALCollectionQueue::processQueueAndSave, std::move(completion));
 }

@@ -65,7 +65,7 @@ class RekordboxQueue : public testing::Test, protected CollectionHost {
     }
     // Waits for what the serial queue was asked for.
     void settle() {
-        completed([&](ZALCollectionCompletion done) { queue->reload(std::move(done)); });
+        completed([&](ZALCompletion done) { queue->reload(std::move(done)); });
     }
 
     std::shared_ptr<ZALRekordboxDatabase> database;

@@ -67,7 +67,7 @@ std::size_t countOf(const std::string& text, const std::string& part) {
     return count;
 }
 
-Completed completed(const std::function<void(ZALCollectionCompletion)>& operation) {
+Completed completed(const std::function<void(ZALCompletion)>& operation) {
     Completed result;
     int times = 0;
     operation([&](bool success, const ZALError* error) {

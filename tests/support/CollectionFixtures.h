@@ -57,10 +57,10 @@ struct Completed {
     bool operator==(bool expected) const { return success == expected; }
 };
 /// Runs an operation of a queue that takes a completion, and waits for it on the main queue.
-Completed completed(const std::function<void(ZALCollectionCompletion)>& operation);
+Completed completed(const std::function<void(ZALCompletion)>& operation);
 inline Completed saved(ZALCollectionQueue& queue) {
-    return completed([&queue](ZALCollectionCompletion completion) { queue.save(std::move(completion)); });
+    return completed([&queue](ZALCompletion completion) { queue.save(std::move(completion)); });
 }
 inline Completed reloaded(ZALCollectionQueue& queue) {
-    return completed([&queue](ZALCollectionCompletion completion) { queue.reload(std::move(completion)); });
+    return completed([&queue](ZALCompletion completion) { queue.reload(std::move(completion)); });
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <zaltag/base/ZALArray.h>
-#include <zaltag/base/ZALError.h>
+#include <zaltag/base/ZALCompletion.h>
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/base/ZALText.h>
 #include <zaltag/records/ZALTagCuePoint.h>
@@ -19,9 +19,6 @@ class ZALCollectionTrack;
 namespace zal {
 struct CollectionProgram;
 }
-
-/// Takes the outcome of an operation of a queue: success, and the error of a failure that has one.
-using ZALCollectionCompletion = std::function<void(bool success, const ZALError* error)>;
 
 /// What a queue is doing, for those who watch it.
 struct ZALCollectionProgress {
@@ -52,10 +49,10 @@ class ZALTAG_EXPORT ZALCollectionQueue {
     ZALCollectionQueue& operator=(const ZALCollectionQueue&) = delete;
 
     /// Loads the collection if its file changed.
-    void reload(ZALCollectionCompletion completion = nullptr);
+    void reload(ZALCompletion completion = nullptr);
     /// Runs a batch now. Success says that the queue is done with the requests, not that the collection holds
     /// them: those for files that it does not hold are dropped, and all of them when no collection is loaded.
-    void save(ZALCollectionCompletion completion = nullptr);
+    void save(ZALCompletion completion = nullptr);
     /// Drops all waiting requests.
     void cancel();
 
@@ -102,7 +99,7 @@ class ZALTAG_EXPORT ZALCollectionQueue {
     void processTimerFired();
     void setExportStage(std::uint64_t stage);
     void updateProgress();
-    void perform(Outcome (ZALCollectionQueue::*operation)(), ZALCollectionCompletion completion);
+    void perform(Outcome (ZALCollectionQueue::*operation)(), ZALCompletion completion);
     void assertProcessingQueue(const char* function) const;
 
     const zal::CollectionProgram& program_;
