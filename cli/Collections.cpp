@@ -1,5 +1,6 @@
 #include "Collections.h"
 
+#include "CuePlaces.h"
 #include "Files.h"
 #include "Output.h"
 
@@ -58,16 +59,29 @@ ZALArray<ZALTagCuePoint> rekordboxCues(const std::string& path, bool memory) {
     return cuePoints;
 }
 
-// What the queue makes of cue points: sorted, and moved to the beats of the track.
-template <typename Track>
-ZALArray<ZALTagCuePoint> onGrid(const Track& track, const ZALArray<ZALTagCuePoint>& cuePoints) {
-    const auto beats = track ? track->beatTimes() : std::nullopt;
-    return cuePointsAdjustedToBeatTimes(sortedCuePoints(cuePoints), beats.value_or(ZALArray<double>()));
+// What the queues make of cue points: sorted, and moved to the beats of the track.
+ZALArray<ZALTagCuePoint> onGrid(const ZALCollectionTrack& track, const ZALArray<ZALTagCuePoint>& cuePoints) {
+    return cuePointsAdjustedToBeatTimes(sortedCuePoints(cuePoints),
+                                        track.beatTimes().value_or(ZALArray<double>()));
 }
 
-ZALArray<ZALTagCuePoint> expectedInRekordbox(const std::string& path,
-                                             const ZALArray<ZALTagCuePoint>& cuePoints) {
-    return onGrid(ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(path), cuePoints);
+template <bool hot, bool memory>
+bool rekordboxHolds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) {
+    const auto track = ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(path);
+    if (!track) return false;
+    std::vector<ZALRekordboxCuePoint> hotCues;
+    std::vector<ZALRekordboxCuePoint> memoryCues;
+    for (const ZALTagCuePoint& cue : onGrid(*track, cuePoints)) {
+        const auto slot = static_cast<std::int64_t>(hotCues.size());
+        hotCues.push_back(ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cue, slot).copyAsStored());
+        memoryCues.push_back(ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cue, -1).copyAsStored());
+    }
+    std::vector<ZALRekordboxCuePoint> hotFound;
+    std::vector<ZALRekordboxCuePoint> memoryFound;
+    for (const ZALRekordboxCuePoint& cue : track->cues()) {
+        (cue.num() == -1 ? memoryFound : hotFound).push_back(cue);
+    }
+    return (!hot || hotFound == hotCues) && (!memory || memoryFound == memoryCues);
 }
 
 template <bool hot, bool memory>
@@ -77,12 +91,12 @@ void requestRekordbox(const std::string& path, const ZALArray<ZALTagCuePoint>& c
 
 constexpr CollectionPlace places[] = {
     {"rekordbox-hot", &rekordbox, [](const std::string& path) { return rekordboxCues(path, false); },
-     expectedInRekordbox, requestRekordbox<true, false>, true},
+     rekordboxHolds<true, false>, requestRekordbox<true, false>, true},
     {"rekordbox-memory", &rekordbox, [](const std::string& path) { return rekordboxCues(path, true); },
-     expectedInRekordbox, requestRekordbox<false, true>, true},
+     rekordboxHolds<false, true>, requestRekordbox<false, true>, true},
     // Both lists, which a write makes the same.
     {"rekordbox", &rekordbox, [](const std::string& path) { return rekordboxCues(path, false); },
-     expectedInRekordbox, requestRekordbox<true, true>, false},
+     rekordboxHolds<true, true>, requestRekordbox<true, true>, false},
 };
 
 }  // namespace
@@ -117,6 +131,14 @@ std::vector<std::string> collectionPlaceNames(bool readableOnly) {
     std::vector<std::string> names;
     for (const CollectionPlace& place : places) {
         if (place.isReadable || !readableOnly) names.emplace_back(place.name);
+    }
+    return names;
+}
+
+std::vector<std::string> allPlaceNames(bool readableOnly) {
+    std::vector<std::string> names = cuePlaceNames();
+    for (const std::string& name : collectionPlaceNames(readableOnly)) {
+        names.push_back(name);
     }
     return names;
 }

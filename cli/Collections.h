@@ -39,8 +39,8 @@ struct CollectionPlace {
     const Collection* collection;
     /// The cue points of a track that the collection holds.
     ZALArray<ZALTagCuePoint> (*read)(const std::string& path);
-    /// What a track that the collection holds would have after request().
-    ZALArray<ZALTagCuePoint> (*expected)(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// True when the track has what request() and a save would give it.
+    bool (*holds)(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints);
     void (*request)(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints);
     bool isReadable;  ///< it names one list of cue points, not two
 };
@@ -49,6 +49,9 @@ struct CollectionPlace {
 const CollectionPlace* collectionPlace(const std::string& name);
 /// The names of all places, or of those that can be read.
 std::vector<std::string> collectionPlaceNames(bool readableOnly);
+
+/// The names of the places in files and in collections.
+std::vector<std::string> allPlaceNames(bool readableOnly);
 
 /// Loads a collection; the reason why it cannot be used, or an empty text.
 std::string whyNotUsable(const Collection& collection);

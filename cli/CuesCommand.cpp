@@ -127,7 +127,7 @@ int setInCollection(const Request& request, const CollectionPlace& place) {
     if (!unsaved.empty()) output.problem(unsaved);
     for (const std::string& file : requested) {
         const std::string path = collectionPath(file);
-        if (unsaved.empty() && place.read(path) != place.expected(path, request.cuePoints)) {
+        if (unsaved.empty() && !place.holds(path, request.cuePoints)) {
             output.failure(file,
                            fmt::format("was left alone: its entry in the {} collection is newer or of no "
                                        "known date",
@@ -144,14 +144,6 @@ int set(const Options& options) {
         return setInCollection(request, *place);
     const CuePlace& place = *cuePlace(options.place);
     return changeFiles(request.files, [&](ZALTag& tag) { place.write(tag, request.cuePoints); });
-}
-
-std::vector<std::string> allPlaceNames(bool readableOnly) {
-    std::vector<std::string> names = cuePlaceNames();
-    for (const std::string& name : collectionPlaceNames(readableOnly)) {
-        names.push_back(name);
-    }
-    return names;
 }
 
 }  // namespace

@@ -40,6 +40,7 @@ int run(int argc, char** argv) {
     addArtworkCommand(program, chosen);
     addScanCommand(program, chosen);
     addCollectionCommands(program, chosen);
+    addSyncCommand(program, chosen);
     addVersion(program, version);
     try {
         program.parse(argc, argv);
