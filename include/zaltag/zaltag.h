@@ -57,3 +57,8 @@
 #include <zaltag/tag/ZALTagDataImage.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>
 #include <zaltag/tag/ZALTagPathNames.h>
+#include <zaltag/traktor/ZALTraktorCuePoint.h>
+#include <zaltag/traktor/ZALTraktorDatabase.h>
+#include <zaltag/traktor/ZALTraktorPlaylist.h>
+#include <zaltag/traktor/ZALTraktorQueue.h>
+#include <zaltag/traktor/ZALTraktorTrack.h>

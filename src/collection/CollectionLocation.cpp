@@ -25,9 +25,15 @@ ZALNullableString existingFile(const std::string& path) {
 }
 
 std::string joinPaths(std::string_view folder, std::string_view name) {
+    while (folder.size() > 1 && folder.ends_with('/')) {
+        folder.remove_suffix(1);
+    }
+    while (name.starts_with('/')) {
+        name.remove_prefix(1);
+    }
     std::string joined(folder);
-    if (!joined.ends_with('/')) joined += '/';
-    return joined.append(name.starts_with('/') ? name.substr(1) : name);
+    if (!joined.empty() && !name.empty() && joined != "/") joined += '/';
+    return joined.append(name);
 }
 
 ZALNullableString userCollectionFileURL(const CollectionProgram& program) {

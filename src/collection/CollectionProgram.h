@@ -7,6 +7,7 @@
 #include <zaltag/collection/ZALCollectionTrack.h>
 
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -47,6 +48,27 @@ struct CollectionContents {
     std::unordered_map<std::string, ZALCollectionTrack*> byPath;
 };
 
+/// Copies of all tracks, for whoever asks a database.
+template <typename Track>
+std::vector<std::shared_ptr<const Track>> copiesOfTracks(const CollectionContents* contents) {
+    std::vector<std::shared_ptr<const Track>> copies;
+    if (contents == nullptr) return copies;
+    copies.reserve(contents->tracks.size());
+    for (const auto& track : contents->tracks) {
+        copies.push_back(static_cast<const Track&>(*track).copy());
+    }
+    return copies;
+}
+
+/// Calls a function for every element that a path of names leads to, in the order of the document.
+template <typename Function>
+void forEachElement(const XMLElement& from, std::span<const char* const> path, const Function& function) {
+    if (path.empty()) return function(from);
+    for (auto child = from.firstChild(path[0]); child; child = child.next(path[0])) {
+        forEachElement(child, path.subspan(1), function);
+    }
+}
+
 // Where the collection file of a program is, by the user's choice, by the folder that a sandboxed process may
 // open, or by the program's own rule.
 
@@ -67,6 +89,7 @@ std::string describeError(const ZALError& error);
 bool isSandboxed();
 /// The path, when a file is there.
 ZALNullableString existingFile(const std::string& path);
+/// One path below another, with one slash between them, whatever slashes they have there.
 std::string joinPaths(std::string_view folder, std::string_view name);
 
 }  // namespace zal

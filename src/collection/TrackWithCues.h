@@ -62,6 +62,17 @@ void ZALTrackWithCues<Cue>::removeCues(const std::function<bool(const Cue& cue)>
 }
 
 template <typename Cue>
+bool ZALTrackWithCues<Cue>::replaceCues(const std::function<bool(const Cue& cue)>& isGone,
+                                        const std::vector<Cue>& added) {
+    const ZALArray<Cue> old = cues();
+    removeCues(isGone);
+    for (const Cue& cue : added) {
+        addCuesObject(cue);
+    }
+    return !(cues() == old);
+}
+
+template <typename Cue>
 bool ZALTrackWithCues<Cue>::readCues(const char* elementName) {
     struct Found {
         std::int64_t order;

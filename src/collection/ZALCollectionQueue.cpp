@@ -6,6 +6,7 @@
 #include "platform/SerialQueue.h"
 
 #include <zaltag/collection/ZALCollectionDatabase.h>
+#include <zaltag/collection/ZALCollectionTrack.h>
 #include <zaltag/platform/ZALHost.h>
 #include <zaltag/platform/ZALMainQueue.h>
 #include <zaltag/platform/ZALNotificationCenter.h>
@@ -88,8 +89,9 @@ void ZALCollectionQueue::enqueue(const ZALNullableString& path, std::shared_ptr<
                                  const char* method) {
     assertProcessingQueue(method);
     if (!path || path->empty()) return zal::logf("{}: discarded request for nil path", method);
-    state_->processingQueue->async([this, path = *path, item = std::move(item)] {
-        state_->itemQueue[path] = item;
+    item->path = *path;
+    state_->processingQueue->async([this, item = std::move(item)] {
+        state_->itemQueue[item->path] = item;
         updateProgress();
         startTimerIfNeeded();
     });
@@ -198,6 +200,12 @@ void ZALCollectionQueue::applyRequests() {
         ZALCollectionTrack* track = database().liveTrackForSongFileAtURL(path);
         if (track != nullptr && apply(*item, *track)) state_->shouldSave = true;
     }
+}
+
+ZALArray<ZALTagCuePoint> ZALCollectionQueue::cuePointsFor(const ZALCollectionQueueItem& item,
+                                                          const ZALCollectionTrack& track) {
+    return cuePointsAdjustedToBeatTimes(sortedCuePoints(item.cuePoints),
+                                        track.beatTimes().value_or(ZALArray<double>()));
 }
 
 void ZALCollectionQueue::dropRequests() {

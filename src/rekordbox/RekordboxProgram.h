@@ -15,12 +15,8 @@ struct RekordboxContents : CollectionContents {
 /// Calls a function for every track element of a document, in order.
 template <typename Function>
 void forEachTrackElement(const XMLDocument& document, Function function) {
-    const XMLElement root = document.root("DJ_PLAYLISTS");
-    for (auto all = root.firstChild("COLLECTION"); all; all = all.next("COLLECTION")) {
-        for (auto track = all.firstChild("TRACK"); track; track = track.next("TRACK")) {
-            function(track);
-        }
-    }
+    static constexpr const char* path[] = {"COLLECTION", "TRACK"};
+    forEachElement(document.root("DJ_PLAYLISTS"), path, function);
 }
 
 /// Sets the attributes that tell who wrote a document, and when.

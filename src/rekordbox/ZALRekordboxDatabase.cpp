@@ -172,13 +172,7 @@ ZALRekordboxPlaylistFolder* ZALRekordboxDatabase::getRootPlaylistFolder(bool cre
 
 std::vector<std::shared_ptr<const ZALRekordboxTrack>> ZALRekordboxDatabase::tracks() const {
     const std::shared_lock guard(lock());
-    std::vector<std::shared_ptr<const ZALRekordboxTrack>> copies;
-    if (contents() == nullptr) return copies;
-    copies.reserve(contents()->tracks.size());
-    for (const auto& track : contents()->tracks) {
-        copies.push_back(static_cast<const ZALRekordboxTrack&>(*track).copy());
-    }
-    return copies;
+    return zal::copiesOfTracks<ZALRekordboxTrack>(contents());
 }
 
 std::shared_ptr<const ZALRekordboxTrack> ZALRekordboxDatabase::trackForSongFileAtURL(

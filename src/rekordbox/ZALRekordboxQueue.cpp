@@ -22,9 +22,8 @@ bool isMemoryCue(const ZALRekordboxCuePoint& cue) {
 }
 
 // Memory cues before hot ones: the order that the program lists them in.
-std::vector<ZALRekordboxCuePoint> newCues(const ZALRekordboxQueueItem& item, const ZALRekordboxTrack& track) {
-    const ZALArray<ZALTagCuePoint> cuePoints = cuePointsAdjustedToBeatTimes(
-        sortedCuePoints(item.cuePoints), track.beatTimes().value_or(ZALArray<double>()));
+std::vector<ZALRekordboxCuePoint> newCues(const ZALRekordboxQueueItem& item,
+                                          const ZALArray<ZALTagCuePoint>& cuePoints) {
     std::vector<ZALRekordboxCuePoint> cues;
     if (item.writeMemoryCues) {
         for (const ZALTagCuePoint& cuePoint : cuePoints) {
@@ -87,16 +86,13 @@ void ZALRekordboxQueue::beginBatch() {
 bool ZALRekordboxQueue::apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) {
     const auto& request = static_cast<const ZALRekordboxQueueItem&>(item);
     auto& changed = static_cast<ZALRekordboxTrack&>(track);
-    const ZALArray<ZALRekordboxCuePoint> old = changed.cues();
-    changed.removeCues([&request](const ZALRekordboxCuePoint& cue) {
+    const auto isReplaced = [&request](const ZALRekordboxCuePoint& cue) {
         return isMemoryCue(cue) ? request.writeMemoryCues : request.writeHotCues;
-    });
-    for (const ZALRekordboxCuePoint& cue : newCues(request, changed)) {
-        changed.addCuesObject(cue);
-    }
+    };
+    const bool isChanged = changed.replaceCues(isReplaced, newCues(request, cuePointsFor(item, track)));
     changed.setForceDummyCuePoint(true);
     const bool isListed = playlist_ && playlist_->addTrackAsId(changed.trackId());
-    return isListed || !(changed.cues() == old);
+    return isListed || isChanged;
 }
 
 void ZALRekordboxQueue::finishBatch() {

@@ -32,6 +32,7 @@ struct ZALCollectionProgress {
 /// One request that waits for its batch.
 struct ZALTAG_EXPORT ZALCollectionQueueItem {
     virtual ~ZALCollectionQueueItem() = default;
+    std::string path;                                        ///< of the audio file
     std::chrono::system_clock::time_point modificationDate;  ///< when the request was made
     ZALArray<ZALTagCuePoint> cuePoints;
 };
@@ -79,6 +80,10 @@ class ZALTAG_EXPORT ZALCollectionQueue {
     virtual void beginBatch() {}
     /// Applies one request to the track of its file; true when the collection has to be written for it.
     virtual bool apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) = 0;
+
+    /// The cue points of a request, sorted and moved to the beats of its track, if that has any.
+    static ZALArray<ZALTagCuePoint> cuePointsFor(const ZALCollectionQueueItem& item,
+                                                 const ZALCollectionTrack& track);
 
     /// After a batch that left the collection's file as the database has it. Without the lock.
     virtual void finishBatch() {}

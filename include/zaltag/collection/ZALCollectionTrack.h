@@ -92,6 +92,8 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
     void removeObjectFromCuesAtIndex(std::size_t index);
     /// Removes every cue that `isGone` says so of.
     void removeCues(const std::function<bool(const Cue& cue)>& isGone);
+    /// Removes such cues, then adds others at the end. True when the list is another one than before.
+    bool replaceCues(const std::function<bool(const Cue& cue)>& isGone, const std::vector<Cue>& added);
 
   protected:
     ZALTrackWithCues() = default;

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <zaltag/base/ZALExport.h>
+#include <zaltag/base/ZALText.h>
+#include <zaltag/records/ZALTagCuePoint.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace zal {
+class XMLElement;
+}
+
+/// A cue, loop or grid marker of a Traktor track. A value; copy it freely.
+class ZALTAG_EXPORT ZALTraktorCuePoint {
+  public:
+    ZALTraktorCuePoint() = default;
+    /// The cue for a cue point: of type 0 and without a length. The index is the hot cue's slot.
+    static ZALTraktorCuePoint traktorCueWithCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t atIndex);
+
+    /// The label; empty when there is none.
+    const std::string& name() const { return name_; }
+    void setName(std::string name) { name_ = std::move(name); }
+    /// 0 "Cue", 1 "FadeIn", 2 "FadeOut", 3 "Load", 4 "Grid", 5 "Loop".
+    std::int64_t type() const { return type_; }
+    void setType(std::int64_t type) { type_ = type; }
+    /// The word for the type; null for other numbers.
+    ZALNullableString typeName() const;
+    /// True for a marker of the beat grid.
+    bool isGrid() const;
+    /// In seconds; so are the length and the end, which is the start and the length.
+    double startTime() const { return startTime_; }
+    void setStartTime(double seconds) { startTime_ = seconds; }
+    double length() const { return length_; }
+    void setLength(double seconds) { length_ = seconds; }
+    double endTime() const { return startTime_ + length_; }
+    /// The hot cue's slot from 0 on; -1 for every grid marker. The file says 0 for what is negative, so a cue
+    /// without a slot comes back with slot 0.
+    std::int64_t index() const;
+    void setIndex(std::int64_t index) { index_ = index; }
+
+    /// Equal type, index and name, and times and lengths that are the same in whole microseconds.
+    bool isEqualToTraktorCuePoint(const ZALTraktorCuePoint& other) const;
+    bool operator==(const ZALTraktorCuePoint& other) const { return isEqualToTraktorCuePoint(other); }
+    /// Made of all that equality looks at.
+    std::size_t hash() const;
+    /// "<ZALTraktorCuePoint: 0x...> - Drop (i:0 s: 12.500000 l: 0.000000 t: Cue)".
+    std::string description() const;
+
+    // For elements of the document:
+
+    /// Null for an element of another name than CUE_V2, in any case.
+    static std::optional<ZALTraktorCuePoint> initWithXMLElement(const zal::XMLElement& element);
+    /// What the cues of a track are sorted by: the index. Null when the element is no cue.
+    static std::optional<std::int64_t> orderOfXMLElement(const zal::XMLElement& element);
+    /// Sets the attributes that the element has; others are neither made nor touched.
+    void updateXMLElement(zal::XMLElement element) const;
+    /// Appends a new element for this cue to a track.
+    zal::XMLElement xmlElement(zal::XMLElement parent) const;
+    /// Gives a new, empty element all attributes.
+    void writeTo(zal::XMLElement element) const;
+    /// The cue as it comes back from the file: times in milliseconds with six decimals, no index below 0.
+    ZALTraktorCuePoint copyAsStored() const;
+
+  private:
+    std::string name_;
+    std::int64_t type_ = 0;
+    double startTime_ = 0;
+    double length_ = 0;
+    std::int64_t index_ = 0;
+};

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <zaltag/base/ZALExport.h>
+#include <zaltag/collection/ZALCollectionTrack.h>
+#include <zaltag/traktor/ZALTraktorCuePoint.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+/// A track of the Traktor collection. Its cues are sorted by their index, grid markers (-1) first; its beats
+/// go on from the grid markers in the one tempo that the track has. The path is put together from volume,
+/// folder and file name as the collection has them, and is not absolute when those are not.
+class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCuePoint> {
+  public:
+    /// A track of an element of the document; null without one.
+    static std::unique_ptr<ZALTraktorTrack> initWithXMLElement(const zal::XMLElement& element);
+
+    /// The name of the volume the system was started from: that of the host. Tracks of every other volume are
+    /// below "/Volumes".
+    static std::string bootVolumeName();
+
+    /// What playlists know the track by: volume, folder and file name, as the collection has them, without
+    /// anything between them. Empty without any.
+    const std::string& uniqueID() const { return uniqueID_; }
+
+    /// When the entry was changed last, as the collection says it, to the second. Null when it says no date,
+    /// with a log line.
+    std::optional<std::chrono::system_clock::time_point> modificationDate() const;
+
+    /// Removes all cues, grid markers too; the track is written then.
+    void removeAllCues();
+
+    /// Writes the cues of a changed track and its date: one second before the audio file's, or, with a log
+    /// line when that cannot be looked at, an hour ago.
+    void updateXMLElement() override;
+
+    /// Class, path and the cues' descriptions.
+    std::string description() const;
+
+    /// What the database hands out.
+    std::shared_ptr<const ZALTraktorTrack> copy() const;
+
+  private:
+    ZALTraktorTrack() = default;
+    ZALTraktorTrack(const ZALTraktorTrack&) = default;
+    std::optional<ZALTrackTempo> readTempo() const override;
+
+    // The date as it is written.
+    struct DateText {
+        ZALNullableString day;
+        std::string seconds;
+    };
+    DateText readDate() const;
+    void writeDate();
+
+    std::string uniqueID_;
+    std::shared_ptr<const DateText> keptDate_;  // of a copy
+};

@@ -1,0 +1,124 @@
+#include <zaltag/traktor/ZALTraktorCuePoint.h>
+
+#include "base/Numbers.h"
+#include "base/Unicode.h"
+#include "collection/CueNumbers.h"
+#include "platform/Description.h"
+#include "platform/Log.h"
+#include "platform/XML.h"
+#include "records/RecordHash.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr const char* elementName = "CUE_V2";
+constexpr std::int64_t gridType = 4;  // where other programs have their loops
+constexpr const char* typeNames[] = {"Cue", "FadeIn", "FadeOut", "Load", "Grid", "Loop"};
+
+std::string milliseconds(double seconds) {
+    return fmt::format("{:.6f}", seconds * 1000);
+}
+
+double seconds(const std::string& milliseconds) {
+    return zal::doubleValue(milliseconds) / 1000;
+}
+
+bool isCue(const zal::XMLElement& element) {
+    return element.name() == elementName || zal::asciiLowercase(element.name()) == "cue_v2";
+}
+
+std::int64_t integerOf(const zal::XMLElement& element, const char* attribute) {
+    const char* text = element.attribute(attribute);
+    return text == nullptr ? 0 : zal::integerValue(text);
+}
+
+}  // namespace
+
+ZALTraktorCuePoint ZALTraktorCuePoint::traktorCueWithCuePoint(const ZALTagCuePoint& cuePoint,
+                                                              std::int64_t atIndex) {
+    ZALTraktorCuePoint cue;
+    cue.name_ = cuePoint.name().value_or("");
+    cue.startTime_ = cuePoint.time();
+    cue.index_ = atIndex;
+    return cue;
+}
+
+ZALNullableString ZALTraktorCuePoint::typeName() const {
+    return zal::nameOfType(typeNames, type_);
+}
+
+bool ZALTraktorCuePoint::isGrid() const {
+    return type_ == gridType;
+}
+
+std::int64_t ZALTraktorCuePoint::index() const {
+    return isGrid() ? -1 : index_;
+}
+
+bool ZALTraktorCuePoint::isEqualToTraktorCuePoint(const ZALTraktorCuePoint& other) const {
+    using zal::microseconds;
+    if (type_ != other.type_ || index() != other.index()) return false;
+    if (microseconds(startTime_) != microseconds(other.startTime_)) return false;
+    return microseconds(length_) == microseconds(other.length_) && name_ == other.name_;
+}
+
+std::size_t ZALTraktorCuePoint::hash() const {
+    return zal::formattedHash("{}-{}-{}-{}-{}", name_, type_, zal::microseconds(startTime_),
+                              zal::microseconds(length_), index());
+}
+
+std::string ZALTraktorCuePoint::description() const {
+    return fmt::format("{} - {} (i:{} s: {:.6f} l: {:.6f} t: {})",
+                       zal::defaultDescription("ZALTraktorCuePoint", this), name_, index(), startTime_,
+                       length_, zal::describe(typeName()));
+}
+
+std::optional<ZALTraktorCuePoint> ZALTraktorCuePoint::initWithXMLElement(const zal::XMLElement& element) {
+    if (!isCue(element)) return std::nullopt;
+    ZALTraktorCuePoint cue;
+    cue.name_ = element.attributeText("NAME");
+    cue.type_ = integerOf(element, "TYPE");
+    cue.startTime_ = seconds(element.attributeText("START"));
+    cue.length_ = seconds(element.attributeText("LEN"));
+    cue.index_ = integerOf(element, "HOTCUE");
+    return cue;
+}
+
+std::optional<std::int64_t> ZALTraktorCuePoint::orderOfXMLElement(const zal::XMLElement& element) {
+    if (!isCue(element)) return std::nullopt;
+    return integerOf(element, "TYPE") == gridType ? -1 : integerOf(element, "HOTCUE");
+}
+
+void ZALTraktorCuePoint::updateXMLElement(zal::XMLElement element) const {
+    element.setExistingAttribute("NAME", name_);
+    element.setExistingAttribute("TYPE", std::to_string(type_));
+    element.setExistingAttribute("START", milliseconds(startTime_));
+    element.setExistingAttribute("LEN", milliseconds(length_));
+    element.setExistingAttribute("HOTCUE", std::to_string(std::max<std::int64_t>(index(), 0)));
+}
+
+zal::XMLElement ZALTraktorCuePoint::xmlElement(zal::XMLElement parent) const {
+    const zal::XMLElement element = parent.appendChild(elementName);
+    writeTo(element);
+    return element;
+}
+
+void ZALTraktorCuePoint::writeTo(zal::XMLElement element) const {
+    if (!name_.empty()) element.setAttribute("NAME", name_);
+    element.setAttribute("DISPL_ORDER", "0");
+    element.setAttribute("TYPE", std::to_string(type_));
+    element.setAttribute("START", milliseconds(startTime_));
+    element.setAttribute("LEN", milliseconds(length_));
+    element.setAttribute("REPEATS", "-1");
+    element.setAttribute("HOTCUE", std::to_string(std::max<std::int64_t>(index(), 0)));
+}
+
+ZALTraktorCuePoint ZALTraktorCuePoint::copyAsStored() const {
+    ZALTraktorCuePoint copy = *this;
+    copy.name_ = zal::textForXML(name_);
+    copy.startTime_ = seconds(milliseconds(startTime_));  // what is no number becomes 0
+    copy.length_ = seconds(milliseconds(length_));
+    copy.index_ = std::max<std::int64_t>(index(), 0);
+    return copy;
+}

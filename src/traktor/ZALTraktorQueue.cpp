@@ -1,0 +1,57 @@
+#include <zaltag/traktor/ZALTraktorQueue.h>
+
+#include "base/Paths.h"
+#include "platform/Log.h"
+#include "traktor/TraktorProgram.h"
+
+#include <zaltag/platform/ZALClock.h>
+#include <zaltag/platform/ZALHost.h>
+#include <zaltag/traktor/ZALTraktorDatabase.h>
+
+#include <utility>
+
+const std::string ZALTraktorQueueProgressChangedNotification = "ZALTraktorQueueProgressChangedNotification";
+
+ZALTraktorQueue::ZALTraktorQueue(std::function<ZALCollectionDatabase&()> database)
+    : ZALCollectionQueue(zal::traktorProgram(), std::move(database)) {
+    reload();
+}
+
+ZALTraktorQueue::~ZALTraktorQueue() {
+    shutDown();
+}
+
+std::shared_ptr<ZALTraktorQueue> ZALTraktorQueue::sharedQueue() {
+    static const std::shared_ptr<ZALTraktorQueue> shared(new ZALTraktorQueue(
+        []() -> ZALCollectionDatabase& { return *ZALTraktorDatabase::sharedDatabase(); }));
+    return shared;
+}
+
+std::shared_ptr<ZALTraktorQueue> ZALTraktorQueue::queueWithDatabase(
+    std::shared_ptr<ZALTraktorDatabase> database) {
+    return std::shared_ptr<ZALTraktorQueue>(
+        new ZALTraktorQueue([database]() -> ZALCollectionDatabase& { return *database; }));
+}
+
+void ZALTraktorQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                   const ZALNullableString& forTrackWithPath) {
+    auto item = std::make_shared<ZALTraktorQueueItem>();
+    item->modificationDate = ZALHost::shared().clock()->now();
+    item->cuePoints = cuePoints;
+    enqueue(forTrackWithPath, std::move(item), "-[ZALTraktorQueue setCuePoints:forTrackWithPath:]");
+}
+
+bool ZALTraktorQueue::apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) {
+    auto& changed = static_cast<ZALTraktorTrack&>(track);
+    const auto entryDate = changed.modificationDate();
+    if (!entryDate || *entryDate > item.modificationDate) {
+        zal::logf("Skipping track '{}' (modified)", zal::lastPathComponent(item.path));
+        return false;
+    }
+    std::vector<ZALTraktorCuePoint> added;
+    for (const ZALTagCuePoint& cuePoint : cuePointsFor(item, track)) {
+        const auto slot = static_cast<std::int64_t>(added.size());
+        added.push_back(ZALTraktorCuePoint::traktorCueWithCuePoint(cuePoint, slot));
+    }
+    return changed.replaceCues([](const ZALTraktorCuePoint& cue) { return !cue.isGrid(); }, added);
+}

@@ -1,0 +1,136 @@
+#include <zaltag/traktor/ZALTraktorTrack.h>
+
+#include "base/Numbers.h"
+#include "collection/TrackWithCues.h"
+#include "platform/Dates.h"
+#include "platform/Description.h"
+#include "platform/FileReplacement.h"
+#include "platform/Log.h"
+#include "traktor/TrackLocation.h"
+
+#include <zaltag/platform/ZALClock.h>
+#include <zaltag/platform/ZALHost.h>
+
+#include <algorithm>
+
+template class ZALTrackWithCues<ZALTraktorCuePoint>;
+
+namespace {
+
+using TimePoint = std::chrono::system_clock::time_point;
+using std::chrono::seconds;
+
+constexpr const char* cueName = "CUE_V2";
+
+ZALNullableString nullable(const char* text) {
+    return text == nullptr ? ZALNullableString() : text;
+}
+
+// An attribute of the first child of that name which has it; null without one.
+const char* attributeOfChild(const zal::XMLElement& element, const char* child, const char* attribute) {
+    for (auto at = element.firstChild(child); at; at = at.next(child)) {
+        if (const char* value = at.attribute(attribute)) return value;
+    }
+    return nullptr;
+}
+
+zal::TraktorLocation locationOf(const zal::XMLElement& track) {
+    const zal::XMLElement location = track.firstChild("LOCATION");
+    if (!location) return {};
+    return {nullable(location.attribute("VOLUME")), nullable(location.attribute("DIR")),
+            nullable(location.attribute("FILE"))};
+}
+
+// A second before the audio file's date, so that the file counts as the newer one.
+TimePoint dateForEntry(const ZALNullableString& path) {
+    ZALFileAttributes attributes;
+    const auto failure = ZALHost::shared().fileSystem()->attributes(path.value_or(""), attributes);
+    if (!failure) return TimePoint(std::chrono::nanoseconds(attributes.modified)) - seconds(1);
+    zal::logf("failed to get audio file mod date: {} {}", zal::describe(path), zal::describe(failure));
+    return ZALHost::shared().clock()->now() - std::chrono::hours(1);
+}
+
+// As far as the clock goes.
+TimePoint later(TimePoint day, std::int64_t secondCount) {
+    constexpr std::int64_t thousandYears = 32'000'000'000;
+    const auto time = std::chrono::floor<seconds>(day) +
+                      seconds(std::clamp<std::int64_t>(secondCount, -thousandYears, thousandYears));
+    return std::clamp(time, std::chrono::ceil<seconds>(TimePoint::min()),
+                      std::chrono::floor<seconds>(TimePoint::max()));
+}
+
+}  // namespace
+
+std::string ZALTraktorTrack::bootVolumeName() {
+    return ZALHost::shared().bootVolumeName();
+}
+
+std::unique_ptr<ZALTraktorTrack> ZALTraktorTrack::initWithXMLElement(const zal::XMLElement& element) {
+    if (!element) return nullptr;
+    std::unique_ptr<ZALTraktorTrack> track(new ZALTraktorTrack);
+    track->setElement(element);
+    const zal::TraktorLocation location = locationOf(element);
+    track->uniqueID_ = zal::keyOf(location);
+    track->setPath(zal::pathOf(location, bootVolumeName()));
+    track->readCues(cueName);
+    return track;
+}
+
+ZALTraktorTrack::DateText ZALTraktorTrack::readDate() const {
+    return {nullable(element().attribute("MODIFIED_DATE")), element().attributeText("MODIFIED_TIME")};
+}
+
+std::optional<TimePoint> ZALTraktorTrack::modificationDate() const {
+    const DateText text = keptDate_ ? *keptDate_ : readDate();
+    if (const auto day = zal::parseSlashDate(text.day.value_or(""))) {
+        return later(*day, zal::integerValue(text.seconds));
+    }
+    zal::logf("could not convert '{}'", zal::describe(text.day));
+    return std::nullopt;
+}
+
+void ZALTraktorTrack::removeAllCues() {
+    removeCues([](const ZALTraktorCuePoint&) { return true; });
+    setNeedsUpdate(true);
+}
+
+void ZALTraktorTrack::updateXMLElement() {
+    if (!element() || !xmlNeedsUpdate()) return;
+    writeCues(cueName);
+    writeDate();
+    setNeedsUpdate(false);
+}
+
+void ZALTraktorTrack::writeDate() {
+    const TimePoint date = dateForEntry(path());
+    const auto time = std::chrono::floor<seconds>(date - zal::startOfDayUTC(date));
+    element().setExistingAttribute("MODIFIED_DATE", zal::slashDate(date));
+    element().setExistingAttribute("MODIFIED_TIME", std::to_string(time.count()));
+}
+
+std::optional<ZALTrackTempo> ZALTraktorTrack::readTempo() const {
+    ZALTrackTempo tempo;
+    for (const ZALTraktorCuePoint& cue : cues()) {
+        if (cue.isGrid()) tempo.starts.push_back(cue.startTime());
+    }
+    const char* duration = attributeOfChild(element(), "INFO", "PLAYTIME_FLOAT");
+    if (duration == nullptr) duration = attributeOfChild(element(), "INFO", "PLAYTIME");
+    const char* perMinute = attributeOfChild(element(), "TEMPO", "BPM");
+    const double beatsPerMinute = perMinute == nullptr ? 0 : zal::doubleValue(perMinute);
+    if (tempo.starts.empty() || duration == nullptr || beatsPerMinute == 0) return std::nullopt;
+    tempo.steps.assign(tempo.starts.size(), 60 / beatsPerMinute);
+    tempo.duration = zal::doubleValue(duration);
+    return tempo;
+}
+
+std::string ZALTraktorTrack::description() const {
+    return fmt::format("{} - {} Cues: {}", zal::defaultDescription("ZALTraktorTrack", this),
+                       zal::describe(path()), zal::descriptionOfAll(cues().elements()));
+}
+
+std::shared_ptr<const ZALTraktorTrack> ZALTraktorTrack::copy() const {
+    const std::shared_ptr<ZALTraktorTrack> made(new ZALTraktorTrack(*this));
+    if (!made->keptDate_) made->keptDate_ = std::make_shared<const DateText>(readDate());
+    made->leaveDocument();
+    return made;
+}
