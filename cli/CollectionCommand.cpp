@@ -5,6 +5,7 @@
 
 #include <zaltag/platform/ZALJSON.h>
 
+#include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -135,6 +136,71 @@ const View rekordboxView = {
     },
 };
 
+ZALTraktorDatabase& traktor() {
+    return *ZALTraktorDatabase::sharedDatabase();
+}
+
+// "2025-07-09T15:09:47Z", or null.
+ZALJSONValue jsonOfDate(const std::optional<std::chrono::system_clock::time_point>& date) {
+    if (!date) return nullptr;
+    return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::chrono::system_clock::to_time_t(*date)));
+}
+
+Members membersOf(const ZALTraktorTrack& track, bool withBeats) {
+    Array cues;
+    for (const ZALTraktorCuePoint& cue : track.cues()) {
+        cues.push_back(Object{{"name", cue.name()},
+                              {"type", cue.type()},
+                              {"typeName", cue.typeName()},
+                              {"startTime", cue.startTime()},
+                              {"length", cue.length()},
+                              {"index", cue.index()}});
+    }
+    Members members = {{"path", track.path()},
+                       {"uniqueID", track.uniqueID()},
+                       {"modificationDate", jsonOfDate(track.modificationDate())}};
+    if (withBeats) members.emplace_back("beatTimes", jsonOfBeats(track));
+    members.emplace_back("cues", cues);
+    return members;
+}
+
+const View traktorView = {
+    "traktor",
+    "Read a Traktor collection",
+    collectionPlace("traktor")->collection,
+    [] {
+        return Members{{"tracks", number(traktor().trackCount())},
+                       {"cues", number(traktor().cueCount())},
+                       {"playlists", number(traktor().playlists().size())}};
+    },
+    [](const auto& take) {
+        for (const auto& track : traktor().tracks()) {
+            take(fmt::format("{}\t{}", track->cueCount(), printable(track->path().value_or("-"))),
+                 membersOf(*track, false));
+        }
+    },
+    [](const std::string& path) {
+        const auto track = traktor().trackForSongFileAtURL(path);
+        return track ? membersOf(*track, true) : Members();
+    },
+    [](const auto& take) {
+        for (const auto& playlist : traktor().playlists()) {
+            take(fmt::format("{}\t{}", printable(playlist->name().value_or("-")), playlist->tracks().size()));
+        }
+    },
+    [] {
+        Array all;
+        for (const auto& playlist : traktor().playlists()) {
+            Array paths;
+            for (const auto& track : playlist->tracks()) {
+                paths.push_back(track->path());
+            }
+            all.push_back(Object{{"name", playlist->name()}, {"tracks", paths}});
+        }
+        return ZALJSONValue(all);
+    },
+};
+
 int info(const View& view, const Options& options) {
     Output output(false);
     const std::string unusable = whyNotUsable(*view.collection);
@@ -244,4 +310,5 @@ void addView(CLI::App& program, Command& chosen, const View& view) {
 
 void addCollectionCommands(CLI::App& program, Command& chosen) {
     addView(program, chosen, rekordboxView);
+    addView(program, chosen, traktorView);
 }

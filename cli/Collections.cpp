@@ -47,6 +47,16 @@ constexpr Collection rekordbox = {
     [](ZALCompletion completion) { ZALRekordboxQueue::sharedQueue()->save(std::move(completion)); },
 };
 
+constexpr Collection traktor = {
+    "Traktor",
+    [] { return ZALTraktorDatabase::sharedDatabase()->isTraktorDBLoaded(); },
+    [] { return ZALTraktorDatabase::traktorDatabaseFileURL(); },
+    [](const std::string& path) {
+        return ZALTraktorDatabase::sharedDatabase()->hasTrackForSongFileAtURL(path);
+    },
+    [](ZALCompletion completion) { ZALTraktorQueue::sharedQueue()->save(std::move(completion)); },
+};
+
 ZALArray<ZALTagCuePoint> rekordboxCues(const std::string& path, bool memory) {
     std::vector<ZALTagCuePoint> cuePoints;
     if (const auto track = ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(path)) {
@@ -84,6 +94,36 @@ bool rekordboxHolds(const std::string& path, const ZALArray<ZALTagCuePoint>& cue
     return (!hot || hotFound == hotCues) && (!memory || memoryFound == memoryCues);
 }
 
+ZALArray<ZALTagCuePoint> traktorCues(const std::string& path) {
+    std::vector<ZALTagCuePoint> cuePoints;
+    if (const auto track = ZALTraktorDatabase::sharedDatabase()->trackForSongFileAtURL(path)) {
+        for (const ZALTraktorCuePoint& cue : track->cues()) {
+            if (cue.isGrid()) continue;
+            cuePoints.push_back(ZALTagCuePoint::cuePointWithTime(cue.startTime(), cue.name()));
+        }
+    }
+    return cuePoints;
+}
+
+bool traktorHolds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) {
+    const auto track = ZALTraktorDatabase::sharedDatabase()->trackForSongFileAtURL(path);
+    if (!track) return false;
+    std::vector<ZALTraktorCuePoint> wanted;
+    for (const ZALTagCuePoint& cue : onGrid(*track, cuePoints)) {
+        const auto slot = static_cast<std::int64_t>(wanted.size());
+        wanted.push_back(ZALTraktorCuePoint::traktorCueWithCuePoint(cue, slot).copyAsStored());
+    }
+    std::vector<ZALTraktorCuePoint> found;
+    for (const ZALTraktorCuePoint& cue : track->cues()) {
+        if (!cue.isGrid()) found.push_back(cue);
+    }
+    return found == wanted;
+}
+
+void requestTraktor(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) {
+    ZALTraktorQueue::sharedQueue()->setCuePoints(cuePoints, path);
+}
+
 template <bool hot, bool memory>
 void requestRekordbox(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) {
     ZALRekordboxQueue::sharedQueue()->setCuePoints(cuePoints, path, hot, memory);
@@ -97,6 +137,7 @@ constexpr CollectionPlace places[] = {
     // Both lists, which a write makes the same.
     {"rekordbox", &rekordbox, [](const std::string& path) { return rekordboxCues(path, false); },
      rekordboxHolds<true, true>, requestRekordbox<true, true>, false},
+    {"traktor", &traktor, traktorCues, traktorHolds, requestTraktor, true},
 };
 
 }  // namespace
@@ -115,6 +156,7 @@ void useCollections(const CollectionOptions& options) {
         if (!file.empty()) replaced[key] = collectionPath(file);
     };
     replace(ZALRekordboxDatabaseFileUserSetLocationURL, options.rekordbox);
+    replace(ZALTraktorDatabaseFileUserSetLocationURL, options.traktor);
     if (!replaced.empty())
         host.setUserDefaults(std::make_shared<CallDefaults>(host.userDefaults(), replaced));
     if (!options.bootVolume.empty()) host.setBootVolumeName(options.bootVolume);

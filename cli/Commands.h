@@ -19,6 +19,7 @@ void addArtworkCommand(CLI::App& program, Command& chosen);
 void addScanCommand(CLI::App& program, Command& chosen);
 void addCollectionCommands(CLI::App& program, Command& chosen);
 void addSyncCommand(CLI::App& program, Command& chosen);
+void addVersionsCommand(CLI::App& program, Command& chosen);
 
 /// The exit status of a wrong command line, which ends the program before anything is touched.
 inline constexpr int wrongUsage = 2;

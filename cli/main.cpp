@@ -41,6 +41,7 @@ int run(int argc, char** argv) {
     addScanCommand(program, chosen);
     addCollectionCommands(program, chosen);
     addSyncCommand(program, chosen);
+    addVersionsCommand(program, chosen);
     addVersion(program, version);
     try {
         program.parse(argc, argv);

@@ -187,10 +187,6 @@ std::string ZALTag::description() const {
     return out + "}";
 }
 
-void ZALTag::setTraktorCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    traktorCuePoints_ = cuePoints;
-}
-
 // What only back-ends can do.
 
 ZALNullableString ZALTag::artist() const {

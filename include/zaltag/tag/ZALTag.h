@@ -1,6 +1,7 @@
 #pragma once
 
 #include <zaltag/base/ZALArray.h>
+#include <zaltag/base/ZALCompletion.h>
 #include <zaltag/base/ZALError.h>
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/base/ZALJSONValue.h>
@@ -203,8 +204,52 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     virtual void setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
     virtual bool hasSeratoMetadata() const;
     virtual bool hasTraktorMetadata() const;
-    /// Keeps the cue points for Traktor's collection; the audio file holds none of them.
+
+    // The collections of other programs. These work on the shared databases and queues (see
+    // ZALCollectionDatabase and ZALCollectionQueue) and never touch the audio file. The first use loads the
+    // collection. The file is known to a collection by path(), which therefore is to be absolute and without
+    // "." and "..".
+
+    /// True while the collection is loaded.
+    static bool isTraktorDBAvailable();
+    static bool isRekordboxDBAvailable();
+    /// False, with an error, when the collection must not be written now: Traktor is running.
+    static bool canExportToTraktor(ZALError* error = nullptr);
+    static bool canExportToRekordbox(ZALError* error = nullptr);
+    /// Loads the collection if its file changed. The completion, if any, arrives on the main queue.
+    static void reloadTraktorDBWithCompletionBlock(ZALCompletion completion);
+    static void reloadRekordboxDBWithCompletionBlock(ZALCompletion completion);
+    /// Writes what the setters below asked for; without this it is written some 180 seconds later.
+    static void saveTraktorDBWithCompletionBlock(ZALCompletion completion);
+    static void saveRekordboxDBWithCompletionBlock(ZALCompletion completion);
+    /// Drops what the setters below asked for and was not written yet.
+    static void cancelSaveTraktorDB();
+    static void cancelSaveRekordboxDB();
+
+    bool isInTraktorDB() const;
+    bool isInRekordboxDB() const;
+
+    /// The cues of the track in Traktor's collection, grid markers left out; empty when it is not there. The
+    /// object keeps the very array it gives.
+    ZALArray<ZALTagCuePoint> traktorCuePoints();
+    /// Asks for the cues of the track in Traktor's collection to be replaced; grid markers stay. Nothing
+    /// happens when the array is the very one that this object gave or was given last.
     virtual void setTraktorCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// The same for Rekordbox's collection, for its hot cues, its memory cues, or both at once.
+    ZALArray<ZALTagCuePoint> rekordboxHotCuePoints();
+    ZALArray<ZALTagCuePoint> rekordboxMemoryCuePoints();
+    void setRekordboxHotCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
+    void setRekordboxMemoryCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
+    void setRekordboxHotAndMemoryCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
+
+    // The algorithms of the analysis records
+
+    /// True after one update has succeeded; never false again.
+    static bool validAlgorithmVersions();
+    /// Asks the web service of ZALHost::serviceHost() for the newest version of each analysis algorithm, sets
+    /// the algorithmVersion() of the record classes it names, and returns at once. A failure is one log line
+    /// and changes nothing.
+    static void updateAlgorithmVersions();
 
     // Whole objects
 
@@ -239,5 +284,8 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     std::optional<ZALTagCuePoints> zalCuePoints_;
     std::optional<ZALTagVelvetCascade> zalVelvetCascade_;
     ZALArray<ZALTagCuePoint> seratoCuePoints_;
-    ZALArray<ZALTagCuePoint> traktorCuePoints_;
+    // What was last read from, or sent to, the collections.
+    std::optional<ZALArray<ZALTagCuePoint>> traktorCuePoints_;
+    std::optional<ZALArray<ZALTagCuePoint>> rekordboxHotCuePoints_;
+    std::optional<ZALArray<ZALTagCuePoint>> rekordboxMemoryCuePoints_;
 };

@@ -1,0 +1,51 @@
+// The newest versions of the analysis algorithms, from the maker's web service.
+
+#include "platform/Log.h"
+
+#include <zaltag/platform/ZALHTTPClient.h>
+#include <zaltag/platform/ZALHost.h>
+#include <zaltag/platform/ZALJSON.h>
+#include <zaltag/tag/ZALTag.h>
+
+#include <atomic>
+
+namespace {
+
+constexpr const char* servicePath = "/Services/Analysis/LatestAlgorithmVersions";
+
+std::atomic<bool> areValid{false};
+
+template <typename Record>
+void takeVersion(const ZALJSONValue& reply) {
+    const auto& members = reply.objectValue();
+    const auto found = members.find(Record::algorithmKey());
+    if (found != members.end()) Record::setAlgorithmVersion(found->second.integerValue());
+}
+
+void takeReply(const ZALHTTPReply& reply) {
+    if (!reply.ok) return zal::logf("failed to get algorithm version from the server: {}", reply.error);
+    const std::string text(reply.body.begin(), reply.body.end());
+    std::string reason;
+    const auto parsed = ZALJSON::parse(text, &reason);
+    if (!parsed || !parsed->isObject()) {
+        if (parsed) reason = "it is no object";
+        return zal::logf("failed to parse json data {} with error: {}", ZALValidUTF8(text), reason);
+    }
+    takeVersion<ZALTagKey>(*parsed);
+    takeVersion<ZALTagEnergy>(*parsed);
+    takeVersion<ZALTagBeatGrid>(*parsed);
+    takeVersion<ZALTagCuePoints>(*parsed);
+    areValid = true;
+}
+
+}  // namespace
+
+bool ZALTag::validAlgorithmVersions() {
+    return areValid;
+}
+
+void ZALTag::updateAlgorithmVersions() {
+    const ZALNullableString host = ZALHost::shared().serviceHost();
+    if (!host) return takeReply({.ok = false, .error = "no service host is set", .body = {}});
+    ZALHost::shared().httpClient()->get("https://" + *host + servicePath, takeReply);
+}
