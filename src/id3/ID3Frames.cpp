@@ -28,7 +28,8 @@ void prepare(Frame* frame) {
     auto* text = dynamic_cast<TextFrame*>(frame);
     if (text == nullptr) return;
     FrameAccess::keep(*text);
-    if (static_cast<int>(text->textEncoding()) <= TagLib::String::UTF8) return;
+    const auto encoding = static_cast<unsigned>(text->textEncoding());  // bytes from 0x80 on are negative
+    if (encoding <= TagLib::String::UTF8) return;
     text->setTextEncoding(TagLib::String::Latin1);  // TagLib takes a wider one where the text asks for it
 }
 

@@ -146,6 +146,7 @@ TEST(Fields, areKeptInFramesThatTagLibWouldNotWrite) {
         std::uint8_t encoding;
         std::uint16_t flags;
     } rows[] = {{"an encoding that does not exist", 0x76, 0},
+                {"a negative one", 0xFE, 0},
                 {"to be discarded when the tag changes", 0, 0x4000},
                 {"encrypted", 0, 0x0004}};
     for (const auto& row : rows) {
