@@ -18,10 +18,18 @@ using TagLib::ID3v2::TextIdentificationFrame;
 
 namespace {
 
+// TagLib gives a frame's header only to the classes of frames.
+struct FrameAccess : Frame {
+    static void keep(const Frame& frame) { (frame.*&FrameAccess::header)()->setTagAlterPreservation(false); }
+};
+
 template <typename TextFrame>
-void repairEncoding(Frame* frame) {
+void prepare(Frame* frame) {
     auto* text = dynamic_cast<TextFrame*>(frame);
-    if (text == nullptr || static_cast<int>(text->textEncoding()) <= TagLib::String::UTF8) return;
+    if (text == nullptr) return;
+    FrameAccess::keep(*text);
+    const auto encoding = static_cast<unsigned>(text->textEncoding());  // bytes from 0x80 on are negative
+    if (encoding <= TagLib::String::UTF8) return;
     text->setTextEncoding(TagLib::String::Latin1);  // TagLib takes a wider one where the text asks for it
 }
 
@@ -31,10 +39,10 @@ bool prepareFrames(Tag& tag) {
     constexpr unsigned frameCountMax = 10000;
     if (tag.frameList().size() > frameCountMax) return false;
     for (Frame* frame : tag.frameList()) {
-        repairEncoding<TextIdentificationFrame>(frame);
-        repairEncoding<TagLib::ID3v2::CommentsFrame>(frame);
-        repairEncoding<GeneralEncapsulatedObjectFrame>(frame);
-        repairEncoding<TagLib::ID3v2::AttachedPictureFrame>(frame);
+        prepare<TextIdentificationFrame>(frame);
+        prepare<TagLib::ID3v2::CommentsFrame>(frame);
+        prepare<GeneralEncapsulatedObjectFrame>(frame);
+        prepare<TagLib::ID3v2::AttachedPictureFrame>(frame);
     }
     return true;
 }
@@ -54,12 +62,14 @@ ZALNullableString textOfFirstFrame(const Tag& tag, const char* id) {
     return frame != nullptr ? ZALNullableString(stringWithTagLibString(frame->toString())) : std::nullopt;
 }
 
-void setTextOfFirstFrame(Tag& tag, const char* id, const ZALNullableString& text) {
+void makeWayForText(Tag& tag, const char* id) {
     Frame* frame = firstFrame(tag, id);
-    if (frame != nullptr && dynamic_cast<TextIdentificationFrame*>(frame) == nullptr) {
-        tag.removeFrame(frame);  // an unknown frame would swallow the text silently
-        frame = nullptr;
-    }
+    if (frame != nullptr && dynamic_cast<TextIdentificationFrame*>(frame) == nullptr) tag.removeFrame(frame);
+}
+
+void setTextOfFirstFrame(Tag& tag, const char* id, const ZALNullableString& text) {
+    makeWayForText(tag, id);
+    Frame* frame = firstFrame(tag, id);
     if (frame == nullptr) {
         frame =
             new TextIdentificationFrame(id, TagLib::ID3v2::FrameFactory::instance()->defaultTextEncoding());

@@ -16,8 +16,9 @@ std::vector<TagLib::ID3v2::Frame*> framesWithID(const TagLib::ID3v2::Tag& tag, c
 
 /// Makes a tag ready for use after opening. False for one with more frames than any real one: TagLib searches
 /// all of them for each one it removes, so that a hostile tag could keep a setter busy for minutes. Such a
-/// file is not opened. Frames whose text encoding does not exist get Latin-1; TagLib would write whatever is
-/// set in them as the empty text.
+/// file is not opened. What is set in the other frames must reach the file: those whose text encoding does
+/// not exist get Latin-1, since TagLib would write the empty text, and those marked to be discarded when the
+/// tag changes lose that mark.
 bool prepareFrames(TagLib::ID3v2::Tag& tag);
 
 /// The first frame of an id, or null.
@@ -25,6 +26,10 @@ TagLib::ID3v2::Frame* firstFrame(const TagLib::ID3v2::Tag& tag, const char* id);
 
 /// The text of the first frame of an id; null when there is no such frame.
 ZALNullableString textOfFirstFrame(const TagLib::ID3v2::Tag& tag, const char* id);
+
+/// Removes the first frame of an id when TagLib holds it as something that is no text, such as an encrypted
+/// one: it would swallow a text silently.
+void makeWayForText(TagLib::ID3v2::Tag& tag, const char* id);
 
 /// Sets the text of the first frame of an id, which is created in TagLib's default encoding when there is
 /// none, and replaced when TagLib holds it as something that is no text.

@@ -44,8 +44,9 @@ ZALNullableString basicField(const TagLib::ID3v2::Tag* v2, const TagLib::ID3v1::
 }
 
 template <typename Value>
-void setBasicField(TagLib::ID3v2::Tag* v2, TagLib::ID3v1::Tag* v1, void (TagLib::Tag::*set)(Value),
-                   const std::type_identity_t<std::decay_t<Value>>& value) {
+void setBasicField(TagLib::ID3v2::Tag* v2, TagLib::ID3v1::Tag* v1, const char* id,
+                   void (TagLib::Tag::*set)(Value), const std::type_identity_t<std::decay_t<Value>>& value) {
+    if (v2 != nullptr) zal::makeWayForText(*v2, id);
     if (v2 != nullptr) (v2->*set)(value);
     if (v1 != nullptr) (v1->*set)(value);
 }
@@ -164,28 +165,28 @@ ZALNullableString ZALTagID3::artist() const {
     return basicField(state().v2Tag, state().v1Tag, "TPE1", &TagLib::Tag::artist);
 }
 void ZALTagID3::setArtist(const ZALNullableString& artist) {
-    setBasicField(state().v2Tag, state().v1Tag, &TagLib::Tag::setArtist, zal::TagLibString(artist));
+    setBasicField(state().v2Tag, state().v1Tag, "TPE1", &TagLib::Tag::setArtist, zal::TagLibString(artist));
 }
 
 ZALNullableString ZALTagID3::album() const {
     return basicField(state().v2Tag, state().v1Tag, "TALB", &TagLib::Tag::album);
 }
 void ZALTagID3::setAlbum(const ZALNullableString& album) {
-    setBasicField(state().v2Tag, state().v1Tag, &TagLib::Tag::setAlbum, zal::TagLibString(album));
+    setBasicField(state().v2Tag, state().v1Tag, "TALB", &TagLib::Tag::setAlbum, zal::TagLibString(album));
 }
 
 ZALNullableString ZALTagID3::title() const {
     return basicField(state().v2Tag, state().v1Tag, "TIT2", &TagLib::Tag::title);
 }
 void ZALTagID3::setTitle(const ZALNullableString& title) {
-    setBasicField(state().v2Tag, state().v1Tag, &TagLib::Tag::setTitle, zal::TagLibString(title));
+    setBasicField(state().v2Tag, state().v1Tag, "TIT2", &TagLib::Tag::setTitle, zal::TagLibString(title));
 }
 
 ZALNullableString ZALTagID3::genre() const {
     return basicField(state().v2Tag, state().v1Tag, "TCON", &TagLib::Tag::genre);
 }
 void ZALTagID3::setGenre(const ZALNullableString& genre) {
-    setBasicField(state().v2Tag, state().v1Tag, &TagLib::Tag::setGenre, zal::TagLibString(genre));
+    setBasicField(state().v2Tag, state().v1Tag, "TCON", &TagLib::Tag::setGenre, zal::TagLibString(genre));
 }
 
 std::int64_t ZALTagID3::year() const {
@@ -195,7 +196,7 @@ std::int64_t ZALTagID3::year() const {
     return s.v1Tag != nullptr ? s.v1Tag->year() : 0;
 }
 void ZALTagID3::setYear(std::int64_t year) {
-    setBasicField(state().v2Tag, state().v1Tag, &TagLib::Tag::setYear, zal::clampedUnsigned(year));
+    setBasicField(state().v2Tag, state().v1Tag, "TDRC", &TagLib::Tag::setYear, zal::clampedUnsigned(year));
 }
 
 // Fields of the ID3v2 tag alone

@@ -139,18 +139,33 @@ TEST(Fields, textThatIsNotUTF8IsReplacedNotLost) {
     EXPECT_EQ(tag->title(), "a\uFFFDz");
 }
 
-TEST(Fields, anEncodingThatDoesNotExistTakesNoText) {
-    const auto text = [](std::string_view id, std::string_view start) {
-        return id3Frame(id, joined({{0x76}, bytesOf(start), bytesOf("old")}));
-    };
-    const std::string path = mp3(id3Tag({text("TIT2", ""), text("COMM", std::string("eng\0", 4))}));
-    auto tag = opened(path);
-    tag->setTitle("Pièce 🎵");
-    tag->setComment("new");
-    ASSERT_TRUE(tag->save());
-    tag = opened(path);
-    EXPECT_EQ(tag->title(), "Pièce 🎵");
-    EXPECT_EQ(tag->comment(), "new");
+// TagLib alone would write the empty text, no frame at all, or the frame as it was.
+TEST(Fields, areKeptInFramesThatTagLibWouldNotWrite) {
+    const struct {
+        const char* what;
+        std::uint8_t encoding;
+        std::uint16_t flags;
+    } rows[] = {{"an encoding that does not exist", 0x76, 0},
+                {"a negative one", 0xFE, 0},
+                {"to be discarded when the tag changes", 0, 0x4000},
+                {"encrypted", 0, 0x0004}};
+    for (const auto& row : rows) {
+        const ZALData encoding{row.encoding};
+        const std::string path =
+            mp3(id3Tag({id3Frame("TIT2", joined({encoding, bytesOf("old")}), row.flags),
+                        id3Frame("TDRC", joined({encoding, bytesOf("1999")}), row.flags),
+                        id3Frame("COMM", joined({encoding, bytesOf(std::string_view("eng\0old", 7))}),
+                                 row.flags & 0x4000)}));
+        auto tag = opened(path);
+        tag->setTitle("Pièce 🎵");
+        tag->setYear(2001);
+        tag->setComment("new");
+        ASSERT_TRUE(tag->save());
+        tag = opened(path);
+        EXPECT_EQ(tag->title(), "Pièce 🎵") << row.what;
+        EXPECT_EQ(tag->year(), 2001) << row.what;
+        EXPECT_EQ(tag->comment(), "new") << row.what;
+    }
 }
 
 TEST(Fields, numericGenresBecomeNames) {
