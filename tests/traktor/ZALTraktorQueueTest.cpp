@@ -1,0 +1,143 @@
+#include "support/CollectionFixtures.h"
+#include "support/LogCapture.h"
+
+#include <zaltag/rekordbox/ZALRekordboxDatabase.h>
+#include <zaltag/rekordbox/ZALRekordboxQueue.h>
+#include <zaltag/traktor/ZALTraktorDatabase.h>
+#include <zaltag/traktor/ZALTraktorQueue.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fmt/format.h>
+
+#include <thread>
+
+namespace {
+
+using testing::ElementsAre;
+
+// The host's clock says 2023/11/14, second 80000.
+const std::string entry = R"(<NML><COLLECTION><ENTRY MODIFIED_DATE="{}" MODIFIED_TIME="{}">
+<LOCATION DIR="/:" FILE="a.mp3"/><INFO PLAYTIME="9"/><TEMPO BPM="60"/>
+<CUE_V2 NAME="grid" TYPE="4" START="0" LEN="0" HOTCUE="-1"/><CUE_V2 NAME="loop" TYPE="5" START="5" LEN="1"
+HOTCUE="0"/></ENTRY></COLLECTION></NML>)";
+
+class TraktorQueue : public testing::Test, protected CollectionHost {
+  protected:
+    std::string path() const { return root() + "/collection.nml"; }
+    void open(const std::string& content) {
+        ZALTraktorDatabase::setUserTraktorDatabaseFileURL(file("collection.nml", content));
+        database = ZALTraktorDatabase::initWithTraktorDatabaseFileAtURL(path());
+        queue = ZALTraktorQueue::queueWithDatabase(database);
+    }
+    void open(const char* date, int time) { open(fmt::format(fmt::runtime(entry), date, time)); }
+    // Name, type, index and start of every cue.
+    std::vector<std::string> cues() const {
+        std::vector<std::string> all;
+        for (const auto& cue : database->trackForSongFileAtURL("/a.mp3")->cues()) {
+            all.push_back(fmt::format("{} {} {} {}", cue.name(), cue.type(), cue.index(), cue.startTime()));
+        }
+        return all;
+    }
+
+    const ZALArray<ZALTagCuePoint> request{ZALTagCuePoint::cuePointWithTime(2.6, "late"),
+                                           ZALTagCuePoint::cuePointWithTime(1.4, std::nullopt)};
+    std::shared_ptr<ZALTraktorDatabase> database;
+    std::shared_ptr<ZALTraktorQueue> queue;
+};
+
+}  // namespace
+
+TEST_F(TraktorQueue, replacesAllButGridMarkersByHotCuesOnBeats) {
+    const LogCapture log;
+    open("2023/11/14", 80000);  // the same second still applies
+    queue->setCuePoints(request, "/a.mp3");
+    queue->setCuePoints(request, "/none.mp3");
+    EXPECT_TRUE(saved(*queue).success);
+    EXPECT_THAT(cues(), ElementsAre("grid 4 -1 0", " 0 0 1", "late 0 1 3"));
+    const std::string written = contentOf(path());
+    EXPECT_EQ(countOf(written, R"(<CUE_V2 DISPL_ORDER="0" TYPE="0" START="1000.000000" LEN="0.000000" )"
+                               R"(REPEATS="-1" HOTCUE="0"></CUE_V2>)"),
+              1U);
+    EXPECT_EQ(countOf(written, R"(MODIFIED_TIME="76400")"), 1U);
+    EXPECT_EQ(countOf(written, "loop"), 0U);
+
+    queue->setCuePoints(request, "/a.mp3");
+    EXPECT_TRUE(saved(*queue).success);
+    EXPECT_EQ(log.lines().size(), 1U) << "the same cues are not written again";
+}
+
+TEST_F(TraktorQueue, skipsAnEntryThatChangedLaterOrHasNoDate) {
+    for (const auto& [date, time] : {std::pair("2023/11/14", 80001), {"2023/11/15", 0}, {"2023/13/45", 0}}) {
+        open(date, time);
+        const LogCapture log;
+        queue->setCuePoints(request, "/a.mp3");
+        EXPECT_TRUE(saved(*queue).success);
+        EXPECT_THAT(log.lines(), testing::Contains("Skipping track 'a.mp3' (modified)"));
+        EXPECT_THAT(cues(), ElementsAre("grid 4 -1 0", "loop 5 0 0.005")) << date;
+        EXPECT_EQ(queue->progress().first, 0U) << "the request is gone";
+    }
+}
+
+TEST_F(TraktorQueue, keepsItsRequestsWhileTraktorRuns) {
+    open("2023/11/14", 0);
+    host->setRunningPrograms([] { return std::vector<std::string>{"traktor.exe"}; });
+    queue->setCuePoints(request, "/a.mp3");
+    const Completed refused = saved(*queue);
+    EXPECT_FALSE(refused.success);
+    ASSERT_TRUE(refused.error);
+    EXPECT_EQ(refused.error->code, ZALErrorCode::traktorRunning);
+    EXPECT_FALSE(refused.error->localizedRecoverySuggestion.empty());
+    EXPECT_EQ(queue->progress().first, 1U) << "it waits";
+    host->setRunningPrograms([] { return std::vector<std::string>{}; });
+    EXPECT_TRUE(saved(*queue).success);
+    EXPECT_EQ(cues().size(), 3U);
+    EXPECT_EQ(queue->progress().first, 0U);
+}
+
+TEST_F(TraktorQueue, discardsRequestsWithoutAPath) {
+    const LogCapture log;
+    open("<NML/>");
+    queue->setCuePoints(request, std::nullopt);
+    EXPECT_THAT(log.lines(), ElementsAre("-[ZALTraktorQueue setCuePoints:forTrackWithPath:]: discarded "
+                                         "request for nil path"));
+}
+
+TEST_F(TraktorQueue, bothCollectionsAreWrittenAtOnceFromSeveralThreads) {
+    constexpr int trackCount = 20;
+    const LogCapture log;
+    std::string nml = "<NML><COLLECTION>";
+    std::string xml = "<DJ_PLAYLISTS><COLLECTION>";
+    for (int i = 0; i < trackCount; ++i) {
+        nml += fmt::format("<ENTRY MODIFIED_DATE='2000/1/1'><LOCATION DIR='/:' FILE='{}'/></ENTRY>", i);
+        xml += fmt::format("<TRACK TrackID='{0}' Location='file:///{0}'/>", i);
+    }
+    open(nml + "</COLLECTION></NML>");
+    const std::string other = file("rekordbox.xml", xml + "</COLLECTION></DJ_PLAYLISTS>");
+    const auto rekordbox = ZALRekordboxDatabase::initWithRekordboxDatabaseFileAtURL(other);
+    const auto rekordboxQueue = ZALRekordboxQueue::queueWithDatabase(rekordbox);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = t; i < trackCount; i += 4) {
+                const std::string track = fmt::format("/{}", i);
+                queue->setCuePoints(request, track);
+                rekordboxQueue->setCuePoints(request, track, true, true);
+                queue->save();
+                rekordboxQueue->save();
+                database->trackForSongFileAtURL(track)->beatTimes();
+                database->playlists();
+                rekordbox->tracks();
+                queue->reload();
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_TRUE(saved(*queue).success);
+    EXPECT_TRUE(saved(*rekordboxQueue).success);
+    EXPECT_EQ(countOf(contentOf(path()), "<CUE_V2 "), 2U * trackCount);
+    EXPECT_EQ(countOf(contentOf(other), "<POSITION_MARK "), 4U * trackCount);
+}

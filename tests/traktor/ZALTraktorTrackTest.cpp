@@ -1,0 +1,161 @@
+#include "platform/XML.h"
+#include "support/CollectionFixtures.h"
+#include "support/LogCapture.h"
+#include "traktor/TrackLocation.h"
+#include "traktor/TraktorProgram.h"
+
+#include <zaltag/traktor/ZALTraktorTrack.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using testing::ElementsAre;
+
+ZALTraktorCuePoint cue(std::int64_t type, double start, double length, std::int64_t index = 0,
+                       const char* name = "a") {
+    auto made = ZALTraktorCuePoint::traktorCueWithCuePoint(
+        ZALTagCuePoint::cuePointWithTime(start, ZALNullableString(name)), index);
+    made.setType(type);
+    made.setLength(length);
+    return made;
+}
+
+// An entry, outside any database.
+class TraktorTrack : public testing::Test, protected CollectionHost {
+  protected:
+    std::shared_ptr<const ZALTraktorTrack> track(const std::string& content,
+                                                 const std::string& attributes = "") {
+        zal::XMLReadError error;
+        document_ = zal::XMLDocument::read(
+            file("entry.xml", "<ENTRY " + attributes + ">" + content + "</ENTRY>"), error);
+        return ZALTraktorTrack::initWithXMLElement(document_->root("ENTRY"))->copy();
+    }
+    std::vector<double> beats(const std::string& content) {
+        const auto times = track(content)->beatTimes();
+        return times ? times->elements() : std::vector<double>{-1};
+    }
+
+  private:
+    std::unique_ptr<zal::XMLDocument> document_;
+};
+
+}  // namespace
+
+TEST(ZALTraktorCuePoint, comparesAllValuesTimesInMicroseconds) {
+    const struct {
+        ZALTraktorCuePoint one, other;
+        bool equal;
+    } rows[] = {
+        {cue(0, 1, 2), cue(0, 1.0000004, 2.0000004), true},
+        {cue(0, 1, 2), cue(0, 1.0000006, 2), false},
+        {cue(0, 1, 2), cue(0, 1, 3), false},
+        {cue(0, 1, 2, 1), cue(0, 1, 2), false},
+        {cue(4, 1, 2, 1), cue(4, 1, 2), true},
+        {cue(5, 1, 2), cue(0, 1, 2), false},
+        {cue(0, 1, 2), cue(0, 1, 2, 0, "b"), false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.one.description() + " " + row.other.description());
+        EXPECT_EQ(row.one == row.other, row.equal);
+        EXPECT_EQ(row.one.hash() == row.other.hash(), row.equal);
+    }
+    EXPECT_EQ(cue(5, 1, 2).endTime(), 3);
+    EXPECT_EQ(cue(4, 0, 0).typeName(), "Grid");
+    EXPECT_EQ(cue(6, 0, 0).typeName(), std::nullopt);
+}
+
+TEST(ZALTraktorCuePoint, isWrittenWithSixDecimalsAndReadsBackAsItsCopy) {
+    zal::XMLDocument document;
+    const zal::XMLElement entry = document.appendRoot("ENTRY");
+    const struct {
+        ZALTraktorCuePoint cue;
+        std::vector<const char*> values;  // NAME DISPL_ORDER TYPE START LEN REPEATS HOTCUE
+    } rows[] = {
+        {cue(0, 12.5, 0, 2), {"a", "0", "0", "12500.000000", "0.000000", "-1", "2"}},
+        {cue(5, 0.0522612837, 1.2345678912, -3), {"a", "0", "5", "52.261284", "1234.567891", "-1", "0"}},
+        {cue(4, 1, 0, 7), {"a", "0", "4", "1000.000000", "0.000000", "-1", "0"}},
+        {cue(0, 1, 0, 0, ""), {"0", "0", "1000.000000", "0.000000", "-1", "0"}},
+    };
+    for (const auto& row : rows) {
+        const zal::XMLElement element = row.cue.xmlElement(entry);
+        std::vector<std::string> values;
+        for (const auto& attribute : element.attributes()) {
+            values.push_back(attribute.second);
+        }
+        EXPECT_THAT(values, testing::ElementsAreArray(row.values));
+        EXPECT_EQ(ZALTraktorCuePoint::initWithXMLElement(element), row.cue.copyAsStored());
+    }
+    EXPECT_EQ(cue(0, std::nan(""), INFINITY).copyAsStored(), cue(0, 0, 0)) << "what is no number";
+    EXPECT_EQ(ZALTraktorCuePoint::initWithXMLElement(entry), std::nullopt);
+    EXPECT_TRUE(ZALTraktorCuePoint::initWithXMLElement(entry.firstChild()));
+}
+
+TEST(TraktorLocation, makesPathAndKey) {
+    const struct {
+        const char *volume, *folder, *file, *path, *key;
+    } rows[] = {
+        {"Disk", "/:Users/:dj/:", "a.mp3", "/Users/dj/a.mp3", "Disk/:Users/:dj/:a.mp3"},
+        {"USB", "/:Users/:dj/:", "a.mp3", "/Volumes/USB/Users/dj/a.mp3", "USB/:Users/:dj/:a.mp3"},
+        {"C:", "/:", "a.mp3", "/Volumes/C:/a.mp3", "C:/:a.mp3"},
+        {nullptr, "/:x//y/:", "a//b/c", "/x:y/a:b/c", "/:x//y/:a//b/c"},
+        {"Disk", "/:/:x", "/f", ":x/f", "Disk/:/:x/f"},
+        {"", "", "", "/Volumes", ""},
+        {"Disk", "", "f", "f", "Diskf"},
+        {"Disk", nullptr, "f", nullptr, "Diskf"},
+        {"Disk", "/:x", nullptr, nullptr, "Disk/:x"},
+    };
+    const auto nullable = [](const char* text) { return text ? ZALNullableString(text) : std::nullopt; };
+    for (const auto& row : rows) {
+        const zal::TraktorLocation location{nullable(row.volume), nullable(row.folder), nullable(row.file)};
+        EXPECT_EQ(zal::pathOf(location, "Disk"), nullable(row.path)) << row.key;
+        EXPECT_EQ(zal::keyOf(location), row.key);
+    }
+}
+
+TEST(TraktorProgram, isKnownByTheNameOfItsExecutable) {
+    for (const char* name : {"Traktor", "traktor", "Traktor Pro 3", "Traktor Pro 4.exe", "TRAKTOR.EXE"}) {
+        EXPECT_TRUE(zal::isTraktor(name)) << name;
+    }
+    for (const char* name : {"", "zaltag", "trak", "traktor2rekordbox", "my Traktor", "Traktor-backup"}) {
+        EXPECT_FALSE(zal::isTraktor(name)) << name;
+    }
+}
+
+TEST_F(TraktorTrack, readsBeatsFromItsGridMarkers) {
+    const std::string info = "<INFO PLAYTIME='9' PLAYTIME_FLOAT='3'/><TEMPO BPM='60'/>";
+    const auto grid = [](const char* start) {
+        return std::string("<CUE_V2 TYPE='4' START='") + start + "' HOTCUE='3'/>";
+    };
+    EXPECT_THAT(beats(info + grid("500")), ElementsAre(0.5, 1.5, 2.5));
+    // A segment ends when the time passes the next start, however close it came before.
+    EXPECT_THAT(beats(info + grid("500") + "<CUE_V2 TYPE='0' START='900'/>" + grid("1550")),
+                ElementsAre(0.5, 1.5, 1.55, 2.55));
+    EXPECT_THAT(beats(info + grid("0") + grid("1000")), ElementsAre(0, 1, 1, 2));
+    EXPECT_THAT(beats("<INFO PLAYTIME='2'/><TEMPO BPM='60'/>" + grid("0")), ElementsAre(0, 1));
+    for (const std::string& without :
+         {info, "<TEMPO BPM='60'/>" + grid("0"), "<INFO PLAYTIME='9'/>" + grid("0"),
+          "<INFO PLAYTIME='9'/><TEMPO BPM='0'/>" + grid("0"), "<INFO PLAYTIME='9'/><TEMPO/>" + grid("0"),
+          "<INFO PLAYTIME='9'/><TEMPO BPM='-5'/>" + grid("0")}) {
+        EXPECT_THAT(beats(without), ElementsAre(-1)) << without;
+    }
+}
+
+TEST_F(TraktorTrack, readsItsDate) {
+    using std::chrono::sys_days, std::chrono::seconds;
+    const auto date = [this](const std::string& day, const std::string& time) {
+        return track("", "MODIFIED_DATE='" + day + "' MODIFIED_TIME='" + time + "'")->modificationDate();
+    };
+    const auto day = sys_days(std::chrono::year(2025) / 7 / 9);
+    EXPECT_EQ(date("2025/7/9", "54587"), day + seconds(54587));
+    EXPECT_EQ(date("2025/07/09", ""), day);
+    EXPECT_LT(date("2025/7/9", "-9223372036854775808"), day);
+    EXPECT_GT(date("2025/7/9", "9223372036854775807"), day);
+    const LogCapture log;
+    EXPECT_EQ(date("2023/13/45", "1"), std::nullopt);
+    EXPECT_EQ(track("")->modificationDate(), std::nullopt);
+    EXPECT_THAT(log.lines(), ElementsAre("could not convert '2023/13/45'", "could not convert '(null)'"));
+}
