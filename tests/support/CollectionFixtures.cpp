@@ -38,14 +38,17 @@ void MemoryDefaults::removeKey(const std::string& key) {
     data_.erase(key);
 }
 
-CollectionHost::CollectionHost() {
+QuietHost::QuietHost() {
     host->setUserDefaults(std::make_shared<MemoryDefaults>());
     host->setClock(clock);
-    host->setDocumentsFolders([path = root()] { return std::vector<std::string>{path}; });
     host->setEnvironment([](const std::string&) { return ZALNullableString(); });
     host->setRunningPrograms([] { return std::vector<std::string>(); });
     host->setName("Host");
     host->setVersion("1.2");
+}
+
+CollectionHost::CollectionHost() {
+    host->setDocumentsFolders([path = root()] { return std::vector<std::string>{path}; });
 }
 
 std::string CollectionHost::file(const std::string& name, const std::string& content) const {

@@ -31,9 +31,16 @@ class MemoryDefaults final : public ZALUserDefaults {
     std::map<std::string, ZALNullableData> data_;
 };
 
-/// A host in which a collection can be used: settings in memory, a clock that stands still, a folder of its
-/// own as the documents folder, "Host" 1.2 as its name.
-struct CollectionHost {
+/// A host in which a collection can be used: settings in memory, a clock that stands still, no environment
+/// and no other programs, "Host" 1.2 as its name.
+struct QuietHost {
+    QuietHost();
+    HostGuard host;
+    std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
+};
+
+/// The same with a folder of its own as the documents folder.
+struct CollectionHost : QuietHost {
     CollectionHost();
 
     /// Writes a file of this folder and returns its path.
@@ -41,9 +48,7 @@ struct CollectionHost {
 
     std::string root() const { return folder.path().string(); }
 
-    HostGuard host;
     TemporaryFolder folder;
-    std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
 };
 
 std::string contentOf(const std::string& path);

@@ -71,7 +71,12 @@ int FaultyFileSystem::count(Operation operation) const {
 }
 
 std::error_code FaultyFileSystem::step(Operation operation) {
-    if (++counts_[operation] == hook_.count && operation == hook_.operation) hook_.function();
+    std::unique_lock guard(mutex_);
+    if (++counts_[operation] == hook_.count && operation == hook_.operation) {
+        guard.unlock();
+        hook_.function();
+        guard.lock();
+    }
     const bool fills =
         operation == Operation::create || operation == Operation::write || operation == Operation::copy;
     const auto error = std::make_error_code(fills ? std::errc::no_space_on_device : std::errc::io_error);

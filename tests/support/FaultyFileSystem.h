@@ -6,11 +6,12 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 
 /// The machine's file system with a count of what is done and operations that fail on demand. The host's file
-/// system for as long as it is installed. One thread.
+/// system for as long as it is installed. One thread directs it; files may be used from several.
 class FaultyFileSystem final : public ZALFileSystem, public std::enable_shared_from_this<FaultyFileSystem> {
   public:
     enum class Operation {
@@ -71,6 +72,7 @@ class FaultyFileSystem final : public ZALFileSystem, public std::enable_shared_f
     std::unique_ptr<ZALFileHandle> wrapped(std::unique_ptr<ZALFileHandle> handle);
 
     const std::shared_ptr<ZALFileSystem> machine_ = ZALFileSystem::machine();
+    std::mutex mutex_;  // of what operations change
     std::map<Operation, int> counts_;
     std::map<Operation, bool> failing_;
     struct {

@@ -1,4 +1,5 @@
 #include "support/AudioFixtures.h"
+#include "support/CollectionFixtures.h"
 #include "support/FaultInjection.h"
 #include "support/Formats.h"
 #include "support/WavFixtures.h"
@@ -6,6 +7,8 @@
 #include "id3/TagLibStream.h"
 
 #include <zaltag/containers/ZALTagWAV.h>
+#include <zaltag/rekordbox/ZALRekordboxDatabase.h>
+#include <zaltag/traktor/ZALTraktorDatabase.h>
 
 #include <id3v2tag.h>
 #include <mpegfile.h>
@@ -64,6 +67,19 @@ std::function<bool()> retitled(const std::string& path, const std::string& title
     return [tag] { return tag->save(); };
 }
 
+// A collection file that takes more than one write.
+std::function<ZALData()> collection(const std::string& head, const std::string& track,
+                                    const std::string& end) {
+    return [=] {
+        std::string text = head;
+        for (int i = 0; i < 2000; ++i) {
+            text += track;
+        }
+        text += end;
+        return ZALData(text.begin(), text.end());
+    };
+}
+
 SaveCase libraryCase(const Format& format, const char* what, const std::string& before,
                      const std::string& after) {
     const std::string name = std::string(what) + "." + format.extension;
@@ -105,6 +121,38 @@ SaveCase recordCase() {
     return {"record.wav", file, edit("New title", true), edit("New title", std::nullopt), record};
 }
 
+// A collection with marks: they are rewritten, and the document is stamped.
+SaveCase rekordboxCase() {
+    const auto open = [](const std::string& path) -> std::function<bool()> {
+        const auto host = std::make_shared<QuietHost>();
+        ZALRekordboxDatabase::setUserRekordboxDatabaseFileURL(path);
+        const auto database = ZALRekordboxDatabase::initWithRekordboxDatabaseFileAtURL(path);
+        if (!database->isRekordboxDBLoaded()) return {};
+        return [host, database] { return database->save(); };
+    };
+    return {"rekordbox.xml",
+            collection("<DJ_PLAYLISTS><COLLECTION>", "<TRACK><POSITION_MARK Start='1.50'/></TRACK>",
+                       "</COLLECTION></DJ_PLAYLISTS>"),
+            open};
+}
+
+// The same for the other program; the entries name a file that is always there and have no date to write.
+SaveCase traktorCase() {
+    const auto open = [](const std::string& path) -> std::function<bool()> {
+        const auto host = std::make_shared<QuietHost>();
+        ZALTraktorDatabase::setUserTraktorDatabaseFileURL(path);
+        const auto database = ZALTraktorDatabase::initWithTraktorDatabaseFileAtURL(path);
+        if (!database->isTraktorDBLoaded()) return {};
+        return [host, database] { return database->save(); };
+    };
+    return {"collection.nml",
+            collection("<NML><COLLECTION>",
+                       "<ENTRY><LOCATION DIR='/:dev/:' FILE='null'/><CUE_V2 HOTCUE='-1'/>"
+                       "</ENTRY>",
+                       "</COLLECTION></NML>"),
+            open};
+}
+
 template <typename Open>
 std::vector<SaveCase> mpegCases(const std::string& prefix, Open open) {
     const auto title = [](const std::string& text) -> Edit {
@@ -132,6 +180,8 @@ const std::vector<SaveCase>& saveCases() {
         rows.push_back({"two tags.mp3", mp3(10, 1000),
                         [](const std::string& path) { return retitled(path, "New title"); }});
         rows.push_back(recordCase());
+        rows.push_back(rekordboxCase());
+        rows.push_back(traktorCase());
         for (const Format& format : formats()) {
             const std::string long_(20000, 't');
             rows.push_back(libraryCase(format, "the library grows it", "Old title", long_));
