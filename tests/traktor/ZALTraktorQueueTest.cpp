@@ -54,6 +54,7 @@ TEST_F(TraktorQueue, replacesAllButGridMarkersByHotCuesOnBeats) {
     open("2023/11/14", 80000);  // the same second still applies
     queue->setCuePoints(request, "/a.mp3");
     queue->setCuePoints(request, "/none.mp3");
+    queue->setCuePoints(request, std::nullopt);
     EXPECT_TRUE(saved(*queue).success);
     EXPECT_THAT(cues(), ElementsAre("grid 4 -1 0", " 0 0 1", "late 0 1 3"));
     const std::string written = contentOf(path());
@@ -65,7 +66,11 @@ TEST_F(TraktorQueue, replacesAllButGridMarkersByHotCuesOnBeats) {
 
     queue->setCuePoints(request, "/a.mp3");
     EXPECT_TRUE(saved(*queue).success);
-    EXPECT_EQ(log.lines().size(), 1U) << "the same cues are not written again";
+    EXPECT_THAT(
+        log.lines(),
+        ElementsAre("-[ZALTraktorQueue setCuePoints:forTrackWithPath:]: discarded request for nil path",
+                    testing::StartsWith("failed to get audio file mod date: /a.mp3 ")))
+        << "the same cues are not written again";
 }
 
 TEST_F(TraktorQueue, skipsAnEntryThatChangedLaterOrHasNoDate) {
@@ -94,14 +99,6 @@ TEST_F(TraktorQueue, keepsItsRequestsWhileTraktorRuns) {
     EXPECT_TRUE(saved(*queue).success);
     EXPECT_EQ(cues().size(), 3U);
     EXPECT_EQ(queue->progress().first, 0U);
-}
-
-TEST_F(TraktorQueue, discardsRequestsWithoutAPath) {
-    const LogCapture log;
-    open("<NML/>");
-    queue->setCuePoints(request, std::nullopt);
-    EXPECT_THAT(log.lines(), ElementsAre("-[ZALTraktorQueue setCuePoints:forTrackWithPath:]: discarded "
-                                         "request for nil path"));
 }
 
 TEST_F(TraktorQueue, bothCollectionsAreWrittenAtOnceFromSeveralThreads) {
