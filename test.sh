@@ -26,7 +26,7 @@ build fuzz
 echo "== tests under the address and undefined-behaviour sanitizers"
 ctest --preset fuzz -j "$jobs"
 
-threaded=(zaltag_platform_tests zaltag_rekordbox_tests)
+threaded=(zaltag_platform_tests zaltag_rekordbox_tests zaltag_traktor_tests)
 build tsan "${threaded[@]}"
 echo "== queues, timers and collections under the thread sanitizer"
 for program in "${threaded[@]}"; do
