@@ -1,0 +1,97 @@
+"""Traktor's collection through the program, read back by Python's own XML parser."""
+import json
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import unittest
+
+from collection_files import SAMPLES, outline, traktor, traktor_cues, tree
+from support import ZALTAG, ProgramTest
+
+GRID = '<CUE_V2 NAME="g" TYPE="4" START="500.000000" LEN="0.000000" HOTCUE="-1"><GRID BPM="120"/></CUE_V2>'
+
+
+class Traktor(ProgramTest):
+    def test_the_road_of_one_change(self):
+        song = self.mp3("A & b: c.mp3")
+        os.utime(song, (1700000005, 1700000005))  # 2023-11-14 22:13:25 UTC
+        file = self.write("collection.nml", traktor([song, "/music/other.mp3"], inner=GRID))
+        change = ("cues", "set", song, "--to", "traktor", "--traktor", file, "12.5=Drop", "3=In")
+        self.zaltag(*change)
+        first, second = tree(file).findall("COLLECTION/ENTRY")
+        self.assertEqual(traktor_cues(first), [(0.5, "g", 4, 0), (3.0, "In", 0, 0), (12.5, "Drop", 0, 1)])
+        new = first.findall("CUE_V2")[2]
+        self.assertEqual(list(new.items()), [
+            ("NAME", "Drop"), ("DISPL_ORDER", "0"), ("TYPE", "0"), ("START", "12500.000000"), ("LEN", "0.000000"),
+            ("REPEATS", "-1"), ("HOTCUE", "1")])
+        self.assertEqual(first.find("CUE_V2/GRID").get("BPM"), "120")
+        self.assertEqual((first.get("MODIFIED_DATE"), first.get("MODIFIED_TIME")), ("2023/11/14", "80004"))
+        self.assertEqual(traktor_cues(second), [(0.5, "g", 4, 0)])
+        once = self.content(file)
+        self.zaltag(*change)
+        self.assertEqual(self.content(file), once)
+        shown = json.loads(self.zaltag("traktor", "track", song, "--traktor", file, "--json")[0])
+        self.assertEqual((shown["path"], shown["modificationDate"]), (song, "2023-11-14T22:13:24Z"))
+        self.assertEqual([cue["index"] for cue in shown["cues"]], [-1, 0, 1])
+        out = self.zaltag("cues", "list", song, "--from", "traktor", "--traktor", file)[0]
+        self.assertEqual(out, "3\tIn\n12.5\tDrop\n")
+
+    def test_entries_that_are_newer_or_undated_are_left_alone(self):
+        for modified in (("2999/1/1", "0"), ("2023/13/45", "0"), None):
+            with self.subTest(modified):
+                file = self.write("collection.nml", traktor(["/a.mp3"], modified))
+                before = self.content(file)
+                out, err = self.zaltag("cues", "set", "/a.mp3", "--to", "traktor", "--traktor", file, "1=a", status=1)
+                self.assertIn("left alone", err)
+                self.assertEqual(self.content(file), before)
+
+    def test_a_volume_is_part_of_the_path_unless_the_system_started_from_it(self):
+        file = self.write("collection.nml", traktor(["/a.mp3"], boot_volume="USB"))
+        listing = ("cues", "list", "--from", "traktor", "--traktor", file)
+        self.zaltag(*listing, "/Volumes/USB/a.mp3")
+        self.zaltag(*listing, "/a.mp3", "--boot-volume", "USB")
+        self.zaltag(*listing, "/a.mp3", status=1)
+
+    def test_nothing_is_written_while_traktor_runs(self):
+        program = self.path("Traktor Pro 3")
+        shutil.copy("/bin/sleep", program)
+        file = self.write("collection.nml", traktor(["/a.mp3"]))
+        before = self.content(file)
+        with subprocess.Popen([program, "60"]) as running:
+            try:
+                err = self.zaltag("cues", "set", "/a.mp3", "--to", "traktor", "--traktor", file, "1=a", status=1)[1]
+            finally:
+                running.kill()
+        self.assertIn("Please quit Traktor and try again.", err)
+        self.assertEqual(self.content(file), before)
+
+    @unittest.skipUnless(SAMPLES, "ZALTAG_SAMPLES is not set")
+    def test_a_save_of_a_real_collection_changes_cues_and_dates_alone(self):
+        with open(os.path.join(SAMPLES, "test.nml"), "rb") as sample:
+            file = self.write("collection.nml", sample.read())
+        before = tree(file)
+        paths = [track["path"] for track in json.loads(
+            self.zaltag("traktor", "tracks", "--traktor", file, "--boot-volume", "C:", "--json")[0])]
+        location = before.findall("COLLECTION/ENTRY/LOCATION")[0]
+        self.assertEqual(paths[0], location.get("DIR").replace("/:", "/") + location.get("FILE"))
+        self.zaltag("cues", "set", paths[0], "--to", "traktor", "--traktor", file, "--boot-volume", "C:", "30=x")
+        after = tree(file)
+
+        def rest(element, attributes, children):
+            if element.find("LOCATION") is not None:
+                attributes = {k: v for k, v in attributes.items() if not k.startswith("MODIFIED_")}
+                children = [child for child in children if child.tag != "CUE_V2"]
+            return attributes, children
+
+        self.assertEqual(outline(after, rest), outline(before, rest))
+        old, new = before.findall("COLLECTION/ENTRY")[1], after.findall("COLLECTION/ENTRY")[1]
+        slots = [(start, name, kind, max(slot, 0)) for start, name, kind, slot in traktor_cues(old)]
+        order = [-1 if cue.get("TYPE") == "4" else int(cue.get("HOTCUE")) for cue in old.findall("CUE_V2")]
+        self.assertEqual(traktor_cues(new), [slot for _, slot in sorted(zip(order, slots), key=lambda pair: pair[0])])
+        self.assertEqual([grid.get("BPM") for grid in new.iter("GRID")], [grid.get("BPM") for grid in old.iter("GRID")])
+
+
+if __name__ == "__main__":
+    unittest.main()
