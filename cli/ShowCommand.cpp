@@ -25,11 +25,11 @@ std::string textOf(const ZALJSONValue& value) {
 
 // One line a picture.
 void printPictures(Output& output, const std::string& name, const ZALJSONValue& pictures) {
-    if (pictures.arrayValue().empty()) output.line(fmt::format("  {:<16}-", name));
+    if (pictures.arrayValue().empty()) output.line(fmt::format("  {:<20}-", name));
     for (const ZALJSONValue& picture : pictures.arrayValue()) {
         std::string line = lineOfPicture(picture);
         std::replace(line.begin(), line.end(), '\t', ' ');
-        output.line(fmt::format("  {:<16}{}", name, line));
+        output.line(fmt::format("  {:<20}{}", name, line));
     }
 }
 
@@ -39,7 +39,7 @@ void printText(Output& output, const Members& members) {
             printPictures(output, name, value);
             continue;
         }
-        output.line(name == "path" ? textOf(value) : fmt::format("  {:<16}{}", name, textOf(value)));
+        output.line(name == "path" ? textOf(value) : fmt::format("  {:<20}{}", name, textOf(value)));
     }
 }
 
