@@ -23,16 +23,16 @@ using TagLib::RIFF::WAV::ZALFile;
 
 // MP4
 
-OpenedMP4 mp4File(TagLibStream& stream) {
+std::unique_ptr<MP4File> mp4File(TagLibStream& stream) {
     const MP4Structure structure = structureOfMP4(stream);
-    if (structure == MP4Structure::refused) return {};
-    auto file = std::make_unique<TagLib::MP4::File>(&stream, false, TagLib::AudioProperties::Average);
-    if (!file->isValid()) return {};
-    return {std::move(file), structure == MP4Structure::writable};
+    if (structure == MP4Structure::refused) return nullptr;
+    auto file = std::make_unique<MP4File>(&stream, false, TagLib::AudioProperties::Average);
+    file->writable = structure == MP4Structure::writable;
+    return file->isValid() ? std::move(file) : nullptr;
 }
 
-bool writeMP4File(const OpenedMP4& opened, const std::string& path) {
-    if (opened.writable) return opened.file->save();
+bool writeMP4File(MP4File& file, const std::string& path) {
+    if (file.writable) return file.save();
     logf("could not save '{}': its audio would not be found again", path);
     return false;
 }

@@ -14,14 +14,15 @@
 
 namespace zal {
 
-/// An MP4 file; null when the stream's is none, and when TagLib must not see it.
-struct OpenedMP4 {
-    std::unique_ptr<TagLib::MP4::File> file;
-    bool writable = false;  ///< a save harms nothing but the tag
+struct MP4File final : TagLib::MP4::File {
+    using File::File;
+
+    bool writable = false;  ///< a save changes nothing but the tag
 };
-OpenedMP4 mp4File(TagLibStream& stream);
+/// The stream's file as an MP4 file; null when it is none, and when TagLib must not see it.
+std::unique_ptr<MP4File> mp4File(TagLibStream& stream);
 /// Has TagLib write the tag into the stream. False, with one log line, when the file is not writable.
-bool writeMP4File(const OpenedMP4& opened, const std::string& path);
+bool writeMP4File(MP4File& file, const std::string& path);
 
 /// The stream's file as a FLAC file, with or without ID3 tags; null as above.
 std::unique_ptr<TagLib::FLAC::File> flacFile(TagLibStream& stream);

@@ -14,7 +14,7 @@
 /// before the stream below it. The tag belongs to the TagLib file; once the object is open, it is never null.
 struct ZALTagMP4::State {
     std::unique_ptr<zal::TagLibStream> stream;
-    zal::OpenedMP4 opened;
+    std::unique_ptr<zal::MP4File> file;
     TagLib::MP4::Tag* tag = nullptr;
     bool wasSaved = false;
 

@@ -90,16 +90,16 @@ std::shared_ptr<ZALTagMP4> ZALTagMP4::initWithPath(const ZALNullableString& path
 bool ZALTagMP4::openMP4(const std::string& path, bool readOnly) {
     state_->stream = zal::TagLibStream::open(path, readOnly);
     if (state_->stream == nullptr) return false;
-    state_->opened = zal::mp4File(*state_->stream);
-    if (state_->opened.file == nullptr) return false;
-    state_->tag = state_->opened.file->tag();
+    state_->file = zal::mp4File(*state_->stream);
+    if (state_->file == nullptr) return false;
+    state_->tag = state_->file->tag();
     if (state_->tag != nullptr) return true;
     zal::logf("-[ZALTagMP4 initWithPath:readOnly:]: no MP4 tag found in '{}'", path);
     return false;
 }
 
 bool ZALTagMP4::readOnly() const {
-    return state_->opened.file->readOnly();
+    return state_->file->readOnly();
 }
 
 // Saving
@@ -114,15 +114,15 @@ bool ZALTagMP4::writeMP4() {
     State& s = *state_;
     if (s.wasSaved && !s.renewFile()) return false;
     s.wasSaved = true;
-    return zal::writeMP4File(s.opened, zal::describe(path()));
+    return zal::writeMP4File(*s.file, zal::describe(path()));
 }
 
 bool ZALTagMP4::State::renewFile() {
-    zal::OpenedMP4 fresh = zal::mp4File(*stream);
-    if (fresh.file == nullptr) return false;
-    takeOverItems(*fresh.file->tag(), tag->itemMap());
-    tag = fresh.file->tag();
-    opened = std::move(fresh);
+    auto fresh = zal::mp4File(*stream);
+    if (fresh == nullptr) return false;
+    takeOverItems(*fresh->tag(), tag->itemMap());
+    tag = fresh->tag();
+    file = std::move(fresh);
     return true;
 }
 

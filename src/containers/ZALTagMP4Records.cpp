@@ -130,5 +130,5 @@ bool ZALTagMP4::hasSeratoMetadata() const {
 // Traktor
 
 bool ZALTagMP4::hasTraktorMetadata() const {
-    return state_->opened.file->find("NITR", traktorOffset, "free") >= 0;
+    return state_->file->find("NITR", traktorOffset, "free") >= 0;
 }
