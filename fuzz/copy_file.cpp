@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < 3) return 0;
     const Copier& copier = copiers[data[0] % std::size(copiers)];
     const ZALDataView both(data + 3, size - 3);
-    const std::size_t length = std::min<std::size_t>(data[1] << 8 | data[2], both.size());
+    const std::size_t length = std::min<std::size_t>(data[1] * 256U + data[2], both.size());
     const ZALDataView before = both.subspan(length);
     const FuzzedFile source(data + 3, length, copier.source);
     const FuzzedFile destination(before.data(), before.size(), copier.destination);

@@ -6,11 +6,13 @@
 #include "id3/TagLibStream.h"
 
 #include <zaltag/containers/ZALTagWAV.h>
+#include <zaltag/tools/ZALCopyTag.h>
 
 #include <id3v2tag.h>
 #include <mpegfile.h>
 #include <tfilestream.h>
 
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -105,6 +107,19 @@ SaveCase recordCase() {
     return {"record.wav", file, edit("New title", true), edit("New title", std::nullopt), record};
 }
 
+// A copy of the tags of one format into a file of another.
+using Copier = bool (*)(const ZALNullableString& source, const ZALNullableString& destination);
+
+SaveCase copyCase(const Format& from, const Format& to, Copier copy) {
+    const auto openAndEdit = [from, copy](const std::string& path) -> std::function<bool()> {
+        const auto folder = std::make_shared<TemporaryFolder>();
+        const std::string source = folder->write(std::string("source.") + from.extension, from.file());
+        if (const auto save = retitled(source, std::string(6000, 't')); !save || !save()) return {};
+        return [folder, source, path, copy] { return copy(source, path); };
+    };
+    return {std::string("copied from ") + from.name + "." + to.extension, to.file, openAndEdit};
+}
+
 template <typename Open>
 std::vector<SaveCase> mpegCases(const std::string& prefix, Open open) {
     const auto title = [](const std::string& text) -> Edit {
@@ -138,6 +153,12 @@ const std::vector<SaveCase>& saveCases() {
             rows.push_back(libraryCase(format, "the library shrinks it", long_, "Old title"));
             rows.push_back(libraryCase(format, "the library overwrites it", "Old title", "New title"));
         }
+        const Copier copiers[] = {ZALCopyTagID3, ZALCopyTagMP4, ZALCopyTagWAV, ZALCopyTagAIFF,
+                                  ZALCopyTagFLAC};
+        for (std::size_t i = 0; i < std::size(copiers); ++i) {
+            rows.push_back(copyCase(formats()[i], formats()[i], copiers[i]));
+        }
+        rows.push_back(copyCase(formats()[1], formats()[0], ZALCopyTagMP42ID3));
         return rows;
     }();
     return cases;
