@@ -86,16 +86,26 @@ TagLib::ID3v2::Tag* destinationID3v2Tag(const Copy<Source, Destination>& files) 
     return tag;
 }
 
-/// Has TagLib write the destination and commits what it wrote, which must be a file that opens again: the
-/// tags of two files in one can be too much for that. False, with a log line, when it could not be saved.
+/// Has TagLib write the destination into its stream, which must then open again: the tags of two files can be
+/// too much for one, and without its tags a file may not be one of its type. False, with a log line, when it
+/// does not, and for a destination that is read-only.
 template <typename File, typename Write>
-bool saveCopied(const CopiedFile<File>& destination, bool (*opens)(TagLib::IOStream& stream), Write write) {
-    return saveTag(destination.path, *destination.stream, [&] {
-        if (!write()) return false;
-        if (opens(*destination.stream)) return true;
-        logf("could not save '{}': it could not be opened again", destination.path);
+bool writeDestination(const CopiedFile<File>& destination, Opening<File> open, Write write) {
+    if (destination.stream->readOnly()) {
+        logf("could not save '{}': it is read-only", destination.path);
         return false;
-    });
+    }
+    if (!write()) return false;
+    if (open(*destination.stream) != nullptr) return true;
+    logf("could not save '{}': it could not be opened again", destination.path);
+    return false;
+}
+
+/// The same, and commits what was written.
+template <typename File, typename Write>
+bool saveDestination(const CopiedFile<File>& destination, Opening<File> open, Write write) {
+    return saveTag(destination.path, *destination.stream,
+                   [&] { return writeDestination(destination, open, write); });
 }
 
 }  // namespace zal

@@ -1,8 +1,5 @@
 #include "tools/FrameTransfer.h"
 
-#include "id3/ID3Frames.h"
-#include "platform/Log.h"
-
 #include <commentsframe.h>
 #include <generalencapsulatedobjectframe.h>
 
@@ -31,12 +28,6 @@ void transferFrames(TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to) {
         from.removeFrame(frame, goes);
         if (!goes) to.addFrame(frame);
     }
-}
-
-bool hasRoomForFrames(const TagLib::ID3v2::Tag& tag, const std::string& path) {
-    if (isWithinFrameLimit(tag)) return true;
-    logf("could not save '{}': it would have too many frames", path);
-    return false;
 }
 
 }  // namespace zal

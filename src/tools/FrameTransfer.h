@@ -2,16 +2,10 @@
 
 #include <id3v2tag.h>
 
-#include <string>
-
 namespace zal {
 
 /// Moves the frames of a tag behind those of another one, apart from those that belong to the audio they were
 /// written for. The genre is set instead of moved. `from` is empty afterwards.
 void transferFrames(TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to);
-
-/// False, with a log line that names the file, for more frames than a file may have that is to be opened
-/// again.
-bool hasRoomForFrames(const TagLib::ID3v2::Tag& tag, const std::string& path);
 
 }  // namespace zal

@@ -4,9 +4,7 @@
 #include <zaltag/tools/ZALTagDescription.h>
 
 #include "containers/ContainerFiles.h"
-#include "containers/FLACBlocks.h"
 #include "id3/FormChunks.h"
-#include "id3/ID3Chapters.h"
 #include "id3/ID3Files.h"
 #include "id3/TagLibText.h"
 #include "tools/CopyFiles.h"
@@ -37,13 +35,11 @@ void copyID3v1(const zal::Copy<ID3File, ID3File>& files) {
               files.destination.path);
 }
 
-// The ID3v2 frames likewise. False when they are too many.
+// The ID3v2 frames likewise.
 template <typename ID3File>
-bool copyID3v2(const zal::Copy<ID3File, ID3File>& files) {
+void copyID3v2(const zal::Copy<ID3File, ID3File>& files) {
     TagLib::ID3v2::Tag* destination = zal::destinationID3v2Tag(files);
-    if (destination == nullptr) return true;
-    zal::transferFrames(*files.source->ID3v2Tag(), *destination);
-    return zal::hasRoomForFrames(*destination, files.destination.path);
+    if (destination != nullptr) zal::transferFrames(*files.source->ID3v2Tag(), *destination);
 }
 
 // MP3
@@ -55,16 +51,24 @@ bool copyMP3(zal::Copy<MP3File, MP3File>& files) {
     if (hasV1) copyID3v1(files);
     if (hasV2) {
         dprintV2Tag(files.source->ID3v2Tag());
-        if (!copyID3v2(files)) return false;
+        copyID3v2(files);
     }
     const int kinds = (hasV1 ? MP3File::ID3v1 : 0) | (hasV2 ? MP3File::ID3v2 : 0);
-    return zal::saveCopied(files.destination, zal::chaptersOfMP3NestSafely, [&] {
+    return zal::saveDestination(files.destination, zal::mpegFile, [&] {
         return files.destination->save(kinds, MP3File::StripOthers, TagLib::ID3v2::v4,
                                        MP3File::DoNotDuplicate);
     });
 }
 
-// AIFF
+// AIFF and WAV
+
+template <typename File, typename Write>
+bool saveFormDestination(const zal::CopiedFile<File>& destination, zal::FormKind kind,
+                         zal::Opening<File> open, Write write) {
+    const auto save = [&] { return zal::writeDestination(destination, open, write); };
+    return zal::saveForm(destination.path, *destination.stream, kind, save, zal::FormLists::replaced) ==
+           zal::FormSave::done;
+}
 
 bool copyAIFF(zal::Copy<AIFFFile, AIFFFile>& files) {
     TagLib::ID3v2::Tag* source = files.source->tag();
@@ -73,28 +77,20 @@ bool copyAIFF(zal::Copy<AIFFFile, AIFFFile>& files) {
         return false;
     }
     if (source->isEmpty()) return true;
-    TagLib::ID3v2::Tag& tag = *files.destination->tag();
-    zal::transferFrames(*source, tag);
-    if (!zal::hasRoomForFrames(tag, files.destination.path)) return false;
-    const auto write = [&] { return files.destination->save(); };
-    return zal::saveForm(files.destination.path, *files.destination.stream, zal::FormKind::form, write) == zal::FormSave::done;
+    zal::transferFrames(*source, *files.destination->tag());
+    return saveFormDestination(files.destination, zal::FormKind::form, zal::aiffFile,
+                               [&] { return files.destination->save(); });
 }
 
-// WAV
-
 bool copyWAV(zal::Copy<WAVFile, WAVFile>& files) {
-    TagLib::ID3v2::Tag& tag = *files.destination->ID3v2Tag();
-    zal::transferFrames(*files.source->ID3v2Tag(), tag);
-    if (!zal::hasRoomForFrames(tag, files.destination.path)) return false;
+    zal::transferFrames(*files.source->ID3v2Tag(), *files.destination->ID3v2Tag());
     const TagLib::ByteVector list = files.source->infoChunk();
-    const auto write = [&] {
+    return saveFormDestination(files.destination, zal::FormKind::riff, zal::wavFile, [&] {
         const bool saved = files.destination->save(WAVFile::ID3v2, WAVFile::StripOthers, TagLib::ID3v2::v4);
         // Afterwards: TagLib's save takes an INFO list away that is not its own.
         if (saved && !list.isEmpty()) files.destination->setInfoChunk(list);
         return saved;
-    };
-    return zal::saveForm(files.destination.path, *files.destination.stream, zal::FormKind::riff, write, zal::FormLists::replaced) ==
-           zal::FormSave::done;
+    });
 }
 
 // FLAC
@@ -103,10 +99,6 @@ void copyFields(const TagLib::Ogg::XiphComment& source, TagLib::Ogg::XiphComment
     for (const auto& [name, values] : destination.setProperties(source.properties())) {
         zal::logf("Xiph key '{}' was not copied", zal::stringWithTagLibString(name));
     }
-}
-
-bool opensAsFLAC(TagLib::IOStream& stream) {
-    return zal::canReadFLAC(stream) && zal::chaptersNestSafely(stream, 0);
 }
 
 bool copyFLAC(zal::Copy<FLACFile, FLACFile>& files) {
@@ -119,8 +111,8 @@ bool copyFLAC(zal::Copy<FLACFile, FLACFile>& files) {
         copyFields(*files.source->xiphComment(), *comment);
     }
     if (holdsSomething(files.source->ID3v1Tag())) copyID3v1(files);
-    if (holdsSomething(files.source->ID3v2Tag()) && !copyID3v2(files)) return false;
-    return zal::saveCopied(files.destination, opensAsFLAC, [&] {
+    if (holdsSomething(files.source->ID3v2Tag())) copyID3v2(files);
+    return zal::saveDestination(files.destination, zal::flacFile, [&] {
         return zal::writeFLACFile(*files.destination.file, files.destination.path);
     });
 }

@@ -4,8 +4,6 @@
 #include <zaltag/tools/ZALTagDescription.h>
 
 #include "containers/ContainerFiles.h"
-#include "containers/MP4Atoms.h"
-#include "id3/ID3Chapters.h"
 #include "id3/ID3Files.h"
 #include "id3/ID3Frames.h"
 #include "tools/CopyFiles.h"
@@ -49,10 +47,6 @@ void replaceItems(TagLib::MP4::Tag& tag, const TagLib::MP4::ItemMap& items) {
     }
 }
 
-bool opensAsMP4(TagLib::IOStream& stream) {
-    return zal::structureOfMP4(stream) != zal::MP4Structure::refused;
-}
-
 bool copyMP4(zal::Copy<MP4File, MP4File>& files) {
     const TagLib::MP4::Tag* source = sourceTag(files);
     TagLib::MP4::Tag* destination = files.destination->tag();
@@ -63,7 +57,7 @@ bool copyMP4(zal::Copy<MP4File, MP4File>& files) {
     }
     replaceItems(*destination, source->itemMap());
     dprintMP4Tag(destination);
-    return zal::saveCopied(files.destination, opensAsMP4, [&] {
+    return zal::saveDestination(files.destination, zal::mp4File, [&] {
         return zal::writeMP4File(*files.destination.file, files.destination.path);
     });
 }
@@ -104,9 +98,8 @@ bool copyToMP3(zal::Copy<MP4File, MP3File>& files) {
         setCommentLanguage(*tag);
         copyNumbers(*source, *tag);
         addCovers(*source, *tag);
-        if (!zal::hasRoomForFrames(*tag, files.destination.path)) return false;
     }
-    return zal::saveCopied(files.destination, zal::chaptersOfMP3NestSafely, [&] {
+    return zal::saveDestination(files.destination, zal::mpegFile, [&] {
         // Without duplicating: an old ID3v1 tag would fill the fields that the source has not.
         return files.destination->save(MP3File::AllTags, MP3File::StripNone, TagLib::ID3v2::v4,
                                        MP3File::DoNotDuplicate);

@@ -111,10 +111,16 @@ SaveCase recordCase() {
 using Copier = bool (*)(const ZALNullableString& source, const ZALNullableString& destination);
 
 SaveCase copyCase(const Format& from, const Format& to, Copier copy) {
-    const auto openAndEdit = [from, copy](const std::string& path) -> std::function<bool()> {
-        const auto folder = std::make_shared<TemporaryFolder>();
-        const std::string source = folder->write(std::string("source.") + from.extension, from.file());
-        if (const auto save = retitled(source, std::string(6000, 't')); !save || !save()) return {};
+    const auto folder = std::make_shared<TemporaryFolder>();
+    const std::string source = folder->path() / (std::string("source.") + from.extension);
+    // The source is made with the first copy, which is one without faults.
+    const auto openAndEdit = [=](const std::string& path) -> std::function<bool()> {
+        if (!std::filesystem::exists(source)) {
+            const auto tag = ZALTag::tagAtPath(folder->write(source, from.file()));
+            // A genre is set, where a title would be added once more by the next copy.
+            tag->setGenre(std::string(6000, 'g'));
+            if (!tag->save()) throw std::runtime_error(source);
+        }
         return [folder, source, path, copy] { return copy(source, path); };
     };
     return {std::string("copied from ") + from.name + "." + to.extension, to.file, openAndEdit};

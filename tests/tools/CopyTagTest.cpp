@@ -118,11 +118,9 @@ TEST_F(CopyTag, tagsThatWouldBeTooMuchTogetherAreRefused) {
     struct Case {
         ZALData frame;
         int count;
-        const char* reason;
     };
     const ZALData chapter = joined({{'a', 0}, ZALData(16)});
-    const Case cases[] = {{id3Frame("PCNT", ZALData(4)), 6000, "it would have too many frames"},
-                          {id3Frame("CHAP", chapter), 600, "it could not be opened again"}};
+    const Case cases[] = {{id3Frame("PCNT", ZALData(4)), 6000}, {id3Frame("CHAP", chapter), 600}};
     for (const Case& one : cases) {
         ZALData frames;
         for (int i = 0; i < one.count; ++i) {
@@ -131,7 +129,7 @@ TEST_F(CopyTag, tagsThatWouldBeTooMuchTogetherAreRefused) {
         const ZALData file = joined({id3Tag({frames}), mpegFrames()});
         EXPECT_FALSE(copy(ZALCopyTagID3, file, file));
         EXPECT_EQ(result(), file);
-        EXPECT_THAT(log_.lines().back(), testing::HasSubstr(one.reason));
+        EXPECT_THAT(log_.lines().back(), testing::EndsWith("it could not be opened again"));
     }
 }
 
