@@ -12,9 +12,9 @@ using TagLib::ID3v2::Frame;
 // Volumes and gains measured on the old audio.
 bool belongsToAudio(const Frame& frame) {
     if (const auto* comment = dynamic_cast<const TagLib::ID3v2::CommentsFrame*>(&frame))
-        return frame.frameID() == "COMM" && comment->description() == "iTunNORM";
+        return comment->description() == "iTunNORM";
     const auto* object = dynamic_cast<const TagLib::ID3v2::GeneralEncapsulatedObjectFrame*>(&frame);
-    return object != nullptr && frame.frameID() == "GEOB" && object->description() == "Serato Autotags";
+    return object != nullptr && object->description() == "Serato Autotags";
 }
 
 }  // namespace
