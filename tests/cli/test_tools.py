@@ -10,7 +10,6 @@ from mutagen.wave import WAVE
 
 from test_artwork import png
 from test_containers import ContainerTest, audio_of
-from test_wav import chunk, chunks_of
 
 OLD_AUDIO = {"COMM:iTunNORM:eng", "GEOB:Serato Autotags"}
 
@@ -114,15 +113,7 @@ class Copy(ContainerTest):
         self.check_frames(AIFF(self.copy(*songs)).tags)
         songs = [self.tagged(WAVE, self.make(f"{name}.wav", "-bitexact"), tags)
                  for name, tags in (("old", frames()), ("new", own))]
-        lists = [b"INFO" + chunk(b"INAM", b"caf\xe9\0"), b"adtl" + chunk(b"labl", b"\1\0\0\0x\0")]
-        infos = [b"INFO" + chunk(b"IART", b"Own\0") + chunk(b"ICMT", b"gone\0")]
-        for path, added in zip(songs, (lists, infos)):
-            data = self.content(path) + b"".join(chunk(b"LIST", content) for content in added)
-            self.write(path, data[:4] + (len(data) - 8).to_bytes(4, "little") + data[8:])
         self.check_frames(WAVE(self.copy(*songs)).tags)
-        self.assertEqual(chunks_of(self.content(songs[1]))[b"LIST"], lists[:1])
-        self.copy(self.make("bare.wav", "-bitexact"), songs[1])
-        self.assertNotIn(b"LIST", chunks_of(self.content(songs[1])))
 
     def frames_of(self, song):
         """What follows the metadata blocks."""

@@ -133,15 +133,23 @@ TEST_F(CopyTag, tagsThatWouldBeTooMuchTogetherAreRefused) {
     }
 }
 
-TEST_F(CopyTag, theFirstListOfAWAVReplacesTheFirstThatIsNoInfo) {
+TEST_F(CopyTag, listsOfAWAV) {
     const ZALData labels = riffChunk("LIST", joined({bytesOf("adtl"), riffChunk("labl", ZALData(6))}));
-    const ZALData cues = riffChunk("LIST", joined({bytesOf("wavl"), riffChunk("slnt", ZALData(4))}));
-    const ZALData info = infoList({{"IART", "own"}});
-    EXPECT_TRUE(copy(ZALCopyTagWAV, wavFile({labels, info}), wavFile({info, cues})));
-    EXPECT_EQ(idsOf(result()), "fmt  data LIST");
-    EXPECT_EQ(riffChunk("LIST", contentOf(result(), "LIST")), labels);
-    EXPECT_TRUE(copy(ZALCopyTagWAV, wavFile(), wavFile({info, cues})));
-    EXPECT_EQ(riffChunk("LIST", contentOf(result(), "LIST")), cues);
+    const ZALData silence = riffChunk("LIST", joined({bytesOf("wavl"), riffChunk("slnt", ZALData(4))}));
+    const ZALData info = infoList({{"IART", "caf\xE9"}}), own = infoList({{"INAM", "own"}, {"ICMT", "own"}});
+    struct Case {
+        ZALData source;
+        ZALData destination;
+        ZALData list;
+    };
+    const Case cases[] = {{wavFile({info, labels}), wavFile({own}), info},
+                          {wavFile({labels, info}), wavFile({own, silence}), labels},
+                          {wavFile(), wavFile({own, silence}), silence}};
+    for (const Case& one : cases) {
+        EXPECT_TRUE(copy(ZALCopyTagWAV, one.source, one.destination));
+        EXPECT_EQ(riffChunk("LIST", contentOf(result(), "LIST")), one.list);
+        EXPECT_EQ(idsOf(result()), "fmt  data LIST");
+    }
 }
 
 }  // namespace
