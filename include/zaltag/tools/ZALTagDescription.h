@@ -19,8 +19,8 @@ class Tag;
 ///
 /// Never fails: a path of another type, a file that cannot be read and a tag that is not there are a line of
 /// the report each, and a payload that cannot be decoded reads "*UNREADABLE*" in it, with one log line. Text
-/// from the file stands in the report as it is, control characters included. Numbers have six digits at most
-/// (128.3, 1e+06), whatever the locale. Always UTF-8; every line ends in a line feed. Any thread.
+/// from the file stands in the report as it is, control characters included. Times and tempos have six digits
+/// at most (128.3, 1e+06), whatever the locale. Always UTF-8; every line ends in a line feed. Any thread.
 ZALTAG_EXPORT std::string ZALTagDescription(const ZALNullableString& path);
 
 // Called by the copying functions with the tags they are about to copy, and empty: there to set a breakpoint
