@@ -16,6 +16,8 @@ void addRecordCommand(CLI::App& program, Command& chosen);
 void addCuesCommand(CLI::App& program, Command& chosen);
 void addCommentsCommand(CLI::App& program, Command& chosen);
 void addArtworkCommand(CLI::App& program, Command& chosen);
+void addCopyCommand(CLI::App& program, Command& chosen);
+void addDumpCommand(CLI::App& program, Command& chosen);
 void addScanCommand(CLI::App& program, Command& chosen);
 void addCollectionCommands(CLI::App& program, Command& chosen);
 void addSyncCommand(CLI::App& program, Command& chosen);

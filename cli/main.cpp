@@ -38,6 +38,8 @@ int run(int argc, char** argv) {
     addCuesCommand(program, chosen);
     addCommentsCommand(program, chosen);
     addArtworkCommand(program, chosen);
+    addCopyCommand(program, chosen);
+    addDumpCommand(program, chosen);
     addScanCommand(program, chosen);
     addCollectionCommands(program, chosen);
     addSyncCommand(program, chosen);

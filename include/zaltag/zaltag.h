@@ -57,6 +57,8 @@
 #include <zaltag/tag/ZALTagDataImage.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>
 #include <zaltag/tag/ZALTagPathNames.h>
+#include <zaltag/tools/ZALCopyTag.h>
+#include <zaltag/tools/ZALTagDescription.h>
 #include <zaltag/traktor/ZALTraktorCuePoint.h>
 #include <zaltag/traktor/ZALTraktorDatabase.h>
 #include <zaltag/traktor/ZALTraktorPlaylist.h>

@@ -5,12 +5,16 @@
 #include <flacfile.h>
 #include <xiphcomment.h>
 
+#include <memory>
+#include <utility>
+
 /// The TagLib file of a FLAC object, over the inherited stream; the comment belongs to it and is never null.
 struct ZALTagFLAC::FLACFile {
-    explicit FLACFile(TagLib::IOStream& stream);
+    explicit FLACFile(std::unique_ptr<TagLib::FLAC::File> opened)
+        : file(std::move(opened)), comment(file->xiphComment(true)) {}
 
-    TagLib::FLAC::File file;
-    TagLib::Ogg::XiphComment* comment = nullptr;
+    const std::unique_ptr<TagLib::FLAC::File> file;
+    TagLib::Ogg::XiphComment* const comment;
 };
 
 namespace zal {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "containers/ContainerFiles.h"
 #include "id3/TagLibStream.h"
 
 #include <zaltag/containers/ZALTagMP4.h>
 
-#include <mp4file.h>
 #include <mp4tag.h>
 
 #include <memory>
@@ -14,9 +14,8 @@
 /// before the stream below it. The tag belongs to the TagLib file; once the object is open, it is never null.
 struct ZALTagMP4::State {
     std::unique_ptr<zal::TagLibStream> stream;
-    std::unique_ptr<TagLib::MP4::File> file;
+    std::unique_ptr<zal::MP4File> file;
     TagLib::MP4::Tag* tag = nullptr;
-    bool writable = false;
     bool wasSaved = false;
 
     /// Makes the TagLib file anew, with the items of this one: it goes on with the places that the atoms had

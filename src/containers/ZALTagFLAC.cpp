@@ -1,19 +1,13 @@
 #include <zaltag/containers/ZALTagFLAC.h>
 
 #include "base/Numbers.h"
-#include "containers/FLACBlocks.h"
+#include "containers/ContainerFiles.h"
 #include "containers/FLACState.h"
 #include "containers/TextCarrier.h"
-#include "id3/ID3Chapters.h"
-#include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
 #include "id3/TagLibText.h"
 #include "tag/ZALTagBackEnds.h"
-
-#include <id3v2framefactory.h>
-
-#include <algorithm>
 
 namespace zal {
 
@@ -65,9 +59,6 @@ void setNumberField(XiphComment& comment, const char* name, std::int64_t number)
 ZALTagFLAC::ZALTagFLAC() = default;
 ZALTagFLAC::~ZALTagFLAC() = default;
 
-ZALTagFLAC::FLACFile::FLACFile(TagLib::IOStream& stream)
-    : file(&stream, TagLib::ID3v2::FrameFactory::instance(), false, TagLib::AudioProperties::Average) {}
-
 // Opening and saving
 
 const ZALArray<std::string>& ZALTagFLAC::supportedFileTypes() {
@@ -98,37 +89,25 @@ std::shared_ptr<ZALTagFLAC> ZALTagFLAC::initWithPath(const ZALNullableString& pa
 bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
-    if (s.stream == nullptr || !zal::canReadFLAC(*s.stream)) return false;
-    if (!zal::chaptersNestSafely(*s.stream, 0)) return false;
-    flacfile_ = std::make_unique<FLACFile>(*s.stream);
-    if (!flacfile_->file.isValid()) return false;
-    flacfile_->comment = flacfile_->file.xiphComment(true);
-    s.v2Tag = flacfile_->file.ID3v2Tag(false);
-    if (s.v2Tag != nullptr && !zal::prepareFrames(*s.v2Tag)) return false;
-    s.v1Tag = flacfile_->file.ID3v1Tag(false);
+    if (s.stream == nullptr) return false;
+    auto file = zal::flacFile(*s.stream);
+    if (file == nullptr) return false;
+    flacfile_ = std::make_unique<FLACFile>(std::move(file));
+    s.v2Tag = flacfile_->file->ID3v2Tag(false);
+    s.v1Tag = flacfile_->file->ID3v1Tag(false);
     return true;
 }
 
 bool ZALTagFLAC::readOnly() const {
-    return flacfile_->file.readOnly();
+    return flacfile_->file->readOnly();
 }
 
 bool ZALTagFLAC::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
-    const bool saved = zal::saveTag(path(), *state().stream, [this] { return writeFLAC(); });
+    const bool saved = zal::saveTag(path(), *state().stream, [this] {
+        return zal::writeFLACFile(*flacfile_->file, zal::describe(path()));
+    });
     return saved || failSave(error);
-}
-
-bool ZALTagFLAC::writeFLAC() {
-    // TagLib would write the lengths without their upper bits.
-    auto largest = flacfile_->comment->render(false).size();
-    for (const TagLib::FLAC::Picture* picture : flacfile_->file.pictureList()) {
-        largest = std::max(largest, picture->render().size());
-    }
-    if (largest <= zal::flacBlockMax) return flacfile_->file.save();
-    zal::logf("could not save '{}': a metadata block of {} bytes is too large", zal::describe(path()),
-              largest);
-    return false;
 }
 
 // Basic fields

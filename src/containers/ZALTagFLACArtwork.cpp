@@ -59,11 +59,11 @@ class Blocks final : public zal::ArtworkContainer {
 }  // namespace
 
 zal::Artwork ZALTagFLAC::artwork() const {
-    return {std::make_unique<Blocks>(flacfile_->file), zal::flacArtwork};
+    return {std::make_unique<Blocks>(*flacfile_->file), zal::flacArtwork};
 }
 
 bool ZALTagFLAC::hasImages() const {
-    return !flacfile_->file.pictureList().isEmpty();
+    return !flacfile_->file->pictureList().isEmpty();
 }
 bool ZALTagFLAC::replaceOriginalImage(const ZALImagePtr& image) {
     return artwork().replaceOriginalImage(image);

@@ -1,7 +1,6 @@
 #include <zaltag/containers/ZALTagMP4.h>
 
 #include "base/Numbers.h"
-#include "containers/MP4Atoms.h"
 #include "containers/MP4State.h"
 #include "containers/TextCarrier.h"
 #include "id3/TagFile.h"
@@ -37,10 +36,6 @@ constexpr char tempoItem[] = "tmpo";
 constexpr char keyItem[] = "----:com.apple.iTunes:initialkey";
 constexpr char energyItem[] = "----:com.apple.iTunes:energylevel";
 constexpr char groupingItem[] = "\251grp";
-
-std::unique_ptr<TagLib::MP4::File> fileOver(zal::TagLibStream& stream) {
-    return std::make_unique<TagLib::MP4::File>(&stream, false, TagLib::AudioProperties::Average);
-}
 
 // A basic field; null when its item is absent.
 ZALNullableString basicField(const TagLib::MP4::Tag& tag, const char* item,
@@ -95,11 +90,8 @@ std::shared_ptr<ZALTagMP4> ZALTagMP4::initWithPath(const ZALNullableString& path
 bool ZALTagMP4::openMP4(const std::string& path, bool readOnly) {
     state_->stream = zal::TagLibStream::open(path, readOnly);
     if (state_->stream == nullptr) return false;
-    const zal::MP4Structure structure = zal::structureOfMP4(*state_->stream);
-    if (structure == zal::MP4Structure::refused) return false;
-    state_->writable = structure == zal::MP4Structure::writable;
-    state_->file = fileOver(*state_->stream);
-    if (!state_->file->isValid()) return false;
+    state_->file = zal::mp4File(*state_->stream);
+    if (state_->file == nullptr) return false;
     state_->tag = state_->file->tag();
     if (state_->tag != nullptr) return true;
     zal::logf("-[ZALTagMP4 initWithPath:readOnly:]: no MP4 tag found in '{}'", path);
@@ -120,18 +112,14 @@ bool ZALTagMP4::save(ZALError* error) {
 
 bool ZALTagMP4::writeMP4() {
     State& s = *state_;
-    if (!s.writable) {
-        zal::logf("could not save '{}': its audio would not be found again", zal::describe(path()));
-        return false;
-    }
     if (s.wasSaved && !s.renewFile()) return false;
     s.wasSaved = true;
-    return s.file->save();
+    return zal::writeMP4File(*s.file, zal::describe(path()));
 }
 
 bool ZALTagMP4::State::renewFile() {
-    auto fresh = fileOver(*stream);
-    if (!fresh->isValid()) return false;
+    auto fresh = zal::mp4File(*stream);
+    if (fresh == nullptr) return false;
     takeOverItems(*fresh->tag(), tag->itemMap());
     tag = fresh->tag();
     file = std::move(fresh);

@@ -4,22 +4,13 @@
 
 #include "containers/MP4State.h"
 #include "containers/TextCarrier.h"
+#include "records/Carriers.h"
 #include "records/SeratoCuePoints.h"
 #include "records/StoredRecord.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr char keyItem[] = "----:com.quorvantis.quorvantis:key";
-constexpr char energyItem[] = "----:com.quorvantis.quorvantis:energy";
-constexpr char beatGridItem[] = "----:com.quorvantis.quorvantis:beatgrid";
-constexpr char cuePointsItem[] = "----:com.quorvantis.quorvantis:cuepoints";
-constexpr char cascadeItem[] = "----:com.quorvantis.velvetcascade:data";
-
-constexpr char markers2Item[] = "----:com.serato.dj:markersv2";
-constexpr char markersItem[] = "----:com.serato.dj:markers";
-constexpr char gridItem[] = "----:com.serato.dj:beatgrid";
 
 // Traktor's data are not looked for in front of this place, as the files have it.
 constexpr long traktorOffset = 10000;
@@ -46,53 +37,55 @@ void ZALTagMP4::setZalTagPropertyAtomName(const ZALTagCustomProperty* record, co
 }
 
 std::optional<ZALTagKey> ZALTagMP4::zalKey() const {
-    return zalTagPropertyOfClassAtomName<ZALTagKey>(keyItem);
+    return zalTagPropertyOfClassAtomName<ZALTagKey>(zal::keyCarrier.item);
 }
 void ZALTagMP4::setZalKey(const std::optional<ZALTagKey>& key) {
-    setZalTagPropertyAtomName(key ? &*key : nullptr, keyItem);
+    setZalTagPropertyAtomName(key ? &*key : nullptr, zal::keyCarrier.item);
 }
 
 std::optional<ZALTagEnergy> ZALTagMP4::zalEnergy() const {
-    return zalTagPropertyOfClassAtomName<ZALTagEnergy>(energyItem);
+    return zalTagPropertyOfClassAtomName<ZALTagEnergy>(zal::energyCarrier.item);
 }
 void ZALTagMP4::setZalEnergy(const std::optional<ZALTagEnergy>& energy) {
-    setZalTagPropertyAtomName(energy ? &*energy : nullptr, energyItem);
+    setZalTagPropertyAtomName(energy ? &*energy : nullptr, zal::energyCarrier.item);
 }
 
 std::optional<ZALTagBeatGrid> ZALTagMP4::zalBeatGrid() const {
-    return zalTagPropertyOfClassAtomName<ZALTagBeatGrid>(beatGridItem);
+    return zalTagPropertyOfClassAtomName<ZALTagBeatGrid>(zal::beatGridCarrier.item);
 }
 void ZALTagMP4::setZalBeatGrid(const std::optional<ZALTagBeatGrid>& grid) {
-    setZalTagPropertyAtomName(grid ? &*grid : nullptr, beatGridItem);
+    setZalTagPropertyAtomName(grid ? &*grid : nullptr, zal::beatGridCarrier.item);
 }
 
 std::optional<ZALTagCuePoints> ZALTagMP4::zalCuePoints() const {
-    return zalTagPropertyOfClassAtomName<ZALTagCuePoints>(cuePointsItem);
+    return zalTagPropertyOfClassAtomName<ZALTagCuePoints>(zal::cuePointsCarrier.item);
 }
 void ZALTagMP4::setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
-    setZalTagPropertyAtomName(cuePoints ? &*cuePoints : nullptr, cuePointsItem);
+    setZalTagPropertyAtomName(cuePoints ? &*cuePoints : nullptr, zal::cuePointsCarrier.item);
 }
 
 std::optional<ZALTagVelvetCascade> ZALTagMP4::zalVelvetCascade() const {
-    return zalTagPropertyOfClassAtomName<ZALTagVelvetCascade>(cascadeItem);
+    return zalTagPropertyOfClassAtomName<ZALTagVelvetCascade>(zal::cascadeCarrier.item);
 }
 void ZALTagMP4::setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
-    setZalTagPropertyAtomName(record ? &*record : nullptr, cascadeItem);
+    setZalTagPropertyAtomName(record ? &*record : nullptr, zal::cascadeCarrier.item);
 }
 
 // Serato
 
 std::optional<ZALTagSeratoMarker> ZALTagMP4::seratoMarker() const {
-    return zal::readSeratoMarker(payloadOfItem(*state_->tag, markers2Item), zal::SeratoForm::encoded);
+    return zal::readSeratoMarker(payloadOfItem(*state_->tag, zal::markers2Carrier.item),
+                                 zal::SeratoForm::encoded);
 }
 
 std::optional<ZALTagSeratoGrid> ZALTagMP4::seratoGrid() const {
-    return zal::readSeratoGrid(payloadOfItem(*state_->tag, gridItem), zal::SeratoForm::encoded);
+    return zal::readSeratoGrid(payloadOfItem(*state_->tag, zal::seratoGridCarrier.item),
+                               zal::SeratoForm::encoded);
 }
 
 ZALNullableData ZALTagMP4::oldSeratoMarkerData() const {
-    const auto marker =
-        zal::readOldSeratoMarker(payloadOfItem(*state_->tag, markersItem), zal::SeratoForm::encoded);
+    const auto marker = zal::readOldSeratoMarker(payloadOfItem(*state_->tag, zal::markersCarrier.item),
+                                                 zal::SeratoForm::encoded);
     return marker ? ZALNullableData(marker->markerDataForFileType("m4a")) : std::nullopt;
 }
 
@@ -112,19 +105,20 @@ void ZALTagMP4::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints)
 
 void ZALTagMP4::setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints) {
     TagLib::MP4::Tag& tag = *state_->tag;
-    if (cuePoints.empty()) return zal::removeItem(tag, markersItem);
-    const auto existing = zal::readOldSeratoMarker(payloadOfItem(tag, markersItem), zal::SeratoForm::encoded);
+    if (cuePoints.empty()) return zal::removeItem(tag, zal::markersCarrier.item);
+    const auto existing =
+        zal::readOldSeratoMarker(payloadOfItem(tag, zal::markersCarrier.item), zal::SeratoForm::encoded);
     const ZALNullableData data = zal::renderedOldSeratoMarker(
         zal::oldSeratoMarkerWithCuePoints(existing, cuePoints), zal::SeratoForm::encoded);
-    if (data) zal::setItemText(tag, markersItem, zal::carrierText(*data));
+    if (data) zal::setItemText(tag, zal::markersCarrier.item, zal::carrierText(*data));
 }
 
 void ZALTagMP4::setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints) {
     TagLib::MP4::Tag& tag = *state_->tag;
-    if (cuePoints.empty()) return zal::removeItem(tag, markers2Item);
+    if (cuePoints.empty()) return zal::removeItem(tag, zal::markers2Carrier.item);
     const ZALNullableData data = zal::renderedSeratoMarker(
         zal::seratoMarkerWithCuePoints(seratoMarker(), cuePoints), zal::SeratoForm::encoded);
-    if (data) zal::setItemText(tag, markers2Item, zal::carrierText(*data));
+    if (data) zal::setItemText(tag, zal::markers2Carrier.item, zal::carrierText(*data));
 }
 
 bool ZALTagMP4::hasSeratoMetadata() const {

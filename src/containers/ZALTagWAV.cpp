@@ -1,20 +1,16 @@
 #include <zaltag/containers/ZALTagWAV.h>
 
-#include "base/Endian.h"
 #include "base/Numbers.h"
+#include "containers/ContainerFiles.h"
 #include "containers/ProcessingRecord.h"
-#include "containers/ZALFile.h"
 #include "id3/FormChunks.h"
-#include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
-#include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
 #include "tag/ZALTagBackEnds.h"
 
 #include <algorithm>
 #include <exception>
-#include <map>
 #include <utility>
 #include <vector>
 
@@ -28,43 +24,6 @@ constexpr char artistID[] = "IART";
 constexpr char albumID[] = "IPRD";
 constexpr char genreID[] = "IGNR";
 constexpr char commentID[] = "ICMT";
-
-// The stream's file as TagLib reads it; null unless it is a WAV that TagLib can take.
-std::unique_ptr<ZALFile> wavFile(zal::TagLibStream& stream) {
-    stream.seek(0);
-    const TagLib::ByteVector head = stream.readBlock(12);
-    if (!head.startsWith("RIFF") || head.mid(8) != "WAVE") return nullptr;
-    if (!zal::canReadForm(stream, zal::FormKind::riff)) return nullptr;
-    stream.seek(0);  // TagLib walks the chunks from where the stream stands
-    auto file = std::make_unique<ZALFile>(&stream, false, TagLib::AudioProperties::Average);
-    return file->isValid() ? std::move(file) : nullptr;
-}
-
-// The fields of an INFO list: the bytes before the first NUL, by id; the last of an id counts.
-std::map<std::string, std::string> infoFields(const TagLib::ByteVector& list) {
-    std::map<std::string, std::string> fields;
-    zal::ByteReader in(zal::viewOf(list));
-    in.skip(4);
-    while (in.remaining() >= 8) {
-        const ZALDataView id = in.take(4);
-        const std::uint32_t size = in.u32le();
-        const ZALDataView text = in.take(size);
-        if (in.failed()) break;
-        if (in.remaining() > 0) in.skip(size % 2);
-        fields[{id.begin(), id.end()}].assign(text.begin(), std::find(text.begin(), text.end(), 0));
-    }
-    return fields;
-}
-
-// TagLib reads a text that is not UTF-8 as empty and would drop it with the next save.
-void restoreInfoTexts(ZALFile& file) {
-    for (const auto& [id, text] : infoFields(file.infoTagChunk())) {
-        const TagLib::ByteVector key(id.data(), static_cast<unsigned int>(id.size()));
-        InfoTag& info = *file.InfoTag();
-        if (!text.empty() && info.fieldText(key).isEmpty())
-            info.setFieldText(key, zal::latin1TagLibString(text));
-    }
-}
 
 // A vector, since TagLib's list deletes its frames when a shared copy of it goes.
 std::vector<TagLib::ID3v2::Frame*> framesOf(const TagLib::ID3v2::Tag& tag) {
@@ -163,15 +122,13 @@ bool ZALTagWAV::openWAV(const std::string& path, bool readOnly) {
     openedReadOnly_ = readOnly;
     s.stream = zal::TagLibStream::open(path, readOnly);
     if (s.stream == nullptr) return false;
-    wavfile_ = wavFile(*s.stream);
+    wavfile_ = zal::wavFile(*s.stream);
     if (wavfile_ == nullptr) return false;
     s.v2Tag = wavfile_->tag();
     if (s.v2Tag == nullptr) {
         zal::logf("-[ZALTagWAV initWithPath:readOnly:]: no WAV tag found in '{}'", path);
         return false;
     }
-    if (!zal::prepareFrames(*s.v2Tag)) return false;
-    restoreInfoTexts(*wavfile_);
     pnTag_ = readPNTag(path);
     return true;
 }
@@ -222,7 +179,7 @@ void ZALTagWAV::reopen() {
         auto stream = zal::TagLibStream::open(s.stream->name(), openedReadOnly_);
         // The next save tries again, also where the file could only be opened for reading now.
         if (stream == nullptr || stream->readOnly() != s.stream->readOnly()) return;
-        auto file = wavFile(*stream);
+        auto file = zal::wavFile(*stream);
         if (file == nullptr || file->tag() == nullptr) return;
         moveFrames(*wavfile_->tag(), *file->tag());
         copyFields(*wavfile_->InfoTag(), *file->InfoTag());

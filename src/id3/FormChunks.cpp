@@ -128,32 +128,44 @@ FormWalk walkForm(TagLibStream& stream, FormKind kind) {
     return walk;
 }
 
-bool canReadForm(TagLibStream& stream, FormKind kind) {
-    const FormWalk walk = walkForm(stream, kind);
-    if (walk.isTooLarge) return false;
+namespace {
+
+bool hasSafeTag(TagLibStream& stream, const FormWalk& walk) {
     return !walk.tagPosition || chaptersNestSafely(stream, static_cast<long>(*walk.tagPosition));
 }
 
-namespace {
+std::vector<FormChunk> keptChunks(const FormWalk& walk, FormLists lists) {
+    std::vector<FormChunk> chunks = walk.chunks;
+    if (lists == FormLists::replaced) {
+        std::erase_if(chunks, [](const FormChunk& chunk) { return is(chunk, "LIST"); });
+    }
+    return chunks;
+}
 
 // Why the stream, after TagLib edited it, must not reach the disk; empty when it may.
-std::string whyNot(TagLibStream& stream, FormKind kind, const FormWalk& before) {
+std::string whyNot(TagLibStream& stream, FormKind kind, const FormWalk& before, FormLists lists) {
     const FormWalk after = walkForm(stream, kind);
     if (after.isTooLarge) return "it would become too long for its format";
-    const bool isSame = after.damage.empty() && after.chunks == before.chunks;
+    if (!hasSafeTag(stream, after)) return "it would have too many chapters";
+    const bool isSame = after.damage.empty() && keptChunks(after, lists) == keptChunks(before, lists);
     return isSame ? std::string() : "its chunks would not stay as they are";
 }
 
 }  // namespace
 
+bool canReadForm(TagLibStream& stream, FormKind kind) {
+    const FormWalk walk = walkForm(stream, kind);
+    return !walk.isTooLarge && hasSafeTag(stream, walk);
+}
+
 FormSave saveForm(const ZALNullableString& path, TagLibStream& stream, FormKind kind,
-                  const std::function<bool()>& save) {
+                  const std::function<bool()>& save, FormLists lists) {
     std::string refusal;
     const bool saved = saveTag(path, stream, [&] {
         const FormWalk before = walkForm(stream, kind);
         refusal = before.damage;
         if (!refusal.empty() || !save()) return false;
-        refusal = whyNot(stream, kind, before);
+        refusal = whyNot(stream, kind, before, lists);
         if (!refusal.empty()) stream.giveUp(refusal);
         return refusal.empty();
     });

@@ -47,10 +47,14 @@ bool canReadForm(TagLibStream& stream, FormKind kind);
 /// How a save ended. Refused: the file is damaged, or TagLib's edit would damage it; one line was logged.
 enum class FormSave { done, failed, refused };
 
+/// What a save does with LIST chunks that are no INFO lists: leaves them as they are, as all chunks that are
+/// no tags, or replaces one.
+enum class FormLists { kept, replaced };
+
 /// Saves by TagLib and commits what it wrote. TagLib puts its chunks behind the last one it understands,
 /// which in a damaged file is before the audio; so the chunks are walked before, and again before the commit:
 /// they must be as they were. Catches what TagLib throws.
 FormSave saveForm(const ZALNullableString& path, TagLibStream& stream, FormKind kind,
-                  const std::function<bool()>& save);
+                  const std::function<bool()>& save, FormLists lists = FormLists::kept);
 
 }  // namespace zal

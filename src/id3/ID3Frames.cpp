@@ -3,11 +3,14 @@
 #include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
 
+#include <zaltag/base/ZALTagDecodeGRP1FrameData.h>
+
 #include <attachedpictureframe.h>
 #include <commentsframe.h>
 #include <generalencapsulatedobjectframe.h>
 #include <id3v2framefactory.h>
 #include <textidentificationframe.h>
+#include <unknownframe.h>
 
 namespace zal {
 
@@ -15,6 +18,7 @@ using TagLib::ID3v2::Frame;
 using TagLib::ID3v2::GeneralEncapsulatedObjectFrame;
 using TagLib::ID3v2::Tag;
 using TagLib::ID3v2::TextIdentificationFrame;
+using TagLib::ID3v2::UnknownFrame;
 
 namespace {
 
@@ -88,6 +92,15 @@ void setOrRemoveFirstFrame(Tag& tag, const char* id, const ZALNullableString& te
 
 void removeFirstFrame(Tag& tag, const char* id) {
     if (Frame* frame = firstFrame(tag, id)) tag.removeFrame(frame);
+}
+
+ZALNullableString textOfGRP1(const Frame* frame) {
+    if (const auto* unknown = dynamic_cast<const UnknownFrame*>(frame)) {
+        const TagLib::ByteVector data = unknown->data();
+        return ZALTagDecodeGRP1FrameData(data.data(), data.size());
+    }
+    const auto* text = dynamic_cast<const TextIdentificationFrame*>(frame);
+    return text != nullptr ? ZALNullableString(stringWithTagLibString(text->toString())) : std::nullopt;
 }
 
 void moveToEnd(Tag& tag, Frame* frame) {

@@ -41,6 +41,10 @@ void setOrRemoveFirstFrame(TagLib::ID3v2::Tag& tag, const char* id, const ZALNul
 /// Removes the first frame of an id, if there is one.
 void removeFirstFrame(TagLib::ID3v2::Tag& tag, const char* id);
 
+/// The text of a GRP1 frame, which TagLib holds as text or as bytes; null when it is neither, or cannot be
+/// decoded. Null for a null frame.
+ZALNullableString textOfGRP1(const TagLib::ID3v2::Frame* frame);
+
 /// Takes a frame out and adds it again as the last one of the tag.
 void moveToEnd(TagLib::ID3v2::Tag& tag, TagLib::ID3v2::Frame* frame);
 

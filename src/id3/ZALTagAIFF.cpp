@@ -1,28 +1,10 @@
 #include <zaltag/id3/ZALTagAIFF.h>
 
 #include "id3/FormChunks.h"
-#include "id3/ID3Frames.h"
+#include "id3/ID3Files.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
 #include "tag/ZALTagBackEnds.h"
-
-#include <aifffile.h>
-
-struct ZALTagAIFF::AIFFFile : TagLib::RIFF::AIFF::File {
-    using TagLib::RIFF::AIFF::File::File;
-};
-
-namespace {
-
-// TagLib calls every file valid; the first twelve bytes tell an AIFF form.
-bool beginsAsAIFF(TagLib::IOStream& stream) {
-    stream.seek(0);
-    const TagLib::ByteVector start = stream.readBlock(12);
-    const TagLib::ByteVector type = start.mid(8);
-    return start.startsWith("FORM") && (type == "AIFF" || type == "AIFC");
-}
-
-}  // namespace
 
 ZALTagAIFF::ZALTagAIFF() = default;
 ZALTagAIFF::~ZALTagAIFF() = default;
@@ -55,13 +37,11 @@ std::shared_ptr<ZALTagAIFF> ZALTagAIFF::initWithPath(const ZALNullableString& pa
 bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
-    if (s.stream == nullptr || !beginsAsAIFF(*s.stream)) return false;
-    if (!zal::canReadForm(*s.stream, zal::FormKind::form)) return false;
-    s.stream->seek(0);  // TagLib walks the chunks from where the stream stands
-    aifffile_ = std::make_unique<AIFFFile>(s.stream.get(), false, TagLib::AudioProperties::Average);
-    if (!aifffile_->isValid()) return false;
+    if (s.stream == nullptr) return false;
+    aifffile_ = zal::aiffFile(*s.stream);
+    if (aifffile_ == nullptr) return false;
     s.v2Tag = aifffile_->tag();
-    if (s.v2Tag != nullptr) return zal::prepareFrames(*s.v2Tag);
+    if (s.v2Tag != nullptr) return true;
     zal::logf("-[ZALTagAIFF initWithPath:readOnly:]: no AIFF/ID3 tag found in '{}'", path);
     return false;
 }

@@ -2,27 +2,21 @@
 
 #include "base/Numbers.h"
 #include "base/Unicode.h"
-#include "id3/ID3Chapters.h"
+#include "id3/ID3Files.h"
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
-#include "id3/MPEGFrames.h"
 #include "id3/TagFile.h"
 #include "id3/TagLibText.h"
 #include "tag/ZALTagBackEnds.h"
 
-#include <zaltag/base/ZALTagDecodeGRP1FrameData.h>
-
-#include <id3v2framefactory.h>
 #include <textidentificationframe.h>
 #include <tpropertymap.h>
-#include <unknownframe.h>
 
 #include <algorithm>
 
 namespace {
 
 using TagLib::ID3v2::TextIdentificationFrame;
-using TagLib::ID3v2::UnknownFrame;
 using TagLib::ID3v2::UserTextIdentificationFrame;
 
 constexpr char energyDescription[] = "EnergyLevel";
@@ -97,18 +91,12 @@ std::shared_ptr<ZALTagID3> ZALTagID3::initWithPath(const ZALNullableString& path
 bool ZALTagID3::openMP3(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
-    if (s.stream == nullptr || !zal::chaptersOfMP3NestSafely(*s.stream)) return false;
-    s.file = std::make_unique<TagLib::MPEG::File>(s.stream.get(), TagLib::ID3v2::FrameFactory::instance(),
-                                                  false, TagLib::AudioProperties::Average);
-    if (!s.file->isValid()) return false;
-    // TagLib calls every file valid; one without any tag and without audio is no MP3.
-    const bool tagged = s.file->hasID3v2Tag() || s.file->hasID3v1Tag() || s.file->hasAPETag();
-    if (!tagged && !zal::holdsMPEGFrame(*s.stream)) return false;
-
+    if (s.stream == nullptr) return false;
+    s.file = zal::mpegFile(*s.stream);
+    if (s.file == nullptr) return false;
     s.v1Tag = s.file->ID3v1Tag(false);
     if (s.v1Tag != nullptr && s.v1Tag->isEmpty()) s.v1Tag = nullptr;
     s.v2Tag = s.file->ID3v2Tag(true);
-    if (!zal::prepareFrames(*s.v2Tag)) return false;
     normalizeGenre(*s.v2Tag);
     return true;
 }
@@ -275,13 +263,7 @@ void ZALTagID3::setTIT1Grouping(const ZALNullableString& grouping) {
 
 ZALNullableString ZALTagID3::GRP1Grouping() const {
     const auto* tag = state().v2Tag;
-    const auto* frame = tag != nullptr ? zal::firstFrame(*tag, "GRP1") : nullptr;
-    if (const auto* unknown = dynamic_cast<const UnknownFrame*>(frame)) {
-        const TagLib::ByteVector data = unknown->data();
-        return ZALTagDecodeGRP1FrameData(data.data(), data.size());
-    }
-    const auto* text = dynamic_cast<const TextIdentificationFrame*>(frame);
-    return text != nullptr ? ZALNullableString(zal::stringWithTagLibString(text->toString())) : std::nullopt;
+    return tag != nullptr ? zal::textOfGRP1(zal::firstFrame(*tag, "GRP1")) : std::nullopt;
 }
 void ZALTagID3::setGRP1Grouping(const ZALNullableString& grouping) {
     auto* tag = state().v2Tag;

@@ -4,6 +4,7 @@
 
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
+#include "records/Carriers.h"
 #include "records/StoredRecord.h"
 
 #include <zaltag/records/ZALTagRecordData.h>
@@ -26,36 +27,36 @@ void ZALTagID3::setZalTagPropertyDescription(const ZALTagCustomProperty* record,
 }
 
 std::optional<ZALTagKey> ZALTagID3::zalKey() const {
-    return zalTagPropertyOfClassDescription<ZALTagKey>("Key");
+    return zalTagPropertyOfClassDescription<ZALTagKey>(zal::keyCarrier.object);
 }
 void ZALTagID3::setZalKey(const std::optional<ZALTagKey>& key) {
-    setZalTagPropertyDescription(key ? &*key : nullptr, "Key");
+    setZalTagPropertyDescription(key ? &*key : nullptr, zal::keyCarrier.object);
 }
 
 std::optional<ZALTagEnergy> ZALTagID3::zalEnergy() const {
-    return zalTagPropertyOfClassDescription<ZALTagEnergy>("Energy");
+    return zalTagPropertyOfClassDescription<ZALTagEnergy>(zal::energyCarrier.object);
 }
 void ZALTagID3::setZalEnergy(const std::optional<ZALTagEnergy>& energy) {
-    setZalTagPropertyDescription(energy ? &*energy : nullptr, "Energy");
+    setZalTagPropertyDescription(energy ? &*energy : nullptr, zal::energyCarrier.object);
 }
 
 std::optional<ZALTagBeatGrid> ZALTagID3::zalBeatGrid() const {
-    return zalTagPropertyOfClassDescription<ZALTagBeatGrid>("BeatGrid");
+    return zalTagPropertyOfClassDescription<ZALTagBeatGrid>(zal::beatGridCarrier.object);
 }
 void ZALTagID3::setZalBeatGrid(const std::optional<ZALTagBeatGrid>& grid) {
-    setZalTagPropertyDescription(grid ? &*grid : nullptr, "BeatGrid");
+    setZalTagPropertyDescription(grid ? &*grid : nullptr, zal::beatGridCarrier.object);
 }
 
 std::optional<ZALTagCuePoints> ZALTagID3::zalCuePoints() const {
-    return zalTagPropertyOfClassDescription<ZALTagCuePoints>("CuePoints");
+    return zalTagPropertyOfClassDescription<ZALTagCuePoints>(zal::cuePointsCarrier.object);
 }
 void ZALTagID3::setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
-    setZalTagPropertyDescription(cuePoints ? &*cuePoints : nullptr, "CuePoints");
+    setZalTagPropertyDescription(cuePoints ? &*cuePoints : nullptr, zal::cuePointsCarrier.object);
 }
 
 std::optional<ZALTagVelvetCascade> ZALTagID3::zalVelvetCascade() const {
-    return zalTagPropertyOfClassDescription<ZALTagVelvetCascade>("VelvetCascade");
+    return zalTagPropertyOfClassDescription<ZALTagVelvetCascade>(zal::cascadeCarrier.object);
 }
 void ZALTagID3::setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
-    setZalTagPropertyDescription(record ? &*record : nullptr, "VelvetCascade");
+    setZalTagPropertyDescription(record ? &*record : nullptr, zal::cascadeCarrier.object);
 }

@@ -4,6 +4,7 @@
 
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
+#include "records/Carriers.h"
 #include "records/SeratoCuePoints.h"
 
 #include <generalencapsulatedobjectframe.h>
@@ -14,10 +15,6 @@ namespace {
 using TagLib::ID3v2::Frame;
 using TagLib::ID3v2::GeneralEncapsulatedObjectFrame;
 using TagLib::ID3v2::PrivateFrame;
-
-constexpr char markers2[] = "Serato Markers2";
-constexpr char markers[] = "Serato Markers_";
-constexpr char beatGrid[] = "Serato BeatGrid";
 
 std::vector<PrivateFrame*> traktorFrames(const TagLib::ID3v2::Tag* tag) {
     std::vector<PrivateFrame*> frames;
@@ -32,15 +29,18 @@ std::vector<PrivateFrame*> traktorFrames(const TagLib::ID3v2::Tag* tag) {
 }  // namespace
 
 std::optional<ZALTagSeratoMarker> ZALTagID3::seratoMarker() const {
-    return zal::readSeratoMarker(zal::objectOf(state().v2Tag, markers2), zal::SeratoForm::raw);
+    return zal::readSeratoMarker(zal::objectOf(state().v2Tag, zal::markers2Carrier.object),
+                                 zal::SeratoForm::raw);
 }
 
 std::optional<ZALTagSeratoGrid> ZALTagID3::seratoGrid() const {
-    return zal::readSeratoGrid(zal::objectOf(state().v2Tag, beatGrid), zal::SeratoForm::raw);
+    return zal::readSeratoGrid(zal::objectOf(state().v2Tag, zal::seratoGridCarrier.object),
+                               zal::SeratoForm::raw);
 }
 
 ZALNullableData ZALTagID3::oldSeratoMarkerData() const {
-    const auto marker = zal::readOldSeratoMarker(zal::objectOf(state().v2Tag, markers), zal::SeratoForm::raw);
+    const auto marker = zal::readOldSeratoMarker(zal::objectOf(state().v2Tag, zal::markersCarrier.object),
+                                                 zal::SeratoForm::raw);
     return marker ? zal::renderedOldSeratoMarker(*marker, zal::SeratoForm::raw) : std::nullopt;
 }
 
@@ -58,26 +58,28 @@ void ZALTagID3::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints)
     if (state().v2Tag == nullptr) return;
     setSeratoCuePointsOld(cuePoints);
     setSeratoCuePointsNew(cuePoints);
-    if (Frame* frame = zal::objectFrame(state().v2Tag, markers2)) zal::moveToEnd(*state().v2Tag, frame);
+    if (Frame* frame = zal::objectFrame(state().v2Tag, zal::markers2Carrier.object))
+        zal::moveToEnd(*state().v2Tag, frame);
 }
 
 void ZALTagID3::setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints) {
     auto* tag = state().v2Tag;
     if (tag == nullptr) return;
-    if (cuePoints.empty()) return zal::removeObject(*tag, markers2);
+    if (cuePoints.empty()) return zal::removeObject(*tag, zal::markers2Carrier.object);
     const ZALNullableData data = zal::renderedSeratoMarker(
         zal::seratoMarkerWithCuePoints(seratoMarker(), cuePoints), zal::SeratoForm::raw);
-    if (data) zal::setObject(*tag, markers2, *data);
+    if (data) zal::setObject(*tag, zal::markers2Carrier.object, *data);
 }
 
 void ZALTagID3::setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints) {
     auto* tag = state().v2Tag;
     if (tag == nullptr) return;
-    if (cuePoints.empty()) return zal::removeObject(*tag, markers);
-    const auto existing = zal::readOldSeratoMarker(zal::objectOf(tag, markers), zal::SeratoForm::raw);
+    if (cuePoints.empty()) return zal::removeObject(*tag, zal::markersCarrier.object);
+    const auto existing =
+        zal::readOldSeratoMarker(zal::objectOf(tag, zal::markersCarrier.object), zal::SeratoForm::raw);
     const ZALNullableData data = zal::renderedOldSeratoMarker(
         zal::oldSeratoMarkerWithCuePoints(existing, cuePoints), zal::SeratoForm::raw);
-    if (data) zal::setObject(*tag, markers, *data);
+    if (data) zal::setObject(*tag, zal::markersCarrier.object, *data);
 }
 
 bool ZALTagID3::hasSeratoMetadata() const {

@@ -87,9 +87,15 @@ Run runSaveOne(const SaveCase& row, const std::string& path, int point, OutsideF
     const std::string point_ = "ZALTAG_FAULT_POINT=" + std::to_string(point);
     const std::string root = "ZALTAG_FAULT_ROOT=" + std::filesystem::path(path).parent_path().string();
     std::string kill = fault == OutsideFault::killing ? "ZALTAG_FAULT_KILLS=1" : "ZALTAG_FAULT_KILLS=0";
+    const TemporaryFolder folder;  // for what a killed program leaves
+    const std::string temporary = "TMPDIR=" + folder.path().string();
     std::string preload = point > 0 ? "LD_PRELOAD=" ZALTAG_FAULT_SHIM : "LD_PRELOAD=";
-    char* const environment[] = {const_cast<char*>(point_.c_str()), const_cast<char*>(root.c_str()),
-                                 kill.data(), preload.data(), nullptr};
+    char* const environment[] = {const_cast<char*>(point_.c_str()),
+                                 const_cast<char*>(root.c_str()),
+                                 kill.data(),
+                                 preload.data(),
+                                 const_cast<char*>(temporary.c_str()),
+                                 nullptr};
     char* const arguments[] = {const_cast<char*>(ZALTAG_SAVE_ONE), const_cast<char*>(row.name.c_str()),
                                const_cast<char*>(path.c_str()), nullptr};
     posix_spawn_file_actions_t actions;

@@ -9,11 +9,13 @@
 #include <zaltag/containers/ZALTagWAV.h>
 #include <zaltag/rekordbox/ZALRekordboxDatabase.h>
 #include <zaltag/traktor/ZALTraktorDatabase.h>
+#include <zaltag/tools/ZALCopyTag.h>
 
 #include <id3v2tag.h>
 #include <mpegfile.h>
 #include <tfilestream.h>
 
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -153,6 +155,25 @@ SaveCase traktorCase() {
             open};
 }
 
+// A copy of the tags of one format into a file of another.
+using Copier = bool (*)(const ZALNullableString& source, const ZALNullableString& destination);
+
+SaveCase copyCase(const Format& from, const Format& to, Copier copy) {
+    const auto folder = std::make_shared<TemporaryFolder>();
+    const std::string source = folder->path() / (std::string("source.") + from.extension);
+    // The source is made with the first copy, which is one without faults.
+    const auto openAndEdit = [=](const std::string& path) -> std::function<bool()> {
+        if (!std::filesystem::exists(source)) {
+            const auto tag = ZALTag::tagAtPath(folder->write(source, from.file()));
+            // A genre is set, where a title would be added once more by the next copy.
+            tag->setGenre(std::string(6000, 'g'));
+            if (!tag->save()) throw std::runtime_error(source);
+        }
+        return [folder, source, path, copy] { return copy(source, path); };
+    };
+    return {std::string("copied from ") + from.name + "." + to.extension, to.file, openAndEdit};
+}
+
 template <typename Open>
 std::vector<SaveCase> mpegCases(const std::string& prefix, Open open) {
     const auto title = [](const std::string& text) -> Edit {
@@ -188,6 +209,12 @@ const std::vector<SaveCase>& saveCases() {
             rows.push_back(libraryCase(format, "the library shrinks it", long_, "Old title"));
             rows.push_back(libraryCase(format, "the library overwrites it", "Old title", "New title"));
         }
+        const Copier copiers[] = {ZALCopyTagID3, ZALCopyTagMP4, ZALCopyTagWAV, ZALCopyTagAIFF,
+                                  ZALCopyTagFLAC};
+        for (std::size_t i = 0; i < std::size(copiers); ++i) {
+            rows.push_back(copyCase(formats()[i], formats()[i], copiers[i]));
+        }
+        rows.push_back(copyCase(formats()[1], formats()[0], ZALCopyTagMP42ID3));
         return rows;
     }();
     return cases;

@@ -113,7 +113,6 @@ class ZALTAG_EXPORT ZALTagFLAC final : public ZALTagID3 {
 
     std::optional<ZALJSONValue> storedXiphDictionary(const std::string& xiphName) const;
     bool openFLAC(const std::string& path, bool readOnly);
-    bool writeFLAC();
 
     std::unique_ptr<FLACFile> flacfile_;  // over the inherited stream, so it goes first
 };

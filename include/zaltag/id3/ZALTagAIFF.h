@@ -4,6 +4,10 @@
 
 #include <memory>
 
+namespace TagLib::RIFF::AIFF {
+class File;
+}
+
 /// The back-end of AIFF and AIFF-C files ("aif", "aiff"), which carry an ID3v2 tag in a chunk: every field,
 /// record and picture is that of ZALTagID3. There is no ID3v1 tag, and requiresSaving() is not cleared by a
 /// save.
@@ -31,11 +35,9 @@ class ZALTAG_EXPORT ZALTagAIFF final : public ZALTagID3 {
     const char* className() const override { return "ZALTagAIFF"; }
 
   private:
-    struct AIFFFile;
-
     ZALTagAIFF();
 
     bool openAIFF(const std::string& path, bool readOnly);
 
-    std::unique_ptr<AIFFFile> aifffile_;  // over the inherited stream, so it goes first
+    std::unique_ptr<TagLib::RIFF::AIFF::File> aifffile_;  // over the inherited stream, so it goes first
 };

@@ -1,0 +1,80 @@
+#include "Commands.h"
+#include "Files.h"
+#include "Output.h"
+
+#include <zaltag/containers/ZALTagFLAC.h>
+#include <zaltag/containers/ZALTagMP4.h>
+#include <zaltag/containers/ZALTagWAV.h>
+#include <zaltag/id3/ZALTagAIFF.h>
+#include <zaltag/id3/ZALTagID3.h>
+#include <zaltag/tools/ZALCopyTag.h>
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+struct Options {
+    std::string source;
+    std::string destination;
+};
+
+// Which function copies between which types of files.
+struct Copier {
+    bool (*takesSource)(const ZALNullableString& path);
+    bool (*takesDestination)(const ZALNullableString& path);
+    bool (*copy)(const ZALNullableString& source, const ZALNullableString& destination);
+};
+
+constexpr Copier copiers[] = {
+    {ZALTagID3::canInitWithPath, ZALTagID3::canInitWithPath, ZALCopyTagID3},
+    {ZALTagMP4::canInitWithPath, ZALTagMP4::canInitWithPath, ZALCopyTagMP4},
+    {ZALTagMP4::canInitWithPath, ZALTagID3::canInitWithPath, ZALCopyTagMP42ID3},
+    {ZALTagWAV::canInitWithPath, ZALTagWAV::canInitWithPath, ZALCopyTagWAV},
+    {ZALTagAIFF::canInitWithPath, ZALTagAIFF::canInitWithPath, ZALCopyTagAIFF},
+    {ZALTagFLAC::canInitWithPath, ZALTagFLAC::canInitWithPath, ZALCopyTagFLAC},
+};
+
+// Empty, or why nothing was copied.
+std::string copyTags(const std::string& source, const std::string& destination) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(source, destination, ignored)) return "is the source, too";
+    if (openFile(destination, false).tag->readOnly()) return "is read-only";
+    for (const Copier& copier : copiers) {
+        if (!copier.takesSource(source) || !copier.takesDestination(destination)) continue;
+        return copier.copy(source, destination) ? "" : "could not be saved; the file is as it was";
+    }
+    return fmt::format("cannot take the tags of {}: files of these two types cannot be copied",
+                       printable(source));
+}
+
+int copy(const Options& options) {
+    Output output(false);
+    bool opened = true;
+    for (const std::string& file : {options.source, options.destination}) {
+        const std::string failure = openFile(file, true).failure;
+        if (!failure.empty()) output.failure(file, failure);
+        opened = opened && failure.empty();
+    }
+    if (opened) {
+        const std::string failure = copyTags(absolutePath(options.source), absolutePath(options.destination));
+        if (!failure.empty()) output.failure(options.destination, failure);
+    }
+    return output.finish();
+}
+
+}  // namespace
+
+void addCopyCommand(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand("copy", "Copy all tags of one file into another");
+    command->add_option("SOURCE", options->source, "The file whose tags are copied")->required();
+    command
+        ->add_option("DESTINATION", options->destination,
+                     "The file that gets them; of the same type, or an MP3 for an MP4")
+        ->required();
+    command->callback([options, &chosen] { chosen = [options] { return copy(*options); }; });
+}

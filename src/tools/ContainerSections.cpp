@@ -1,0 +1,171 @@
+#include "tools/Sections.h"
+
+#include "base/Numbers.h"
+#include "containers/FLACState.h"
+#include "containers/MP4State.h"
+#include "containers/TextCarrier.h"
+#include "id3/TagLibBytes.h"
+#include "platform/Log.h"
+#include "tools/PayloadTexts.h"
+
+#include <flacpicture.h>
+#include <infotag.h>
+#include <mp4coverart.h>
+#include <mp4tag.h>
+#include <xiphcomment.h>
+
+#include <functional>
+
+namespace zal {
+
+namespace {
+
+// MP4 items and Xiph fields are both texts under a name: the text of one, or null.
+using CarrierText = std::function<ZALNullableString(const char* name)>;
+
+// Payloads of which the container holds none have no line.
+
+void describeSerato(Report& report, const char* Carrier::*name, const CarrierText& textOf) {
+    for (const SeratoText& serato : seratoTexts()) {
+        if (serato.carrier.*name == nullptr) continue;
+        const ZALNullableString text = textOf(serato.carrier.*name);
+        if (text) report.value("Serato", serato.text(payloadOf(text), SeratoForm::encoded));
+    }
+}
+
+void describeRecords(Report& report, const char* Carrier::*name, const CarrierText& textOf) {
+    report.title("CUSTOM");
+    for (const RecordText& record : recordTexts()) {
+        const ZALNullableString text = textOf(record.carrier.*name);
+        if (text) report.value(record.label, record.text(recordDictionaryOf(text), ": "));
+    }
+}
+
+void describePicture(Report& report, const char* label, const std::string& type,
+                     const TagLib::ByteVector& picture) {
+    report.line("{} - [{}, {} bytes]{}", label, type, picture.size(), markOfPicture(viewOf(picture)));
+}
+
+// WAV
+
+void describeInfo(Report& report, const TagLib::RIFF::WAV::ZALFile& file) {
+    report.title("INFO Chunk");
+    if (!file.hasInfoTag()) return report.line("not found");
+    for (const char* id : {"INAM", "IART", "IPRD", "ICMT", "IGNR", "ICRD"}) {
+        const TagLib::String text = file.InfoTag()->fieldText(id);
+        if (!text.isEmpty()) report.line("{} - '{}'", id, stringWithTagLibString(text));
+    }
+}
+
+// MP4
+
+const char* typeOf(TagLib::MP4::CoverArt::Format format) {
+    using TagLib::MP4::CoverArt;
+    switch (format) {
+        case CoverArt::JPEG:
+            return "image/jpeg";
+        case CoverArt::PNG:
+            return "image/png";
+        case CoverArt::BMP:
+            return "image/bmp";
+        case CoverArt::GIF:
+            return "image/gif";
+        default:
+            return "unknown";
+    }
+}
+
+void describeCovers(Report& report, const TagLib::MP4::Tag& tag) {
+    const auto covers =
+        tag.contains("covr") ? tag.item("covr").toCoverArtList() : TagLib::MP4::CoverArtList();
+    if (covers.isEmpty()) return report.line("covers - none");
+    for (const TagLib::MP4::CoverArt& cover : covers) {
+        describePicture(report, "cover", typeOf(cover.format()), cover.data());
+    }
+}
+
+void describeExtras(Report& report, const TagLib::MP4::Tag& tag, const CarrierText& textOf) {
+    report.title("EXTRA");
+    if (const auto key = textOf("----:com.apple.iTunes:initialkey")) report.value("key", *key);
+    if (tag.contains("tmpo")) report.value("tempo", tag.item("tmpo").toInt());
+    const auto energy = textOf("----:com.apple.iTunes:energylevel");
+    if (energy) report.value("energy", integerValue(*energy));
+    if (tag.contains("trkn")) {
+        const auto [number, total] = tag.item("trkn").toIntPair();
+        report.value("track", fmt::format("{} of {}", number, total));
+    }
+    describeCovers(report, tag);
+    describeSerato(report, &Carrier::item, textOf);
+}
+
+// FLAC
+
+void describeFields(Report& report, const TagLib::Ogg::XiphComment& comment) {
+    report.title("Xiph Tag");
+    for (const auto& [name, values] : comment.fieldListMap()) {
+        report.line("{} - '{}'", stringWithTagLibString(name),
+                    stringWithTagLibString(values.toString("' + '")));
+    }
+}
+
+void describePictures(Report& report, TagLib::FLAC::File& file) {
+    const TagLib::List<TagLib::FLAC::Picture*> pictures = file.pictureList();
+    if (pictures.isEmpty()) return report.line("no images found");
+    report.title("Images");
+    for (const TagLib::FLAC::Picture* picture : pictures) {
+        if (picture == nullptr) {
+            log("ZALTag: APIC frame ignored after failed cast");
+            continue;
+        }
+        describePicture(report, "image", stringWithTagLibString(picture->mimeType()), picture->data());
+    }
+}
+
+}  // namespace
+
+void describeWAV(Report& report, TagLib::RIFF::WAV::ZALFile& file) {
+    describeInfo(report, file);
+    if (!file.hasID3v2Tag()) return report.line("no ID3 tag found");
+    report.title("ID3 Tag");
+    describeID3v2(report, *file.ID3v2Tag());
+}
+
+void describeMP4(Report& report, TagLib::MP4::File& file) {
+    if (file.tag() == nullptr) return report.line("no m4a tag found");
+    const TagLib::MP4::Tag& tag = *file.tag();
+    const CarrierText textOf = [&tag](const char* name) { return itemText(tag, name); };
+    report.title("MP4 Tag");
+    describeStandardFields(report, tag);
+    describeExtras(report, tag, textOf);
+    describeRecords(report, &Carrier::item, textOf);
+    report.title("ATOMS");
+    for (const auto& [name, item] : tag.itemMap()) {
+        report.text("atom", name);
+    }
+}
+
+void describeFLAC(Report& report, TagLib::FLAC::File& file) {
+    const TagLib::Ogg::XiphComment* comment = file.hasXiphComment() ? file.xiphComment() : nullptr;
+    const CarrierText textOf = [comment](const char* name) {
+        return comment != nullptr ? fieldText(*comment, name) : std::nullopt;
+    };
+    if (comment != nullptr) {
+        describeFields(report, *comment);
+    } else {
+        report.line("no Xiph tag found");
+    }
+    report.title("SUMMARY");
+    describeStandardFields(report, *file.tag());
+    describeSerato(report, &Carrier::field, textOf);
+    describeRecords(report, &Carrier::field, textOf);
+    if (file.hasID3v2Tag()) {
+        report.title("ID3v2 Tag");
+        describeFrames(report, *file.ID3v2Tag());
+    } else {
+        report.line("no ID3v2 tag found");
+    }
+    describeID3v1(report, file.hasID3v1Tag() ? file.ID3v1Tag() : nullptr);
+    describePictures(report, file);
+}
+
+}  // namespace zal

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "id3/TagFile.h"
+#include "id3/TagLibStream.h"
+#include "platform/Log.h"
+
+#include <zaltag/base/ZALText.h>
+
+#include <id3v2tag.h>
+
+#include <memory>
+#include <string>
+
+// What every copying function does around its copy.
+
+namespace zal {
+
+/// One of the two files, opened; the stream outlives TagLib's file over it.
+template <typename File>
+struct CopiedFile {
+    std::string path;
+    std::unique_ptr<TagLibStream> stream;
+    std::unique_ptr<File> file;
+
+    File* operator->() const { return file.get(); }
+};
+
+/// A copy that is under way.
+template <typename Source, typename Destination>
+struct Copy {
+    const char* function;  ///< its signature, with which its messages begin
+    CopiedFile<Source> source;
+    CopiedFile<Destination> destination;
+};
+
+template <typename File>
+using Opening = std::unique_ptr<File> (*)(TagLibStream& stream);
+
+/// True when both paths lead to one file, links followed.
+bool isSameFile(const std::string& path, const std::string& other);
+
+template <typename File>
+CopiedFile<File> openCopied(const std::string& path, bool readOnly, Opening<File> open) {
+    CopiedFile<File> copied{path, TagLibStream::open(path, readOnly), nullptr};
+    if (copied.stream != nullptr) copied.file = open(*copied.stream);
+    return copied;
+}
+
+/// Opens both files and has `copy` do the rest. False for a null path; false with a log line when a file does
+/// not open, and when both are one file.
+template <typename Source, typename Destination>
+bool copyTags(const char* function, const ZALNullableString& source, Opening<Source> openSource,
+              const ZALNullableString& destination, Opening<Destination> openDestination,
+              bool (*copy)(Copy<Source, Destination>& files)) {
+    if (!source || !destination) return false;
+    try {
+        Copy<Source, Destination> files{function, openCopied(*source, true, openSource), {}};
+        if (files.source.file == nullptr) {
+            logf("{}: source file not valid '{}'", function, *source);
+            return false;
+        }
+        if (isSameFile(*source, *destination)) {
+            logf("{}: source and destination are the same file '{}'", function, *destination);
+            return false;
+        }
+        files.destination = openCopied(*destination, false, openDestination);
+        if (files.destination.file == nullptr) {
+            logf("{}: destination file not valid '{}'", function, *destination);
+            return false;
+        }
+        return copy(files);
+    } catch (const std::exception& exception) {
+        logf("{}: {} '{}'", function, exception.what(), *destination);
+        return false;
+    }
+}
+
+/// The destination's ID3v2 tag, made where there is none; null, with a log line, when that fails.
+template <typename Source, typename Destination>
+TagLib::ID3v2::Tag* destinationID3v2Tag(const Copy<Source, Destination>& files) {
+    TagLib::ID3v2::Tag* tag = files.destination->ID3v2Tag(true);
+    if (tag == nullptr) {
+        logf("{}: no destination ID3v2 tag could could not be created '{}'", files.function,
+             files.destination.path);
+    }
+    return tag;
+}
+
+/// Has TagLib write the destination into its stream, which must then open again: the tags of two files can be
+/// too much for one, and without its tags a file may not be one of its type. False, with a log line, when it
+/// does not, and for a destination that is read-only.
+template <typename File, typename Write>
+bool writeDestination(const CopiedFile<File>& destination, Opening<File> open, Write write) {
+    if (destination.stream->readOnly()) {
+        logf("could not save '{}': it is read-only", destination.path);
+        return false;
+    }
+    if (!write()) return false;
+    if (open(*destination.stream) != nullptr) return true;
+    logf("could not save '{}': it could not be opened again", destination.path);
+    return false;
+}
+
+/// The same, and commits what was written.
+template <typename File, typename Write>
+bool saveDestination(const CopiedFile<File>& destination, Opening<File> open, Write write) {
+    return saveTag(destination.path, *destination.stream,
+                   [&] { return writeDestination(destination, open, write); });
+}
+
+}  // namespace zal

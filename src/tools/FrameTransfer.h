@@ -1,0 +1,11 @@
+#pragma once
+
+#include <id3v2tag.h>
+
+namespace zal {
+
+/// Moves the frames of a tag behind those of another one, apart from those that belong to the audio they were
+/// written for. The genre is set instead of moved. `from` is empty afterwards.
+void transferFrames(TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to);
+
+}  // namespace zal
