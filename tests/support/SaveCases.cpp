@@ -8,8 +8,8 @@
 
 #include <zaltag/containers/ZALTagWAV.h>
 #include <zaltag/rekordbox/ZALRekordboxDatabase.h>
-#include <zaltag/traktor/ZALTraktorDatabase.h>
 #include <zaltag/tools/ZALCopyTag.h>
+#include <zaltag/traktor/ZALTraktorDatabase.h>
 
 #include <id3v2tag.h>
 #include <mpegfile.h>
