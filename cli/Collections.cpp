@@ -1,5 +1,6 @@
 #include "Collections.h"
 
+#include "Assignments.h"
 #include "CuePlaces.h"
 #include "Files.h"
 #include "Output.h"
@@ -7,9 +8,11 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <thread>
 
 namespace {
 
@@ -152,14 +155,15 @@ void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
 void useCollections(const CollectionOptions& options) {
     ZALHost& host = ZALHost::shared();
     std::map<std::string, std::string> replaced;
-    const auto replace = [&replaced](const std::string& key, const std::string& file) {
-        if (!file.empty()) replaced[key] = collectionPath(file);
+    const auto replace = [&replaced](const std::string& key, const std::optional<std::string>& file) {
+        if (file && file->empty()) throw UsageError("an empty name is no collection file");
+        if (file) replaced[key] = collectionPath(*file);
     };
     replace(ZALRekordboxDatabaseFileUserSetLocationURL, options.rekordbox);
     replace(ZALTraktorDatabaseFileUserSetLocationURL, options.traktor);
     if (!replaced.empty())
         host.setUserDefaults(std::make_shared<CallDefaults>(host.userDefaults(), replaced));
-    if (!options.bootVolume.empty()) host.setBootVolumeName(options.bootVolume);
+    if (options.bootVolume) host.setBootVolumeName(*options.bootVolume);
 }
 
 const CollectionPlace* collectionPlace(const std::string& name) {
@@ -206,24 +210,52 @@ std::string whyNotUsable(const Collection& collection) {
                : printable(reason);
 }
 
-std::string saveCollection(const Collection& collection) {
-    bool isDone = false;
+namespace {
+
+struct Saved {
     bool success = false;
+    bool mayBeTriedAgain = false;
     std::string reason;
+};
+
+Saved saveOnce(const Collection& collection) {
+    bool isDone = false;
+    Saved saved;
+    // The line of a failed write holds the whole document; its reason comes with the error.
+    ZALHost::shared().setLogSink([](const std::string& line) {
+        if (!line.starts_with("Failed to write to ")) std::fputs((printable(line) + "\n").c_str(), stderr);
+    });
     collection.save([&](bool succeeded, const ZALError* error) {
         isDone = true;
-        success = succeeded && error == nullptr;
+        saved.success = succeeded && error == nullptr;
         if (error == nullptr) return;
-        reason = error->localizedDescription;
-        if (!error->localizedRecoverySuggestion.empty()) reason += " " + error->localizedRecoverySuggestion;
-        if (error->underlyingError) reason += " (" + error->underlyingError->localizedDescription + ")";
+        saved.reason = error->localizedDescription;
+        if (!error->localizedRecoverySuggestion.empty())
+            saved.reason += " " + error->localizedRecoverySuggestion;
+        if (error->underlyingError) saved.reason += " (" + error->underlyingError->localizedDescription + ")";
+        saved.mayBeTriedAgain = error->code == ZALErrorCode::rekordboxCollectionUnwritable ||
+                                error->code == ZALErrorCode::traktorCollectionUnwritable;
     });
     while (!isDone) {
         ZALMainQueue::shared().runUntil([&] { return isDone; }, std::chrono::hours(1));
     }
-    if (success && collection.isLoaded()) return {};
+    ZALHost::shared().setLogSink({});
+    return saved;
+}
+
+}  // namespace
+
+std::string saveCollection(const Collection& collection) {
+    // A failed save keeps the requests. Another program may be writing the collection: then the next batch
+    // loads what it wrote and puts them into that.
+    Saved saved = saveOnce(collection);
+    for (int again = 0; again < 3 && saved.mayBeTriedAgain; ++again) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        saved = saveOnce(collection);
+    }
+    if (saved.success && collection.isLoaded()) return {};
     const std::string what = fmt::format("the {} collection was not written", collection.name);
-    return reason.empty() ? what : fmt::format("{}: {}", what, printable(reason));
+    return saved.reason.empty() ? what : fmt::format("{}: {}", what, printable(saved.reason));
 }
 
 std::string collectionPath(const std::string& path) {

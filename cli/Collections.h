@@ -13,14 +13,14 @@ class App;
 
 /// Which collections a call uses instead of those that the library finds by itself.
 struct CollectionOptions {
-    std::string rekordbox;
-    std::string traktor;
-    std::string bootVolume;
+    std::optional<std::string> rekordbox;
+    std::optional<std::string> traktor;
+    std::optional<std::string> bootVolume;
 };
 
 /// Adds --rekordbox, --traktor and --boot-volume to a command.
 void addCollectionOptions(CLI::App& command, CollectionOptions& options);
-/// Makes the library use them, for this process only.
+/// Makes the library use them, for this process only. Throws UsageError for an empty file name.
 void useCollections(const CollectionOptions& options);
 
 /// A collection as the commands see it.

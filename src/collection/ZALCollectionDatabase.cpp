@@ -122,19 +122,20 @@ bool ZALCollectionDatabase::loadFileAtURL(const ZALNullableString& url, ZALError
     if (!url) return false;
     const std::lock_guard operation(operation_);
     zal::XMLReadError fault;
-    std::unique_ptr<zal::CollectionContents> loaded;
+    std::shared_ptr<zal::CollectionContents> loaded;
     try {
         if (auto document = zal::XMLDocument::read(*url, fault)) loaded = contentsOf(std::move(document));
     } catch (const std::exception& exception) {  // memory ran out
         fault = {zal::XMLReadError::Stage::document, exception.what()};
     }
     if (loaded) {
+        const TimePoint date{std::chrono::nanoseconds(loaded->document->modified())};
         {
             const std::unique_lock guard(lock_);
             contents_.swap(loaded);
             loaded_ = true;
         }
-        adoptFile(url);
+        adoptFile(url, date);
         return true;
     }
     if (fault.stage == zal::XMLReadError::Stage::document) {
@@ -148,11 +149,19 @@ bool ZALCollectionDatabase::loadFileAtURL(const ZALNullableString& url, ZALError
 }
 
 // Remembers which file the contents agree with.
-void ZALCollectionDatabase::adoptFile(const ZALNullableString& url) {
-    const auto date = fileModificationDate();
+void ZALCollectionDatabase::adoptFile(const ZALNullableString& url, std::optional<TimePoint> date) {
     const std::unique_lock guard(lock_);
     openedURL_ = url;
     openedModificationDate_ = date;
+}
+
+// Another program may have written the file while this one was at work.
+std::string ZALCollectionDatabase::whyNotToReplace(const std::string& url) const {
+    const auto date = openedModificationDate();
+    ZALFileAttributes attributes;
+    if (openedURL() != url || !date || ZALHost::shared().fileSystem()->attributes(url, attributes)) return {};
+    const bool isSame = TimePoint(std::chrono::nanoseconds(attributes.modified)) == *date;
+    return isSame ? "" : "another program has changed it since it was read";
 }
 
 bool ZALCollectionDatabase::save(ZALError* error) {
@@ -180,10 +189,13 @@ bool ZALCollectionDatabase::write(const std::string& url, ZALError* error) {
         const std::shared_lock guard(lock_);
         return contents_->document->write(sink, program_.style);
     };
-    const std::string reason =
-        url.empty() ? "there is no collection file" : zal::whyNotReplaced(url, writeDocument);
+    ZALFileAttributes written;
+    const std::string reason = url.empty()
+                                   ? "there is no collection file"
+                                   : zal::whyNotReplaced(
+                                         url, writeDocument, [&] { return whyNotToReplace(url); }, &written);
     if (reason.empty()) {
-        adoptFile(url);
+        adoptFile(url, TimePoint(std::chrono::nanoseconds(written.modified)));
         return true;
     }
     std::string text;

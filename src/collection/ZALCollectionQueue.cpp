@@ -20,17 +20,26 @@ constexpr std::chrono::duration<double> flushDelay{180.0};
 
 enum Stage : std::uint64_t { idle = 0, waiting = 1, loading = 2, applying = 3, saving = 4 };
 
-// What the main queue last heard; it may outlive the queue.
+// What the main queue last heard; it may outlive the queue. A main queue that is behind hears the last of it.
 struct Progress {
     std::mutex lock;
     ZALCollectionProgress shown;
+    ZALCollectionProgress latest;
+    bool isPosted = false;
 
+    // True when the main queue has to be told.
+    bool change(const ZALCollectionProgress& progress) {
+        const std::lock_guard guard(lock);
+        latest = progress;
+        return !std::exchange(isPosted, true);
+    }
     // On the main queue.
-    void set(const ZALCollectionProgress& progress, const char* notification, const void* sender) {
+    void show(const char* notification, const void* sender) {
         {
             const std::lock_guard guard(lock);
-            if (shown == progress) return;
-            shown = progress;
+            isPosted = false;
+            if (shown == latest) return;
+            shown = latest;
         }
         ZALNotificationCenter::shared().enqueueNotification(notification, sender);
     }
@@ -90,24 +99,40 @@ void ZALCollectionQueue::enqueue(const ZALNullableString& path, std::shared_ptr<
     assertProcessingQueue(method);
     if (!path || path->empty()) return zal::logf("{}: discarded request for nil path", method);
     item->path = *path;
-    state_->processingQueue->async([this, item = std::move(item)] {
+    // A block keeps the queue until it has run.
+    state_->processingQueue->async([this, self = shared_from_this(), item = std::move(item)] {
         state_->itemQueue[item->path] = item;
         updateProgress();
         startTimerIfNeeded();
     });
 }
 
-// Runs an operation on the serial queue, and its completion on the main queue, whatever happens.
+// Runs an operation on the serial queue, and its completion on the main queue, whatever happens. The main
+// queue takes the completion over, so that what it holds is not let go of here.
 void ZALCollectionQueue::perform(Outcome (ZALCollectionQueue::*operation)(), ZALCompletion completion) {
-    const auto complete = [completion = std::move(completion)](const Outcome& outcome) {
-        if (!completion) return;
-        ZALMainQueue::shared().post([completion, outcome] {
+    const auto held = std::make_shared<ZALCompletion>(std::move(completion));
+    const auto complete = [held](const Outcome& outcome) {
+        if (!*held) return;
+        ZALMainQueue::shared().post([completion = std::move(*held), outcome] {
             completion(outcome.success, outcome.error ? &*outcome.error : nullptr);
         });
     };
-    const bool taken =
-        state_->processingQueue->async([this, operation, complete] { complete((this->*operation)()); });
+    const bool taken = state_->processingQueue->async(
+        [this, self = shared_from_this(), operation, complete] { complete(guarded(operation)); });
     if (!taken) complete({false, std::nullopt});
+}
+
+// Memory may run out; the requests are kept then.
+ZALCollectionQueue::Outcome ZALCollectionQueue::guarded(Outcome (ZALCollectionQueue::*operation)()) {
+    Outcome outcome;
+    try {
+        outcome = (this->*operation)();
+    } catch (const std::exception& exception) {
+        zal::logf("-[{}] {}", program_.queueClass, exception.what());
+        outcome = {false, std::nullopt};
+    }
+    setExportStage(idle);
+    return outcome;
 }
 
 void ZALCollectionQueue::reload(ZALCompletion completion) {
@@ -122,7 +147,7 @@ void ZALCollectionQueue::save(ZALCompletion completion) {
 
 void ZALCollectionQueue::cancel() {
     assertProcessingQueue("cancel");
-    state_->processingQueue->async([this] {
+    state_->processingQueue->async([this, self = shared_from_this()] {
         state_->processTimer = nullptr;
         dropRequests();
     });
@@ -141,25 +166,19 @@ ZALCollectionQueue::Outcome ZALCollectionQueue::reloadIfNeeded() {
 
 void ZALCollectionQueue::startTimerIfNeeded() {
     if (state_->processTimer || state_->itemQueue.empty()) return;
-    state_->processTimer = state_->processingQueue->after(flushDelay, [this] { processTimerFired(); });
+    state_->processTimer = state_->processingQueue->after(flushDelay, [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->processTimerFired();
+    });
 }
 
 void ZALCollectionQueue::processTimerFired() {
     assertProcessingQueue("processTimerFired:");
     state_->processTimer = nullptr;
-    if (!processQueueAndSave().isDone()) startTimerIfNeeded();
+    if (!guarded(&ZALCollectionQueue::processQueueAndSave).isDone()) startTimerIfNeeded();
 }
 
 ZALCollectionQueue::Outcome ZALCollectionQueue::processQueueAndSave() {
-    Outcome outcome;
-    try {
-        if (!state_->itemQueue.empty()) outcome = batch();
-    } catch (const std::exception& exception) {  // memory ran out; the requests are kept
-        zal::logf("-[{} processQueueAndSave:] {}", program_.queueClass, exception.what());
-        outcome = {false, std::nullopt};
-    }
-    setExportStage(idle);
-    return outcome;
+    return state_->itemQueue.empty() ? Outcome() : batch();
 }
 
 ZALCollectionQueue::Outcome ZALCollectionQueue::batch() {
@@ -222,8 +241,7 @@ void ZALCollectionQueue::setExportStage(std::uint64_t stage) {
 void ZALCollectionQueue::updateProgress() {
     const std::uint64_t shown =
         state_->exportStage == idle && !state_->itemQueue.empty() ? waiting : state_->exportStage;
-    ZALMainQueue::shared().post(
-        [progress = state_->progress, shown, notification = program_.progressNotification, sender = this] {
-            progress->set({shown, 0, 0}, notification, sender);
-        });
+    if (!state_->progress->change({shown, 0, 0})) return;
+    ZALMainQueue::shared().post([progress = state_->progress, notification = program_.progressNotification,
+                                 sender = this] { progress->show(notification, sender); });
 }

@@ -183,7 +183,8 @@ bool FileReplacement::nameIsOurs() {
 
 namespace {
 
-std::string replace(const std::string& path, const std::function<bool(const ChunkSink&)>& write) {
+std::string replace(const std::string& path, const std::function<bool(const ChunkSink&)>& write,
+                    const std::function<std::string()>& mayReplace, ZALFileAttributes* attributes) {
     const auto files = ZALHost::shared().fileSystem();
     std::string target;
     if (const auto error = files->canonicalPath(path, target)) return describe(error);
@@ -202,16 +203,19 @@ std::string replace(const std::string& path, const std::function<bool(const Chun
     });
     if (sinkFailed) return replacement.reason();
     if (!written) return "its new content could not be made";
-    if (!replacement.finish([] { return std::string(); })) return replacement.reason();
+    if (!replacement.finish([&] { return mayReplace ? mayReplace() : std::string(); }))
+        return replacement.reason();
+    if (attributes != nullptr) *attributes = replacement.attributes();
     replacement.syncFolder();
     return {};
 }
 
 }  // namespace
 
-std::string whyNotReplaced(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write) {
+std::string whyNotReplaced(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write,
+                           const std::function<std::string()>& mayReplace, ZALFileAttributes* written) {
     try {
-        return replace(path, write);
+        return replace(path, write, mayReplace, written);
     } catch (const std::exception& exception) {  // memory ran out, or the writer gave up this way
         return exception.what();
     }

@@ -90,6 +90,10 @@ using ChunkSink = std::function<bool(ZALDataView)>;
 bool replaceFileContents(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write);
 bool replaceFileContents(const std::string& path, ZALDataView contents);
 /// The same, without the log line: gives the reason why the file was not written, or an empty text.
-std::string whyNotReplaced(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write);
+/// `mayReplace`, when given, is asked last and gives the reason why the file must be left alone, or an empty
+/// text. `written`, when given, becomes the attributes of the new file.
+std::string whyNotReplaced(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write,
+                           const std::function<std::string()>& mayReplace = {},
+                           ZALFileAttributes* written = nullptr);
 
 }  // namespace zal

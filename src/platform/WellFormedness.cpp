@@ -40,6 +40,15 @@ void entityDeclaration(void* user, const XML_Char*, int, const XML_Char*, int, c
     static_cast<Check*>(user)->refuse("it declares entities");
 }
 
+// What the document type has elsewhere could declare entities, which then are no errors here.
+void startDocumentType(void* user, const XML_Char*, const XML_Char* systemId, const XML_Char*, int) {
+    if (systemId != nullptr) static_cast<Check*>(user)->refuse("its document type lies elsewhere");
+}
+
+void skippedEntity(void* user, const XML_Char*, int) {
+    static_cast<Check*>(user)->refuse("it refers to entities that it does not declare");
+}
+
 std::string check(ZALFileHandle& handle) {
     const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate(nullptr),
                                                                               XML_ParserFree);
@@ -48,6 +57,8 @@ std::string check(ZALFileHandle& handle) {
     XML_SetUserData(parser.get(), &state);
     XML_SetElementHandler(parser.get(), startElement, endElement);
     XML_SetEntityDeclHandler(parser.get(), entityDeclaration);
+    XML_SetStartDoctypeDeclHandler(parser.get(), startDocumentType);
+    XML_SetSkippedEntityHandler(parser.get(), skippedEntity);
 
     std::uint64_t position = 0;
     for (bool last = false; !last;) {
@@ -69,12 +80,15 @@ std::string check(ZALFileHandle& handle) {
 
 }  // namespace
 
-std::string whyNotWellFormed(ZALFileHandle& handle) {
+std::string whyNotWellFormed(ZALFileHandle& handle, std::atomic<bool>& isRefused) {
+    std::string reason;
     try {
-        return check(handle);
+        reason = check(handle);
     } catch (const std::exception& exception) {
-        return exception.what();
+        reason = exception.what();
     }
+    isRefused = !reason.empty();
+    return reason;
 }
 
 }  // namespace zal

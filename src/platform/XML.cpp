@@ -10,6 +10,7 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <future>
 #include <new>
@@ -153,9 +154,11 @@ XMLDocument::~XMLDocument() = default;
 
 namespace {
 
-bool isUnchanged(const ZALFileAttributes& before, ZALFileHandle& handle) {
+// True when the file is what it was, and still is what the path names.
+bool isUnchanged(const ZALFileAttributes& before, ZALFileHandle& handle, const std::string& path) {
     ZALFileAttributes after;
-    return !handle.attributes(after) && after.size == before.size && after.modified == before.modified;
+    return !handle.attributes(after) && after.size == before.size && after.modified == before.modified &&
+           isFileAt(*ZALHost::shared().fileSystem(), path, handle);
 }
 
 bool beginsWithMark(const char* bytes, std::size_t size) {
@@ -168,11 +171,27 @@ bool beginsWithMark(const char* bytes, std::size_t size) {
 // document type and white space that is an element's only content would be lost.
 constexpr unsigned parseEverything = pugi::parse_full | pugi::parse_ws_pcdata_single;
 
-std::string readAll(ZALFileHandle& handle, char* buffer, std::size_t size) {
-    std::size_t count = 0;
-    const std::span<std::uint8_t> target(reinterpret_cast<std::uint8_t*>(buffer), size);
-    if (const auto error = handle.readAt(0, target, count)) return describe(error);
-    return count == size ? std::string() : "the file became shorter while it was read";
+constexpr std::size_t blockSize = std::size_t{1} << 20;
+
+// Reads the file, unless the check refuses it meanwhile.
+std::string readAll(ZALFileHandle& handle, char* buffer, std::size_t size,
+                    const std::atomic<bool>& isRefused) {
+    for (std::size_t position = 0; position < size && !isRefused; position += blockSize) {
+        const std::size_t length = std::min(blockSize, size - position);
+        std::size_t count = 0;
+        const std::span<std::uint8_t> block(reinterpret_cast<std::uint8_t*>(buffer) + position, length);
+        if (const auto error = handle.readAt(position, block, count)) return describe(error);
+        if (count != length) return "the file became shorter while it was read";
+    }
+    return {};
+}
+
+// The stream parser goes by the declaration, the tree by the byte-order mark.
+bool isReadAsDeclared(const pugi::xml_document& document, pugi::xml_encoding encoding) {
+    const pugi::xml_node first = document.first_child();
+    if (first.type() != pugi::node_declaration) return true;
+    const std::string declared = asciiLowercase(first.attribute("encoding").value());
+    return declared != "iso-8859-1" || encoding == pugi::encoding_latin1;
 }
 
 }  // namespace
@@ -185,22 +204,24 @@ std::unique_ptr<XMLDocument> XMLDocument::read(const std::string& path, XMLReadE
     }
     std::error_code failure;
     const auto handle = files->open(path, false, failure);
-    const auto second = handle ? files->open(path, false, failure) : nullptr;
+    const auto second = failure ? nullptr : files->open(path, false, failure);
     ZALFileAttributes attributes;
-    if (!failure && handle) failure = handle->attributes(attributes);
+    if (!failure) failure = handle->attributes(attributes);
     if (failure) {
         error.text = describe(failure);
         return nullptr;
     }
     // The check is most of the work, so that the tree is made beside it.
-    auto check = std::async(std::launch::async, [&] { return whyNotWellFormed(*second); });
+    std::atomic<bool> isRefused = false;
+    auto check = std::async(std::launch::async, [&] { return whyNotWellFormed(*second, isRefused); });
 
     auto document = std::make_unique<XMLDocument>();
+    document->modified_ = attributes.modified;
     const auto size = static_cast<std::size_t>(attributes.size);
     auto* buffer = static_cast<char*>(pugi::get_memory_allocation_function()(std::max<std::size_t>(size, 1)));
-    std::string unread = buffer ? readAll(*handle, buffer, size) : "there is not enough memory";
+    std::string unread = buffer ? readAll(*handle, buffer, size, isRefused) : "there is not enough memory";
     pugi::xml_parse_result parsed;
-    if (buffer && unread.empty()) {
+    if (buffer && unread.empty() && !isRefused) {
         document->tree_->hasMark = beginsWithMark(buffer, size);
         parsed = document->tree_->document.load_buffer_inplace_own(buffer, size, parseEverything);
         document->tree_->encoding = parsed.encoding;
@@ -213,11 +234,13 @@ std::unique_ptr<XMLDocument> XMLDocument::read(const std::string& path, XMLReadE
         error.text = std::move(unread);
     } else if (!fault.empty()) {
         error = {XMLReadError::Stage::wellFormedness, fault};
-    } else if (!isUnchanged(attributes, *handle)) {
+    } else if (!isUnchanged(attributes, *handle, path) || !isFileAt(*files, path, *second)) {
         error.text = "the file was changed while it was read";
     } else if (!parsed) {
         error = {XMLReadError::Stage::document,
                  fmt::format("{} (at byte {})", parsed.description(), parsed.offset)};
+    } else if (!isReadAsDeclared(document->tree_->document, parsed.encoding)) {
+        error = {XMLReadError::Stage::wellFormedness, "its byte-order mark and its declaration disagree"};
     } else {
         return document;
     }
@@ -246,14 +269,28 @@ namespace {
 
 class SinkWriter : public pugi::xml_writer {
   public:
-    explicit SinkWriter(const ChunkSink& sink) : sink_(sink) {}
+    SinkWriter(const ChunkSink& sink, bool escapesReturns) : sink_(sink), escapes_(escapesReturns) {}
     void write(const void* data, std::size_t size) override {
-        done_ = done_ && sink_({static_cast<const std::uint8_t*>(data), size});
+        const std::string_view text(static_cast<const char*>(data), size);
+        std::size_t begin = 0;
+        // The only carriage returns are those that a text had as references; as themselves they would be read
+        // as line feeds.
+        for (auto at = escapes_ ? text.find('\r') : text.npos; at != text.npos; at = text.find('\r', begin)) {
+            append(text.substr(begin, at - begin));
+            append("&#13;");
+            begin = at + 1;
+        }
+        append(text.substr(begin));
     }
     bool isDone() const { return done_; }
 
   private:
+    void append(std::string_view text) {
+        done_ = done_ && sink_({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    }
+
     const ChunkSink& sink_;
+    const bool escapes_;
     bool done_ = true;
 };
 
@@ -276,13 +313,13 @@ bool XMLDocument::write(const ChunkSink& sink, const XMLStyle& style) const {
 
     const char32_t last = lastCharacter(tree_->encoding, tree_->document);
     if (last == 0) {
-        SinkWriter writer(sink);
+        SinkWriter writer(sink, tree_->encoding == pugi::encoding_utf8);
         tree_->document.save(writer, style.indent, format, tree_->encoding);
         return writer.isDone();
     }
     LimitedWriter limited(sink, last);
     const ChunkSink limitedSink = [&limited](ZALDataView bytes) { return limited.write(bytes); };
-    SinkWriter writer(limitedSink);
+    SinkWriter writer(limitedSink, true);
     tree_->document.save(writer, style.indent, format, pugi::encoding_utf8);
     return limited.finish() && writer.isDone();
 }

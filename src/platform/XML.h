@@ -3,6 +3,7 @@
 #include "platform/FileReplacement.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -90,6 +91,9 @@ class XMLDocument {
     /// 1000. Null on failure.
     static std::unique_ptr<XMLDocument> read(const std::string& path, XMLReadError& error);
 
+    /// When the file that was read had been changed, in nanoseconds since 1970.
+    std::int64_t modified() const { return modified_; }
+
     /// The root element when it has this name.
     XMLElement root(const char* name) const;
     XMLElement appendRoot(const char* name);
@@ -104,6 +108,7 @@ class XMLDocument {
   private:
     struct Tree;
     std::unique_ptr<Tree> tree_;
+    std::int64_t modified_ = 0;
 };
 
 /// A text as an attribute keeps it.

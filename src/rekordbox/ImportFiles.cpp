@@ -4,7 +4,6 @@
 #include "platform/FileReplacement.h"
 #include "rekordbox/RekordboxProgram.h"
 
-#include <zaltag/rekordbox/ZALRekordboxCuePoint.h>
 #include <zaltag/rekordbox/ZALRekordboxTrack.h>
 
 #include <fmt/format.h>
@@ -27,8 +26,6 @@ void copyTrack(const XMLElement& track, XMLElement collection) {
     copy.setAttribute("Location", track.attributeText("Location"));
     copy.setAttribute("TotalTime", track.attributeText("TotalTime"));
     for (auto mark = track.firstChild(markName); mark; mark = mark.next(markName)) {
-        // A cue that was read has its attributes in the order of an updated one, written or not.
-        if (const auto cue = ZALRekordboxCuePoint::initWithXMLElement(mark)) cue->updateXMLElement(mark);
         XMLElement markCopy = copy.appendChild(markName);
         for (const auto& [name, value] : mark.attributes()) {
             markCopy.setAttribute(name.c_str(), value);
@@ -48,15 +45,9 @@ std::string getPlaylistNameForSplitXml(std::uint32_t) {
     return ZALRekordboxCuepointsPlaylistName;
 }
 
-std::vector<XMLElement> importCandidates(const XMLDocument& document, const std::set<std::int64_t>& ids) {
-    std::vector<XMLElement> candidates;
-    forEachTrackElement(document, [&](const XMLElement& track) {
-        const bool isOne = ids.contains(ZALRekordboxTrack::idOfXMLElement(track)) &&
-                           track.firstChild(markName) && track.attribute("TotalTime") != nullptr &&
-                           track.attribute("Location") != nullptr;
-        if (isOne) candidates.push_back(track);
-    });
-    return candidates;
+bool isImportCandidate(const XMLElement& track) {
+    return track.firstChild(markName) && track.attribute("TotalTime") != nullptr &&
+           track.attribute("Location") != nullptr;
 }
 
 std::vector<std::size_t> importGroupEnds(std::size_t candidates) {
@@ -69,11 +60,11 @@ std::vector<std::size_t> importGroupEnds(std::size_t candidates) {
     return ends;
 }
 
-void saveSingleSplitXmlFile(std::span<const XMLElement> tracks, const std::string& filename,
-                            const std::string& playlistName) {
-    XMLDocument document;
-    XMLElement root = document.appendRoot("DJ_PLAYLISTS");
-    document.setHeader();
+std::unique_ptr<XMLDocument> importDocument(std::span<const XMLElement> tracks,
+                                            const std::string& playlistName) {
+    auto document = std::make_unique<XMLDocument>();
+    XMLElement root = document->appendRoot("DJ_PLAYLISTS");
+    document->setHeader();
     root.setAttribute("Version", "1.0.0");
     stampRoot(root);
     const std::string count = std::to_string(tracks.size());
@@ -94,7 +85,10 @@ void saveSingleSplitXmlFile(std::span<const XMLElement> tracks, const std::strin
     for (const XMLElement& track : tracks) {
         playlist.appendChild(trackName).setAttribute("Key", idOf(track));
     }
+    return document;
+}
 
+void saveSingleSplitXmlFile(const XMLDocument& document, const std::string& filename) {
     replaceFileContents(filename, [&document](const ChunkSink& sink) {
         return document.write(sink, rekordboxProgram().style);
     });

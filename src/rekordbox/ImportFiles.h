@@ -4,7 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <set>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -18,15 +18,17 @@ constexpr std::uint32_t maximalImportFiles = 100;
 std::string getPathForSplitXml(std::uint32_t index, const std::string& rekordboxDatabaseFile);
 std::string getPlaylistNameForSplitXml(std::uint32_t index);
 
-/// The tracks of a collection whose cue points go into import files: those with one of the ids, a mark, a
-/// duration and a location, in the order of the collection.
-std::vector<XMLElement> importCandidates(const XMLDocument& document, const std::set<std::int64_t>& ids);
+/// True for a track that can go into an import file: one with a mark, a duration and a location.
+bool isImportCandidate(const XMLElement& track);
 
 /// Where each group of the candidates ends: as few files of at most 5000 as possible, evenly filled.
 std::vector<std::size_t> importGroupEnds(std::size_t candidates);
 
-/// Writes one import file, a collection of its own. A failure is one log line.
-void saveSingleSplitXmlFile(std::span<const XMLElement> tracks, const std::string& filename,
-                            const std::string& playlistName);
+/// The content of one import file, a collection of its own.
+std::unique_ptr<XMLDocument> importDocument(std::span<const XMLElement> tracks,
+                                            const std::string& playlistName);
+
+/// Writes one import file. A failure is one log line.
+void saveSingleSplitXmlFile(const XMLDocument& document, const std::string& filename);
 
 }  // namespace zal

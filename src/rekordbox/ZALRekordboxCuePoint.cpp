@@ -42,7 +42,7 @@ std::size_t ZALRekordboxCuePoint::hash() const {
 
 std::string ZALRekordboxCuePoint::description() const {
     return fmt::format("{} - {} (i:{} t: {:.6f} t: {})",
-                       zal::defaultDescription("ZALRekordboxCuePoint", this), name_, num_, start_,
+                       zal::defaultDescription("ZALRekordboxCuePoint", this), name_, static_cast<std::uint64_t>(num_), start_,
                        zal::describe(typeName()));
 }
 

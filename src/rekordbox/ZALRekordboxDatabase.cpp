@@ -172,7 +172,7 @@ ZALRekordboxPlaylistFolder* ZALRekordboxDatabase::getRootPlaylistFolder(bool cre
 
 std::vector<std::shared_ptr<const ZALRekordboxTrack>> ZALRekordboxDatabase::tracks() const {
     const std::shared_lock guard(lock());
-    return zal::copiesOfTracks<ZALRekordboxTrack>(contents());
+    return zal::copiesOfTracks<ZALRekordboxTrack>(contents().get());
 }
 
 std::shared_ptr<const ZALRekordboxTrack> ZALRekordboxDatabase::trackForSongFileAtURL(

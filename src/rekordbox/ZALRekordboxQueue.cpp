@@ -1,5 +1,6 @@
 #include <zaltag/rekordbox/ZALRekordboxQueue.h>
 
+#include "platform/FileReplacement.h"
 #include "rekordbox/ImportFiles.h"
 #include "rekordbox/RekordboxProgram.h"
 
@@ -42,24 +43,29 @@ std::vector<ZALRekordboxCuePoint> newCues(const ZALRekordboxQueueItem& item,
 }  // namespace
 
 ZALRekordboxQueue::ZALRekordboxQueue(std::function<ZALCollectionDatabase&()> database)
-    : ZALCollectionQueue(zal::rekordboxProgram(), std::move(database)) {
-    reload();
-}
+    : ZALCollectionQueue(zal::rekordboxProgram(), std::move(database)) {}
 
 ZALRekordboxQueue::~ZALRekordboxQueue() {
     shutDown();
 }
 
 std::shared_ptr<ZALRekordboxQueue> ZALRekordboxQueue::sharedQueue() {
-    static const std::shared_ptr<ZALRekordboxQueue> shared(new ZALRekordboxQueue(
-        []() -> ZALCollectionDatabase& { return *ZALRekordboxDatabase::sharedDatabase(); }));
+    static const auto shared =
+        queueOver([]() -> ZALCollectionDatabase& { return *ZALRekordboxDatabase::sharedDatabase(); });
+    static const AtExit ended(shared);
     return shared;
 }
 
 std::shared_ptr<ZALRekordboxQueue> ZALRekordboxQueue::queueWithDatabase(
     std::shared_ptr<ZALRekordboxDatabase> database) {
-    return std::shared_ptr<ZALRekordboxQueue>(
-        new ZALRekordboxQueue([database]() -> ZALCollectionDatabase& { return *database; }));
+    return queueOver([database]() -> ZALCollectionDatabase& { return *database; });
+}
+
+std::shared_ptr<ZALRekordboxQueue> ZALRekordboxQueue::queueOver(
+    std::function<ZALCollectionDatabase&()> database) {
+    const std::shared_ptr<ZALRekordboxQueue> queue(new ZALRekordboxQueue(std::move(database)));
+    queue->reload();
+    return queue;
 }
 
 ZALRekordboxDatabase& ZALRekordboxQueue::rekordboxDatabase() const {
@@ -105,22 +111,43 @@ void ZALRekordboxQueue::saveSplitXmlFiles() {
     if (!file) return;
     const auto files = ZALHost::shared().fileSystem();
     for (std::uint32_t index = 0; index < zal::maximalImportFiles; ++index) {
-        files->unlink(zal::getPathForSplitXml(index, *file));
+        const std::string old = zal::getPathForSplitXml(index, *file);
+        files->unlink(old);
+        zal::FileReplacement::clearLeftOver(*files, old);
     }
-    const std::unique_lock guard(rekordboxDatabase().lock());
-    ZALRekordboxPlaylistFolder* root = rekordboxDatabase().getRootPlaylistFolder(false);
-    const auto playlist =
-        root == nullptr ? nullptr : root->getPlaylist(ZALRekordboxCuepointsPlaylistName, false);
-    if (!playlist || !playlist->tracksAsId()) return;
-    const auto candidates =
-        zal::importCandidates(*rekordboxDatabase().contents()->document, *playlist->tracksAsId());
+    // The documents are made under the lock, but written without it: lookups do not wait for the disk.
+    ZALRekordboxDatabase& database = rekordboxDatabase();
+    std::shared_ptr<zal::CollectionContents> contents;
+    const std::vector<zal::XMLElement> candidates = importCandidates(contents);
     std::size_t begin = 0;
     std::uint32_t index = 0;
     for (const std::size_t end : zal::importGroupEnds(candidates.size())) {
-        zal::saveSingleSplitXmlFile(std::span(candidates).subspan(begin, end - begin),
-                                    zal::getPathForSplitXml(index, *file),
-                                    zal::getPlaylistNameForSplitXml(index));
+        std::unique_lock guard(database.lock());
+        const auto document = zal::importDocument(std::span(candidates).subspan(begin, end - begin),
+                                                  zal::getPlaylistNameForSplitXml(index));
+        guard.unlock();
+        zal::saveSingleSplitXmlFile(*document, zal::getPathForSplitXml(index, *file));
         begin = end;
         ++index;
     }
+}
+
+// The elements of the tracks that the playlist lists, brought up to date; `contents` keeps them.
+std::vector<zal::XMLElement> ZALRekordboxQueue::importCandidates(
+    std::shared_ptr<zal::CollectionContents>& contents) {
+    ZALRekordboxDatabase& database = rekordboxDatabase();
+    const std::unique_lock guard(database.lock());
+    contents = database.contents();
+    ZALRekordboxPlaylistFolder* root = database.getRootPlaylistFolder(false);
+    const auto playlist =
+        root == nullptr ? nullptr : root->getPlaylist(ZALRekordboxCuepointsPlaylistName, false);
+    std::vector<zal::XMLElement> candidates;
+    if (!playlist || !playlist->tracksAsId()) return candidates;
+    for (const auto& track : contents->tracks) {
+        auto& listed = static_cast<ZALRekordboxTrack&>(*track);
+        if (!playlist->tracksAsId()->contains(listed.trackId())) continue;
+        const zal::XMLElement element = listed.xmlElement();
+        if (zal::isImportCandidate(element)) candidates.push_back(element);
+    }
+    return candidates;
 }

@@ -63,6 +63,11 @@ void ZALRekordboxTrack::updateXMLElement() {
     setNeedsUpdate(false);
 }
 
+zal::XMLElement ZALRekordboxTrack::xmlElement() {
+    updateXMLElement();
+    return element();
+}
+
 std::optional<ZALTrackTempo> ZALRekordboxTrack::readTempo() const {
     const zal::XMLElement track = element();
     ZALTrackTempo tempo;

@@ -143,7 +143,7 @@ std::unique_ptr<zal::CollectionContents> ZALTraktorDatabase::contentsOf(
 
 std::vector<std::shared_ptr<const ZALTraktorTrack>> ZALTraktorDatabase::tracks() const {
     const std::shared_lock guard(lock());
-    return zal::copiesOfTracks<ZALTraktorTrack>(contents());
+    return zal::copiesOfTracks<ZALTraktorTrack>(contents().get());
 }
 
 std::shared_ptr<const ZALTraktorTrack> ZALTraktorDatabase::trackForSongFileAtURL(

@@ -13,24 +13,29 @@
 const std::string ZALTraktorQueueProgressChangedNotification = "ZALTraktorQueueProgressChangedNotification";
 
 ZALTraktorQueue::ZALTraktorQueue(std::function<ZALCollectionDatabase&()> database)
-    : ZALCollectionQueue(zal::traktorProgram(), std::move(database)) {
-    reload();
-}
+    : ZALCollectionQueue(zal::traktorProgram(), std::move(database)) {}
 
 ZALTraktorQueue::~ZALTraktorQueue() {
     shutDown();
 }
 
 std::shared_ptr<ZALTraktorQueue> ZALTraktorQueue::sharedQueue() {
-    static const std::shared_ptr<ZALTraktorQueue> shared(new ZALTraktorQueue(
-        []() -> ZALCollectionDatabase& { return *ZALTraktorDatabase::sharedDatabase(); }));
+    static const auto shared =
+        queueOver([]() -> ZALCollectionDatabase& { return *ZALTraktorDatabase::sharedDatabase(); });
+    static const AtExit ended(shared);
     return shared;
 }
 
 std::shared_ptr<ZALTraktorQueue> ZALTraktorQueue::queueWithDatabase(
     std::shared_ptr<ZALTraktorDatabase> database) {
-    return std::shared_ptr<ZALTraktorQueue>(
-        new ZALTraktorQueue([database]() -> ZALCollectionDatabase& { return *database; }));
+    return queueOver([database]() -> ZALCollectionDatabase& { return *database; });
+}
+
+std::shared_ptr<ZALTraktorQueue> ZALTraktorQueue::queueOver(
+    std::function<ZALCollectionDatabase&()> database) {
+    const std::shared_ptr<ZALTraktorQueue> queue(new ZALTraktorQueue(std::move(database)));
+    queue->reload();
+    return queue;
 }
 
 void ZALTraktorQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,

@@ -138,7 +138,7 @@ TEST_F(RekordboxQueue, anUnchangedBatchWritesImportFilesAlone) {
     clock->advance(10);
     for (const int stale : {1, 2, 100, 101})
         file(fmt::format("rekordbox_zalcues_{:03}.xml", stale), "stale");
-    queue->setCuePoints(cuesAt({1.0000001}), "/a.mp3", true, false);
+    queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
     ASSERT_TRUE(saved(*queue).success);
     EXPECT_EQ(contentOf(path()), once);
     EXPECT_NE(contentOf(importFile(1)), import) << "its date";

@@ -47,7 +47,8 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     /// could not be loaded: the database then is not loaded, and keeps what it held for lookups.
     bool reload(ZALError* error = nullptr);
     /// Writes what has changed into the file that is to be used now, whole or not at all. False without an
-    /// error when nothing is loaded. A failed write is logged with the whole document.
+    /// error when nothing is loaded. The opened file is left alone, too, when another program has changed it
+    /// since it was read: reload first. A failed write is logged with the whole document.
     bool save(ZALError* error = nullptr);
 
     /// True when the collection holds a track for an audio file.
@@ -74,17 +75,19 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
 
     /// The track for an audio file, in the collection itself. Only under the lock.
     ZALCollectionTrack* liveTrackForSongFileAtURL(const ZALNullableString& path) const;
-    zal::CollectionContents* contents() const { return contents_.get(); }
+    /// What is loaded; it outlives a load while somebody holds it. Only under the lock.
+    const std::shared_ptr<zal::CollectionContents>& contents() const { return contents_; }
     std::shared_mutex& lock() const { return lock_; }
 
   private:
     friend class ZALCollectionQueue;
     bool write(const std::string& url, ZALError* error);
-    void adoptFile(const ZALNullableString& url);
+    void adoptFile(const ZALNullableString& url, std::optional<std::chrono::system_clock::time_point> date);
+    std::string whyNotToReplace(const std::string& url) const;
 
     const zal::CollectionProgram& program_;
     mutable std::shared_mutex lock_;  // guards everything below
-    std::unique_ptr<zal::CollectionContents> contents_;
+    std::shared_ptr<zal::CollectionContents> contents_;
     ZALNullableString openedURL_;
     std::optional<std::chrono::system_clock::time_point> openedModificationDate_;
     bool loaded_ = false;

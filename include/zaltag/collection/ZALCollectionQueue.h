@@ -43,7 +43,7 @@ struct ZALTAG_EXPORT ZALCollectionQueueItem {
 /// A batch runs when save() asks for it, or 180 seconds after a request that found the queue idle; one that
 /// failed keeps its requests and is tried again 180 seconds later. Every operation may be called from any
 /// thread and returns at once. A completion is posted to the main queue exactly once, and so is progress.
-class ZALTAG_EXPORT ZALCollectionQueue {
+class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZALCollectionQueue> {
   public:
     virtual ~ZALCollectionQueue();
     ZALCollectionQueue(const ZALCollectionQueue&) = delete;
@@ -88,6 +88,18 @@ class ZALTAG_EXPORT ZALCollectionQueue {
     /// After a batch that left the collection's file as the database has it. Without the lock.
     virtual void finishBatch() {}
 
+    /// Ends a queue with the process, whoever else still holds it.
+    class AtExit {
+      public:
+        explicit AtExit(std::shared_ptr<ZALCollectionQueue> queue) : queue_(std::move(queue)) {}
+        ~AtExit() { queue_->shutDown(); }
+        AtExit(const AtExit&) = delete;
+        AtExit& operator=(const AtExit&) = delete;
+
+      private:
+        const std::shared_ptr<ZALCollectionQueue> queue_;
+    };
+
     ZALCollectionDatabase& database() const;
     const zal::CollectionProgram& program() const { return program_; }
 
@@ -95,6 +107,7 @@ class ZALTAG_EXPORT ZALCollectionQueue {
     struct Outcome;
     struct State;
 
+    Outcome guarded(Outcome (ZALCollectionQueue::*operation)());
     Outcome reloadIfNeeded();
     Outcome processQueueAndSave();
     Outcome batch();

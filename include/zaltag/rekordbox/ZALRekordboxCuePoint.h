@@ -47,7 +47,8 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
     /// Made of all five values, the end too: equal cues may differ in it when their ends do, as programs that
     /// stored such hashes expect.
     std::size_t hash() const;
-    /// "<ZALRekordboxCuePoint: 0x...> - Drop (i:0 t: 12.500000 t: Cue)".
+    /// "<ZALRekordboxCuePoint: 0x...> - Drop (i:0 t: 12.500000 t: Cue)". The number is printed without a
+    /// sign: that of a memory cue is 2^64 - 1.
     std::string description() const;
 
     // For elements of the document:

@@ -8,6 +8,11 @@
 #include <string>
 #include <vector>
 
+namespace zal {
+struct CollectionContents;
+class XMLElement;
+}  // namespace zal
+
 class ZALRekordboxDatabase;
 class ZALRekordboxPlaylistFolder;
 
@@ -43,12 +48,14 @@ class ZALTAG_EXPORT ZALRekordboxQueue final : public ZALCollectionQueue {
 
   private:
     explicit ZALRekordboxQueue(std::function<ZALCollectionDatabase&()> database);
+    static std::shared_ptr<ZALRekordboxQueue> queueOver(std::function<ZALCollectionDatabase&()> database);
     void beginBatch() override;
     bool apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) override;
     void finishBatch() override;
 
     ZALRekordboxDatabase& rekordboxDatabase() const;
     void saveSplitXmlFiles();
+    std::vector<zal::XMLElement> importCandidates(std::shared_ptr<zal::CollectionContents>& contents);
 
     std::shared_ptr<class ZALRekordboxPlaylist> playlist_;  // of the batch that runs
 };

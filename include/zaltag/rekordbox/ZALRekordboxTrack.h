@@ -29,6 +29,8 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
     bool forceDummyCuePoint() const { return forceDummyCuePoint_; }
 
     void updateXMLElement() override;
+    /// The element, brought up to date.
+    zal::XMLElement xmlElement();
 
     /// Class, path and the cues' descriptions.
     std::string description() const;

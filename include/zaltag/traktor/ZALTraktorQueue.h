@@ -33,5 +33,6 @@ class ZALTAG_EXPORT ZALTraktorQueue final : public ZALCollectionQueue {
 
   private:
     explicit ZALTraktorQueue(std::function<ZALCollectionDatabase&()> database);
+    static std::shared_ptr<ZALTraktorQueue> queueOver(std::function<ZALCollectionDatabase&()> database);
     bool apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) override;
 };
