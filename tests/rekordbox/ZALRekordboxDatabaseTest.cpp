@@ -1,3 +1,4 @@
+#include "platform/XML.h"
 #include "support/CollectionFixtures.h"
 #include "support/LogCapture.h"
 
@@ -46,13 +47,14 @@ const std::string mixed = R"(<?xml version="1.0" encoding="utf-8"?>
     <TRACK TrackID="1" Location="file://localhost/a.mp3" DateModified="old" Odd="&#10;&lt;&#x1F3B5;">
       <POSITION_MARK Name="hot" Type="4" Start="2.50" End="3" Num="1" Red="1"/>
       <POSITION_MARK Type="0" Start="1" Num="0"/>
+      <POSITION_MARK Name="same" Type="0" Start="0" Num="0"/>
       <TEMPO Inizio="0" Bpm="120"/>
       <POSITION_MARK Name="gone" Num="5"/>
       <POSITION_MARK Name="m" Type="0" Start="1e2" End="4" Num="-1"/>
     </TRACK>
     <TRACK TrackID="2" Location="file://localhost/b.mp3"><POSITION_MARK Num="0"/></TRACK>
   </COLLECTION>
-  <OTHER><![CDATA[x]]> y</OTHER>
+  <OTHER><![CDATA[x]]> y&#13;</OTHER>
 </DJ_PLAYLISTS>
 )";
 
@@ -72,13 +74,14 @@ TEST_F(Rekordbox, saveRewritesMarksAndStampsAndNothingElse) {
       <TEMPO Inizio="0" Bpm="120" />
       <POSITION_MARK Name="m" Start="100" Type="0" Num="-1" />
       <POSITION_MARK Start="1" Type="0" Num="0" />
+      <POSITION_MARK Name="same" Start="0" Type="0" Num="0" />
       <POSITION_MARK Name="hot" End="3" Start="2.5" Type="4" Num="1" />
     </TRACK>
     <TRACK TrackID="2" Location="file://localhost/b.mp3">
       <POSITION_MARK Num="0" />
     </TRACK>
   </COLLECTION>
-  <OTHER><![CDATA[x]]> y</OTHER>
+  <OTHER><![CDATA[x]]> y&#13;</OTHER>
 </DJ_PLAYLISTS>
 )");
     const std::string once = contentOf(path());
@@ -107,9 +110,9 @@ TEST_F(Rekordbox, aLookedUpTrackOutlivesAReload) {
     file("rekordbox.xml", "<DJ_PLAYLISTS/>");
     ASSERT_TRUE(database->reload());
     EXPECT_EQ(database->trackForSongFileAtURL("/a.mp3"), nullptr);
-    ASSERT_EQ(track->cues().size(), 3U);
+    ASSERT_EQ(track->cues().size(), 4U);
     EXPECT_EQ(track->cues()[0].start(), 100);
-    EXPECT_EQ(track->cues()[2].name(), "hot");
+    EXPECT_EQ(track->cues()[3].name(), "hot");
 }
 
 TEST_F(Rekordbox, beatsStartAnewWithEveryTempo) {
@@ -121,9 +124,11 @@ TEST_F(Rekordbox, beatsStartAnewWithEveryTempo) {
     ASSERT_EQ(changing.size(), 61U);
     EXPECT_DOUBLE_EQ(changing[59], 29.5);
     EXPECT_DOUBLE_EQ(changing[60], 30.0);
-    // The beat at 29.95 would fall into the last tenth of a second.
+    // Beats in the last tenth of a second before a new tempo are left to it.
     const auto close = beatsOf("<TEMPO Inizio='29.45' Bpm='120'/><TEMPO Inizio='30' Bpm='60'/>");
     EXPECT_THAT(close, ElementsAre(29.45, 30.0));
+    const auto distant = beatsOf("<TEMPO Inizio='29.375' Bpm='120'/><TEMPO Inizio='30' Bpm='60'/>");
+    EXPECT_THAT(distant, ElementsAre(29.375, 29.875, 30.0));
     const std::vector<double> none{-1};
     EXPECT_EQ(beatsOf(""), none);
     EXPECT_EQ(beatsOf("<TEMPO Inizio='0'/>"), none);
@@ -177,7 +182,10 @@ TEST_F(Rekordbox, refusesWhatIsNoXMLOrWouldNotSurvive) {
     for (const std::string& content :
          {std::string("<DJ_PLAYLISTS>"), std::string(), std::string("<a b='1' b='2'/>"),
           std::string("<a>&x;</a>"), std::string("<!DOCTYPE a [<!ENTITY x 'y'>]><a/>"),
-          std::string("<a/>\n<b/>"), std::string("<a>\xFF</a>"), nested}) {
+          std::string("<a/>\n<b/>"), std::string("<!DOCTYPE a SYSTEM 'x'><a b='&x;'/>"),
+          std::string("<!DOCTYPE a [ %x; ]><a b='&y;'/>"),
+          std::string("\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?><a b='\xC3\xA9'/>"),
+          std::string("<a>\xFF</a>"), nested}) {
         const LogCapture log;
         const auto database = opened(content);
         EXPECT_FALSE(database->isRekordboxDBLoaded()) << content.substr(0, 80);
@@ -194,12 +202,54 @@ TEST_F(Rekordbox, refusesWhatIsNoXMLOrWouldNotSurvive) {
     }
 }
 
+TEST_F(Rekordbox, foldersAreWrittenAnewOnlyWhenTheyChanged) {
+    const std::string tree =
+        R"(<DJ_PLAYLISTS><PLAYLISTS><NODE Type="0" Name="R" Odd="1"><NODE Type="0" Name="f"/>)"
+        R"(<NODE Type="1" Name="p" KeyType="2"><TRACK Key="x"/></NODE><NODE Name="none"/>)"
+        R"(<NODE Type="0" Name="g"/></NODE></PLAYLISTS></DJ_PLAYLISTS>)";
+    zal::XMLReadError error;
+    const auto read = zal::XMLDocument::read(file("tree.xml", tree), error);
+    const auto node = read->root("DJ_PLAYLISTS").firstChild().firstChild();
+    const auto root = ZALRekordboxPlaylistFolder::initWithXMLElement(node);
+    ASSERT_TRUE(root);
+    const auto names = [&] {
+        std::string all;
+        for (auto child = node.firstChild(); child; child = child.next())
+            all += child.attributeText("Name") + " ";
+        return all;
+    };
+    root->updateXMLElement();
+    EXPECT_EQ(names(), "f p none g ");
+    EXPECT_FALSE(root->playlists()[0]->addTrackAsId(1)) << "keyed by location";
+    root->setName("S");
+    root->updateXMLElement();
+    EXPECT_EQ(names(), "p f g ");
+    EXPECT_EQ(node.attributes(), (std::vector<std::pair<std::string, std::string>>{
+                                     {"Type", "0"}, {"Name", "S"}, {"Count", "3"}}));
+}
+
 TEST_F(Rekordbox, aFailedLoadKeepsWhatWasHeld) {
     const auto database = opened(mixed);
     file("rekordbox.xml", "<broken");
     EXPECT_FALSE(database->reload());
     EXPECT_FALSE(database->isRekordboxDBLoaded());
     EXPECT_TRUE(database->hasTrackForSongFileAtURL("/a.mp3"));
+    file("rekordbox.xml", mixed);
+    ASSERT_TRUE(database->reload());
+    ZALHost::shared().setUserDefaults(std::make_shared<MemoryDefaults>());
+    std::filesystem::remove(path());
+    EXPECT_FALSE(database->reload()) << "there is no file";
+    EXPECT_TRUE(database->isRekordboxDBLoaded());
+}
+
+TEST_F(Rekordbox, aSavedFileIsTheOpenedOne) {
+    const auto database = opened(mixed);
+    const std::string other = root() + "/other.xml";
+    ZALRekordboxDatabase::setUserRekordboxDatabaseFileURL(other);
+    ASSERT_TRUE(database->save());
+    EXPECT_EQ(database->openedURL(), other);
+    EXPECT_FALSE(database->needsReloading());
+    EXPECT_EQ(contentOf(path()), mixed);
 }
 
 TEST_F(Rekordbox, aFailedSaveIsAnErrorAndALineWithTheDocument) {
@@ -239,6 +289,11 @@ TEST_F(Rekordbox, locatesTheFileByChoiceThenInDocumentsAndInASandboxByBookmark) 
     const std::string mine = file("mine.xml", "<DJ_PLAYLISTS/>");
     EXPECT_EQ(ZALRekordboxDatabase::rekordboxDatabaseFileURL(), mine) << "by the name of the user's file";
     EXPECT_EQ(bookmarks->accessCount(root()), 1U) << "left open for the reading";
+    const auto database = ZALRekordboxDatabase::initWithRekordboxDatabaseFileAtURL(mine);
+    const std::size_t opened = bookmarks->accessCount(root());
+    EXPECT_TRUE(database->fileModificationDate());
+    EXPECT_EQ(bookmarks->accessCount(root()), opened + 1)
+        << "by finding the file; the look at it was stopped";
     ZALRekordboxDatabase::setRekordboxDatabasePermissionsFolder(std::nullopt);
     EXPECT_FALSE(ZALRekordboxDatabase::hasPermissionForRekordboxFolder());
 }

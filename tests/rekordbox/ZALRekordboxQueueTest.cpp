@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <future>
 #include <thread>
 
 namespace {
@@ -220,6 +221,72 @@ TEST_F(RekordboxQueue, aFailedSaveKeepsTheRequestsAndIsTriedAgain) {
     EXPECT_EQ(clock->pending(), 0U);
 }
 
+TEST_F(RekordboxQueue, whatAnotherProgramWroteIsNeverOverwritten) {
+    const std::string theirs = std::string(twoTracks) + "<!-- theirs -->";
+    replaceFile(theirs);
+    const LogCapture log;
+    ZALError error;
+    EXPECT_FALSE(database->save(&error)) << "it was read before";
+    EXPECT_EQ(error.code, ZALErrorCode::rekordboxCollectionUnwritable);
+    EXPECT_EQ(contentOf(path()), theirs);
+    queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
+    EXPECT_TRUE(saved(*queue).success) << "a batch reads it first";
+    EXPECT_THAT(contentOf(path()), HasSubstr("<!-- theirs -->"));
+    EXPECT_EQ(cues("/a.mp3"), (Pairs{{-1, 8}, {0, 1}}));
+}
+
+TEST_F(RekordboxQueue, aReloadForgetsThatABatchHadToBeSaved) {
+    const std::string blocked = zal::FileReplacement::temporaryPath(path());
+    std::filesystem::create_directory(blocked);
+    const LogCapture log;
+    queue->setCuePoints(cuesAt({9}), "/a.mp3", true, false);
+    EXPECT_FALSE(saved(*queue).success);
+    std::filesystem::remove(blocked);
+    queue->cancel();
+    const std::string listed =
+        R"(<DJ_PLAYLISTS><COLLECTION><TRACK TrackID="7" Location="file:///a.mp3">)"
+        R"(<POSITION_MARK Name="n" Start="9" Num="0"/></TRACK></COLLECTION><PLAYLISTS>)"
+        R"(<NODE Type="0" Name="ROOT"><NODE Type="1" Name="ZAL Cue Points">)"
+        R"(<TRACK Key="7"/></NODE></NODE></PLAYLISTS></DJ_PLAYLISTS>)";
+    replaceFile(listed);
+    queue->setCuePoints(cuesAt({9}), "/a.mp3", true, false);
+    EXPECT_TRUE(saved(*queue).success);
+    EXPECT_EQ(contentOf(path()), listed) << "the file has the cues already";
+    EXPECT_FALSE(std::filesystem::exists(importFile(1))) << "a track without a duration";
+}
+
+TEST_F(RekordboxQueue, anUnchangedBatchBringsListedTracksUpToDateInImportFiles) {
+    replaceFile(
+        R"(<DJ_PLAYLISTS><COLLECTION><TRACK TrackID="7" Location="file:///a.mp3" TotalTime="9"/>)"
+        R"(<TRACK TrackID="8" Location="file:///b.mp3" TotalTime="9"><POSITION_MARK Start="2" Num="1"/>)"
+        R"(<POSITION_MARK Num="4"/><POSITION_MARK Start="1" Num="0" Red="3"/></TRACK></COLLECTION>)"
+        R"(<PLAYLISTS><NODE Type="0" Name="ROOT"><NODE Type="1" Name="ZAL Cue Points"><TRACK Key="7"/>)"
+        R"(<TRACK Key="8"/></NODE></NODE></PLAYLISTS></DJ_PLAYLISTS>)");
+    const std::string before = contentOf(path());
+    queue->setCuePoints({}, "/a.mp3", true, true);
+    ASSERT_TRUE(saved(*queue).success);
+    EXPECT_EQ(contentOf(path()), before);
+    EXPECT_THAT(contentOf(importFile(1)), HasSubstr(R"(TotalTime="9">
+      <POSITION_MARK Num="0" />
+    </TRACK>
+    <TRACK TrackID="8" Location="file:///b.mp3" TotalTime="9">
+      <POSITION_MARK Start="1" Type="0" Num="0" />
+      <POSITION_MARK Start="2" Type="0" Num="1" />
+    </TRACK>)"));
+}
+
+// The last reference goes while blocks wait, and inside of a completion.
+TEST_F(RekordboxQueue, livesAsLongAsItsBlocks) {
+    bool isDone = false;
+    queue->save([&isDone, held = queue](bool, const ZALError*) { isDone = true; });
+    for (int i = 0; i < 20; ++i) {
+        queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
+    }
+    queue->cancel();
+    queue.reset();
+    EXPECT_TRUE(ZALMainQueue::shared().runUntil([&] { return isDone; }, std::chrono::seconds(30)));
+}
+
 TEST_F(RekordboxQueue, discardsRequestsWithoutAPath) {
     const LogCapture log;
     queue->setCuePoints(cuesAt({1}), std::nullopt, true, true);
@@ -230,20 +297,30 @@ TEST_F(RekordboxQueue, discardsRequestsWithoutAPath) {
     EXPECT_THAT(log.lines(), ElementsAre(line, line));
 }
 
-TEST_F(RekordboxQueue, progressGoesThroughItsStagesOnTheMainQueue) {
+TEST_F(RekordboxQueue, progressGoesThroughItsStages) {
     std::vector<std::uint64_t> stages;
     const auto token = ZALNotificationCenter::shared().addObserver(
         ZALRekordboxQueueProgressChangedNotification, [&](const ZALNotification& notification) {
             EXPECT_EQ(notification.sender, queue.get());
             stages.push_back(queue->progress().first);
         });
+    // A host that runs what it is handed at once sees every change.
+    ZALMainQueue::shared().setExecutor([](const auto& block) { block(); });
+    const auto run = [&](auto operation) {
+        std::promise<void> done;
+        ((*queue).*operation)([&done](bool, const ZALError*) { done.set_value(); });
+        done.get_future().wait();
+    };
+    run(&ZALCollectionQueue::reload);
+    EXPECT_TRUE(stages.empty()) << "the file did not change";
     queue->setCuePoints(cuesAt({1}), "/a.mp3", true, false);
-    saved(*queue);
-    while (ZALMainQueue::shared().runPending() > 0) {
-    }
+    run(&ZALCollectionQueue::save);
+    EXPECT_THAT(stages, ElementsAre(1, 3, 4, 0));
+    replaceFile(twoTracks);
+    run(&ZALCollectionQueue::reload);
+    EXPECT_THAT(stages, ElementsAre(1, 3, 4, 0, 2, 0));
+    ZALMainQueue::shared().setExecutor({});
     ZALNotificationCenter::shared().removeObserver(token);
-    EXPECT_FALSE(stages.empty());
-    EXPECT_EQ(stages.back(), 0U);
 }
 
 TEST_F(RekordboxQueue, completionsArriveOnceAlsoWhenNothingIsThereAndAfterShutDown) {
@@ -270,7 +347,7 @@ TEST_F(RekordboxQueue, playlistsAreRewrittenOnlyWhenTheyChanged) {
     replaceFile(
         R"(<DJ_PLAYLISTS><COLLECTION><TRACK TrackID="7" Location="file:///a.mp3"/></COLLECTION><PLAYLISTS>
 <NODE Type="0" Name="ROOT" Count="9" Odd="1"><NODE Type="0" Name="f"><NODE Type="1" Name="ZAL Cue Points"/></NODE>
-<NODE Type="1" Name="by place" KeyType="1" Odd="1"><TRACK Key="x"/><TRACK Key="x"/></NODE>
+<NODE Type="1" Name="by place" KeyType="2" Odd="1"><TRACK Key="x"/><TRACK Key="x"/></NODE>
 <NODE Type="1" Name="ZAL Cue Points" Odd="1"><TRACK Key="9"/><TRACK Key="3"/><TRACK Key="9"/></NODE></NODE></PLAYLISTS></DJ_PLAYLISTS>)");
     queue->setCuePoints({}, "/a.mp3", true, false);
     ASSERT_TRUE(saved(*queue).success);
@@ -278,7 +355,7 @@ TEST_F(RekordboxQueue, playlistsAreRewrittenOnlyWhenTheyChanged) {
       <NODE Type="0" Name="f">
         <NODE Type="1" Name="ZAL Cue Points" />
       </NODE>
-      <NODE Type="1" Name="by place" KeyType="1" Odd="1">
+      <NODE Type="1" Name="by place" KeyType="2" Odd="1">
         <TRACK Key="x" />
         <TRACK Key="x" />
       </NODE>
