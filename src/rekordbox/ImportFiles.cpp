@@ -88,8 +88,8 @@ std::unique_ptr<XMLDocument> importDocument(std::span<const XMLElement> tracks,
     return document;
 }
 
-void saveSingleSplitXmlFile(const XMLDocument& document, const std::string& filename) {
-    replaceFileContents(filename, [&document](const ChunkSink& sink) {
+bool saveSingleSplitXmlFile(const XMLDocument& document, const std::string& filename) {
+    return replaceFileContents(filename, [&document](const ChunkSink& sink) {
         return document.write(sink, rekordboxProgram().style);
     });
 }

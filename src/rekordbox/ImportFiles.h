@@ -28,7 +28,7 @@ std::vector<std::size_t> importGroupEnds(std::size_t candidates);
 std::unique_ptr<XMLDocument> importDocument(std::span<const XMLElement> tracks,
                                             const std::string& playlistName);
 
-/// Writes one import file. A failure is one log line.
-void saveSingleSplitXmlFile(const XMLDocument& document, const std::string& filename);
+/// Writes one import file. False when it was not written, with a log line.
+bool saveSingleSplitXmlFile(const XMLDocument& document, const std::string& filename);
 
 }  // namespace zal

@@ -5,6 +5,7 @@
 #include "support/WavFixtures.h"
 
 #include "id3/TagLibStream.h"
+#include "rekordbox/ImportFiles.h"
 
 #include <zaltag/containers/ZALTagWAV.h>
 #include <zaltag/rekordbox/ZALRekordboxDatabase.h>
@@ -138,7 +139,25 @@ SaveCase rekordboxCase() {
             open};
 }
 
-// The same for the other program; the entries name a file that is always there and have no date to write.
+// An import file of that program, over an older one.
+SaveCase importCase() {
+    const auto open = [](const std::string& path) -> std::function<bool()> {
+        const auto host = std::make_shared<QuietHost>();
+        const auto collection = std::make_shared<zal::XMLDocument>();
+        std::vector<zal::XMLElement> tracks(500);
+        zal::XMLElement all = collection->appendRoot("COLLECTION");
+        for (zal::XMLElement& track : tracks) {
+            track = all.appendChild("TRACK");
+            track.appendChild("POSITION_MARK").setAttribute("Start", "1.5");
+        }
+        const std::shared_ptr<zal::XMLDocument> document = zal::importDocument(tracks, "list");
+        return [host, document, path] { return zal::saveSingleSplitXmlFile(*document, path); };
+    };
+    return {"import.xml", [] { return ZALData(3000, 'o'); }, open};
+}
+
+// The collection of the other program; the entries name a file that is always there and have no date to
+// write.
 SaveCase traktorCase() {
     const auto open = [](const std::string& path) -> std::function<bool()> {
         const auto host = std::make_shared<QuietHost>();
@@ -202,6 +221,7 @@ const std::vector<SaveCase>& saveCases() {
                         [](const std::string& path) { return retitled(path, "New title"); }});
         rows.push_back(recordCase());
         rows.push_back(rekordboxCase());
+        rows.push_back(importCase());
         rows.push_back(traktorCase());
         for (const Format& format : formats()) {
             const std::string long_(20000, 't');
