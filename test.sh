@@ -22,6 +22,9 @@ build release
 echo "== tests"
 ctest --preset release -j "$jobs"
 
+echo "== the installed library, as other programs use it"
+tests/consumer/check.sh "$PWD" "$PWD/build/release"
+
 build fuzz
 echo "== tests under the address and undefined-behaviour sanitizers"
 ctest --preset fuzz -j "$jobs"

@@ -107,7 +107,7 @@ class Artwork(ProgramTest):
         self.assertEqual([one["allImages"] for one in listed], [shown, []])
         out, _ = self.zaltag("artwork", "list", song)
         self.assertEqual(out.splitlines()[1:3], ["2\t5\t-\t-\t206\t-", "3\t4\t-\t-\t10\t-"])
-        self.assertIn("  allImages       6 png 5x7 ", self.zaltag("show", song)[0])
+        self.assertIn("  allImages           6 png 5x7 ", self.zaltag("show", song)[0])
 
     def test_export_overwrites_nothing(self):
         jpeg, folder = encoded(png(1), "mjpeg"), self.path("out/deep")
