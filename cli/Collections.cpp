@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -40,13 +41,27 @@ class CallDefaults final : public ZALUserDefaults {
     const std::map<std::string, std::string> replaced_;
 };
 
+template <typename Database>
+ZALNullableString keyIn(const std::string& path) {
+    const auto track = Database::sharedDatabase()->trackForSongFileAtURL(path);
+    return track ? track->decomposedStringWithCanonicalMapping() : std::nullopt;
+}
+
+// Its queue leaves alone what Traktor changed after the request, and what it cannot tell the date of.
+std::string whyLeftOutOfTraktor(const std::string& path) {
+    const auto track = ZALTraktorDatabase::sharedDatabase()->trackForSongFileAtURL(path);
+    const auto date = track ? track->modificationDate() : std::nullopt;
+    if (!date) return "its entry in the Traktor collection has no date";
+    return *date > ZALHost::shared().clock()->now() ? "its entry in the Traktor collection is newer" : "";
+}
+
 constexpr Collection rekordbox = {
     "Rekordbox",
     [] { return ZALRekordboxDatabase::sharedDatabase()->isRekordboxDBLoaded(); },
     [] { return ZALRekordboxDatabase::rekordboxDatabaseFileURL(); },
-    [](const std::string& path) {
-        return ZALRekordboxDatabase::sharedDatabase()->hasTrackForSongFileAtURL(path);
-    },
+    keyIn<ZALRekordboxDatabase>,
+    [] { return std::string(); },
+    [](const std::string&) { return std::string(); },
     [](ZALCompletion completion) { ZALRekordboxQueue::sharedQueue()->save(std::move(completion)); },
 };
 
@@ -54,9 +69,14 @@ constexpr Collection traktor = {
     "Traktor",
     [] { return ZALTraktorDatabase::sharedDatabase()->isTraktorDBLoaded(); },
     [] { return ZALTraktorDatabase::traktorDatabaseFileURL(); },
-    [](const std::string& path) {
-        return ZALTraktorDatabase::sharedDatabase()->hasTrackForSongFileAtURL(path);
+    keyIn<ZALTraktorDatabase>,
+    [] {
+        ZALError error;
+        return ZALTraktorDatabase::canExportToTraktor(&error)
+                   ? std::string()
+                   : error.localizedDescription + " " + error.localizedRecoverySuggestion;
     },
+    whyLeftOutOfTraktor,
     [](ZALCompletion completion) { ZALTraktorQueue::sharedQueue()->save(std::move(completion)); },
 };
 
@@ -145,6 +165,16 @@ constexpr CollectionPlace places[] = {
 
 }  // namespace
 
+bool hasTrack(const Collection& collection, const std::string& path) {
+    return collection.keyOf(path).has_value();
+}
+
+std::string whyNotWritten(const Collection& collection, const std::string& path) {
+    const std::string reason = collection.whyLeftOut(path);
+    if (!reason.empty()) return "was left alone: " + reason;
+    return fmt::format("has other cue points in the {} collection than asked for", collection.name);
+}
+
 void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
     command.add_option("--rekordbox", options.rekordbox, "The Rekordbox collection to use, an XML file");
     command.add_option("--traktor", options.traktor, "The Traktor collection to use, an NML file");
@@ -161,6 +191,13 @@ void useCollections(const CollectionOptions& options) {
     };
     replace(ZALRekordboxDatabaseFileUserSetLocationURL, options.rekordbox);
     replace(ZALTraktorDatabaseFileUserSetLocationURL, options.traktor);
+    // A collection that is named is used wherever this program runs.
+    if (!replaced.empty()) {
+        host.setEnvironment([](const std::string& name) -> ZALNullableString {
+            const char* value = name == "APP_SANDBOX_CONTAINER_ID" ? nullptr : std::getenv(name.c_str());
+            return value == nullptr ? ZALNullableString() : value;
+        });
+    }
     if (!replaced.empty())
         host.setUserDefaults(std::make_shared<CallDefaults>(host.userDefaults(), replaced));
     if (options.bootVolume) host.setBootVolumeName(*options.bootVolume);

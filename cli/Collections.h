@@ -28,10 +28,20 @@ struct Collection {
     const char* name;
     bool (*isLoaded)();
     ZALNullableString (*file)();
-    bool (*hasTrack)(const std::string& path);
+    /// The path that the collection knows the track of an audio file by, in one Unicode normalization; null
+    /// when it has none.
+    ZALNullableString (*keyOf)(const std::string& path);
+    /// Why the collection must not be written now, or an empty text.
+    std::string (*whyNotWritable)();
+    /// Why a request for a track would be left out, or an empty text.
+    std::string (*whyLeftOut)(const std::string& path);
     /// Writes what was asked for.
     void (*save)(ZALCompletion completion);
 };
+
+bool hasTrack(const Collection& collection, const std::string& path);
+/// What to say when a track does not have the cue points that were asked for, after a save.
+std::string whyNotWritten(const Collection& collection, const std::string& path);
 
 /// Where cue points stand in a collection.
 struct CollectionPlace {

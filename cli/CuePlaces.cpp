@@ -1,5 +1,7 @@
 #include "CuePlaces.h"
 
+#include <zaltag/zaltag.h>
+
 #include <array>
 #include <charconv>
 
@@ -17,10 +19,21 @@ void writeOwn(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) {
         ZALTagCuePoints::cuePointsWithCuePointArray(cuePoints, record ? record->algorithm() : 0));
 }
 
+// Other data of Serato may stand in a file without cue points; only a list that can be read, of a version that
+// is known, says that they are none.
+bool hasNoneOfSerato(const ZALTag& tag) {
+    if (!tag.hasSeratoMetadata()) return true;
+    std::optional<ZALTagSeratoMarker> marker;
+    if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&tag)) marker = id3->seratoMarker();
+    if (const auto* mp4 = dynamic_cast<const ZALTagMP4*>(&tag)) marker = mp4->seratoMarker();
+    return marker && marker->major() <= 2;
+}
+
 constexpr CuePlace places[] = {
     {"serato", [](const ZALTag& tag) { return tag.seratoCuePoints(); },
-     [](ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) { tag.setSeratoCuePoints(cuePoints); }},
-    {"zal", readOwn, writeOwn},
+     [](ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) { tag.setSeratoCuePoints(cuePoints); },
+     hasNoneOfSerato},
+    {"zal", readOwn, writeOwn, [](const ZALTag&) { return true; }},
 };
 
 }  // namespace

@@ -11,6 +11,9 @@ struct CuePlace {
     ZALArray<ZALTagCuePoint> (*read)(const ZALTag& tag);
     /// Writes the cue points in the order given; an empty array removes them.
     void (*write)(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// True when a file in which read() found nothing surely has no cue points there, and not some that
+    /// cannot be read.
+    bool (*isSurelyEmpty)(const ZALTag& tag);
 };
 
 /// The place with a name, or null.

@@ -52,7 +52,7 @@ void listCollection(Output& output, const Options& options, const CollectionPlac
     if (!unusable.empty()) return output.problem(unusable);
     for (const std::string& file : options.words) {
         const std::string path = collectionPath(file);
-        if (place.collection->hasTrack(path)) {
+        if (hasTrack(*place.collection, path)) {
             print(output, options, file, place.read(path));
         } else {
             output.failure(file, notInCollection(*place.collection));
@@ -116,7 +116,7 @@ int setInCollection(const Request& request, const CollectionPlace& place) {
     if (!unusable.empty()) output.problem(unusable);
     for (const std::string& file : request.files) {
         if (!unusable.empty()) break;
-        if (place.collection->hasTrack(collectionPath(file))) {
+        if (hasTrack(*place.collection, collectionPath(file))) {
             place.request(collectionPath(file), request.cuePoints);
             requested.push_back(file);
         } else {
@@ -128,10 +128,7 @@ int setInCollection(const Request& request, const CollectionPlace& place) {
     for (const std::string& file : requested) {
         const std::string path = collectionPath(file);
         if (unsaved.empty() && !place.holds(path, request.cuePoints)) {
-            output.failure(file,
-                           fmt::format("was left alone: its entry in the {} collection is newer or of no "
-                                       "known date",
-                                       place.collection->name));
+            output.failure(file, whyNotWritten(*place.collection, path));
         }
     }
     return output.finish();

@@ -10,7 +10,10 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <set>
 #include <thread>
 
@@ -40,6 +43,7 @@ struct Target {
     std::size_t notThere = 0;
     std::size_t newer = 0;
     std::size_t failed = 0;
+    std::set<std::string> seen = {};  // what the collection knows its tracks by
 };
 
 // What became of one file and one target in files.
@@ -52,9 +56,26 @@ struct FileResult {
 // What one file brought.
 struct Job {
     CuePoints cuePoints;
-    bool hasSource = false;  // the source holds the file, with cue points or without
-    std::string failure;
+    bool hasSource = false;           // the source has the file, with cue points or surely without
+    std::string failure;              // of reading the source
     std::vector<FileResult> results;  // one per target; empty ones for targets in collections
+};
+
+// Reading a payload that is damaged costs a line of the log and gives nothing. To a folder full of files that
+// is not the same as having no cue points, so lines are counted while a source is read.
+thread_local std::size_t loggedLines = 0;
+
+class CountedLog {
+  public:
+    CountedLog() {
+        ZALHost::shared().setLogSink([](const std::string& line) {
+            ++loggedLines;
+            std::fputs((printable(line) + "\n").c_str(), stderr);
+        });
+    }
+    ~CountedLog() { ZALHost::shared().setLogSink({}); }
+    CountedLog(const CountedLog&) = delete;
+    CountedLog& operator=(const CountedLog&) = delete;
 };
 
 class Sync {
@@ -64,23 +85,27 @@ class Sync {
 
   private:
     void findTargets();
-    bool mayUse(const Collection& collection);
-    bool opensFiles() const;
+    bool mayUse(const Collection& collection, bool forWriting);
     bool isToBeWritten(const Job& job) const;
+    bool writesFiles() const;
     Job work(const std::string& path) const;
     void workOnFile(const std::string& path, Job& job) const;
-    FileResult writeTo(const CuePlace& place, ZALTag& tag, const CuePoints& cuePoints) const;
+    void readSource(const ZALTag& tag, Job& job) const;
+    void writeFile(const std::string& path, ZALTag& tag, Job& job) const;
+    void failTargetsInFile(Job& job, const std::string& reason) const;
     void take(const std::string& path, Job&& job);
     void takeFileResult(const std::string& path, Target& target, const FileResult& result);
     void takeRequest(const std::string& path, Target& target, const CuePoints& cuePoints);
     void saveCollections();
+    void fail(const std::string& path, std::size_t& counter, const std::string& reason);
     std::string summary() const;
 
-    // What was asked of a collection, to be looked up afterwards.
+    // What is asked of a collection once all files have been read.
     struct Request {
         Target* target;
         std::string path;
         CuePoints cuePoints;
+        bool isUnchanged;
     };
 
     const Options& options_;
@@ -98,6 +123,10 @@ void Sync::findTargets() {
     sourceInFile_ = cuePlace(options_.source);
     sourceInCollection_ = collectionPlace(options_.source);
     std::set<std::string> names(options_.targets.begin(), options_.targets.end());
+    const bool isOfRekordbox = options_.source.starts_with("rekordbox");
+    if (names.contains(options_.source) || (isOfRekordbox && names.contains("rekordbox"))) {
+        throw UsageError("the source is among the targets (rekordbox is its hot cues and its memory cues)");
+    }
     // A collection's queue takes one request per file: both lists of Rekordbox are one target.
     if (names.contains("rekordbox") ||
         (names.contains("rekordbox-hot") && names.contains("rekordbox-memory"))) {
@@ -105,50 +134,51 @@ void Sync::findTargets() {
         names.erase("rekordbox-memory");
         names.insert("rekordbox");
     }
-    if (names.contains(options_.source)) throw UsageError("the source is among the targets");
     for (const std::string& name : names) {
         targets_.push_back({.name = name, .inFile = cuePlace(name), .inCollection = collectionPlace(name)});
     }
 }
 
-bool Sync::mayUse(const Collection& collection) {
-    const std::string reason = whyNotUsable(collection);
+bool Sync::mayUse(const Collection& collection, bool forWriting) {
+    std::string reason = whyNotUsable(collection);
+    if (reason.empty() && forWriting) reason = collection.whyNotWritable();
     if (!reason.empty()) output_.problem(reason);
     return reason.empty();
 }
 
-bool Sync::opensFiles() const {
-    return sourceInFile_ != nullptr ||
-           std::any_of(targets_.begin(), targets_.end(), [](const Target& target) { return target.inFile; });
+bool Sync::isToBeWritten(const Job& job) const {
+    return job.failure.empty() && (!job.cuePoints.empty() || (options_.clearEmpty && job.hasSource));
 }
 
-bool Sync::isToBeWritten(const Job& job) const {
-    return !job.cuePoints.empty() || (options_.clearEmpty && job.hasSource);
+bool Sync::writesFiles() const {
+    return std::any_of(targets_.begin(), targets_.end(), [](const Target& target) { return target.inFile; });
 }
 
 int Sync::run() {
     findTargets();
     useCollections(options_.collections);
-    if (sourceInCollection_ && !mayUse(*sourceInCollection_->collection)) return output_.finish();
+    if (sourceInCollection_ && !mayUse(*sourceInCollection_->collection, false)) return output_.finish();
     for (Target& target : targets_) {
-        if (target.inCollection) target.usable = mayUse(*target.inCollection->collection);
+        if (target.inCollection) target.usable = mayUse(*target.inCollection->collection, true);
     }
     const auto isUsable = [](const Target& target) { return target.usable; };
     if (std::none_of(targets_.begin(), targets_.end(), isUsable)) return output_.finish();
     const FoundFiles found = findFiles(options_.paths);
     for (const auto& [path, reason] : found.failures) {
-        output_.failure(path, reason);
-        ++failed_;
+        fail(path, failed_, reason);
     }
     files_ = found.paths.size();
     Progress progress(files_);
-    runInOrder<Job>(
-        files_, options_.jobs, [&](std::size_t i) { return work(found.paths[i]); },
-        [&](std::size_t i, Job&& job) {
-            progress.hide();
-            take(found.paths[i], std::move(job));
-            progress.show(i + 1);
-        });
+    {
+        const CountedLog log;
+        runInOrder<Job>(
+            files_, options_.jobs, [&](std::size_t i) { return work(found.paths[i]); },
+            [&](std::size_t i, Job&& job) {
+                progress.hide();
+                take(found.paths[i], std::move(job));
+                progress.show(i + 1);
+            });
+    }
     progress.hide();
     if (!options_.dryRun) saveCollections();
     output_.line(summary());
@@ -159,66 +189,82 @@ Job Sync::work(const std::string& path) const {
     Job job;
     job.results.resize(targets_.size());
     if (sourceInCollection_) {
-        job.hasSource = sourceInCollection_->collection->hasTrack(collectionPath(path));
-        if (job.hasSource) job.cuePoints = sourceInCollection_->read(collectionPath(path));
+        const std::string key = collectionPath(path);
+        job.hasSource = hasTrack(*sourceInCollection_->collection, key);
+        if (job.hasSource) job.cuePoints = sourceInCollection_->read(key);
         if (!isToBeWritten(job)) return job;
     }
-    if (opensFiles()) workOnFile(path, job);
+    if (sourceInFile_ || writesFiles()) workOnFile(path, job);
     return job;
 }
 
 void Sync::workOnFile(const std::string& path, Job& job) const {
-    const bool writes =
-        std::any_of(targets_.begin(), targets_.end(), [](const Target& target) { return target.inFile; });
-    const OpenedFile opened = openFile(path, options_.dryRun || !writes);
-    job.failure = opened.failure;
-    if (!opened.tag) return;
-    if (sourceInFile_) {
-        job.cuePoints = sourceInFile_->read(*opened.tag);
-        job.hasSource = true;
+    const OpenedFile opened = openFile(path, options_.dryRun || !writesFiles());
+    if (!opened.tag) {
+        if (sourceInFile_) job.failure = opened.failure;
+        return failTargetsInFile(job, opened.failure);
     }
-    if (!isToBeWritten(job)) return;
-    bool anyChange = false;
-    for (std::size_t i = 0; i < targets_.size(); ++i) {
-        if (!targets_[i].inFile) continue;
-        job.results[i] = writeTo(*targets_[i].inFile, *opened.tag, job.cuePoints);
-        anyChange = anyChange || job.results[i].changed;
-    }
-    if (!anyChange || options_.dryRun) return;
-    if (opened.tag->readOnly()) {
-        job.failure = "is read-only";
-    } else if (!opened.tag->save()) {
-        job.failure = "could not be saved; the file is as it was";
+    if (sourceInFile_) readSource(*opened.tag, job);
+    if (isToBeWritten(job) && writesFiles()) writeFile(path, *opened.tag, job);
+}
+
+void Sync::readSource(const ZALTag& tag, Job& job) const {
+    const std::size_t before = loggedLines;
+    job.cuePoints = sourceInFile_->read(tag);
+    job.hasSource = !job.cuePoints.empty() || sourceInFile_->isSurelyEmpty(tag);
+    if (job.cuePoints.empty() && loggedLines != before) {
+        job.failure = fmt::format("its cue points of {} cannot be read", sourceInFile_->name);
     }
 }
 
 // Changes the tag in memory. Whether that is a change at all is seen by reading before and after.
-FileResult Sync::writeTo(const CuePlace& place, ZALTag& tag, const CuePoints& cuePoints) const {
-    const CuePoints before = place.read(tag);
-    place.write(tag, cuePoints);
-    const CuePoints after = place.read(tag);
-    FileResult result;
-    result.changed = !(before == after);
-    for (std::size_t i = after.size(); i < cuePoints.size(); ++i) {
-        result.tooMany.push_back(cuePoints[i]);
+void Sync::writeFile(const std::string& path, ZALTag& tag, Job& job) const {
+    bool anyChange = false;
+    for (std::size_t i = 0; i < targets_.size(); ++i) {
+        const CuePlace* place = targets_[i].inFile;
+        if (!place) continue;
+        const CuePoints before = place->read(tag);
+        place->write(tag, job.cuePoints);
+        const CuePoints after = place->read(tag);
+        job.results[i].changed = !(before == after);
+        for (std::size_t cue = after.size(); cue < job.cuePoints.size(); ++cue) {
+            job.results[i].tooMany.push_back(job.cuePoints[cue]);
+        }
+        anyChange = anyChange || job.results[i].changed;
     }
-    return result;
+    if (!anyChange) return;
+    if (options_.dryRun ? ::access(path.c_str(), W_OK) != 0 : tag.readOnly()) {
+        failTargetsInFile(job, "is read-only");
+    } else if (!options_.dryRun && !tag.save()) {
+        failTargetsInFile(job, "could not be saved; the file is as it was");
+    }
+}
+
+void Sync::failTargetsInFile(Job& job, const std::string& reason) const {
+    for (std::size_t i = 0; i < targets_.size(); ++i) {
+        if (targets_[i].inFile) job.results[i].failure = reason;
+    }
+}
+
+void Sync::fail(const std::string& path, std::size_t& counter, const std::string& reason) {
+    output_.failure(path, reason);
+    ++counter;
 }
 
 void Sync::take(const std::string& path, Job&& job) {
-    if (!job.failure.empty()) {
-        output_.failure(path, job.failure);
-        ++failed_;
-        return;
-    }
+    if (!job.failure.empty()) return fail(path, failed_, job.failure);
     if (!job.cuePoints.empty()) ++withCues_;
     if (!isToBeWritten(job)) return;
+    std::set<std::string> told;
     for (std::size_t i = 0; i < targets_.size(); ++i) {
         if (!targets_[i].usable) continue;
-        if (targets_[i].inFile) {
+        if (targets_[i].inCollection) {
+            takeRequest(path, targets_[i], job.cuePoints);
+        } else if (job.results[i].failure.empty()) {
             takeFileResult(path, targets_[i], job.results[i]);
         } else {
-            takeRequest(path, targets_[i], job.cuePoints);
+            ++targets_[i].failed;
+            if (told.insert(job.results[i].failure).second) output_.failure(path, job.results[i].failure);
         }
     }
 }
@@ -233,48 +279,55 @@ void Sync::takeFileResult(const std::string& path, Target& target, const FileRes
 }
 
 void Sync::takeRequest(const std::string& path, Target& target, const CuePoints& cuePoints) {
-    const std::string key = collectionPath(path);
+    const std::string file = collectionPath(path);
     const CollectionPlace& place = *target.inCollection;
-    if (!place.collection->hasTrack(key)) {
+    const ZALNullableString key = place.collection->keyOf(file);
+    if (!key) {
         ++target.notThere;
         return;
     }
-    const bool isUnchanged = place.holds(key, cuePoints);
-    if (isUnchanged) {
-        ++target.unchanged;
-    } else if (options_.dryRun) {
-        ++target.written;
-        output_.line(fmt::format("{}: {}", printable(path), target.name));
-    } else {
-        requests_.push_back({&target, path, cuePoints});
+    if (!target.seen.insert(*key).second) {
+        return fail(
+            path, target.failed,
+            fmt::format("the {} collection knows it and another file as one", place.collection->name));
     }
+    const bool isUnchanged = place.holds(file, cuePoints);
+    if (isUnchanged) ++target.unchanged;
     // Tracks that have the cues already are asked for too: the collection may have to list them.
-    if (!options_.dryRun) place.request(key, cuePoints);
+    if (!options_.dryRun) return requests_.push_back({&target, path, cuePoints, isUnchanged});
+    if (isUnchanged) return;
+    if (!place.collection->whyLeftOut(file).empty()) {
+        return fail(path, target.newer, whyNotWritten(*place.collection, file));
+    }
+    ++target.written;
+    output_.line(fmt::format("{}: {}", printable(path), target.name));
 }
 
-// What was written is looked up in the collections: a queue leaves out requests without failing.
+// All requests are handed over at the end, so that each collection is written once. What was written is
+// looked up there: a queue leaves out requests without failing.
 void Sync::saveCollections() {
-    std::set<const Collection*> done;
+    std::set<const Collection*> used;
     std::set<const Collection*> unsaved;
-    for (const Target& target : targets_) {
-        const bool isUsed = target.inCollection && target.usable && target.unchanged + requests_.size() > 0;
-        if (!isUsed || !done.insert(target.inCollection->collection).second) continue;
-        const std::string failure = saveCollection(*target.inCollection->collection);
+    for (const Request& request : requests_) {
+        request.target->inCollection->request(collectionPath(request.path), request.cuePoints);
+        used.insert(request.target->inCollection->collection);
+    }
+    for (const Collection* collection : used) {
+        const std::string failure = saveCollection(*collection);
         if (failure.empty()) continue;
         output_.problem(failure);
-        unsaved.insert(target.inCollection->collection);
+        unsaved.insert(collection);
     }
-    for (const auto& [target, path, cuePoints] : requests_) {
-        if (unsaved.contains(target->inCollection->collection)) {
+    for (const auto& [target, path, cuePoints, isUnchanged] : requests_) {
+        const std::string file = collectionPath(path);
+        const CollectionPlace& place = *target->inCollection;
+        if (isUnchanged) continue;
+        if (unsaved.contains(place.collection)) {
             ++target->failed;
-        } else if (target->inCollection->holds(collectionPath(path), cuePoints)) {
+        } else if (place.holds(file, cuePoints)) {
             ++target->written;
         } else {
-            ++target->newer;
-            output_.message(
-                fmt::format("{}: was left alone: its entry in the {} collection is newer, or of no "
-                            "known date",
-                            printable(path), target->inCollection->collection->name));
+            fail(path, target->newer, whyNotWritten(*place.collection, file));
         }
     }
 }
@@ -283,12 +336,16 @@ std::string Sync::summary() const {
     std::string text = fmt::format("{}{} files, {} with cue points, {} failed",
                                    options_.dryRun ? "dry run: " : "", files_, withCues_, failed_);
     for (const Target& target : targets_) {
+        if (!target.usable) {
+            text += fmt::format("; {}: not usable", target.name);
+            continue;
+        }
         text += fmt::format("; {}: {} {}, {} unchanged", target.name, target.written,
                             options_.dryRun ? "to be written" : "written", target.unchanged);
-        if (!target.inCollection) continue;
-        text += target.usable ? fmt::format(", {} not in the collection, {} newer, {} failed",
-                                            target.notThere, target.newer, target.failed)
-                              : std::string(", not usable");
+        if (target.inCollection) {
+            text += fmt::format(", {} not in the collection, {} newer", target.notThere, target.newer);
+        }
+        text += fmt::format(", {} failed", target.failed);
     }
     return text;
 }

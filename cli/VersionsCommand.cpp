@@ -1,3 +1,4 @@
+#include "Assignments.h"
 #include "Commands.h"
 #include "Output.h"
 
@@ -21,6 +22,7 @@ struct Options {
 // The host of a URL, or the host itself.
 std::string hostOf(std::string service) {
     constexpr std::string_view scheme = "https://";
+    if (service.starts_with("http://")) throw UsageError("only https is spoken with the service");
     if (service.starts_with(scheme)) service.erase(0, scheme.size());
     while (service.ends_with('/')) {
         service.pop_back();

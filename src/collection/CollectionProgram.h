@@ -45,7 +45,7 @@ struct CollectionContents {
 
     std::unique_ptr<XMLDocument> document;
     std::vector<std::unique_ptr<ZALCollectionTrack>> tracks;  ///< in the order of the document
-    std::unordered_map<std::string, ZALCollectionTrack*> byPath;
+    std::unordered_map<std::string_view, ZALCollectionTrack*> byPath;  ///< by indexKey()
 };
 
 /// Copies of all tracks, for whoever asks a database.

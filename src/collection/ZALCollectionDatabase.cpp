@@ -49,8 +49,7 @@ void zal::CollectionContents::setTracks(std::vector<std::unique_ptr<ZALCollectio
     byPath.clear();
     byPath.reserve(tracks.size());
     for (const auto& track : tracks) {
-        const ZALNullableString key = track->decomposedStringWithCanonicalMapping();
-        if (key && !key->empty()) byPath[*key] = track.get();
+        if (!track->indexKey().empty()) byPath[track->indexKey()] = track.get();
     }
 }
 

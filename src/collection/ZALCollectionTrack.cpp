@@ -11,6 +11,11 @@ ZALNullableString ZALCollectionTrack::decomposedStringWithCanonicalMapping() con
     return decomposed_.empty() ? path_ : decomposed_;
 }
 
+std::string_view ZALCollectionTrack::indexKey() const {
+    if (!decomposed_.empty()) return decomposed_;
+    return path_ ? std::string_view(*path_) : std::string_view();
+}
+
 ZALNullableString ZALCollectionTrack::filename() const {
     if (!path_) return std::nullopt;
     return std::string(zal::lastPathComponent(*path_));

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <ctime>
 
@@ -52,7 +53,7 @@ std::string slashDate(system_clock::time_point time) {
 
 std::optional<system_clock::time_point> parseSlashDate(std::string_view text) {
     const auto year = takeNumber(text, 4);
-    if (!year || *year < 1678 || *year > 2261 || !takeSlash(text)) return std::nullopt;
+    if (!year || *year < 1 || !takeSlash(text)) return std::nullopt;
     const auto month = takeNumber(text, 2);
     if (!month || !takeSlash(text)) return std::nullopt;
     const auto day = takeNumber(text, 2);
@@ -60,7 +61,10 @@ std::optional<system_clock::time_point> parseSlashDate(std::string_view text) {
     const year_month_day date{std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
                               std::chrono::day(static_cast<unsigned>(*day))};
     if (!date.ok()) return std::nullopt;
-    return std::chrono::sys_days(date);
+    // What the clock does not reach is its first or last full day.
+    constexpr auto first = std::chrono::sys_days(std::chrono::year(1678) / 1 / 1);
+    constexpr auto last = std::chrono::sys_days(std::chrono::year(2261) / 12 / 31);
+    return std::clamp(std::chrono::sys_days(date), first, last);
 }
 
 system_clock::time_point startOfDayUTC(system_clock::time_point time) {

@@ -15,7 +15,8 @@ std::string stampDate(std::chrono::system_clock::time_point time);
 std::string slashDate(std::chrono::system_clock::time_point time);
 
 /// The start of a day in UTC from the text that slashDate() gives; zeros may lead month and day. Null for
-/// every other text, for a day that does not exist, and before 1678 or after 2261, which the clock has not.
+/// every other text and for a day that does not exist; what lies before 1678 or after 2261, which the clock
+/// has not, is its first or last day.
 std::optional<std::chrono::system_clock::time_point> parseSlashDate(std::string_view text);
 
 /// The start of the day in UTC.

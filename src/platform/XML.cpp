@@ -14,6 +14,7 @@
 #include <cstring>
 #include <future>
 #include <new>
+#include <thread>
 
 namespace zal {
 
@@ -146,6 +147,8 @@ struct XMLDocument::Tree {
     pugi::xml_document document;
     pugi::xml_encoding encoding = pugi::encoding_utf8;
     bool hasMark = false;
+    // The declaration as the file has it, in encodings of 8 bits, until setHeader() makes another one.
+    std::string declaration;
 };
 
 XMLDocument::XMLDocument() : tree_(std::make_unique<Tree>()) {}
@@ -186,6 +189,13 @@ std::string readAll(ZALFileHandle& handle, char* buffer, std::size_t size,
     return {};
 }
 
+// The declaration as it stands there, for encodings in which it is ASCII.
+std::string declarationOf(std::string_view text) {
+    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+    const auto end = text.substr(0, 1000).find("?>");
+    return text.starts_with("<?xml") && end != text.npos ? std::string(text.substr(0, end + 2)) : "";
+}
+
 // The stream parser goes by the declaration, the tree by the byte-order mark.
 bool isReadAsDeclared(const pugi::xml_document& document, pugi::xml_encoding encoding) {
     const pugi::xml_node first = document.first_child();
@@ -197,6 +207,18 @@ bool isReadAsDeclared(const pugi::xml_document& document, pugi::xml_encoding enc
 }  // namespace
 
 std::unique_ptr<XMLDocument> XMLDocument::read(const std::string& path, XMLReadError& error) {
+    for (int again = 0;; ++again) {
+        bool wasChanged = false;
+        auto document = readOnce(path, error, wasChanged);
+        if (document || !wasChanged || again == 4) return document;
+        // Another program is writing it: it will be whole in a moment.
+        std::this_thread::sleep_for(std::chrono::milliseconds(20 << again));
+        error = {};
+    }
+}
+
+std::unique_ptr<XMLDocument> XMLDocument::readOnce(const std::string& path, XMLReadError& error,
+                                                   bool& wasChanged) {
     const auto files = ZALHost::shared().fileSystem();
     if (files->kindOfFile(path) == ZALFileKind::folder) {
         error.text = "it is a folder";
@@ -223,6 +245,7 @@ std::unique_ptr<XMLDocument> XMLDocument::read(const std::string& path, XMLReadE
     pugi::xml_parse_result parsed;
     if (buffer && unread.empty() && !isRefused) {
         document->tree_->hasMark = beginsWithMark(buffer, size);
+        document->tree_->declaration = declarationOf({buffer, size});
         parsed = document->tree_->document.load_buffer_inplace_own(buffer, size, parseEverything);
         document->tree_->encoding = parsed.encoding;
     } else if (buffer) {
@@ -236,6 +259,7 @@ std::unique_ptr<XMLDocument> XMLDocument::read(const std::string& path, XMLReadE
         error = {XMLReadError::Stage::wellFormedness, fault};
     } else if (!isUnchanged(attributes, *handle, path) || !isFileAt(*files, path, *second)) {
         error.text = "the file was changed while it was read";
+        wasChanged = true;
     } else if (!parsed) {
         error = {XMLReadError::Stage::document,
                  fmt::format("{} (at byte {})", parsed.description(), parsed.offset)};
@@ -260,6 +284,7 @@ void XMLDocument::setHeader() {
     if (first.type() != pugi::node_declaration) {
         first = made(tree_->document.prepend_child(pugi::node_declaration));
     }
+    tree_->declaration.clear();
     static const XMLAttribute header[] = {{"version", "1.0"}, {"encoding", "UTF-8"}, {"standalone", "yes"}};
     XMLElement(first.internal_object()).setAttributes(header);
     tree_->encoding = pugi::encoding_utf8;
@@ -307,20 +332,31 @@ char32_t lastCharacter(pugi::xml_encoding encoding, const pugi::xml_document& do
 bool XMLDocument::write(const ChunkSink& sink, const XMLStyle& style) const {
     unsigned format = pugi::format_indent;
     if (!style.emptyElementTags) format |= pugi::format_no_empty_element_tags;
-    if (tree_->hasMark) format |= pugi::format_write_bom;
+    const pugi::xml_document& document = tree_->document;
+    const bool hasDeclaration = document.first_child().type() == pugi::node_declaration;
     // Without a declaration of its own the file had none.
-    if (tree_->document.first_child().type() != pugi::node_declaration) format |= pugi::format_no_declaration;
-
-    const char32_t last = lastCharacter(tree_->encoding, tree_->document);
-    if (last == 0) {
-        SinkWriter writer(sink, tree_->encoding == pugi::encoding_utf8);
-        tree_->document.save(writer, style.indent, format, tree_->encoding);
+    if (!hasDeclaration) format |= pugi::format_no_declaration;
+    const char32_t last = lastCharacter(tree_->encoding, document);
+    if (last == 0 && tree_->encoding != pugi::encoding_utf8) {
+        if (tree_->hasMark) format |= pugi::format_write_bom;
+        SinkWriter writer(sink, false);
+        document.save(writer, style.indent, format, tree_->encoding);
         return writer.isDone();
     }
-    LimitedWriter limited(sink, last);
-    const ChunkSink limitedSink = [&limited](ZALDataView bytes) { return limited.write(bytes); };
+    LimitedWriter limited(sink, last == 0 ? 0x10FFFF : last);
+    const ChunkSink limitedSink = [&](ZALDataView bytes) {
+        return last == 0 ? sink(bytes) : limited.write(bytes);
+    };
     SinkWriter writer(limitedSink, true);
-    tree_->document.save(writer, style.indent, format, pugi::encoding_utf8);
+    const bool keepsDeclaration = hasDeclaration && !tree_->declaration.empty();
+    const std::string head = (tree_->hasMark ? "\xEF\xBB\xBF" : "") +
+                             (keepsDeclaration ? tree_->declaration + "\n" : std::string());
+    if (!head.empty() && !sink({reinterpret_cast<const std::uint8_t*>(head.data()), head.size()}))
+        return false;
+    for (const pugi::xml_node node : document.children()) {
+        if (keepsDeclaration && node.type() == pugi::node_declaration) continue;
+        node.print(writer, style.indent, format, pugi::encoding_utf8);
+    }
     return limited.finish() && writer.isDone();
 }
 

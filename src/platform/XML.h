@@ -106,6 +106,10 @@ class XMLDocument {
     bool write(const ChunkSink& sink, const XMLStyle& style) const;
 
   private:
+    /// `wasChanged` tells that the file changed meanwhile, which is worth another try.
+    static std::unique_ptr<XMLDocument> readOnce(const std::string& path, XMLReadError& error,
+                                                 bool& wasChanged);
+
     struct Tree;
     std::unique_ptr<Tree> tree_;
     std::int64_t modified_ = 0;

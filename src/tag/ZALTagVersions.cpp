@@ -19,7 +19,10 @@ template <typename Record>
 void takeVersion(const ZALJSONValue& reply) {
     const auto& members = reply.objectValue();
     const auto found = members.find(Record::algorithmKey());
-    if (found != members.end()) Record::setAlgorithmVersion(found->second.integerValue());
+    if (found == members.end()) return;
+    const ZALJSONValue& value = found->second;
+    const bool hasNumber = value.isInteger() || value.isDouble() || value.isString();
+    Record::setAlgorithmVersion(hasNumber ? value.integerValue() : 0);
 }
 
 void takeReply(const ZALHTTPReply& reply) {

@@ -101,6 +101,10 @@ void ZALTraktorTrack::updateXMLElement() {
     setNeedsUpdate(false);
 }
 
+zal::XMLElement ZALTraktorTrack::xmlElement() const {
+    return element();
+}
+
 void ZALTraktorTrack::writeDate() {
     const TimePoint date = dateForEntry(path());
     const auto time = std::chrono::floor<seconds>(date - zal::startOfDayUTC(date));

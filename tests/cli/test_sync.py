@@ -7,6 +7,8 @@ import subprocess
 import time
 import unittest
 
+import mutagen
+
 from collection_files import rekordbox, rekordbox_marks, serato_cues, traktor, traktor_cues, tree
 from support import ZALTAG, ProgramTest
 
@@ -99,6 +101,71 @@ class Sync(ProgramTest):
                                self.path("missing.xml"), status=1)
         self.assertEqual((out, err.count("\n")), ("", 1))
         self.zaltag("sync", folder, "--from", "zal", "--to", "zal", status=2)
+
+    def test_what_is_left_alone_is_named_and_counted(self):
+        songs = [self.mp3(name) for name in ("new.mp3", "none.mp3", "old.mp3")]
+        for song in songs:
+            self.zaltag("cues", "set", song, "--to", "serato", "1=a")
+        parts = [traktor([song], date) for song, date in zip(songs, (("2199/1/1", "0"), None, ("1601/1/1", "0")))]
+        entries = b"".join(re.search(rb"<ENTRY .*?</ENTRY>|<ENTRY  .*?</ENTRY>", part, re.S)[0] for part in parts)
+        file = self.write("collection.nml", re.sub(rb"<ENTRY.*</ENTRY>", lambda _: entries, parts[0], flags=re.S))
+        sync = ("sync", *songs, "--from", "serato", "--to", "traktor", "--traktor", file)
+        for dry in ("--dry-run",), ():
+            out, err = self.zaltag(*sync, *dry, status=1)
+            self.assertRegex(out, "traktor: 1 (to be )?written, 0 unchanged, 0 not in the collection, 2 newer, 0 failed")
+            self.assertEqual(len(re.findall("was left alone: its entry in the Traktor collection (?:is newer|has no date)",
+                                            err)), 2)
+        program = self.path("Traktor")
+        shutil.copy("/bin/sleep", program)
+        before = self.content(file)
+        with subprocess.Popen([program, "60"]) as running:
+            for dry in ("--dry-run",), ():
+                self.assertIn("Please quit Traktor", self.zaltag(*sync, *dry, status=1)[1])
+            running.kill()
+        self.assertEqual(self.content(file), before)
+
+    def test_a_dry_run_of_files_writes_nothing_and_damage_clears_nothing(self):
+        song = self.mp3()
+        self.zaltag("cues", "set", song, "--to", "serato", "1=a")
+        before = self.content(song)
+        out = self.zaltag("sync", song, "--from", "serato", "--to", "zal", "-n")[0]
+        self.assertIn("zal: 1 to be written", out)
+        self.assertEqual(self.content(song), before)
+        self.zaltag("sync", song, "--from", "serato", "--to", "zal")
+        file = mutagen.File(song)
+        for frame in file.tags.getall("GEOB"):
+            if frame.desc.startswith("Serato"):
+                frame.data = b"damaged"
+        file.save()
+        self.assertIn("zal: 0 written", self.zaltag("sync", song, "--from", "serato", "--to", "zal", "--clear-empty")[0])
+        self.assertEqual(self.zaltag("cues", "list", song, "--from", "zal")[0], "1\ta\n")
+        for frame in file.tags.getall("GEOB"):
+            frame.data = b"damaged"
+        file.save()
+        err = self.zaltag("sync", song, "--from", "zal", "--to", "serato", "--clear-empty", status=1)[1]
+        self.assertIn("its cue points of zal cannot be read", err)
+
+    def test_one_target_fails_and_the_others_are_served(self):
+        missing, song = self.path("missing.mp3"), self.mp3()
+        rekordbox_file = self.write("rekordbox.xml", rekordbox([(missing, '<POSITION_MARK Start="1" Num="0" Name="a"/>')]))
+        traktor_file = self.write("collection.nml", traktor([missing]))
+        collections = ("--rekordbox", rekordbox_file, "--traktor", traktor_file)
+        out = self.zaltag("sync", missing, "--from", "rekordbox-hot", "--to", "serato", "--to", "traktor", *collections,
+                          status=1)[0]
+        self.assertIn("serato: 0 written, 0 unchanged, 1 failed; traktor: 1 written", out)
+        for targets in (("rekordbox",), ("rekordbox-memory", "rekordbox-hot"), ("rekordbox-hot",)):
+            words = [word for target in targets for word in ("--to", target)]
+            self.zaltag("sync", song, "--from", "rekordbox-hot", *words, *collections, status=2)
+        self.zaltag("sync", song, "--from", "serato", "--to", "rekordbox", "--rekordbox", "", status=2)
+
+    def test_files_that_a_collection_knows_as_one_are_told(self):
+        songs = [self.mp3(name) for name in ("e\u0301.mp3", "\u00e9.mp3")]
+        for i, song in enumerate(songs):
+            self.zaltag("cues", "set", song, "--to", "serato", f"{i + 1}=a")
+        file = self.write("rekordbox.xml", rekordbox([(songs[0], "")]))
+        out, err = self.zaltag("sync", self.folder, "--from", "serato", "--to", "rekordbox", "--rekordbox", file, status=1)
+        self.assertIn("rekordbox: 1 written, 0 unchanged, 0 not in the collection, 0 newer, 1 failed", out)
+        self.assertIn("knows it and another file as one", err)
 
     def test_what_serato_has_no_room_for_is_named(self):
         song = self.mp3()

@@ -2,9 +2,7 @@
 import json
 import os
 import shutil
-import signal
 import subprocess
-import sys
 import unittest
 
 from collection_files import SAMPLES, outline, traktor, traktor_cues, tree
@@ -39,7 +37,7 @@ class Traktor(ProgramTest):
         self.assertEqual(out, "3\tIn\n12.5\tDrop\n")
 
     def test_entries_that_are_newer_or_undated_are_left_alone(self):
-        for modified in (("2999/1/1", "0"), ("2023/13/45", "0"), None):
+        for modified in (("2199/1/1", "0"), ("2023/13/45", "0"), None):
             with self.subTest(modified):
                 file = self.write("collection.nml", traktor(["/a.mp3"], modified))
                 before = self.content(file)

@@ -99,6 +99,20 @@ TEST_F(Links, theVeryArrayThatIsHeldQueuesNothing) {
     EXPECT_FALSE(isWaiting(traktor));
     tag->setRekordboxHotCuePoints(cue(5));
     EXPECT_TRUE(isWaiting(rekordbox)) << "equal is not the same";
+    ZALTag::cancelSaveRekordboxDB();
+    tag->setRekordboxHotAndMemoryCuePoints(both);
+    EXPECT_TRUE(isWaiting(rekordbox)) << "one of the two is another one";
+}
+
+TEST_F(Links, eachSetterReplacesItsOwnCues) {
+    tag->setRekordboxHotCuePoints(cue(5));
+    EXPECT_TRUE(completed(ZALTag::saveRekordboxDBWithCompletionBlock).success);
+    EXPECT_EQ(tag->rekordboxHotCuePoints(), cue(5));
+    EXPECT_EQ(tag->rekordboxMemoryCuePoints()[0].time(), 2);
+    tag->setRekordboxMemoryCuePoints(cue(7));
+    EXPECT_TRUE(completed(ZALTag::saveRekordboxDBWithCompletionBlock).success);
+    EXPECT_EQ(tag->rekordboxHotCuePoints(), cue(5));
+    EXPECT_EQ(tag->rekordboxMemoryCuePoints(), cue(7));
 }
 
 TEST_F(Links, whatIsSetIsSavedInTheCollectionsAlone) {

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zal {
@@ -35,6 +36,8 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     /// The path in Unicode canonical decomposition (NFD), the key of the database's index; null with the
     /// path.
     ZALNullableString decomposedStringWithCanonicalMapping() const;
+    /// The same, empty without a path; valid as long as the track.
+    std::string_view indexKey() const;
     /// The last component of the path; null with the path.
     ZALNullableString filename() const;
 

@@ -35,6 +35,9 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
     /// line when that cannot be looked at, an hour ago.
     void updateXMLElement() override;
 
+    /// The element, as it is: updateXMLElement() brings it up to date.
+    zal::XMLElement xmlElement() const;
+
     /// Class, path and the cues' descriptions.
     std::string description() const;
 
