@@ -1,5 +1,7 @@
 #include "containers/FLACBlocks.h"
 
+#include "base/Limits.h"
+
 #include <id3v2header.h>
 
 #include <cstdint>
@@ -7,10 +9,6 @@
 namespace zal {
 
 namespace {
-
-// TagLib keeps an object of some 150 bytes for every block, which can have as few as 4 bytes in the file.
-// Real files have some ten, most of them pictures.
-constexpr int countMax = 1 << 16;
 
 constexpr unsigned commentType = 4;
 
@@ -50,7 +48,7 @@ bool canReadFLAC(TagLib::IOStream& stream) {
     long position = startOfFLAC(stream);
     if (read(stream, position, 4) != "fLaC") return false;
     position += 4;
-    for (int count = 0; count < countMax; ++count) {
+    for (int count = 0; count < limits::flacBlocks; ++count) {
         const TagLib::ByteVector header = read(stream, position, 4);
         if (header.size() < 4) return false;
         const long length = header.toUInt(1U, 3U);

@@ -1,6 +1,7 @@
 #include "id3/FormChunks.h"
 
 #include "base/Endian.h"
+#include "base/Limits.h"
 #include "id3/ID3Chapters.h"
 #include "id3/TagFile.h"
 #include "id3/TagLibBytes.h"
@@ -116,7 +117,7 @@ FormWalk walkForm(TagLibStream& stream, FormKind kind) {
     walk.isTooLarge = walker.isTooLong();
     for (std::size_t count = 0; !walk.isTooLarge && walker.enter(); ++count) {
         const FormChunk& chunk = walker.chunk();
-        walk.isTooLarge = count == formChunkCountMax || (isReadWhole(chunk) && chunk.size > formTagSizeMax);
+        walk.isTooLarge = count == limits::formChunks || (isReadWhole(chunk) && chunk.size > limits::formTag);
         if (isID3(chunk)) {
             if (!walk.tagPosition) walk.tagPosition = walker.content();
         } else if (!isInfo(stream, chunk, walker.content())) {

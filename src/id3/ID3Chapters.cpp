@@ -1,5 +1,6 @@
 #include "id3/ID3Chapters.h"
 
+#include "base/Limits.h"
 #include "id3/MPEGFrames.h"
 
 #include <id3v2header.h>
@@ -11,10 +12,6 @@
 namespace zal {
 
 namespace {
-
-// A level takes 400 bytes of stack, of which a host's thread may have no more than 512 KiB. Audio books have
-// some hundred chapters, beside one another.
-constexpr int countMax = 1000;
 
 constexpr unsigned blockSize = 1 << 16;
 constexpr unsigned headerSize = 10;  // of a frame: id, length, flags
@@ -40,7 +37,7 @@ bool hasFewChapters(TagLib::IOStream& stream, long position, long end) {
             if (bytes.size() - at < headerSize || (id != "CHAP" && id != "CTOC")) continue;
             const TagLib::ByteVector header = block.mid(static_cast<unsigned>(at), headerSize);
             if (!fits(header, end - position - static_cast<long>(at))) continue;
-            if (isCompressed(header) || ++count > countMax) return false;
+            if (isCompressed(header) || ++count > limits::id3Chapters) return false;
         }
     }
     return true;

@@ -1,12 +1,12 @@
 #include "id3/MPEGFrames.h"
 
+#include "base/Limits.h"
+
 #include <cstdint>
 
 namespace zal {
 
 namespace {
-
-constexpr long searched = 1 << 20;
 
 struct Header {
     std::uint32_t kind = 0;  // the bits that stay the same from frame to frame
@@ -59,7 +59,7 @@ bool isFrameAt(TagLib::IOStream& stream, const Header& header, long position) {
 
 bool holdsMPEGFrame(TagLib::IOStream& stream) {
     stream.seek(0);
-    const TagLib::ByteVector start = stream.readBlock(searched);
+    const TagLib::ByteVector start = stream.readBlock(limits::mpegSearch);
     for (unsigned at = 0; at + 4 <= start.size(); ++at) {
         if (static_cast<std::uint8_t>(start.data()[at]) != 0xFF) continue;
         const Header header = headerFrom(start, at);
