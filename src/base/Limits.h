@@ -73,4 +73,12 @@ inline constexpr int jpegScans = 64;
 /// Chunks of a WebP file; the format knows seven kinds.
 inline constexpr std::size_t webpChunks = 1000;
 
+// Collections
+
+/// Elements within one another: playlist folders are read by recursion. Nobody nests a thousand folders.
+inline constexpr int xmlNesting = 1000;
+
+/// Beats of a track: a day of music at 690 beats a minute.
+inline constexpr std::size_t beats = 1'000'000;
+
 }  // namespace zal::limits
