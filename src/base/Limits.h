@@ -18,6 +18,10 @@ inline constexpr unsigned id3Frames = 10'000;
 /// host's thread may have no more than 512 KiB. Audio books have some hundred, beside one another.
 inline constexpr int id3Chapters = 1000;
 
+/// What a tag's compressed frames may become, with what it takes to see that: a few megabytes can become
+/// gigabytes. Hardly any program compresses frames, and pictures are some megabytes.
+inline constexpr std::size_t id3Inflated = 64U << 20;
+
 /// How far the first MPEG frame is searched for; what stands before it is tags, or padding of a few
 /// kilobytes.
 inline constexpr long mpegSearch = 1 << 20;

@@ -2,6 +2,7 @@
 
 #include "base/Limits.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace zal {
@@ -49,10 +50,18 @@ Header headerFrom(const TagLib::ByteVector& bytes, unsigned at) {
 }
 
 bool isFrameAt(TagLib::IOStream& stream, const Header& header, long position) {
+    if (header.length == 0) return false;
     const long end = position + header.length;
     if (end >= stream.length()) return end == stream.length();
     stream.seek(end);
     return headerFrom(stream.readBlock(4), 0).kind == header.kind;
+}
+
+// TagLib reckons lengths in layer I in another way, and takes no frame without another one behind it.
+bool isFrameForTagLib(TagLib::IOStream& stream, const Header& header, long position) {
+    const bool isLayerI = ((header.kind >> 17) & 3) == 3;
+    return !isLayerI && position + header.length + 4 <= stream.length() &&
+           isFrameAt(stream, header, position);
 }
 
 }  // namespace
@@ -63,15 +72,20 @@ bool holdsMPEGFrame(TagLib::IOStream& stream) {
     for (unsigned at = 0; at + 4 <= start.size(); ++at) {
         if (static_cast<std::uint8_t>(start.data()[at]) != 0xFF) continue;
         const Header header = headerFrom(start, at);
-        if (header.length > 0 && isFrameAt(stream, header, at)) return true;
+        if (isFrameAt(stream, header, at)) return true;
     }
     return false;
 }
 
-bool beginsWithMPEGFrame(TagLib::IOStream& stream) {
+bool hasMPEGFrameBefore(TagLib::IOStream& stream, long end) {
     stream.seek(0);
-    const Header header = headerFrom(stream.readBlock(4), 0);
-    return header.length > 0 && isFrameAt(stream, header, 0);
+    const TagLib::ByteVector start =
+        stream.readBlock(static_cast<unsigned long>(std::min(end + 3, limits::mpegSearch)));
+    for (unsigned at = 0; at + 4 <= start.size(); ++at) {
+        if (static_cast<std::uint8_t>(start.data()[at]) != 0xFF) continue;
+        if (isFrameForTagLib(stream, headerFrom(start, at), at)) return true;
+    }
+    return false;
 }
 
 }  // namespace zal
