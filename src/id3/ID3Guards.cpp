@@ -132,7 +132,7 @@ class InflationWalk {
         TagLib::ByteVectorStream stream(bytes);
         for (unsigned at = 1; at + headerSize + 6 <= bytes.size(); ++at) {
             const ByteVector header =
-                (bytes[at + 9] & 0x88) != 0 ? bytes.mid(at, headerSize + 6) : ByteVector();
+                (bytes.data()[at + 9] & 0x88) != 0 ? bytes.mid(at, headerSize + 6) : ByteVector();
             if (header.isEmpty() || !beginsStream(header.mid(headerSize + 4))) continue;
             if (!addFrame(stream, at)) return false;
         }
