@@ -3,7 +3,9 @@
 #include "FuzzSupport.h"
 #include "FuzzedFile.h"
 
+#include <zaltag/base/ZALError.h>
 #include <zaltag/platform/ZALClock.h>
+#include <zaltag/platform/ZALMainQueue.h>
 #include <zaltag/platform/ZALUserDefaults.h>
 
 #include <memory>
@@ -26,13 +28,20 @@ class FixedDefaults final : public ZALUserDefaults {
     const std::string text_;
 };
 
-/// A clock that stands still.
+/// A clock that stands still, behind the dates of most collections.
 class FixedClock final : public ZALClock {
   public:
-    std::chrono::system_clock::time_point now() override { return {}; }
-    std::shared_ptr<ZALTimer> schedule(std::chrono::duration<double>, std::function<void()>) override {
-        return nullptr;
+    std::chrono::system_clock::time_point now() override {
+        return std::chrono::system_clock::from_time_t(4'000'000'000);
     }
+    std::shared_ptr<ZALTimer> schedule(std::chrono::duration<double>, std::function<void()>) override {
+        return std::make_shared<NoTimer>();
+    }
+
+  private:
+    struct NoTimer final : ZALTimer {
+        void cancel() override {}
+    };
 };
 
 /// Reads all that the tracks hold, and finds each of them again.
@@ -47,11 +56,28 @@ void readEverything(const Database& database) {
     }
 }
 
-/// Loads the file, reads it and saves it, over and over. What a save wrote loads; from the second save on,
-/// nothing changes any more. (The first one may give cues another number, by which the second sorts them.)
-template <typename Database>
+/// Has the queue of a database run one batch; what it wrote loads, with as many tracks.
+template <typename Database, typename Queue>
+void exerciseQueue(const std::shared_ptr<Database>& database, Queue& queue,
+                   std::shared_ptr<Database> (*open)(const ZALNullableString& url), const std::string& path) {
+    bool done = false;
+    bool succeeded = false;
+    queue.save([&](bool success, const ZALError*) { done = true, succeeded = success; });
+    require(ZALMainQueue::shared().runUntil([&] { return done; }, std::chrono::seconds(10)));
+    queue.shutDown();
+    ZALMainQueue::shared().runPending();
+    const auto again = open(path);
+    require(!succeeded || again->trackCount() == database->trackCount());
+    readEverything(*again);
+}
+
+/// Loads the file, reads it and saves it, over and over, and has `request` ask for cue points for its
+/// tracks. What a save wrote loads; from the second save on, nothing changes any more. (The first one may
+/// give cues another number, by which the second sorts them.)
+template <typename Database, typename Queue>
 void exerciseCollection(const std::uint8_t* data, std::size_t size,
-                        std::shared_ptr<Database> (*open)(const ZALNullableString& url)) {
+                        std::shared_ptr<Database> (*open)(const ZALNullableString& url),
+                        void (*request)(Queue& queue, const ZALNullableString& path)) {
     const FuzzedFile file(data, size, "xml");
     ZALHost& host = ZALHost::shared();
     host.setUserDefaults(std::make_shared<FixedDefaults>(file.path()));
@@ -67,4 +93,10 @@ void exerciseCollection(const std::uint8_t* data, std::size_t size,
         require(round < 2 || written == last);
         last = written;
     }
+    const auto database = open(file.path());
+    const auto queue = Queue::queueWithDatabase(database);
+    for (const auto& track : database->tracks()) {
+        request(*queue, track->path());
+    }
+    exerciseQueue(database, *queue, open, file.path());
 }

@@ -1,8 +1,8 @@
-// A FLAC file, with or without ID3 tags, is opened, read, changed and saved.
+// A FLAC file, with or without ID3 tags, is opened, read, changed, saved, and cleared.
 
 #include "AudioFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    exerciseAudioFile(data, size, "flac");
+    AudioFileExercise(data, size, "flac").run();
     return 0;
 }

@@ -1,17 +1,11 @@
 #include "collection/BeatWalk.h"
 
+#include "base/Limits.h"
 #include "platform/Log.h"
 
 #include <limits>
 
 namespace zal {
-
-namespace {
-
-// A day of music at 690 beats a minute.
-constexpr std::size_t maximalBeats = 1'000'000;
-
-}  // namespace
 
 std::optional<ZALArray<double>> beatTimesOf(const ZALTrackTempo& tempo) {
     std::size_t segment = 0;
@@ -22,8 +16,8 @@ std::optional<ZALArray<double>> beatTimesOf(const ZALTrackTempo& tempo) {
     std::vector<double> beats;
     double time = tempo.starts[0];
     while (tempo.duration > time) {
-        if (beats.size() == maximalBeats) {
-            logf("a beat grid of more than {} beats is left out", maximalBeats);
+        if (beats.size() == limits::beats) {
+            logf("a beat grid of more than {} beats is left out", limits::beats);
             return std::nullopt;
         }
         beats.push_back(time);

@@ -4,7 +4,7 @@
 #include "containers/FLACBlocks.h"
 #include "containers/MP4Atoms.h"
 #include "id3/FormChunks.h"
-#include "id3/ID3Chapters.h"
+#include "id3/ID3Guards.h"
 #include "id3/ID3Frames.h"
 #include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
@@ -40,7 +40,7 @@ bool writeMP4File(MP4File& file, const std::string& path) {
 // FLAC
 
 std::unique_ptr<TagLib::FLAC::File> flacFile(TagLibStream& stream) {
-    if (!canReadFLAC(stream) || !chaptersNestSafely(stream, 0)) return nullptr;
+    if (!canReadFLAC(stream) || !isSafeID3v2(stream, 0)) return nullptr;
     auto file = std::make_unique<TagLib::FLAC::File>(&stream, TagLib::ID3v2::FrameFactory::instance(), false,
                                                      TagLib::AudioProperties::Average);
     if (!file->isValid()) return nullptr;

@@ -1,6 +1,7 @@
 #include "containers/FLACBlocks.h"
 
-#include <id3v2header.h>
+#include "base/Limits.h"
+#include "id3/ID3Guards.h"
 
 #include <cstdint>
 
@@ -8,25 +9,11 @@ namespace zal {
 
 namespace {
 
-// TagLib keeps an object of some 150 bytes for every block, which can have as few as 4 bytes in the file.
-// Real files have some ten, most of them pictures.
-constexpr int countMax = 1 << 16;
-
 constexpr unsigned commentType = 4;
 
 TagLib::ByteVector read(TagLib::IOStream& stream, long position, unsigned long length) {
     stream.seek(position);
     return stream.readBlock(length);
-}
-
-// Where the stream begins: behind all ID3v2 tags, of which TagLib reads the first.
-long startOfFLAC(TagLib::IOStream& stream) {
-    long position = 0;
-    while (true) {
-        const TagLib::ByteVector bytes = read(stream, position, TagLib::ID3v2::Header::size());
-        if (!bytes.startsWith("ID3") || bytes.size() < TagLib::ID3v2::Header::size()) return position;
-        position += static_cast<long>(TagLib::ID3v2::Header(bytes).completeTagSize());
-    }
 }
 
 // TagLib adds up lengths in 32 bits: after one that wraps around it would read the same bytes as a field
@@ -47,10 +34,10 @@ bool lengthsDoNotWrap(const TagLib::ByteVector& comment) {
 }  // namespace
 
 bool canReadFLAC(TagLib::IOStream& stream) {
-    long position = startOfFLAC(stream);
+    long position = endOfID3v2(stream, 0);
     if (read(stream, position, 4) != "fLaC") return false;
     position += 4;
-    for (int count = 0; count < countMax; ++count) {
+    for (int count = 0; count < limits::flacBlocks; ++count) {
         const TagLib::ByteVector header = read(stream, position, 4);
         if (header.size() < 4) return false;
         const long length = header.toUInt(1U, 3U);

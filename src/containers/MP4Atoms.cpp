@@ -1,5 +1,7 @@
 #include "containers/MP4Atoms.h"
 
+#include "base/Limits.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
@@ -8,13 +10,6 @@
 namespace zal {
 
 namespace {
-
-// TagLib walks nested atoms by recursion, and its stack holds less than 100,000 of them. Real files nest
-// seven.
-constexpr std::size_t nestingMax = 32;
-// TagLib keeps an object of some 400 bytes for every atom, which can have as few as 8 bytes in the file. A
-// mix of ten hours in fragments of one second has a quarter of a million.
-constexpr std::size_t countMax = 1 << 18;
 
 constexpr std::string_view containers[] = {"moov", "udta", "mdia", "meta", "ilst", "stbl",
                                            "minf", "moof", "traf", "trak", "stsd"};
@@ -51,7 +46,7 @@ class AtomWalk {
             leaveContainersBefore(position);
             if (around_.empty() && position + 8 > fileEnd_) break;
             Atom atom;
-            if (++count_ > countMax || !readHeader(position, atom)) return refused();
+            if (++count_ > limits::mp4Atoms || !readHeader(position, atom)) return refused();
             if (isTerminator(atom)) {
                 isUnseen_ = true;
                 position += terminatorLength;
@@ -64,7 +59,7 @@ class AtomWalk {
             }
             position = firstChild(atom);
             around_.push_back(std::move(atom));
-            if (around_.size() > nestingMax) return refused();
+            if (around_.size() > limits::mp4Nesting) return refused();
         }
         return writable_ ? MP4Structure::writable : MP4Structure::readable;
     }
@@ -162,7 +157,7 @@ class AtomWalk {
             const bool last = header.size() < 8 || length < 12 || length > INT32_MAX;  // TagLib stops there
             if (last) return true;
             if (length < 16 && header.containsAt("data", 4)) return false;
-            if (++count_ > countMax) return false;
+            if (++count_ > limits::mp4Atoms) return false;
             position += length;
         }
         return true;

@@ -1,5 +1,6 @@
 #include "containers/ProcessingRecord.h"
 
+#include "base/Limits.h"
 #include "base/Paths.h"
 #include "containers/WavVelvetCascadeTagInserter.h"
 #include "platform/FileReplacement.h"
@@ -15,14 +16,11 @@ namespace zal {
 
 namespace {
 
-// More than any record takes.
-constexpr std::int64_t recordSizeMax = 1 << 20;
-
 // Adds up the chunks that the walker finds in the form.
 class WavCoverage final : public WavMetadataParser {
   public:
     bool isWhole() const { return covered_ >= fileSize_; }
-    bool isLong() const { return fileSize_ + recordSizeMax > std::numeric_limits<std::uint32_t>::max(); }
+    bool isLong() const { return fileSize_ + limits::wavRecord > std::numeric_limits<std::uint32_t>::max(); }
 
   private:
     bool ReadChunkHeader(std::int64_t& size, std::uint32_t& id) override {

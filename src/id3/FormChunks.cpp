@@ -1,7 +1,8 @@
 #include "id3/FormChunks.h"
 
 #include "base/Endian.h"
-#include "id3/ID3Chapters.h"
+#include "base/Limits.h"
+#include "id3/ID3Guards.h"
 #include "id3/TagFile.h"
 #include "id3/TagLibBytes.h"
 
@@ -116,7 +117,7 @@ FormWalk walkForm(TagLibStream& stream, FormKind kind) {
     walk.isTooLarge = walker.isTooLong();
     for (std::size_t count = 0; !walk.isTooLarge && walker.enter(); ++count) {
         const FormChunk& chunk = walker.chunk();
-        walk.isTooLarge = count == formChunkCountMax || (isReadWhole(chunk) && chunk.size > formTagSizeMax);
+        walk.isTooLarge = count == limits::formChunks || (isReadWhole(chunk) && chunk.size > limits::formTag);
         if (isID3(chunk)) {
             if (!walk.tagPosition) walk.tagPosition = walker.content();
         } else if (!isInfo(stream, chunk, walker.content())) {
@@ -131,7 +132,7 @@ FormWalk walkForm(TagLibStream& stream, FormKind kind) {
 namespace {
 
 bool hasSafeTag(TagLibStream& stream, const FormWalk& walk) {
-    return !walk.tagPosition || chaptersNestSafely(stream, static_cast<long>(*walk.tagPosition));
+    return !walk.tagPosition || isSafeID3v2(stream, static_cast<long>(*walk.tagPosition));
 }
 
 std::vector<FormChunk> keptChunks(const FormWalk& walk, FormLists lists) {
@@ -146,7 +147,7 @@ std::vector<FormChunk> keptChunks(const FormWalk& walk, FormLists lists) {
 std::string whyNot(TagLibStream& stream, FormKind kind, const FormWalk& before, FormLists lists) {
     const FormWalk after = walkForm(stream, kind);
     if (after.isTooLarge) return "it would become too long for its format";
-    if (!hasSafeTag(stream, after)) return "it would have too many chapters";
+    if (!hasSafeTag(stream, after)) return "its ID3v2 tag would be too much";
     const bool isSame = after.damage.empty() && keptChunks(after, lists) == keptChunks(before, lists);
     return isSame ? std::string() : "its chunks would not stay as they are";
 }

@@ -33,11 +33,6 @@ struct FormWalk {
     std::string damage;                        ///< why TagLib must not edit the file; empty when it may
 };
 
-/// More chunks than any program writes; TagLib's work grows with their square.
-constexpr std::size_t formChunkCountMax = 10'000;
-/// The longest chunk that is read whole, as long as an ID3v2 tag can be.
-constexpr std::uint32_t formTagSizeMax = std::uint32_t{1} << 28;
-
 /// Walks a file whose first twelve bytes are the head of a form.
 FormWalk walkForm(TagLibStream& stream, FormKind kind);
 

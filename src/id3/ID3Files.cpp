@@ -1,9 +1,10 @@
 #include "id3/ID3Files.h"
 
 #include "id3/FormChunks.h"
-#include "id3/ID3Chapters.h"
 #include "id3/ID3Frames.h"
+#include "id3/ID3Guards.h"
 #include "id3/MPEGFrames.h"
+#include "platform/Log.h"
 
 #include <id3v2framefactory.h>
 #include <id3v2tag.h>
@@ -30,11 +31,21 @@ bool beginsAsAIFF(TagLibStream& stream) {
 }  // namespace
 
 std::unique_ptr<TagLib::MPEG::File> mpegFile(TagLibStream& stream) {
-    if (!chaptersOfMP3NestSafely(stream)) return nullptr;
+    const auto position = positionOfID3v2(stream);
+    if (position && !isSafeID3v2(stream, *position)) return nullptr;
     auto file = std::make_unique<TagLib::MPEG::File>(&stream, TagLib::ID3v2::FrameFactory::instance(), false,
                                                      TagLib::AudioProperties::Average);
     if (!file->isValid() || !isMP3(*file, stream)) return nullptr;
     return prepareFrames(*file->ID3v2Tag(true)) ? std::move(file) : nullptr;
+}
+
+bool writeMP3File(TagLib::MPEG::File& file, TagLibStream& stream, const std::string& path, int tags,
+                  TagLib::File::StripTags strip, TagLib::File::DuplicateTags duplicate) {
+    const bool rewritesAPE = (tags & TagLib::MPEG::File::APE) != 0 || strip == TagLib::File::StripOthers;
+    const std::string reason = whyNotWritableMP3(stream, rewritesAPE);
+    if (reason.empty()) return file.save(tags, strip, TagLib::ID3v2::v4, duplicate);
+    logf("could not save '{}': {}", path, reason);
+    return false;
 }
 
 std::unique_ptr<TagLib::RIFF::AIFF::File> aiffFile(TagLibStream& stream) {

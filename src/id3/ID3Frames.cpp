@@ -1,5 +1,6 @@
 #include "id3/ID3Frames.h"
 
+#include "base/Limits.h"
 #include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
 
@@ -40,8 +41,7 @@ void prepare(Frame* frame) {
 }  // namespace
 
 bool prepareFrames(Tag& tag) {
-    constexpr unsigned frameCountMax = 10000;
-    if (tag.frameList().size() > frameCountMax) return false;
+    if (tag.frameList().size() > limits::id3Frames) return false;
     for (Frame* frame : tag.frameList()) {
         prepare<TextIdentificationFrame>(frame);
         prepare<TagLib::ID3v2::CommentsFrame>(frame);

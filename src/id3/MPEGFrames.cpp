@@ -1,12 +1,13 @@
 #include "id3/MPEGFrames.h"
 
+#include "base/Limits.h"
+
+#include <algorithm>
 #include <cstdint>
 
 namespace zal {
 
 namespace {
-
-constexpr long searched = 1 << 20;
 
 struct Header {
     std::uint32_t kind = 0;  // the bits that stay the same from frame to frame
@@ -49,29 +50,42 @@ Header headerFrom(const TagLib::ByteVector& bytes, unsigned at) {
 }
 
 bool isFrameAt(TagLib::IOStream& stream, const Header& header, long position) {
+    if (header.length == 0) return false;
     const long end = position + header.length;
     if (end >= stream.length()) return end == stream.length();
     stream.seek(end);
     return headerFrom(stream.readBlock(4), 0).kind == header.kind;
 }
 
+// TagLib reckons lengths in layer I in another way, and takes no frame without another one behind it.
+bool isFrameForTagLib(TagLib::IOStream& stream, const Header& header, long position) {
+    const bool isLayerI = ((header.kind >> 17) & 3) == 3;
+    return !isLayerI && position + header.length + 4 <= stream.length() &&
+           isFrameAt(stream, header, position);
+}
+
 }  // namespace
 
 bool holdsMPEGFrame(TagLib::IOStream& stream) {
     stream.seek(0);
-    const TagLib::ByteVector start = stream.readBlock(searched);
+    const TagLib::ByteVector start = stream.readBlock(limits::mpegSearch);
     for (unsigned at = 0; at + 4 <= start.size(); ++at) {
         if (static_cast<std::uint8_t>(start.data()[at]) != 0xFF) continue;
         const Header header = headerFrom(start, at);
-        if (header.length > 0 && isFrameAt(stream, header, at)) return true;
+        if (isFrameAt(stream, header, at)) return true;
     }
     return false;
 }
 
-bool beginsWithMPEGFrame(TagLib::IOStream& stream) {
+bool hasMPEGFrameBefore(TagLib::IOStream& stream, long end) {
     stream.seek(0);
-    const Header header = headerFrom(stream.readBlock(4), 0);
-    return header.length > 0 && isFrameAt(stream, header, 0);
+    const TagLib::ByteVector start =
+        stream.readBlock(static_cast<unsigned long>(std::min(end + 3, limits::mpegSearch)));
+    for (unsigned at = 0; at + 4 <= start.size(); ++at) {
+        if (static_cast<std::uint8_t>(start.data()[at]) != 0xFF) continue;
+        if (isFrameForTagLib(stream, headerFrom(start, at), at)) return true;
+    }
+    return false;
 }
 
 }  // namespace zal

@@ -9,7 +9,7 @@ namespace zal {
 /// header.
 bool holdsMPEGFrame(TagLib::IOStream& stream);
 
-/// True when such a frame stands at the start.
-bool beginsWithMPEGFrame(TagLib::IOStream& stream);
+/// True when a frame that TagLib, too, takes for one begins before a position, within that mebibyte.
+bool hasMPEGFrameBefore(TagLib::IOStream& stream, long end);
 
 }  // namespace zal

@@ -132,7 +132,7 @@ bool ZALTagID3::writeMP3() {
     // The ID3v1 tag goes first: stripping, below, may take it away again.
     if (s.v1Tag != nullptr && !writeID3v1()) return false;
     const auto strip = shouldStripID3v1Tag() ? TagLib::File::StripOthers : TagLib::File::StripNone;
-    return s.file->save(TagLib::MPEG::File::ID3v2, strip);
+    return zal::writeMP3File(*s.file, *s.stream, zal::describe(path()), TagLib::MPEG::File::ID3v2, strip);
 }
 
 bool ZALTagID3::writeID3v1() {
@@ -142,7 +142,8 @@ bool ZALTagID3::writeID3v1() {
     const bool placeholder = s.v1Tag->comment().isEmpty() &&
                              zal::stringWithTagLibString(s.v2Tag->comment()) != comment().value_or("");
     if (placeholder) s.v1Tag->setComment(" ");
-    const bool saved = s.file->save(TagLib::MPEG::File::ID3v1, TagLib::File::StripNone);
+    const bool saved = zal::writeMP3File(*s.file, *s.stream, zal::describe(path()), TagLib::MPEG::File::ID3v1,
+                                         TagLib::File::StripNone);
     if (placeholder) s.v1Tag->setComment("");
     return saved;
 }

@@ -1,8 +1,8 @@
 // JPEG: the segments in front of the pixels, and libjpeg.
 
 #include "base/Endian.h"
+#include "base/Limits.h"
 #include "platform/PictureFormats.h"
-#include "platform/PictureLimits.h"
 
 // The library's header takes its standard types from what was included before it.
 #include <cstddef>

@@ -1,8 +1,8 @@
 // PNG: the chunks of the file, and libpng over those that the pixels need.
 
 #include "base/Endian.h"
+#include "base/Limits.h"
 #include "platform/PictureFormats.h"
-#include "platform/PictureLimits.h"
 
 #include <png.h>
 #include <zlib.h>

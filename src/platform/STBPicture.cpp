@@ -1,8 +1,8 @@
 // GIF and BMP, through stb_image.
 
 #include "base/Endian.h"
+#include "base/Limits.h"
 #include "platform/PictureFormats.h"
-#include "platform/PictureLimits.h"
 
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC

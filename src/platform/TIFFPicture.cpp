@@ -1,8 +1,8 @@
 // TIFF: the first picture of a baseline file. Read here, without libtiff: the distribution's build of it
 // brings in a library under the GPL, and covers need none of its rarer encodings.
 
+#include "base/Limits.h"
 #include "platform/PictureFormats.h"
-#include "platform/PictureLimits.h"
 #include "platform/TIFFBlock.h"
 
 #include <zlib.h>

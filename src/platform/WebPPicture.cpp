@@ -1,8 +1,8 @@
 // WebP: the RIFF chunks of the file, and libwebp.
 
 #include "base/Endian.h"
+#include "base/Limits.h"
 #include "platform/PictureFormats.h"
-#include "platform/PictureLimits.h"
 
 #include <webp/decode.h>
 

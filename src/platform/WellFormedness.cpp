@@ -1,5 +1,6 @@
 #include "platform/WellFormedness.h"
 
+#include "base/Limits.h"
 #include "platform/FileReplacement.h"
 
 #include <expat.h>
@@ -13,7 +14,6 @@ namespace zal {
 namespace {
 
 constexpr int blockSize = 1 << 20;
-constexpr int maximalDepth = 1000;
 
 struct Check {
     XML_Parser parser;
@@ -28,7 +28,7 @@ struct Check {
 
 void startElement(void* user, const XML_Char*, const XML_Char**) {
     auto& check = *static_cast<Check*>(user);
-    if (++check.depth > maximalDepth) check.refuse("elements are nested too deeply");
+    if (++check.depth > limits::xmlNesting) check.refuse("elements are nested too deeply");
 }
 
 void endElement(void* user, const XML_Char*) {

@@ -1,7 +1,7 @@
 #include <zaltag/platform/ZALImage.h>
 
+#include "base/Limits.h"
 #include "platform/PictureFormats.h"
-#include "platform/PictureLimits.h"
 
 #include <algorithm>
 #include <new>

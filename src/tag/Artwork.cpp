@@ -1,5 +1,6 @@
 #include "tag/Artwork.h"
 
+#include "base/Limits.h"
 #include "platform/LensMake.h"
 #include "platform/Log.h"
 #include "platform/PictureFormats.h"
@@ -9,10 +10,6 @@
 namespace zal {
 
 namespace {
-
-// Pixels that one listing decodes, a gigabyte's worth: a small file can hold a thousand pictures of the
-// largest size.
-constexpr std::uint64_t listedPixelsMax = 256U << 20;
 
 ArtworkMark markOf(const StoredPicture& picture) {
     const ZALNullableString make = lensMakeOf(picture.data);
@@ -74,8 +71,8 @@ ZALArray<ZALTagImageDictionary> Artwork::allImages() const {
         const auto size = permittedSize(picture.data);
         if (!size) continue;
         pixels += size->pixels();  // also of one that turns out to be damaged: it costs as much
-        if (pixels > listedPixelsMax) {
-            logf("pictures beyond {} mega pixels are left out of the list", listedPixelsMax >> 20);
+        if (pixels > limits::listedPixels) {
+            logf("pictures beyond {} mega pixels are left out of the list", limits::listedPixels >> 20);
             break;
         }
         if (ZALImagePtr image = ZALImage::imageWithData(picture.data))

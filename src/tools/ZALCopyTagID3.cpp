@@ -55,8 +55,8 @@ bool copyMP3(zal::Copy<MP3File, MP3File>& files) {
     }
     const int kinds = (hasV1 ? MP3File::ID3v1 : 0) | (hasV2 ? MP3File::ID3v2 : 0);
     return zal::saveDestination(files.destination, zal::mpegFile, [&] {
-        return files.destination->save(kinds, MP3File::StripOthers, TagLib::ID3v2::v4,
-                                       MP3File::DoNotDuplicate);
+        return zal::writeMP3File(*files.destination.file, *files.destination.stream, files.destination.path,
+                                 kinds, MP3File::StripOthers, MP3File::DoNotDuplicate);
     });
 }
 

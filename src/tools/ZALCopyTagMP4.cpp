@@ -101,8 +101,8 @@ bool copyToMP3(zal::Copy<MP4File, MP3File>& files) {
     }
     return zal::saveDestination(files.destination, zal::mpegFile, [&] {
         // Without duplicating: an old ID3v1 tag would fill the fields that the source has not.
-        return files.destination->save(MP3File::AllTags, MP3File::StripNone, TagLib::ID3v2::v4,
-                                       MP3File::DoNotDuplicate);
+        return zal::writeMP3File(*files.destination.file, *files.destination.stream, files.destination.path,
+                                 MP3File::AllTags, MP3File::StripNone, MP3File::DoNotDuplicate);
     });
 }
 

@@ -1,0 +1,34 @@
+#include "platform/Inflation.h"
+
+#include <zlib.h>
+
+#include <array>
+#include <new>
+
+namespace zal {
+
+struct InflationCount::Stream : z_stream {};
+
+InflationCount::InflationCount() : stream_(std::make_unique<Stream>()) {
+    if (::inflateInit(stream_.get()) != Z_OK) throw std::bad_alloc();
+}
+
+InflationCount::~InflationCount() {
+    ::inflateEnd(stream_.get());
+}
+
+bool InflationCount::take(ZALDataView bytes, std::uint64_t most) {
+    std::array<std::uint8_t, 1 << 15> dropped;
+    stream_->next_in = const_cast<Bytef*>(bytes.data());
+    stream_->avail_in = static_cast<uInt>(bytes.size());
+    do {
+        stream_->next_out = dropped.data();
+        stream_->avail_out = static_cast<uInt>(dropped.size());
+        const int result = ::inflate(stream_.get(), Z_NO_FLUSH);
+        made_ += dropped.size() - stream_->avail_out;
+        if (made_ > most || (result != Z_OK && result != Z_BUF_ERROR)) return false;
+    } while (stream_->avail_out == 0);
+    return true;
+}
+
+}  // namespace zal

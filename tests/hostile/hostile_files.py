@@ -1,0 +1,241 @@
+"""The hostile set: audio files and collections that break what believes them. Every audio file that could be saved
+holds AUDIO, which no save may lose."""
+import base64
+import struct
+import zlib
+
+FRAME = bytes.fromhex("FFFB1064") + bytes(i * 7 % 251 for i in range(100))  # MPEG 1 layer III, 32 kbit/s
+AUDIO = FRAME * 3
+WORST = (0, 1, 7, 0x10000, 0xFFFFFFFF)  # nothing, odd, beyond the file, all there is
+
+
+def be(number):
+    return struct.pack(">I", number)
+
+
+def le(number):
+    return struct.pack("<I", number)
+
+
+def syncsafe(number):
+    return bytes(number >> shift & 127 for shift in (21, 14, 7, 0))
+
+
+# ID3
+
+def frame(name, content, size=None, flags=0):
+    return name + (syncsafe(len(content)) if size is None else size) + struct.pack(">H", flags) + content
+
+
+def id3(body, version=4, flags=0, size=None):
+    return b"ID3" + bytes((version, 0, flags)) + (syncsafe(len(body)) if size is None else size) + body
+
+
+def objects(description, content):
+    return frame(b"GEOB", b"\0a/b\0\0" + description + b"\0" + content)
+
+
+TITLE = frame(b"TIT2", b"\0title")
+
+
+def tags():
+    """Tags by name, wherever a container puts them."""
+    yield "of-256-mb", id3(TITLE, size=b"\x7f" * 4)
+    yield "no-end", id3(TITLE, size=b"\xff" * 4)
+    for version, size in ((2, b"\xff" * 3), (3, b"\xff" * 4), (3, be(0x7FFFFFFF)), (4, b"\x7f" * 4), (4, bytes(4))):
+        cut = b"TT2" + size + b"\0x" if version == 2 else frame(b"TIT2", b"\0x", size)
+        yield f"frame-{size.hex()}-v2{version}", id3(cut + bytes(20), version)
+    for version in (3, 4):
+        for size in (bytes(4), be(3), be(6), be(0xFFFFFFFF), b"\x7f" * 4, syncsafe(len(TITLE) + 4)):
+            yield f"extended-{size.hex()}-v2{version}", id3(size + TITLE, version, 0x40)
+    yield "footer-alone", id3(b"x", 4, 0x10)
+    yield "unsynchronised", id3(b"\xff" * 1000, 3, 0x80)
+    yield "chapters-20000-deep", CHAPTERS
+    yield "inflating-to-2-gb", id3(frame(b"TXXX", syncsafe(1) + BOMB, flags=9))
+    yield "inflating-to-2-gb-v23", id3(frame(b"TXXX", be(1) + BOMB, be(len(BOMB) + 4), 0x80), 3)
+    yield "frames-20000", id3(frame(b"TXXX", b"\0a\0b") * 20000)
+    for name, picture in pictures():
+        yield "picture-" + name, id3(frame(b"APIC", b"\0image/x\0\3\0" + picture) * 3)
+    for name, content in payloads():
+        yield name[0], id3(objects(name[1], content))
+
+
+def make_bomb():
+    """Two gigabytes of zeros, deflated; made of repeated blocks, since deflating them takes seconds."""
+    compressor = zlib.compressobj(9)
+    head = compressor.compress(bytes(1 << 20)) + compressor.flush(zlib.Z_FULL_FLUSH)
+    block = compressor.compress(bytes(1 << 20)) + compressor.flush(zlib.Z_FULL_FLUSH)
+    return head + block * 2047
+
+
+BOMB = make_bomb()
+
+
+def make_chapters(depth=20000):
+    """Chapters within one another, each with a length of its own."""
+    sizes = [18 + 28 * i for i in reversed(range(depth))]
+    return id3(b"".join(b"CHAP" + be(size) + b"\0\0c\0" + bytes(16) for size in sizes), 3)
+
+
+CHAPTERS = make_chapters()
+
+
+# Pictures and payloads
+
+def pictures():
+    """Pictures of the largest size that their format can claim."""
+    wide, chunk = 100000, lambda name, content: be(len(content)) + name + content + be(zlib.crc32(name + content))
+    yield "png", (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", be(wide) * 2 + bytes((8, 6, 0, 0, 0))) +
+                  chunk(b"IDAT", zlib.compress(bytes(1000))) + chunk(b"IEND", b""))
+    yield "bmp", b"BM" + le(1000) + bytes(4) + le(54) + le(40) + le(wide) * 2 + struct.pack("<HH", 1, 24) + bytes(900)
+    yield "gif", b"GIF89a" + b"\xff" * 4 + b"\xf0\0\0" + bytes(6) + b"," + bytes(4) + b"\xff" * 4 + b"\0\2\2\x44\1\0;"
+    yield "jpeg", (b"\xff\xd8\xff\xc2\0\x11\x08\xff\xff\xff\xff\3\1\x22\0\2\x11\0\3\x11\0" +
+                   b"\xff\xda\0\x0c\3\1\0\2\0\3\0\0\0\0" * 200 + b"\xff\xd9")
+    entry = lambda tag, value: struct.pack("<HHII", tag, 4, 1, value)
+    values = ((256, wide), (257, wide), (258, 8), (259, 1), (262, 2), (273, 8), (277, 3), (278, wide), (279, 0xFFFFFFFF))
+    yield "tiff", b"II*\0" + le(8) + struct.pack("<H", 9) + b"".join(entry(*row) for row in values) + bytes(4)
+    yield "webp", b"RIFF" + le(30) + b"WEBPVP8L" + le(18) + b"\x2f\xff\xff\xff\x0f" + bytes(13)
+
+
+def payloads():
+    """Payloads by (name, carrier) in which a count, a length or a nesting lies."""
+    many = be(0x20000000)
+    inner = b"\1\1" + b"CUE\0" + many + b"\0\0\0\0\x01\x00"
+    yield ("grid-of-20000000", b"Serato BeatGrid"), b"\1\0" + many + bytes(20)
+    yield ("cues-of-20000000", b"Serato Markers2"), b"\1\1" + base64.b64encode(inner) + bytes(400)
+    yield ("old-cues-of-20000000", b"Serato Markers_"), b"\2\5" + many + bytes(60)
+    deep = b'{"algorithm":1,"key":' + b"[" * 100000 + b"]" * 100000 + b"}"
+    yield ("json-100000-deep", b"Key"), base64.b64encode(deep)
+    yield ("beats-without-end", b"BeatGrid"), base64.b64encode(b'{"beats":[' + b"1e999," * 9 + b'1],"tempo":-1e308}')
+
+
+# Containers
+
+def chunk(name, content, size, number):
+    return name + number(len(content) if size is None else size) + content + bytes(len(content) % 2)
+
+
+def form(kind, sizes={}, tag=None):
+    """A WAV or AIFF file, with sizes of chunks replaced."""
+    number = le if kind == "wav" else be
+    part = lambda name, content: chunk(name, content, sizes.get(name), number)
+    if kind == "wav":
+        body = b"WAVE" + part(b"fmt ", struct.pack("<HHIIHH", 1, 1, 44100, 88200, 2, 16)) + part(b"data", AUDIO)
+        body += part(b"LIST", b"INFO" + chunk(b"INAM", b"name\0\0", sizes.get(b"INAM"), le))
+    else:
+        body = b"AIFF" + part(b"COMM", b"\0\1" + be(156) + b"\0\x10\x40\x0e\xac\x44" + bytes(6))
+        body += part(b"SSND", bytes(8) + AUDIO)
+    body += part(b"ID3 ", tag or id3(TITLE))
+    return chunk(b"RIFF" if kind == "wav" else b"FORM", body, sizes.get(b"FORM"), number)
+
+
+def flac(blocks=b"", last=None):
+    info = b"\0\0\0\x22" + struct.pack(">HH", 4096, 4096) + bytes(6) + bytes.fromhex("0AC442F000000000") + bytes(16)
+    return b"fLaC" + info + blocks + (b"\x81\0\0\x04" + bytes(4) if last is None else last) + AUDIO
+
+
+def block(kind, content, size=None):
+    return bytes((kind,)) + be(len(content) if size is None else size)[1:] + content
+
+
+def atom(name, content, size=None):
+    return be(8 + len(content) if size is None else size) + name + content
+
+
+def nested(name, depth=100000):
+    """Atoms within one another. A "meta" holds four bytes in front of its children, an "stsd" eight."""
+    between = {b"meta": bytes(4), b"stsd": bytes(8)}.get(name, b"")
+    step = 8 + len(between)
+    return b"".join(be(step * (depth - i)) + name + between for i in range(depth))
+
+
+def mp4(movie=b"", behind=b""):
+    return atom(b"ftyp", b"M4A ") + atom(b"moov", movie) + atom(b"mdat", AUDIO) + behind
+
+
+def item(*values):
+    """A tag with one item of these values."""
+    tagged = atom(b"ilst", atom(b"\xa9nam", b"".join(values)))
+    return atom(b"udta", atom(b"meta", bytes(4) + atom(b"hdlr", bytes(8) + b"mdirappl" + bytes(9)) + tagged))
+
+
+def audio_files():
+    """The name of every file and its content."""
+    for name, tag in tags():
+        yield f"id3-{name}.mp3", tag + AUDIO
+        yield f"id3-{name}.wav", form("wav", tag=tag)
+        yield f"id3-{name}.aiff", form("aiff", tag=tag)
+        yield f"id3-{name}.flac", tag + flac()
+    for name, tag in (("late", b"junk" * 5), ("second", id3(TITLE)), ("third", id3(TITLE) * 2)):
+        yield f"id3-{name}-too-long.mp3", tag + id3(TITLE, size=b"\x7f" * 4) + AUDIO
+    # Frames that not every reader takes for some, and the tag behind them.
+    for name, start in (("layer-1", (b"\xff\xff\x10\x64" + bytes(28)) * 2), ("alone", b"junk")):
+        yield f"id3-behind-{name}.mp3", start + CHAPTERS + AUDIO
+    for kind, names in (("wav", (b"FORM", b"LIST", b"INAM", b"data", b"fmt ", b"ID3 ")),
+                        ("aiff", (b"FORM", b"COMM", b"SSND", b"ID3 "))):
+        for name in names:
+            for size in WORST:
+                yield f"size-{name.decode().strip()}-{size:x}.{kind}", form(kind, {name: size})
+        yield f"chunks-100000.{kind}", form(kind) + chunk(b"junk", b"", None, le) * 100000
+        yield f"head-alone.{kind}", form(kind)[:12]
+    for size in (0, 7, 31, 0x10000, 0xFFFFFFFF, 0x80000000):
+        yield f"ape-{size:x}.mp3", AUDIO + b"APETAGEX" + le(2000) + le(size) + le(0x20000000) + le(1 << 31) + bytes(8)
+    text = lambda length, count: le(length) + b"x" + le(count) + le(length) + b"A=b"
+    for name, blocks in (("comment-count", block(4, text(1, 0x20000000))), ("comment-length", block(4, text(0xFFFFFFFC, 1))),
+                         ("comment-empty", block(4, b"")), ("past-file", block(4, b"x", 0xFFFFFF)),
+                         ("second-info", block(0, bytes(3))), ("100000-of-them", block(1, b"") * 100000),
+                         ("picture-lengths", block(6, be(3) + be(0x20000000) + bytes(40))),
+                         ("picture-data", block(6, be(3) + be(0) * 2 + bytes(16) + be(0xFFFFFFFF) + b"x"))):
+        yield f"block-{name}.flac", flac(blocks)
+    yield "block-never-last.flac", flac(last=block(1, b"", 0xFFFFFF))
+    for name, picture in pictures():
+        described = be(3) + be(0) * 2 + be(100000) * 2 + bytes(8) + be(len(picture)) + picture
+        yield f"picture-{name}.flac", flac(block(6, described))
+        yield f"picture-{name}.m4a", mp4(item(atom(b"data", be(14) + bytes(4) + picture)).replace(b"\xa9nam", b"covr"))
+    for name in (b"moov", b"udta", b"ilst", b"meta", b"trak", b"moof", b"stsd"):
+        yield f"nested-{name.decode()}.m4a", mp4(behind=nested(name))
+        yield f"nested-in-moov-{name.decode()}.m4a", mp4(nested(name))
+    for size in WORST:
+        yield f"size-moov-{size:x}.m4a", atom(b"ftyp", b"M4A ") + atom(b"mdat", AUDIO) + atom(b"moov", item(), size)
+        yield f"size-item-{size:x}.m4a", mp4(item(atom(b"data", be(1) + bytes(4) + b"x", size)))
+        yield f"size-64-{size:x}.m4a", mp4(behind=be(1) + b"free" + be(size) * 2)
+    for count in (0x20000000, 0xFFFFFFFF):
+        yield f"places-{count:x}.m4a", mp4(atom(b"stco", bytes(4) + be(count) + be(8)) + item())
+        yield f"long-places-{count:x}.m4a", mp4(atom(b"trak", atom(b"co64", bytes(4) + be(count) + bytes(8))) + item())
+    yield "values-300000.m4a", mp4(item(atom(b"data", bytes(8)) * 300000))
+    yield "atoms-300000.m4a", mp4(atom(b"free", b"") * 300000)
+
+
+# Collections, with one track under the path that is given
+
+XML = b'<?xml version="1.0" encoding="UTF-8"?>\n'
+
+
+def laughs():
+    lines = ['<!ENTITY a0 "ha">'] + [f'<!ENTITY a{i} "{f"&a{i - 1};" * 10}">' for i in range(1, 30)]
+    return "".join(lines).encode()
+
+
+def collections(rekordbox, traktor, path):
+    """(name, program, content) of every collection. `rekordbox` and `traktor` are those of a track with some XML."""
+    for name, kind in (("laughs", laughs()), ("external", b'<!ENTITY a29 SYSTEM "file:///etc/passwd">'),
+                       ("parameter", b'<!ENTITY % p SYSTEM "file:///dev/zero"> %p;')):
+        for program, make in (("rekordbox", rekordbox), ("traktor", traktor)):
+            inner = "" if name == "parameter" else "<A>&a29;</A>"
+            content = make(path, inner).split(b"?>", 1)[1]
+            yield name, program, XML + b"<!DOCTYPE x [" + kind + b"]>" + content
+    million = 1000000
+    for program, make in (("rekordbox", rekordbox), ("traktor", traktor)):
+        yield "nested", program, make(path, "<N>" * million + "</N>" * million)
+        yield "attribute", program, make(path, f'<N a="{"x" * 100000000}"/>')
+        yield "attributes", program, make(path, "<N " + " ".join(f'a{i}="x"' for i in range(million)) + "/>")
+        yield "unclosed", program, make(path, "<N " + "<" * million)
+    folders = '<NODE Type="0" Name="n">' * million + "</NODE>" * million
+    yield "folders", "rekordbox", rekordbox(path, "").replace(b"</PLAYLISTS>", folders.encode() + b"</PLAYLISTS>")
+    for name, tempos in (("tiny-steps", '<TEMPO Inizio="0" Bpm="1e300"/>'), ("steps-of-0", '<TEMPO Inizio="1e18" Bpm="100"/>'),
+                         ("backwards", '<TEMPO Inizio="0" Bpm="-1"/>'), ("no-number", '<TEMPO Inizio="nan" Bpm="inf"/>'),
+                         ("many", '<TEMPO Inizio="0" Bpm="60000"/>' * 100000)):
+        yield name, "rekordbox", rekordbox(path, tempos).replace(b'TotalTime="300"', b'TotalTime="1e300"')
+    grid = '<INFO PLAYTIME_FLOAT="1e300"/><TEMPO BPM="{}"/><CUE_V2 TYPE="4" START="{}" HOTCUE="-1"/>'
+    for name, bpm, start in (("tiny-steps", "1e300", "0"), ("steps-of-0", "100", "1e21"), ("no-number", "nan", "inf")):
+        yield name, "traktor", traktor(path, grid.format(bpm, start))

@@ -1,0 +1,136 @@
+"""No file brings the host down: the hostile set through the library and the program, each run within 10 seconds of
+processor time and a gigabyte of memory. A file that was not saved keeps every byte, and none loses its audio."""
+import os
+import resource
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "cli"))
+from collection_files import rekordbox, traktor  # noqa: E402
+from hostile_files import AUDIO, FRAME, audio_files, collections  # noqa: E402
+
+SANITIZED = os.environ["ZALTAG_SANITIZED"] == "ON"  # then memory cannot be limited: shadow memory is terabytes
+SECONDS = 10
+
+
+def limit(seconds=SECONDS):
+    resource.setrlimit(resource.RLIMIT_CPU, (seconds * 6 if SANITIZED else seconds,) * 2)
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    if not SANITIZED:
+        resource.setrlimit(resource.RLIMIT_AS, (1 << 30, 1 << 30))
+
+
+def run(*arguments, seconds=SECONDS):
+    done = subprocess.run(arguments, capture_output=True, preexec_fn=lambda: limit(seconds), timeout=300)
+    return done.returncode, done.stdout.decode("utf-8", "replace"), done.stderr.decode("utf-8", "replace")
+
+
+def content_of(path):
+    with open(path, "rb") as file:
+        return file.read()
+
+
+class Hostile(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="zaltag-")
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def write(self, name, content):
+        path = os.path.join(self.folder, name)
+        with open(path, "wb") as file:
+            file.write(content)
+        return path
+
+    def alone(self, names):
+        self.assertEqual(sorted(os.listdir(self.folder)), sorted(names), "nothing is left beside the files")
+
+
+class AudioFiles(Hostile):
+    def kept(self, path, before, saved):
+        after = content_of(path)
+        if not saved:
+            self.assertEqual(after == before, True, "a file that was not saved keeps every byte")
+        elif AUDIO in before:
+            self.assertTrue(AUDIO in after, "a save loses no audio")
+
+    def test_the_library(self):
+        seen = set()
+        for name, before in audio_files():
+            with self.subTest(name):
+                path = self.write(name, before)
+                status, out, err = run(os.environ["ZALTAG_OPEN_ONE"], "library", path)
+                self.assertEqual(status, 0, f"{out}{err}")
+                seen.add(out.strip())
+                self.kept(path, before, out == "saved\n")
+                self.alone([name])
+            os.remove(path)
+        self.assertEqual(seen, {"null", "refused", "saved"})
+
+    def test_the_program(self):
+        files = {self.write(name, content): content for name, content in audio_files()}
+        for arguments in (["show", *files], ["show", "--json", *files], ["dump", *files], ["scan", self.folder]):
+            status, _, err = run(os.environ["ZALTAG"], *arguments)
+            self.assertEqual(status, 1, err[-2000:])
+        for path, before in files.items():
+            self.assertEqual(content_of(path) == before, True, f"{path}: reading changes nothing")
+        status, _, err = run(os.environ["ZALTAG"], "set", *files, "title=another", "comment=more")
+        self.assertEqual(status, 1, err[-2000:])
+        for path, before in files.items():
+            with self.subTest(path):
+                self.kept(path, before, f"zaltag: {path}: " not in err)
+        self.alone(map(os.path.basename, files))
+
+
+class Collections(Hostile):
+    def test_the_program(self):
+        song, loaded = self.write("song.mp3", FRAME * 3), set()
+        make = (lambda path, inner: rekordbox([(path, inner)]), lambda path, inner: traktor([path], inner=inner))
+        for name, program, before in collections(*make, song):
+            with self.subTest(f"{name}, {program}"):
+                file = self.write("collection.xml", before)
+                option = (f"--{program}", file)
+                status, out, err = run(os.environ["ZALTAG"], program, "info", *option)
+                self.assertIn(status, (0, 1), err)
+                self.assertNotIn("root:", out)
+                if status == 0:
+                    loaded.add(name)
+                self.assertIn(run(os.environ["ZALTAG"], program, "track", song, *option)[0], (0, 1))
+                self.assertEqual(content_of(file) == before, True)
+                code, _, err = run(os.environ["ZALTAG"], "cues", "set", song, "--to", program, *option, "1=x")
+                self.assertEqual(code, status, err)
+                if code != 0:
+                    self.assertEqual(content_of(file) == before, True, "what cannot be loaded is left alone")
+                    self.alone(["song.mp3", "collection.xml"])
+                for path in set(os.listdir(self.folder)) - {"song.mp3"}:
+                    os.remove(os.path.join(self.folder, path))
+        self.assertLessEqual({"tiny-steps", "steps-of-0", "many", "no-number"}, loaded)
+        self.assertTrue(loaded.isdisjoint({"laughs", "external", "parameter", "nested", "folders", "unclosed"}))
+
+
+def outcome(path, before):
+    """What TagLib alone makes of a file; nothing when it does no harm."""
+    status, _, err = run(os.environ["ZALTAG_OPEN_ONE"], "raw", path, seconds=2)
+    if status in (-9, -24):
+        return "more than 2 seconds"
+    if status == -11:
+        return "the stack overflows" if "nested" in path or "deep" in path else "crash"
+    if status != 0:
+        return "more than 1 GB of memory" if "bad_alloc" in err else f"crash ({status})"
+    return "a save loses the audio" if AUDIO in before and AUDIO not in content_of(path) else None
+
+
+if __name__ == "__main__" and "--raw" in sys.argv:  # the table of docs/security.md
+    with tempfile.TemporaryDirectory() as raw_folder:
+        for raw_name, raw_content in audio_files():
+            raw_path = os.path.join(raw_folder, raw_name)
+            with open(raw_path, "wb") as raw_file:
+                raw_file.write(raw_content)
+            harm = outcome(raw_path, raw_content)
+            os.remove(raw_path)
+            if harm:
+                print(f"{raw_name}: {harm}")
+elif __name__ == "__main__":
+    unittest.main()
