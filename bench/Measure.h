@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <utility>
@@ -61,4 +62,15 @@ void forEachLine(const std::string& path, const Function& function) {
     for (std::string line; std::getline(file, line);) {
         function(line);
     }
+}
+
+/// How often a program is to do its work, from an optional argument.
+inline int passesOf(int count, char** arguments, int index) {
+    return count > index ? std::atoi(arguments[index]) : 1;
+}
+
+/// What the texts of a pass end in, so that each is another than the one before; the round's letter in the
+/// last.
+inline char letterOf(char round, int passesLeft) {
+    return passesLeft == 1 ? round : static_cast<char>('0' + passesLeft % 2);
 }

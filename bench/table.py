@@ -23,25 +23,31 @@ LINES = []
 
 
 class Job:
-    """A command, and what is done before each of its runs. What it prints may be its own measurement."""
+    """A command, and what is done around each of its runs. What it prints may be its own measurement."""
 
     def __init__(self, *command, before=None, after=None, times=1):
         self.command, self.before, self.after, self.times = [str(part) for part in command], before, after, times
 
-    def run(self):
+    def run(self, turn):
         if self.before:
             self.before()
         out = DATA / "run.json"
-        done = subprocess.run([BUILD / "bench/bench_run", out, str(self.times), *self.command],
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+        command = [letter(turn) if part == "ROUND" else part for part in self.command]
+        done = subprocess.run([BUILD / "bench/bench_run", out, str(self.times), *command], stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, check=False)
         if done.returncode != 0:
             sys.exit(f"{' '.join(self.command)} failed")
         sample = json.loads(out.read_text())
         if done.stdout.startswith(b'{"wall"'):
             sample.update(json.loads(done.stdout))
         if self.after:
-            sample.setdefault("found", {}).update(self.after())
+            sample.setdefault("found", {}).update(self.after(turn))
         return sample
+
+
+def letter(turn):
+    """What the texts that a round writes end in."""
+    return chr(ord("a") + turn % 26)
 
 
 class Samples:
@@ -51,7 +57,7 @@ class Samples:
         self.samples = {name: [] for name in jobs}
         for turn in range(options.rounds + 1):
             for name, job in jobs.items():
-                sample = job.run()
+                sample = job.run(turn)
                 if turn > 0:
                     self.samples[name].append(sample)
 
@@ -67,10 +73,12 @@ class Samples:
     def peak(self, name):
         return max(self.of(name, "peak"))
 
-    def check_same(self, *names):
-        found = {json.dumps(sample["found"], sort_keys=True) for name in names for sample in self.samples[name]}
-        if len(found) != 1:
-            sys.exit("the results differ:\n" + "\n".join(sorted(found)))
+    def check_same(self, ours, floor):
+        for one, other in zip(self.of(ours, "found"), self.of(floor, "found")):
+            differences = [f"{name}: {one.get(name)}, floor {other.get(name)}" for name in sorted({**one, **other})
+                           if one.get(name) != other.get(name)]
+            if differences:
+                sys.exit("the results differ: " + "; ".join(differences))
 
     def report(self, row, goal, ours="ours", floor="floor", unit=1.0, work=""):
         """One line: how long ours took beside the floor."""
@@ -167,7 +175,7 @@ def collection_update():
             os.link(f"{file}.paths", f"{work}.paths")
             os.sync()
 
-        def written():
+        def written(_):
             run = subprocess.run([tool("floor_collection"), "verify", program, work], stdout=subprocess.PIPE, check=True)
             return {f"written {name}": count for name, count in json.loads(run.stdout)["found"].items()}
 
@@ -223,6 +231,141 @@ def read():
         add_line(f"read, beside {other}", seconds(samples.median("ours")), seconds(samples.median(other)),
                  f"1 / {times:.1f}", f"≤ 1 / {goal}", times >= goal, f"1 / {samples.ratio(other, 'ours', 'cpu'):.1f}",
                  f"{samples.peak('ours'):.0f} / {samples.peak(other):.0f}")
+
+
+# Scanning
+
+@row("scan")
+def scan():
+    folder = music(files_count())
+    samples = Samples({
+        f"{side} {threads}": Job(*command, threads)
+        for threads in (1, 2)
+        for side, command in (("ours", (BUILD / "cli/zaltag", "scan", folder, "-j")),
+                              ("floor", (tool("floor_read"), folder / "files.txt")))
+    })
+    gain = {side: samples.ratio(f"{side} 1", f"{side} 2") for side in ("ours", "floor")}
+    ratio = gain["ours"] / gain["floor"]
+    add_line("scan, gain of a second thread", f"{gain['ours']:.2f}", f"{gain['floor']:.2f}", f"{ratio:.2f}", "≥ 0.9",
+             ratio >= 0.9)
+
+
+@row("scan.memory")
+def scan_memory():
+    few = music(files_count())
+    many = DATA / f"library-{files_count()}-times-10"
+    if not many.exists():
+        for number in range(10):
+            shutil.copytree(few, many / str(number), copy_function=os.link)
+        (many / "files.txt").write_text("".join(f"{path}\n" for path in sorted(many.glob("*/*/*"))))
+    for folder, files in ((few, files_count()), (many, 10 * files_count())):
+        samples = Samples({"ours": Job(BUILD / "cli/zaltag", "scan", folder, "-j", 2),
+                           "floor": Job(tool("floor_read"), folder / "files.txt", 2)})
+        more = samples.peak("ours") - samples.peak("floor")
+        add_line(f"scan.memory ({files} files)", f"{samples.peak('ours'):.1f} MiB", f"{samples.peak('floor'):.1f} MiB",
+                 f"+ {more:.1f} MiB", "≤ + 8 MiB", more <= 8)
+
+
+# Saves. All leave out the syncs, on both sides.
+
+# How often the saves that take a tenth of a millisecond run in one measurement.
+PASSES = 20
+
+
+def songs():
+    name, length = ("songs-quick", 10) if options.quick else ("songs", 240)
+    return library(name, 10, "--seconds", length, "--plain")
+
+
+def copies(name, files):
+    """Copies the files into a folder of their own and returns the list of them."""
+    folder = DATA / "work" / name
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    paths = [shutil.copy(file, folder) for file in files]
+    (folder / "files.txt").write_text("".join(f"{path}\n" for path in paths))
+    os.sync()
+    return folder / "files.txt"
+
+
+def save_samples(files, ours, floor, fresh, verified=True, passes=1):
+    """Runs two kinds of save, each on copies of its own, which are made anew for every run if asked."""
+    def job(side, command):
+        files_list = copies(side, files)
+
+        def written(turn):
+            run = subprocess.run([tool("floor_save"), "verify", letter(turn), files_list], stdout=subprocess.PIPE,
+                                 check=True)
+            return json.loads(run.stdout)["found"]
+
+        return Job(*command, "ROUND", files_list, passes, before=(lambda: copies(side, files)) if fresh else None,
+                   after=written if verified else None)
+
+    samples = Samples({"ours": job("ours", (tool("bench_save"), *ours)), "floor": job("floor", (tool("floor_save"), floor))})
+    shutil.rmtree(DATA / "work")
+    if verified:
+        samples.check_same("ours", "floor")
+    return samples
+
+
+def files_of(folder, extensions="mp3 m4a wav aiff flac"):
+    return [path for path in sorted(folder.glob("*/*")) if path.suffix[1:] in extensions.split()]
+
+
+def short_and_full():
+    return ("short", files_of(music(50))), ("full-length", files_of(songs()))
+
+
+@row("save.inPlace")
+def save_in_place():
+    for length, files in short_and_full():
+        samples = save_samples(files, ("inPlace", "fields"), "fields", False, passes=PASSES)
+        samples.report(f"save.inPlace, same length, {length}", 1.2, unit=PASSES * len(files), work="per file")
+
+
+@row("save.page")
+def save_page():
+    for length, files in short_and_full():
+        samples = save_samples(files, ("safe", "page"), "page", False, passes=PASSES)
+        samples.report(f"save.page, safe, {length}", 1.3, unit=PASSES * len(files), work="per file")
+
+
+@row("save.grow")
+def save_grow():
+    for formats, floor, goal, beside in (("mp3", "grow", 1.0, "TagLib"), ("flac", "grow", 1.0, "TagLib"),
+                                         ("m4a", "copy", 1.1, "copy"), ("wav", "copy", 1.1, "copy"),
+                                         ("aiff", "copy", 1.1, "copy")):
+        files = files_of(songs(), formats)
+        samples = save_samples(files, ("safe", "grow"), floor, True, verified=floor == "grow")
+        samples.report(f"save.grow, {formats}, beside {beside}", goal, unit=len(files), work="per file")
+
+
+@row("save.record")
+def save_record():
+    length = 10 if options.quick else 567
+    file = made(f"record-{length}.wav", "ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"anoisesrc=d={length}:a=0.3", "-ac",
+                "2", "-ar", "44100", "-bitexact", "OUT")
+    samples = save_samples([file], ("safe", "record"), "copy", False, verified=False)
+    samples.report("save.record", 1.15, work=f"{file.stat().st_size / 1e6:.0f} MB of WAV")
+
+
+# Programs that use the library
+
+@row("start")
+def start():
+    samples = Samples({"ours": Job(tool("bench_start"), times=100), "floor": Job(tool("floor_start"), times=100)})
+    samples.report("start", 1.5)
+
+
+@row("compile")
+def compile_time():
+    compiler = ["g++", "-std=c++20", "-O2", "-I", HERE.parent / "include", "-c", "-o", "/dev/null"]
+    samples = Samples({"ours": Job(*compiler, HERE / "programs/headers.cpp"),
+                       "floor": Job(*compiler, HERE / "floors/headers.cpp")})
+    more = samples.median("ours") - samples.median("floor")
+    cpu = samples.median("ours", "cpu") - samples.median("floor", "cpu")
+    add_line("compile", seconds(samples.median("ours")), seconds(samples.median("floor")), f"+ {more:.2f} s", "≤ + 0.8 s",
+             more <= 0.8, f"+ {cpu:.2f} s", f"{samples.peak('ours'):.0f} / {samples.peak('floor'):.0f}")
 
 
 def main():

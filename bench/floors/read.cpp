@@ -40,12 +40,24 @@ std::uint64_t lengthOf(const TagLib::String& text) {
 
 // The library's own records, and of Serato's payloads those that every format carries.
 bool isPayload(const std::string& name) {
-    static const std::set<std::string> names = {
-        "Key", "Energy", "BeatGrid", "CuePoints", "Serato Markers2", "Serato BeatGrid",  // ID3v2
-        "----:com.quorvantis.quorvantis:key", "----:com.quorvantis.quorvantis:energy",
-        "----:com.quorvantis.quorvantis:beatgrid", "----:com.quorvantis.quorvantis:cuepoints",
-        "----:com.serato.dj:markersv2", "----:com.serato.dj:beatgrid",  // MP4
-        "KEY", "ENERGY", "BEATGRID", "CUEPOINTS", "SERATO_MARKERS_V2", "SERATO_BEATGRID"};  // FLAC
+    static const std::set<std::string> names = {"Key",
+                                                "Energy",
+                                                "BeatGrid",
+                                                "CuePoints",
+                                                "Serato Markers2",
+                                                "Serato BeatGrid",  // ID3v2
+                                                "----:com.quorvantis.quorvantis:key",
+                                                "----:com.quorvantis.quorvantis:energy",
+                                                "----:com.quorvantis.quorvantis:beatgrid",
+                                                "----:com.quorvantis.quorvantis:cuepoints",
+                                                "----:com.serato.dj:markersv2",
+                                                "----:com.serato.dj:beatgrid",  // MP4
+                                                "KEY",
+                                                "ENERGY",
+                                                "BEATGRID",
+                                                "CUEPOINTS",
+                                                "SERATO_MARKERS_V2",
+                                                "SERATO_BEATGRID"};  // FLAC
     return names.contains(name);
 }
 
