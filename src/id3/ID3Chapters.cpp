@@ -16,7 +16,8 @@ namespace {
 // some hundred chapters, beside one another.
 constexpr int countMax = 1000;
 
-constexpr unsigned blockSize = 1 << 16;
+// Most tags are one block, which the stream then hands to TagLib as it is.
+constexpr unsigned blockSize = 1 << 20;
 constexpr unsigned headerSize = 10;  // of a frame: id, length, flags
 
 // Text that happens to read like a chapter's id has no such length behind it. In tags of version 2.3 the
@@ -33,11 +34,14 @@ bool hasFewChapters(TagLib::IOStream& stream, long position, long end) {
     int count = 0;
     for (; position < end; position += blockSize) {
         stream.seek(position);
-        const TagLib::ByteVector block = stream.readBlock(blockSize + headerSize - 1);
+        const long wanted = std::min<long>(end - position, blockSize) + headerSize - 1;
+        const TagLib::ByteVector block = stream.readBlock(static_cast<unsigned long>(wanted));
         const std::string_view bytes(block.data(), block.size());
         for (std::size_t at = bytes.find('C'); at < blockSize; at = bytes.find('C', at + 1)) {
+            if (bytes.size() - at < headerSize) break;
+            if (bytes[at + 1] != 'H' && bytes[at + 1] != 'T') continue;
             const std::string_view id = bytes.substr(at, 4);
-            if (bytes.size() - at < headerSize || (id != "CHAP" && id != "CTOC")) continue;
+            if (id != "CHAP" && id != "CTOC") continue;
             const TagLib::ByteVector header = block.mid(static_cast<unsigned>(at), headerSize);
             if (!fits(header, end - position - static_cast<long>(at))) continue;
             if (isCompressed(header) || ++count > countMax) return false;

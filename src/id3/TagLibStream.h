@@ -43,9 +43,14 @@ class TagLibStream final : public TagLib::IOStream {
 
   private:
     explicit TagLibStream(std::unique_ptr<SafeFile> file);
+    TagLib::ByteVector takeKept(unsigned long length);
 
     const std::unique_ptr<SafeFile> file_;
     unsigned long position_ = 0;
+    // The last large block that was read, until it is asked for again or something is written. Tags are read
+    // twice: by a check of ours, then by TagLib.
+    TagLib::ByteVector kept_;
+    unsigned long keptPosition_ = 0;
 };
 
 }  // namespace zal
