@@ -38,6 +38,10 @@ void TagLibStream::giveUp(const std::string& reason) {
     file_->giveUp(reason);
 }
 
+std::size_t TagLibStream::readAt(unsigned long position, std::span<std::uint8_t> buffer) {
+    return file_->readAt(position, buffer);
+}
+
 TagLib::FileName TagLibStream::name() const {
     return file_->path().c_str();
 }

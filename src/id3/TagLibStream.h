@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 #include <tiostream.h>
@@ -28,6 +30,10 @@ class TagLibStream final : public TagLib::IOStream {
     bool isCurrent();
     /// Makes every later commit fail: for a save that TagLib broke off half-way, by an exception.
     void giveUp(const std::string& reason);
+
+    /// Reads without TagLib's vectors and without moving the place: fills the buffer from a position on and
+    /// returns the number of bytes, fewer at the end.
+    std::size_t readAt(unsigned long position, std::span<std::uint8_t> buffer);
 
     TagLib::FileName name() const override;
     TagLib::ByteVector readBlock(unsigned long length) override;
