@@ -1,8 +1,11 @@
 #include "containers/MP4Atoms.h"
 
+#include "base/Endian.h"
 #include "base/Limits.h"
+#include "id3/TagLibStream.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -29,16 +32,39 @@ struct Atom {
     std::int64_t length = 0;
     std::int64_t header = 8;  // 16 with a length of 64 bits
     bool toEndOfFile = false;
-    TagLib::ByteVector nameBytes;
+    std::array<char, 4> nameBytes{};
 
     std::string_view name() const { return {nameBytes.data(), nameBytes.size()}; }
     std::int64_t end() const { return offset + length; }
     bool isContainer() const { return isAmong(containers, name()); }
 };
 
+// The bytes of a header, as far as the file has them.
+class HeaderBytes {
+  public:
+    HeaderBytes(TagLibStream& stream, std::int64_t position, std::size_t length)
+        : count_(stream.readAt(static_cast<unsigned long>(position), std::span(bytes_).first(length))) {}
+
+    std::size_t size() const { return count_; }
+    ByteReader reader() const { return ByteReader(std::span(bytes_).first(count_)); }
+    std::array<char, 4> nameAt(std::size_t offset) const {
+        std::array<char, 4> name{};
+        if (offset + name.size() <= count_) std::copy_n(bytes_.begin() + offset, name.size(), name.begin());
+        return name;
+    }
+
+  private:
+    std::array<std::uint8_t, 16> bytes_{};
+    std::size_t count_;
+};
+
+std::string_view textOf(const std::array<char, 4>& name) {
+    return {name.data(), name.size()};
+}
+
 class AtomWalk {
   public:
-    explicit AtomWalk(TagLib::IOStream& stream) : stream_(stream), fileEnd_(stream.length()) {}
+    explicit AtomWalk(TagLibStream& stream) : stream_(stream), fileEnd_(stream.length()) {}
 
     MP4Structure structure() {
         std::int64_t position = 0;
@@ -75,10 +101,7 @@ class AtomWalk {
                atom.offset + terminatorLength == around_.back().end();
     }
 
-    TagLib::ByteVector read(std::int64_t position, unsigned long length) {
-        stream_.seek(static_cast<long>(position));
-        return stream_.readBlock(length);
-    }
+    HeaderBytes read(std::int64_t position, std::size_t length) { return {stream_, position, length}; }
 
     void leaveContainersBefore(std::int64_t position) {
         while (!around_.empty() && position >= around_.back().end()) {
@@ -88,18 +111,21 @@ class AtomWalk {
     }
 
     bool readHeader(std::int64_t position, Atom& atom) {
-        const TagLib::ByteVector bytes = read(position, 16);
+        const HeaderBytes bytes = read(position, 16);
         if (bytes.size() < 8) return false;
+        ByteReader reader = bytes.reader();
         atom.offset = position;
-        atom.length = bytes.toUInt(0U);
-        atom.nameBytes = bytes.mid(4, 4);
+        atom.length = reader.u32be();
+        atom.nameBytes = bytes.nameAt(4);
         if (atom.length == 0) {
             atom.toEndOfFile = true;
             atom.length = fileEnd_ - position;
         } else if (atom.length == 1) {
             if (bytes.size() < 16) return false;
+            reader.skip(4);
             atom.header = 16;
-            atom.length = bytes.toLongLong(8U);
+            const std::uint64_t upper = reader.u32be();
+            atom.length = static_cast<std::int64_t>(upper << 32 | reader.u32be());
         }
         // The places of a file have fewer than 62 bits, so that sums of two of them do not overflow.
         return atom.length >= atom.header && atom.length < (std::int64_t{1} << 62);
@@ -109,9 +135,7 @@ class AtomWalk {
         const std::int64_t content = atom.offset + atom.header;
         if (atom.name() == "stsd") return content + 8;
         if (atom.name() != "meta") return content;
-        const TagLib::ByteVector start = read(content, 8);
-        const TagLib::ByteVector name = start.mid(4, 4);
-        return content + (isAmong(metaChildren, std::string_view(name.data(), name.size())) ? 0 : 4);
+        return content + (isAmong(metaChildren, textOf(read(content, 8).nameAt(4))) ? 0 : 4);
     }
 
     // What saving relies on: TagLib rewrites lengths of 32 bits, counts on atoms lying within those around
@@ -134,15 +158,15 @@ class AtomWalk {
     // A table with a larger count would be written far beyond its atom.
     bool holdsItsTable(const Atom& atom, std::int64_t entry) {
         if (atom.header != 8 || atom.length < 16) return false;
-        const TagLib::ByteVector count = read(atom.offset + 12, 4);
-        return count.size() == 4 && 16 + count.toUInt(0U) * entry <= atom.length;
+        const HeaderBytes count = read(atom.offset + 12, 4);
+        return count.size() == 4 && 16 + count.reader().u32be() * entry <= atom.length;
     }
 
     // TagLib moves the places that the first fragment holds, not those of later ones.
     bool hasMovableOffset(const Atom& atom) {
         if (atom.header != 8 || atom.length < 16) return false;
-        const TagLib::ByteVector flags = read(atom.offset + 8, 4);
-        if (flags.size() < 4 || (flags.toUInt(0U) & 1) == 0) return flags.size() == 4;
+        const HeaderBytes flags = read(atom.offset + 8, 4);
+        if (flags.size() < 4 || (flags.reader().u32be() & 1) == 0) return flags.size() == 4;
         return atom.length >= 24 && fragments_ == 1;
     }
 
@@ -152,18 +176,18 @@ class AtomWalk {
         const std::int64_t end = std::min(item.end(), fileEnd_);
         std::int64_t position = item.offset + 8;
         while (position + 8 <= end) {
-            const TagLib::ByteVector header = read(position, 8);
-            const std::int64_t length = header.toUInt(0U);
+            const HeaderBytes header = read(position, 8);
+            const std::int64_t length = header.reader().u32be();
             const bool last = header.size() < 8 || length < 12 || length > INT32_MAX;  // TagLib stops there
             if (last) return true;
-            if (length < 16 && header.containsAt("data", 4)) return false;
+            if (length < 16 && textOf(header.nameAt(4)) == "data") return false;
             if (++count_ > limits::mp4Atoms) return false;
             position += length;
         }
         return true;
     }
 
-    TagLib::IOStream& stream_;
+    TagLibStream& stream_;
     const std::int64_t fileEnd_;
     std::vector<Atom> around_;  // the containers that are open, the outermost one first
     std::size_t count_ = 0;
@@ -174,7 +198,7 @@ class AtomWalk {
 
 }  // namespace
 
-MP4Structure structureOfMP4(TagLib::IOStream& stream) {
+MP4Structure structureOfMP4(TagLibStream& stream) {
     return AtomWalk(stream).structure();
 }
 

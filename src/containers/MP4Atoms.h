@@ -1,8 +1,8 @@
 #pragma once
 
-#include <tiostream.h>
-
 namespace zal {
+
+class TagLibStream;
 
 /// What TagLib can be trusted with.
 enum class MP4Structure {
@@ -13,6 +13,6 @@ enum class MP4Structure {
 
 /// Walks the atoms of an MP4 file as TagLib is going to, within bounds. The cost is that of the file's atoms;
 /// what they hold is not read.
-MP4Structure structureOfMP4(TagLib::IOStream& stream);
+MP4Structure structureOfMP4(TagLibStream& stream);
 
 }  // namespace zal

@@ -9,11 +9,30 @@
 #include "records/StoredRecord.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace {
 
 // Traktor's data are not looked for in front of this place, as the files have it.
 constexpr long traktorOffset = 10000;
+constexpr std::string_view traktorMark = "NITR";
+constexpr std::string_view traktorEnd = "free";
+constexpr std::size_t searchedBlock = 1024;  // of TagLib's search
+
+// False when TagLib's search finds no trace of Traktor for certain. It takes its time over every block of a
+// file, so that a quick look goes first.
+bool mayHoldTraktorMark(TagLib::IOStream& stream) {
+    constexpr std::size_t lookedAt = 32 * searchedBlock;
+    for (long position = traktorOffset;; position += static_cast<long>(lookedAt)) {
+        stream.seek(position);
+        const TagLib::ByteVector block = stream.readBlock(lookedAt + traktorMark.size() - 1);
+        const std::string_view bytes(block.data(), block.size());
+        if (bytes.find(traktorMark) != bytes.npos) return true;
+        const std::size_t end = bytes.find(traktorEnd);
+        const bool isSeen = end < lookedAt && end % searchedBlock + traktorEnd.size() <= searchedBlock;
+        if (isSeen || bytes.size() < lookedAt) return false;
+    }
+}
 
 ZALNullableData payloadOfItem(const TagLib::MP4::Tag& tag, const std::string& name) {
     return zal::payloadOf(zal::itemText(tag, name));
@@ -130,5 +149,6 @@ bool ZALTagMP4::hasSeratoMetadata() const {
 // Traktor
 
 bool ZALTagMP4::hasTraktorMetadata() const {
-    return state_->file->find("NITR", traktorOffset, "free") >= 0;
+    return mayHoldTraktorMark(*state_->stream) &&
+           state_->file->find(traktorMark.data(), traktorOffset, traktorEnd.data()) >= 0;
 }

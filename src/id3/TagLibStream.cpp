@@ -13,6 +13,8 @@ namespace {
 
 // What one block holds at most: TagLib's vectors count in 32 bits.
 constexpr unsigned long blockMax = 0x7FFFFFFF;
+// Smaller ones are in the cache of blocks below.
+constexpr unsigned long keptMin = 16384;
 
 }  // namespace
 
@@ -36,6 +38,10 @@ void TagLibStream::giveUp(const std::string& reason) {
     file_->giveUp(reason);
 }
 
+std::size_t TagLibStream::readAt(unsigned long position, std::span<std::uint8_t> buffer) {
+    return file_->readAt(position, buffer);
+}
+
 TagLib::FileName TagLibStream::name() const {
     return file_->path().c_str();
 }
@@ -51,11 +57,16 @@ bool TagLibStream::isOpen() const {
 TagLib::ByteVector TagLibStream::readBlock(unsigned long length) {
     if (position_ >= file_->length()) return {};
     const auto n = std::min({length, file_->length() - position_, blockMax});
+    if (TagLib::ByteVector kept = takeKept(n); !kept.isEmpty()) return kept;
     try {
         TagLib::ByteVector block(static_cast<unsigned int>(n), '\0');
         const std::size_t count =
             file_->readAt(position_, {reinterpret_cast<std::uint8_t*>(block.data()), block.size()});
         block.resize(static_cast<unsigned int>(count));
+        if (count >= keptMin) {
+            kept_ = block;
+            keptPosition_ = position_;
+        }
         position_ += count;
         return block;
     } catch (const std::bad_alloc&) {
@@ -65,14 +76,27 @@ TagLib::ByteVector TagLibStream::readBlock(unsigned long length) {
     }
 }
 
+// Part of the kept block, which is let go then; TagLib's vectors share their bytes.
+TagLib::ByteVector TagLibStream::takeKept(unsigned long length) {
+    if (length < keptMin || position_ < keptPosition_ || position_ + length > keptPosition_ + kept_.size()) {
+        return {};
+    }
+    const TagLib::ByteVector kept = std::exchange(kept_, {});
+    const auto start = static_cast<unsigned int>(position_ - keptPosition_);
+    position_ += length;
+    return kept.mid(start, static_cast<unsigned int>(length));
+}
+
 void TagLibStream::writeBlock(const TagLib::ByteVector& data) {
     if (readOnly()) return;
+    kept_.clear();
     file_->write(position_, viewOf(data));
     position_ += data.size();
 }
 
 void TagLibStream::insert(const TagLib::ByteVector& data, unsigned long start, unsigned long replace) {
     if (readOnly()) return;
+    kept_.clear();
     if (data.size() > replace) {
         file_->insert(start, viewOf(data), replace);
         position_ = file_->length();
@@ -85,6 +109,7 @@ void TagLibStream::insert(const TagLib::ByteVector& data, unsigned long start, u
 
 void TagLibStream::removeBlock(unsigned long start, unsigned long length) {
     if (readOnly()) return;
+    kept_.clear();
     file_->remove(start, length);
     // TagLib's own stream ends with cutting the file behind the last block it moved, which extends a file
     // that is shorter than `start`.
@@ -108,7 +133,9 @@ long TagLibStream::length() {
 }
 
 void TagLibStream::truncate(long length) {
-    if (!readOnly() && length >= 0) file_->truncate(static_cast<std::uint64_t>(length));
+    if (readOnly() || length < 0) return;
+    kept_.clear();
+    file_->truncate(static_cast<std::uint64_t>(length));
 }
 
 }  // namespace zal

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 #include <tiostream.h>
@@ -29,6 +31,10 @@ class TagLibStream final : public TagLib::IOStream {
     /// Makes every later commit fail: for a save that TagLib broke off half-way, by an exception.
     void giveUp(const std::string& reason);
 
+    /// Reads without TagLib's vectors and without moving the place: fills the buffer from a position on and
+    /// returns the number of bytes, fewer at the end.
+    std::size_t readAt(unsigned long position, std::span<std::uint8_t> buffer);
+
     TagLib::FileName name() const override;
     TagLib::ByteVector readBlock(unsigned long length) override;
     void writeBlock(const TagLib::ByteVector& data) override;
@@ -43,9 +49,14 @@ class TagLibStream final : public TagLib::IOStream {
 
   private:
     explicit TagLibStream(std::unique_ptr<SafeFile> file);
+    TagLib::ByteVector takeKept(unsigned long length);
 
     const std::unique_ptr<SafeFile> file_;
     unsigned long position_ = 0;
+    // The last large block that was read, until it is asked for again or something is written. Tags are read
+    // twice: by a check of ours, then by TagLib.
+    TagLib::ByteVector kept_;
+    unsigned long keptPosition_ = 0;
 };
 
 }  // namespace zal

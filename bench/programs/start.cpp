@@ -1,0 +1,7 @@
+// start: what a program costs that links the library and asks it for its version.
+
+#include <zaltag/platform/ZALHost.h>
+
+int main() {
+    return ZALHost::libraryVersion().empty();
+}
