@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Files.h"
+#include "Interrupts.h"
 #include "Output.h"
 #include "TagMembers.h"
 
@@ -88,9 +89,11 @@ int exportPictures(const Options& options) {
         output.failure(options.folder, error.message());
         return output.finish();
     }
+    holdInterrupts();
     forEachFile(options.files, output, [&](const std::string& file, const ZALTag& tag) {
         std::size_t number = 0;
         for (const ZALTagStoredImage& stored : tag.allStoredImages()) {
+            if (isInterrupted()) return;
             const std::string path = (fs::path(options.folder) / exportName(file, ++number, stored)).string();
             const std::string failure = writeNewFile(path, stored.data);
             if (failure.empty()) {
@@ -123,7 +126,9 @@ std::string changePictures(const std::string& file, const Change& change) {
 
 int changeAll(const Options& options, const Change& change) {
     Output output(false);
+    holdInterrupts();
     for (const std::string& file : options.files) {
+        if (isInterrupted()) break;
         const std::string failure = changePictures(file, change);
         if (!failure.empty()) output.failure(file, failure);
     }
@@ -213,22 +218,18 @@ void addArtworkCommand(CLI::App& program, Command& chosen) {
     };
     const auto addImage = [](const auto& added) {
         added.first
-            ->add_option("--image", added.second->image,
-                         "PNG, JPEG, WebP, TIFF, GIF or BMP file; - for standard input")
+            ->add_option("--image", added.second->image, "PNG, JPEG, WebP, TIFF, GIF, BMP; - for stdin")
+            ->type_name("FILE")
             ->required();
     };
-    const auto [lister, listed] =
-        add("list", "Print all pictures: number, type, format, size, bytes, mark", list);
+    const auto [lister, listed] = add("list", "Print number, type, format, size, bytes and mark", list);
     lister->add_flag("--json", listed->json, "Print one JSON array, an object per file");
     const auto [exporter, exported] =
         add("export", "Write all pictures to files, as they are stored", exportPictures);
-    exporter->add_option("--out", exported->folder,
-                         "Folder to write to, created when missing; the current one without");
-    addImage(
-        add("replace",
-            "Replace the first picture; a customised one only in MP4 and FLAC files, where it stays marked",
-            replace));
-    addImage(add("backup", "Put in a customised picture and keep the original one", backup));
-    add("restore", "Take customised pictures out and put the original one back", restore);
+    exporter->add_option("--out", exported->folder, "Where to, created when missing; else here")
+        ->type_name("FOLDER");
+    addImage(add("replace", "Replace the first picture (see backup)", replace));
+    addImage(add("backup", "Put in a picture of yours, keep the original one", backup));
+    add("restore", "Take yours out and put the original one back", restore);
     add("clear", "Remove all pictures", clear);
 }

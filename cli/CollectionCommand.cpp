@@ -300,7 +300,7 @@ void addView(CLI::App& program, Command& chosen, const View& view) {
             };
         });
     };
-    add("info", "Print where the collection is and how much is in it", info);
+    add("info", "Print where it is and how much is in it", info);
     add("tracks", "Print every track", tracks);
     add("track", "Print one track with its cues", track);
     add("playlists", "Print the playlists", playlists);

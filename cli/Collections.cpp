@@ -176,10 +176,12 @@ std::string whyNotWritten(const Collection& collection, const std::string& path)
 }
 
 void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
-    command.add_option("--rekordbox", options.rekordbox, "The Rekordbox collection to use, an XML file");
-    command.add_option("--traktor", options.traktor, "The Traktor collection to use, an NML file");
-    command.add_option("--boot-volume", options.bootVolume,
-                       "The name that Traktor's collection gives the startup volume");
+    command.add_option("--rekordbox", options.rekordbox, "The Rekordbox collection to use (XML)")
+        ->type_name("FILE");
+    command.add_option("--traktor", options.traktor, "The Traktor collection to use (NML)")
+        ->type_name("FILE");
+    command.add_option("--boot-volume", options.bootVolume, "Traktor's name of the startup volume")
+        ->type_name("NAME");
 }
 
 void useCollections(const CollectionOptions& options) {

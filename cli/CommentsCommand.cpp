@@ -83,10 +83,9 @@ void addCommentsCommand(CLI::App& program, Command& chosen) {
     const auto [lister, options] = add("list", "Print all comments: kind, language, text", "FILE", list);
     lister->add_flag("--json", options->json, "Print one JSON array, an object per file");
     add("set", "Set the primary comment", "FILE... comment=TEXT", set);
-    add("prune", "Remove all comments but the primary one and those of other programs", "FILE",
-        [](const Options& o) {
-            return changeFiles(o.words, [](ZALTag& tag) { id3Family(tag).deleteExtraneousComments(); });
-        });
+    add("prune", "Remove all but the primary and foreign ones", "FILE", [](const Options& o) {
+        return changeFiles(o.words, [](ZALTag& tag) { id3Family(tag).deleteExtraneousComments(); });
+    });
     add("strip-v1", "Empty the comment of the ID3v1 tag", "FILE", [](const Options& o) {
         return changeFiles(o.words, [](ZALTag& tag) { id3Family(tag).deleteID3v1Comment(); });
     });

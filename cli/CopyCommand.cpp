@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Files.h"
+#include "Interrupts.h"
 #include "Output.h"
 
 #include <zaltag/containers/ZALTagFLAC.h>
@@ -59,6 +60,7 @@ int copy(const Options& options) {
         if (!failure.empty()) output.failure(file, failure);
         opened = opened && failure.empty();
     }
+    holdInterrupts();
     if (opened) {
         const std::string failure = copyTags(absolutePath(options.source), absolutePath(options.destination));
         if (!failure.empty()) output.failure(options.destination, failure);
@@ -72,9 +74,7 @@ void addCopyCommand(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("copy", "Copy all tags of one file into another");
     command->add_option("SOURCE", options->source, "The file whose tags are copied")->required();
-    command
-        ->add_option("DESTINATION", options->destination,
-                     "The file that gets them; of the same type, or an MP3 for an MP4")
+    command->add_option("DESTINATION", options->destination, "A file of the same type, or an MP3 for an MP4")
         ->required();
     command->callback([options, &chosen] { chosen = [options] { return copy(*options); }; });
 }

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "CuePlaces.h"
 #include "Files.h"
+#include "Interrupts.h"
 #include "Output.h"
 #include "TagMembers.h"
 
@@ -112,6 +113,7 @@ Request readWords(const Options& options) {
 int setInCollection(const Request& request, const CollectionPlace& place) {
     Output output(false);
     std::vector<std::string> requested;
+    holdInterrupts();
     const std::string unusable = whyNotUsable(*place.collection);
     if (!unusable.empty()) output.problem(unusable);
     for (const std::string& file : request.files) {
@@ -154,7 +156,8 @@ void addCuesCommand(CLI::App& program, Command& chosen) {
     lister->add_option("FILE", listing->words, "Audio files")->required();
     lister->add_option("--from", listing->place, "Where the cue points stand")
         ->required()
-        ->check(CLI::IsMember(allPlaceNames(true)));
+        ->type_name("PLACE")
+        ->check(CLI::IsMember(allPlaceNames(true)).description(""));
     addCollectionOptions(*lister, listing->collections);
     lister->add_flag("--json", listing->json, "Print one JSON array, an object per file");
     lister->callback([listing, &chosen] { chosen = [listing] { return list(*listing); }; });
@@ -165,7 +168,8 @@ void addCuesCommand(CLI::App& program, Command& chosen) {
         ->required();
     setter->add_option("--to", setting->place, "Where to write them")
         ->required()
-        ->check(CLI::IsMember(allPlaceNames(false)));
+        ->type_name("PLACE")
+        ->check(CLI::IsMember(allPlaceNames(false)).description(""));
     addCollectionOptions(*setter, setting->collections);
     setter->add_flag("--clear", setting->clear, "Remove the cue points");
     setter->callback([setting, &chosen] { chosen = [setting] { return set(*setting); }; });

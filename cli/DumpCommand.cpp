@@ -30,8 +30,7 @@ int dump(const std::vector<std::string>& files) {
 
 void addDumpCommand(CLI::App& program, Command& chosen) {
     const auto files = std::make_shared<std::vector<std::string>>();
-    CLI::App* command =
-        program.add_subcommand("dump", "Print a report of everything in the tags of audio files");
+    CLI::App* command = program.add_subcommand("dump", "Print a report of everything in the tags");
     command->add_option("FILE", *files, "Audio files")->required();
     command->callback([files, &chosen] { chosen = [files] { return dump(*files); }; });
 }

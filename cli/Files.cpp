@@ -1,5 +1,6 @@
 #include "Files.h"
 
+#include "Interrupts.h"
 #include "Output.h"
 
 #include <fmt/format.h>
@@ -76,7 +77,9 @@ std::string changeFile(const std::string& path, const std::function<void(ZALTag&
 
 int changeFiles(const std::vector<std::string>& paths, const std::function<void(ZALTag&)>& change) {
     Output output(false);
+    holdInterrupts();
     for (const std::string& path : paths) {
+        if (isInterrupted()) break;
         const std::string failure = changeFile(path, change);
         if (!failure.empty()) output.failure(path, failure);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Interrupts.h"
+
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
@@ -12,7 +14,8 @@
 
 /// Runs `work(i)` for every i below `count` on several threads and hands the results to `consume(i, result)`
 /// in the order of i, one at a time. No thread runs further ahead than a window, so memory does not grow with
-/// the count. An exception of either is thrown to the caller once all threads have ended.
+/// the count. Once isInterrupted(), no further i is begun. An exception of either is thrown to the caller
+/// once all threads have ended.
 template <typename Result>
 void runInOrder(std::size_t count, unsigned threads, const std::function<Result(std::size_t)>& work,
                 const std::function<void(std::size_t, Result&&)>& consume) {
@@ -27,7 +30,7 @@ void runInOrder(std::size_t count, unsigned threads, const std::function<Result(
     const auto claim = [&](std::size_t& index) {
         std::unique_lock lock(mutex);
         moved.wait(lock, [&] { return failure != nullptr || claimed >= count || claimed < next + window; });
-        if (failure != nullptr || claimed >= count) return false;
+        if (failure != nullptr || claimed >= count || isInterrupted()) return false;
         index = claimed++;
         return true;
     };

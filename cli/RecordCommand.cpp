@@ -1,5 +1,6 @@
 #include "Assignments.h"
 #include "Commands.h"
+#include "Examples.h"
 #include "Files.h"
 #include "Output.h"
 
@@ -91,10 +92,9 @@ int record(const std::vector<std::string>& words) {
 
 void addRecordCommand(CLI::App& program, Command& chosen) {
     const auto words = std::make_shared<std::vector<std::string>>();
-    CLI::App* command =
-        program.add_subcommand("record", "Set analysis records from their JSON and save the files");
+    CLI::App* command = program.add_subcommand("record", "Set analysis records from JSON and save");
     command->add_option("FILE... NAME=JSON", *words, "Audio files, then records; NAME= removes one")
         ->required();
-    command->footer(fmt::format("Names: {}", fmt::join(recordNames(), ", ")));
+    command->footer(wrapped("Names", recordNames()));
     command->callback([words, &chosen] { chosen = [words] { return record(*words); }; });
 }

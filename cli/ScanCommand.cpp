@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Files.h"
 #include "InOrder.h"
+#include "Interrupts.h"
 #include "Output.h"
 #include "Progress.h"
 #include "TagMembers.h"
@@ -69,6 +70,7 @@ int scan(const Options& options) {
         }
         progress.show(i + 1);
     };
+    holdInterrupts();
     runInOrder<Scanned>(found.paths.size(), options.jobs, work, consume);
     progress.hide();
     const double seconds = progress.secondsSinceStart();
@@ -85,7 +87,9 @@ void addScanCommand(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("scan", "Open every audio file below folders and sum up");
     command->add_option("PATH", options->paths, "Folders and audio files")->required();
-    command->add_option("-j,--jobs", options->jobs, "Threads to use")->check(CLI::Range(1, 256));
+    command->add_option("-j,--jobs", options->jobs, "Threads to use")
+        ->type_name("N")
+        ->check(CLI::Range(1, 256).description(""));
     command->add_flag("--json", options->json, "Print one JSON array, an object per file");
     command->callback([options, &chosen] { chosen = [options] { return scan(*options); }; });
 }

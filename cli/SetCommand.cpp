@@ -1,5 +1,6 @@
 #include "Assignments.h"
 #include "Commands.h"
+#include "Examples.h"
 #include "Files.h"
 #include "Output.h"
 
@@ -109,10 +110,11 @@ void addSetCommand(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("set", "Set fields of audio files and save them");
     command
-        ->add_option("FILE... NAME=VALUE", options->words, "Audio files, then fields; an empty VALUE is null")
+        ->add_option("FILE... NAME=VALUE", options->words, "Audio files, then fields; no VALUE removes one")
         ->required();
-    command->add_flag("--strip-v1", options->stripV1,
-                      "Remove the ID3v1 tag of MP3 files; what only it holds is kept in the ID3v2 tag");
-    command->footer(fmt::format("Names: {}, {}", fmt::join(texts, ", "), fmt::join(integers, ", ")));
+    command->add_flag("--strip-v1", options->stripV1, "Remove the ID3v1 tag of MP3 files, its fields kept");
+    std::vector<std::string> names = texts;
+    names.insert(names.end(), integers.begin(), integers.end());
+    command->footer(wrapped("Names", names));
     command->callback([options, &chosen] { chosen = [options] { return set(*options); }; });
 }

@@ -4,6 +4,7 @@
 #include "CuePlaces.h"
 #include "Files.h"
 #include "InOrder.h"
+#include "Interrupts.h"
 #include "Output.h"
 #include "Progress.h"
 
@@ -169,6 +170,7 @@ int Sync::run() {
     }
     files_ = found.paths.size();
     Progress progress(files_);
+    holdInterrupts();
     {
         const CountedLog log;
         runInOrder<Job>(
@@ -180,6 +182,7 @@ int Sync::run() {
             });
     }
     progress.hide();
+    if (isInterrupted()) return output_.finish();
     if (!options_.dryRun) saveCollections();
     output_.line(summary());
     return output_.finish();
@@ -354,20 +357,22 @@ std::string Sync::summary() const {
 
 void addSyncCommand(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<Options>();
-    CLI::App* command =
-        program.add_subcommand("sync", "Carry cue points of a music folder from one program to others");
+    CLI::App* command = program.add_subcommand("sync", "Carry cue points from one program to others");
     command->add_option("PATH", options->paths, "Folders and audio files")->required();
     command->add_option("--from", options->source, "Where the cue points are taken from")
         ->required()
-        ->check(CLI::IsMember(allPlaceNames(true)));
+        ->type_name("PLACE")
+        ->check(CLI::IsMember(allPlaceNames(true)).description(""));
     command->add_option("--to", options->targets, "Where they are written; several may be named")
         ->required()
-        ->check(CLI::IsMember(allPlaceNames(false)))
+        ->type_name("PLACE")
+        ->check(CLI::IsMember(allPlaceNames(false)).description(""))
         ->allow_extra_args(false);
     addCollectionOptions(*command, options->collections);
     command->add_flag("-n,--dry-run", options->dryRun, "Only say what would change");
-    command->add_flag("--clear-empty", options->clearEmpty,
-                      "Clear the targets of a file that has no cue points in the source");
-    command->add_option("-j,--jobs", options->jobs, "Threads to use")->check(CLI::Range(1, 256));
+    command->add_flag("--clear-empty", options->clearEmpty, "Clear the targets where the source has none");
+    command->add_option("-j,--jobs", options->jobs, "Threads to use")
+        ->type_name("N")
+        ->check(CLI::Range(1, 256).description(""));
     command->callback([options, &chosen] { chosen = [options] { return Sync(*options).run(); }; });
 }

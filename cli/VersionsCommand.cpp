@@ -75,10 +75,11 @@ int versions(const Options& options) {
 
 void addVersionsCommand(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<Options>();
-    CLI::App* command =
-        program.add_subcommand("versions", "Fetch and print the newest versions of the analysis algorithms");
-    command->add_option("--service", options->service, "The web service, https://HOST[:PORT]");
-    command->add_option("--ca-file", options->authorities, "Certificate authorities to trust, a PEM file");
+    CLI::App* command = program.add_subcommand("versions", "Print the newest versions of the algorithms");
+    command->add_option("--service", options->service, "The web service, https://HOST[:PORT]")
+        ->type_name("URL");
+    command->add_option("--ca-file", options->authorities, "Certificate authorities to trust (PEM)")
+        ->type_name("FILE");
     command->add_flag("--json", options->json, "Print one JSON object");
     command->callback([options, &chosen] { chosen = [options] { return versions(*options); }; });
 }

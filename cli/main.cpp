@@ -1,22 +1,18 @@
 #include "Assignments.h"
 #include "Commands.h"
+#include "Examples.h"
+#include "Interrupts.h"
+#include "Output.h"
 
 #include <zaltag/platform/ZALHost.h>
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
 #include <exception>
 #include <iostream>
 
 namespace {
-
-constexpr char footer[] =
-    "Examples:\n"
-    "  zaltag show song.mp3\n"
-    "  zaltag set song.mp3 title='Night Drive' tempo=124 initialKey=8A\n"
-    "  zaltag scan ~/Music --json\n"
-    "\n"
-    "Exit status: 0 all done, 1 something failed, 2 wrong usage.";
 
 // --version is understood by the program and by every command of it.
 void addVersion(CLI::App& command, const std::string& version) {
@@ -26,11 +22,36 @@ void addVersion(CLI::App& command, const std::string& version) {
     }
 }
 
+// The command that a command line got to, as far as it was understood.
+const CLI::App& reached(const CLI::App& program) {
+    const std::vector<CLI::App*> below = program.get_subcommands();
+    return below.empty() ? program : reached(*below.front());
+}
+
+std::string fullName(const CLI::App& command) {
+    return command.get_parent() ? fullName(*command.get_parent()) + " " + command.get_name()
+                                : command.get_name();
+}
+
+// A mistyped command is named, with the one that was probably meant; other mistakes have their message.
+std::string messageFor(const CLI::ParseError& error, const CLI::App& command) {
+    const std::vector<std::string> words = command.remaining();
+    if (!dynamic_cast<const CLI::RequiredError*>(&error) || words.empty() || words.front().starts_with("-") ||
+        command.get_subcommands([](const CLI::App*) { return true; }).empty())
+        return error.what();
+    std::vector<std::string> names;
+    for (const CLI::App* below : command.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(below->get_name());
+    }
+    const std::string closest = closestName(words.front(), names);
+    return fmt::format("there is no command '{}'{}", printable(words.front()),
+                       closest.empty() ? "" : fmt::format(": did you mean '{}'?", closest));
+}
+
 int run(int argc, char** argv) {
     CLI::App program("Reads and writes the metadata of DJ software in audio files.", "zaltag");
     const std::string version = "zaltag " + ZALHost::libraryVersion();
     Command chosen;
-    program.footer(footer);
     program.require_subcommand(1);
     addShowCommand(program, chosen);
     addSetCommand(program, chosen);
@@ -45,16 +66,21 @@ int run(int argc, char** argv) {
     addSyncCommand(program, chosen);
     addVersionsCommand(program, chosen);
     addVersion(program, version);
+    addExamples(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& asked) {  // help or version
         return program.exit(asked);
     } catch (const CLI::ParseError& error) {
-        std::cerr << "zaltag: " << error.what() << "\nTry 'zaltag --help'.\n";
+        const CLI::App& command = reached(program);
+        std::cerr << "zaltag: " << messageFor(error, command) << "\nTry '" << fullName(command)
+                  << " --help'.\n";
         return wrongUsage;
     }
     try {
-        return chosen();
+        const int status = chosen();
+        endIfInterrupted();
+        return status;
     } catch (const UsageError& error) {
         std::cerr << "zaltag: " << error.what() << "\n";
         return wrongUsage;
