@@ -82,7 +82,8 @@ struct Row {
 
 class Report {
   public:
-    explicit Report(const Options& options) : options_(options), output_(false), page_(absolutePath(options.out)) {}
+    explicit Report(const Options& options)
+        : options_(options), output_(false), page_(absolutePath(options.out)) {}
     int run();
 
   private:

@@ -343,6 +343,7 @@ function update() {
         if (cell.dataset.column === state.sort) cell.setAttribute("aria-sort", state.isReversed ? "descending" : "ascending");
         cell.querySelector(".arrow").textContent = cell.dataset.column !== state.sort ? "" : state.isReversed ? " ↑" : " ↓";
     }
+    byId("tolerance-label").hidden = byId("filter").value !== "disagree";
     byId("sort").value = state.sort;
     byId("direction").textContent = state.isReversed ? "↑" : "↓";
     render(true);
@@ -473,7 +474,7 @@ function cueTable(track, lane) {
         const swatch = make("span", "swatch");
         if (cue.color) swatch.style.setProperty("--lane", cue.color);
         const times = timeText(cue.time) + (cue.end === null ? "" : `–${timeText(cue.end)}`);
-        return make("tr", "", make("td", "number", swatch, times), make("td", "", cue.name), make("td", "", cue.isMemory ? "memory" : ""));
+        return make("tr", "", make("td", "number", swatch, times), make("td", "", cue.name, cue.isMemory ? make("span", "kind", " memory") : null));
     });
     return make("section", lane.id, make("h3", "lane-name", lane.name), make("table", "", make("tbody", "", ...lines)));
 }
