@@ -25,6 +25,9 @@ ctest --preset release -j "$jobs"
 echo "== the installed library, as other programs use it"
 tests/consumer/check.sh "$PWD" "$PWD/build/release"
 
+echo "== the report's page in a browser"
+tests/browser/check.sh
+
 build fuzz
 echo "== tests under the address and undefined-behaviour sanitizers"
 ctest --preset fuzz -j "$jobs"

@@ -1,3 +1,4 @@
+#include "CollectionMembers.h"
 #include "Collections.h"
 #include "Commands.h"
 #include "CuePlaces.h"
@@ -5,7 +6,6 @@
 
 #include <zaltag/platform/ZALJSON.h>
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -40,12 +40,6 @@ ZALJSONValue number(std::size_t count) {
     return static_cast<std::int64_t>(count);
 }
 
-ZALJSONValue jsonOfBeats(const ZALCollectionTrack& track) {
-    const auto beats = track.beatTimes();
-    if (!beats) return nullptr;
-    return Array(beats->begin(), beats->end());
-}
-
 std::string lineOfCue(double start, const std::string& name, const ZALNullableString& type,
                       std::int64_t slot) {
     return fmt::format("{}\t{}\t{}\t{}", secondsText(start), type.value_or("-"), slot, printable(name));
@@ -53,22 +47,6 @@ std::string lineOfCue(double start, const std::string& name, const ZALNullableSt
 
 ZALRekordboxDatabase& rekordbox() {
     return *ZALRekordboxDatabase::sharedDatabase();
-}
-
-Members membersOf(const ZALRekordboxTrack& track, bool withBeats) {
-    Array cues;
-    for (const ZALRekordboxCuePoint& cue : track.cues()) {
-        cues.push_back(Object{{"name", cue.name()},
-                              {"type", cue.type()},
-                              {"typeName", cue.typeName()},
-                              {"start", cue.start()},
-                              {"end", cue.end()},
-                              {"num", cue.num()}});
-    }
-    Members members = {{"path", track.path()}, {"trackId", std::int64_t{track.trackId()}}};
-    if (withBeats) members.emplace_back("beatTimes", jsonOfBeats(track));
-    members.emplace_back("cues", cues);
-    return members;
 }
 
 std::size_t playlistCount(const ZALRekordboxPlaylistFolder& folder) {
@@ -138,30 +116,6 @@ const View rekordboxView = {
 
 ZALTraktorDatabase& traktor() {
     return *ZALTraktorDatabase::sharedDatabase();
-}
-
-// "2025-07-09T15:09:47Z", or null.
-ZALJSONValue jsonOfDate(const std::optional<std::chrono::system_clock::time_point>& date) {
-    if (!date) return nullptr;
-    return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::chrono::system_clock::to_time_t(*date)));
-}
-
-Members membersOf(const ZALTraktorTrack& track, bool withBeats) {
-    Array cues;
-    for (const ZALTraktorCuePoint& cue : track.cues()) {
-        cues.push_back(Object{{"name", cue.name()},
-                              {"type", cue.type()},
-                              {"typeName", cue.typeName()},
-                              {"startTime", cue.startTime()},
-                              {"length", cue.length()},
-                              {"index", cue.index()}});
-    }
-    Members members = {{"path", track.path()},
-                       {"uniqueID", track.uniqueID()},
-                       {"modificationDate", jsonOfDate(track.modificationDate())}};
-    if (withBeats) members.emplace_back("beatTimes", jsonOfBeats(track));
-    members.emplace_back("cues", cues);
-    return members;
 }
 
 const View traktorView = {

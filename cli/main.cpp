@@ -64,6 +64,7 @@ int run(int argc, char** argv) {
     addScanCommand(program, chosen);
     addCollectionCommands(program, chosen);
     addSyncCommand(program, chosen);
+    addReportCommand(program, chosen);
     addVersionsCommand(program, chosen);
     addVersion(program, version);
     addExamples(program);

@@ -1,0 +1,131 @@
+"use strict";
+// Runs inside the page, uses it as a person would, and sends what it found to the server that the page came from.
+(() => {
+    const results = {};
+    const nextFrame = () => new Promise((done) => setTimeout(done, 30));
+    const entries = () => JSON.parse(byId("tracks").textContent);
+    const number = (text) => Number(text.replace(/\D/g, ""));
+    const shownNow = () => number(byId("count").textContent.split(" of ")[0]);
+
+    async function type(id, value) {
+        byId(id).value = value;
+        byId(id).dispatchEvent(new Event("input", { bubbles: true }));
+        await nextFrame();
+    }
+
+    async function press(key, target = document.activeElement) {
+        target.dispatchEvent(new KeyboardEvent("keydown", { key, bubbles: true, cancelable: true }));
+        await nextFrame();
+    }
+
+    // What the list holds from top to bottom, by looking at every row of it.
+    async function list(read) {
+        const all = new Map();
+        for (let top = 0; ; top += grid.clientHeight / 2) {
+            grid.scrollTop = top;
+            await nextFrame();
+            for (const row of rows.querySelectorAll(".row")) all.set(Number(row.getAttribute("aria-rowindex")), read(row));
+            if (top > rows.offsetHeight) break;
+        }
+        grid.scrollTop = 0;
+        await nextFrame();
+        return [...all].sort(([a], [b]) => a - b).map(([, value]) => value);
+    }
+
+    const orderOf = (row) => Number(row.dataset.order);
+    const tempoOf = (row) => row.querySelector(".tempo").textContent;
+    const columnButton = (id) => byId("columns").querySelector(`[data-column=${id}] button`);
+
+    async function sorts() {
+        columnButton("tempo").click();
+        results.ascending = await list(tempoOf);
+        columnButton("tempo").click();
+        results.descending = await list(tempoOf);
+        results.ariaSort = byId("columns").querySelector("[data-column=tempo]").getAttribute("aria-sort");
+        byId("sort").value = "path";
+        byId("sort").dispatchEvent(new Event("change"));
+        await nextFrame();
+    }
+
+    async function searches() {
+        await type("search", "ZOE sondag");
+        results.found = await list(orderOf);
+        await type("search", "<script>");
+        results.hostile = await list((row) => row.querySelector(".title").textContent);
+        await type("search", "no such thing anywhere");
+        results.nothing = [shownNow(), byId("nothing").hidden];
+        await type("search", "");
+    }
+
+    async function filters() {
+        await type("filter", "disagree");
+        results.disagree = await list(orderOf);
+        await type("tolerance", "500");
+        results.disagreeLoosely = await list(orderOf);
+        await type("filter", "failed");
+        results.failed = await list((row) => row.textContent);
+        await type("filter", "all");
+    }
+
+    // The tips of the flags, as drawn, and the slope of the line that they lie on.
+    function drawnCues(svg) {
+        const lanes = {};
+        for (const lane of svg.querySelectorAll(".lane")) {
+            lanes[lane.dataset.lane] = [...lane.querySelectorAll(".cue .mark")].map((mark) => {
+                const shape = mark.getBBox();
+                return [shape.x, mark.ownerSVGElement.viewBox.baseVal.width];
+            });
+        }
+        return lanes;
+    }
+
+    async function draws() {
+        await type("search", "");
+        results.drawn = await list((row) => [orderOf(row), row.querySelector("svg") ? drawnCues(row.querySelector("svg")) : null]);
+        results.isClean = !document.querySelector("#rows b, #rows i, #rows script") && !window.alerted;
+    }
+
+    async function keys() {
+        grid.focus();
+        await press("Home");
+        await press("ArrowDown");
+        await press("ArrowDown");
+        results.active = grid.getAttribute("aria-activedescendant");
+        await press("Enter");
+        results.dialog = [byId("details").open, byId("details-title").textContent];
+        const before = drawnCues(byId("details").querySelector("svg")).serato;
+        await press("+", byId("details"));
+        const after = drawnCues(byId("details").querySelector("svg")).serato;
+        results.zoomed = [before, after];
+        byId("details").querySelector("button").click();
+        await nextFrame();
+        results.closed = [byId("details").open, document.activeElement === grid];
+        await press("/");
+        results.searching = document.activeElement === byId("search");
+        await press("Escape");
+        await press("End");
+        results.end = grid.getAttribute("aria-activedescendant");
+    }
+
+    async function run() {
+        while (!byId("count").textContent.endsWith("tracks") || byId("count").textContent.startsWith("Reading")) await nextFrame();
+        results.loaded = performance.now();
+        results.firstRows = window.firstRows;
+        results.longest = Math.max(0, ...window.longTasks);
+        results.count = shownNow();
+        results.overflow = document.documentElement.scrollWidth - innerWidth;
+        if (!location.search.includes("quick")) for (const one of [sorts, searches, filters, draws, keys]) await one();
+    }
+
+    run().catch((error) => { results.error = String(error.stack); }).then(() => {
+        const form = document.createElement("form");
+        form.method = "post";
+        form.action = "/results";
+        const text = document.createElement("textarea");
+        text.name = "results";
+        text.value = JSON.stringify(results);
+        form.append(text);
+        document.body.append(form);
+        form.submit();
+    });
+})();

@@ -1,0 +1,134 @@
+"""The page over a folder: what data it holds, that nothing in them gets out of them, and what becomes of the file."""
+import base64
+import html.parser
+import json
+import os
+import subprocess
+import unittest
+
+from collection_files import rekordbox, traktor
+from support import ProgramTest
+
+HOSTILE = '</script><script>alert(1)</script><!--<script>\u2028"\'&amp;'
+
+
+class Page(html.parser.HTMLParser):
+    """The page as a browser takes it apart: its script elements by id, and every address in it."""
+    def __init__(self, text):
+        super().__init__()
+        self.scripts, self.addresses, self.current = {}, [], None
+        self.feed(text)
+
+    def handle_starttag(self, tag, attrs):
+        attributes = dict(attrs)
+        self.addresses += [attributes[name] for name in ("src", "href", "action") if name in attributes]
+        if tag == "script":
+            self.current = attributes.get("id", "code")
+            assert self.current not in self.scripts, "a script element too many"
+            self.scripts[self.current] = ""
+
+    def handle_endtag(self, tag):
+        self.current = None if tag == "script" else self.current
+
+    def handle_data(self, data):
+        if self.current:
+            self.scripts[self.current] += data
+
+    def data(self, name):
+        return json.loads(self.scripts[name])
+
+
+class Report(ProgramTest):
+    def report(self, *arguments, status=0):
+        out = self.path("report.html")
+        lines = self.zaltag("report", *arguments, "-o", out, status=status)
+        with open(out, encoding="utf-8") as file:
+            return Page(file.read()), lines
+
+    def folder_with(self, count):
+        folder = self.path("music")
+        os.mkdir(folder)
+        return folder, [self.mp3(f"music/{i} é.mp3") for i in range(count)]
+
+    def test_data_are_those_of_show_and_of_the_collections(self):
+        folder, songs = self.folder_with(3)
+        self.zaltag("set", songs[0], "title=" + HOSTILE, "artist=<b>", "comment=]]>", "tempo=124")
+        self.zaltag("cues", "set", songs[0], "--to", "serato", "1.5=" + HOSTILE, "4=")
+        self.zaltag("record", songs[1], 'zalBeatGrid={"algorithm": 1, "tempo": 120.5, "beats": [0.5, 1, 1.5]}')
+        marks = '<TEMPO Inizio="0.5" Bpm="120"/><POSITION_MARK Name="&lt;/script&gt;" Type="0" Start="1.5" Num="0"/>'
+        collections = ("--rekordbox", self.write("r.xml", rekordbox([(songs[0], marks), (songs[1], "")])),
+                       "--traktor", self.write("c.nml", traktor(songs[:1])))
+        page, (out, _) = self.report(folder, *collections)
+        self.assertEqual(out, f"3 files, 0 failures: {self.path('report.html')}\n")
+        self.assertEqual(set(page.scripts), {"tracks", "covers", "about", "code"})
+        self.assertEqual(page.addresses, [])
+        self.assertNotIn("<", page.scripts["tracks"] + page.scripts["about"])
+        tracks = page.data("tracks")
+        self.assertEqual([track["file"] for track in tracks], [self.show(song) for song in songs])
+        self.assertEqual(tracks[0]["file"]["title"], HOSTILE)
+        for name, option in (("rekordbox", collections[:2]), ("traktor", collections[2:])):
+            held = {one["path"]: one for one in json.loads(self.zaltag(name, "tracks", "--json", *option)[0])}
+            for song, track in zip(songs, tracks):
+                lane = dict(track[name]) if track[name] else None
+                runs = lane.pop("beatRuns") if lane else None
+                self.assertEqual(lane, held.get(song))
+                beats = json.loads(self.zaltag(name, "track", song, "--json", *option)[0])["beatTimes"] if lane else None
+                self.check_runs(runs, beats)
+            self.assertEqual(page.data("about")[name], option[1])
+        self.assertEqual(len(tracks[0]["rekordbox"]["beatRuns"]), 1)
+
+    def check_runs(self, runs, beats):
+        if beats is None:
+            return self.assertIsNone(runs)
+        flat = [start + i * step for start, step, count in runs for i in range(count)]
+        self.assertEqual(len(flat), len(beats))
+        self.assertLess(max((abs(a - b) for a, b in zip(flat, beats)), default=0), 0.001)
+
+    def test_covers_are_small_and_shared(self):
+        folder, songs = self.folder_with(3)
+        image = self.path("cover.png")
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "color=c=0x204080:s=300x150", "-frames:v", "1", image], check=True)
+        for song in songs[:2]:
+            self.zaltag("artwork", "replace", song, "--image", image)
+        page, _ = self.report(folder)
+        self.assertEqual([track["cover"] for track in page.data("tracks")], [0, 0, None])
+        (cover,) = page.data("covers")
+        kind, text = cover.split(",")
+        self.assertEqual(kind, "data:image/png;base64")
+        raw = subprocess.run(["ffmpeg", "-v", "error", "-i", "-", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"], check=True,
+                             input=base64.b64decode(text, validate=True), stdout=subprocess.PIPE).stdout
+        self.assertEqual(len(raw), 64 * 32 * 3)
+        for got, wanted in zip(raw[:3], (0x20, 0x40, 0x80)):
+            self.assertLessEqual(abs(got - wanted), 6)
+
+    def test_failures_are_on_the_page_and_named(self):
+        folder, songs = self.folder_with(1)
+        self.write("music/a.flac", b"nothing")
+        bad = os.path.join(os.fsencode(folder), b"z\xff.mp3")
+        with open(bad, "wb") as file:
+            file.write(self.content(songs[0]))
+        page, (out, err) = self.report(folder, "--rekordbox", self.path("missing.xml"), status=1)
+        self.assertEqual(len(err.splitlines()), 2, err)
+        self.assertIn("3 files, 1 failures", out)
+        tracks = page.data("tracks")
+        self.assertEqual([set(track["file"]) == {"path", "error"} for track in tracks], [False, True, False])
+        self.assertTrue(tracks[2]["file"]["path"].endswith("z\ufffd.mp3"))
+        self.assertIsNone(page.data("about")["rekordbox"])
+
+    def test_where_the_page_goes(self):
+        folder, (song,) = self.folder_with(1)
+        for out in (song, folder, "/dev/null"):
+            self.zaltag("report", folder, "-o", out, status=2)
+        self.zaltag("report", folder, "-o", self.path("none/report.html"), status=1)
+        os.symlink(self.path("real.html"), self.path("link.html"))
+        self.write("real.html", b"old")
+        self.zaltag("report", folder, "-o", self.path("link.html"))
+        self.assertTrue(os.path.islink(self.path("link.html")))
+        self.assertIn(b"<!DOCTYPE html>", self.content(self.path("real.html")))
+        done = self.run_program("report", folder, "-o", "/dev/full")
+        self.assertEqual(done.returncode, 2)
+        self.assertEqual(sorted(os.listdir(self.folder)), ["link.html", "music", "real.html"])
+
+
+if __name__ == "__main__":
+    unittest.main()
