@@ -49,6 +49,8 @@ std::unique_ptr<TagLib::FLAC::File> flacFile(TagLibStream& stream) {
 }
 
 bool writeFLACFile(TagLib::FLAC::File& file, const std::string& path) {
+    const TagLib::ID3v2::Tag* tag = file.ID3v2Tag(false);
+    if (tag != nullptr && !fitsItsLength(*tag, path)) return false;
     // TagLib would write the lengths without their upper bits.
     auto largest = file.xiphComment(true)->render(false).size();
     for (const TagLib::FLAC::Picture* picture : file.pictureList()) {

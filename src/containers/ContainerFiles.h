@@ -26,8 +26,8 @@ bool writeMP4File(MP4File& file, const std::string& path);
 
 /// The stream's file as a FLAC file, with or without ID3 tags; null as above.
 std::unique_ptr<TagLib::FLAC::File> flacFile(TagLibStream& stream);
-/// Has TagLib write the tags into the stream. False, with one log line, when a metadata block would be longer
-/// than its length can say.
+/// Has TagLib write the tags into the stream. False, with one log line, when a metadata block or the ID3v2
+/// tag would be longer than its length can say.
 bool writeFLACFile(TagLib::FLAC::File& file, const std::string& path);
 
 /// The stream's file as a WAV file; null as above. The fields of its INFO list that are not UTF-8, which

@@ -8,8 +8,8 @@
 #include <memory>
 #include <string>
 
-// TagLib's files of the ID3 family, opened with the checks that TagLib does not make. None reads audio
-// properties.
+// TagLib's files of the ID3 family, opened and written with the checks that TagLib does not make. None reads
+// audio properties.
 
 namespace zal {
 
@@ -17,7 +17,8 @@ namespace zal {
 std::unique_ptr<TagLib::MPEG::File> mpegFile(TagLibStream& stream);
 
 /// Has TagLib write and strip tags in the stream. False, with one log line, when the lengths in the file's
-/// tags are wrong, so that audio would be lost with them.
+/// tags are wrong, so that audio would be lost with them, and when the ID3v2 tag would be longer than its
+/// length can say.
 bool writeMP3File(TagLib::MPEG::File& file, TagLibStream& stream, const std::string& path, int tags,
                   TagLib::File::StripTags strip,
                   TagLib::File::DuplicateTags duplicate = TagLib::File::Duplicate);

@@ -3,6 +3,7 @@
 #include "base/Limits.h"
 #include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
+#include "platform/Log.h"
 
 #include <zaltag/base/ZALTagDecodeGRP1FrameData.h>
 
@@ -25,14 +26,13 @@ namespace {
 
 // TagLib gives a frame's header only to the classes of frames.
 struct FrameAccess : Frame {
-    static void keep(const Frame& frame) { (frame.*&FrameAccess::header)()->setTagAlterPreservation(false); }
+    static Header& headerOf(const Frame& frame) { return *(frame.*&FrameAccess::header)(); }
 };
 
 template <typename TextFrame>
 void prepare(Frame* frame) {
     auto* text = dynamic_cast<TextFrame*>(frame);
     if (text == nullptr) return;
-    FrameAccess::keep(*text);
     const auto encoding = static_cast<unsigned>(text->textEncoding());  // bytes from 0x80 on are negative
     if (encoding <= TagLib::String::UTF8) return;
     text->setTextEncoding(TagLib::String::Latin1);  // TagLib takes a wider one where the text asks for it
@@ -43,12 +43,30 @@ void prepare(Frame* frame) {
 bool prepareFrames(Tag& tag) {
     if (tag.frameList().size() > limits::id3Frames) return false;
     for (Frame* frame : tag.frameList()) {
+        FrameAccess::headerOf(*frame).setTagAlterPreservation(false);
         prepare<TextIdentificationFrame>(frame);
         prepare<TagLib::ID3v2::CommentsFrame>(frame);
         prepare<GeneralEncapsulatedObjectFrame>(frame);
         prepare<TagLib::ID3v2::AttachedPictureFrame>(frame);
     }
     return true;
+}
+
+bool fitsItsLength(const Tag& tag, const std::string& path) {
+    // Behind the frames TagLib puts padding, and an ID3v1 tag's fields where these are missing.
+    constexpr std::uint64_t sizeMax = (1U << 28) - 4096;
+    std::uint64_t size = 0;
+    for (const Frame* frame : tag.frameList()) {
+        size += frame->render().size();
+        if (size <= sizeMax) continue;
+        logf("could not save '{}': its ID3v2 tag would be too large", path);
+        return false;
+    }
+    return true;
+}
+
+bool isEncrypted(const Frame& frame) {
+    return FrameAccess::headerOf(frame).encryption();
 }
 
 std::vector<Frame*> framesWithID(const Tag& tag, const char* id) {

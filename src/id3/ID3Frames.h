@@ -16,10 +16,18 @@ std::vector<TagLib::ID3v2::Frame*> framesWithID(const TagLib::ID3v2::Tag& tag, c
 
 /// Makes a tag ready for use after opening. False for one with more frames than any real one: TagLib searches
 /// all of them for each one it removes, so that a hostile tag could keep a setter busy for minutes. Such a
-/// file is not opened. What is set in the other frames must reach the file: those whose text encoding does
-/// not exist get Latin-1, since TagLib would write the empty text, and those marked to be discarded when the
-/// tag changes lose that mark.
+/// file is not opened. All frames must reach the file again: those whose text encoding does not exist get
+/// Latin-1, since TagLib would write the empty text, and those marked to be discarded when the tag changes
+/// lose that mark.
 bool prepareFrames(TagLib::ID3v2::Tag& tag);
+
+/// Whether the tag's length, of 28 bits, can say how long it would be; TagLib would write it without its
+/// upper bits, and the rest of the tag would be taken for audio. False with one log line.
+bool fitsItsLength(const TagLib::ID3v2::Tag& tag, const std::string& path);
+
+/// Whether the frame was encrypted when it was read. TagLib holds its bytes as they are, and writes them
+/// without the mark that says so.
+bool isEncrypted(const TagLib::ID3v2::Frame& frame);
 
 /// The first frame of an id, or null.
 TagLib::ID3v2::Frame* firstFrame(const TagLib::ID3v2::Tag& tag, const char* id);

@@ -4,8 +4,11 @@
 #include "base/Endian.h"
 #include "support/AudioFixtures.h"
 #include "support/Hex.h"
+#include "support/LogCapture.h"
 
+#include <attachedpictureframe.h>
 #include <gmock/gmock.h>
+#include <id3v2tag.h>
 #include <sys/stat.h>
 
 namespace {
@@ -166,6 +169,42 @@ TEST(Fields, areKeptInFramesThatTagLibWouldNotWrite) {
         EXPECT_EQ(tag->year(), 2001) << row.what;
         EXPECT_EQ(tag->comment(), "new") << row.what;
     }
+}
+
+// TagLib alone would leave them out.
+TEST(Saving, keepsFramesOfEveryKindThatAreMarkedToBeDiscarded) {
+    const char* ids[] = {"PRIV", "POPM", "UFID", "WCOM", "WXXX", "USLT", "SYLT", "RVA2", "OWNE", "MCDI"};
+    for (const char* id : ids) {
+        const std::string path = mp3(id3Tag({id3Frame(id, bytesOf("abcdefghijklmnop"), 0x4000)}));
+        const auto tag = opened(path);
+        tag->setTitle("x");
+        ASSERT_TRUE(tag->save());
+        const ZALData bytes = contentsOf(path);
+        EXPECT_NE(std::string(bytes.begin(), bytes.end()).find(id), std::string::npos) << id;
+    }
+}
+
+// Its length has 28 bits, the rest of which TagLib would not write.
+TEST(Saving, refusesATagThatWouldBeTooLong) {
+    const std::string path = mp3(id3Tag({id3Text("TIT2", "old")}), id3v1Tag("old", "", ""));
+    const ZALData before = contentsOf(path);
+    const auto tag = opened(path);
+    tag->setTitle("new");
+    const TagLib::ByteVector picture(1 << 26, 'x');  // of which all frames share the bytes
+    for (int i = 0; i < 4; ++i) {
+        auto* frame = new TagLib::ID3v2::AttachedPictureFrame;
+        frame->setPicture(picture);
+        tag->v2Tag()->addFrame(frame);
+    }
+    const LogCapture log;
+    ZALError error;
+    EXPECT_FALSE(tag->save(&error));
+    EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
+    EXPECT_THAT(log.lines(), testing::ElementsAre(testing::HasSubstr("its ID3v2 tag would be too large")));
+    EXPECT_EQ(contentsOf(path), before);
+    tag->v2Tag()->removeFrames("APIC");
+    EXPECT_TRUE(tag->save());
+    EXPECT_EQ(opened(path)->title(), "new");
 }
 
 TEST(Fields, numericGenresBecomeNames) {
