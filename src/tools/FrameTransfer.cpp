@@ -1,5 +1,7 @@
 #include "tools/FrameTransfer.h"
 
+#include "id3/ID3Frames.h"
+
 #include <commentsframe.h>
 #include <generalencapsulatedobjectframe.h>
 
@@ -19,15 +21,19 @@ bool belongsToAudio(const Frame& frame) {
 
 }  // namespace
 
-void transferFrames(TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to) {
+int transferFrames(TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to) {
+    int encryptedCount = 0;
     while (!from.frameList().isEmpty()) {
         Frame* frame = from.frameList().front();
-        const bool isGenre = frame->frameID() == "TCON";
+        const bool encrypted = isEncrypted(*frame);
+        const bool isGenre = !encrypted && frame->frameID() == "TCON";
         if (isGenre) to.setGenre(from.genre());
-        const bool goes = isGenre || belongsToAudio(*frame);
+        const bool goes = encrypted || isGenre || belongsToAudio(*frame);
         from.removeFrame(frame, goes);
         if (!goes) to.addFrame(frame);
+        encryptedCount += encrypted ? 1 : 0;
     }
+    return encryptedCount;
 }
 
 }  // namespace zal

@@ -35,11 +35,19 @@ void copyID3v1(const zal::Copy<ID3File, ID3File>& files) {
               files.destination.path);
 }
 
-// The ID3v2 frames likewise.
+template <typename File>
+void copyFrames(const zal::Copy<File, File>& files, TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to) {
+    const int encrypted = zal::transferFrames(from, to);
+    if (encrypted == 0) return;
+    zal::logf("{}: {} encrypted frames were not copied from '{}'", files.function, encrypted,
+              files.source.path);
+}
+
+// The ID3v2 frames, as the fields of ID3v1.
 template <typename ID3File>
 void copyID3v2(const zal::Copy<ID3File, ID3File>& files) {
     TagLib::ID3v2::Tag* destination = zal::destinationID3v2Tag(files);
-    if (destination != nullptr) zal::transferFrames(*files.source->ID3v2Tag(), *destination);
+    if (destination != nullptr) copyFrames(files, *files.source->ID3v2Tag(), *destination);
 }
 
 // MP3
@@ -63,11 +71,10 @@ bool copyMP3(zal::Copy<MP3File, MP3File>& files) {
 // AIFF and WAV
 
 template <typename File, typename Write>
-bool saveFormDestination(const zal::CopiedFile<File>& destination, zal::FormKind kind,
+bool saveFormDestination(const zal::CopiedFile<File>& destination, zal::FormKind kind, zal::FormLists lists,
                          zal::Opening<File> open, Write write) {
     const auto save = [&] { return zal::writeDestination(destination, open, write); };
-    return zal::saveForm(destination.path, *destination.stream, kind, save, zal::FormLists::replaced) ==
-           zal::FormSave::done;
+    return zal::saveForm(destination.path, *destination.stream, kind, save, lists) == zal::FormSave::done;
 }
 
 bool copyAIFF(zal::Copy<AIFFFile, AIFFFile>& files) {
@@ -77,20 +84,23 @@ bool copyAIFF(zal::Copy<AIFFFile, AIFFFile>& files) {
         return false;
     }
     if (source->isEmpty()) return true;
-    zal::transferFrames(*source, *files.destination->tag());
-    return saveFormDestination(files.destination, zal::FormKind::form, zal::aiffFile,
+    copyFrames(files, *source, *files.destination->tag());
+    return saveFormDestination(files.destination, zal::FormKind::form, zal::FormLists::kept, zal::aiffFile,
                                [&] { return files.destination->save(); });
 }
 
 bool copyWAV(zal::Copy<WAVFile, WAVFile>& files) {
-    zal::transferFrames(*files.source->ID3v2Tag(), *files.destination->ID3v2Tag());
     const TagLib::ByteVector list = files.source->infoChunk();
-    return saveFormDestination(files.destination, zal::FormKind::riff, zal::wavFile, [&] {
+    if (files.source->ID3v2Tag()->isEmpty() && list.isEmpty()) return true;
+    copyFrames(files, *files.source->ID3v2Tag(), *files.destination->ID3v2Tag());
+    const auto write = [&] {
         const bool saved = files.destination->save(WAVFile::ID3v2, WAVFile::StripOthers, TagLib::ID3v2::v4);
         // Afterwards: TagLib's save takes an INFO list away that is not its own.
         if (saved && !list.isEmpty()) files.destination->setInfoChunk(list);
         return saved;
-    });
+    };
+    return saveFormDestination(files.destination, zal::FormKind::riff, zal::FormLists::replaced, zal::wavFile,
+                               write);
 }
 
 // FLAC
@@ -101,8 +111,25 @@ void copyFields(const TagLib::Ogg::XiphComment& source, TagLib::Ogg::XiphComment
     }
 }
 
+// TagLib fills a comment that it makes with the fields of the ID3 tags; the source's own fields are put in
+// again, and what is left of TagLib's goes.
+bool writeFLAC(const zal::Copy<FLACFile, FLACFile>& files) {
+    const bool hadComment = files.destination->hasXiphComment();
+    const zal::CopiedFile<FLACFile>& destination = files.destination;
+    if (!zal::writeFLACFile(*destination.file, destination.path)) return false;
+    if (hadComment) return true;
+    const TagLib::Ogg::XiphComment* comment = files.source->xiphComment();
+    destination->xiphComment()->setProperties(comment != nullptr ? comment->properties()
+                                                                 : TagLib::PropertyMap());
+    return zal::writeFLACFile(*destination.file, destination.path);
+}
+
 bool copyFLAC(zal::Copy<FLACFile, FLACFile>& files) {
-    if (holdsSomething(files.source->xiphComment())) {
+    const bool hasV1 = holdsSomething(files.source->ID3v1Tag());
+    const bool hasV2 = holdsSomething(files.source->ID3v2Tag());
+    const bool hasComment = holdsSomething(files.source->xiphComment());
+    if (!hasV1 && !hasV2 && !hasComment) return true;
+    if (hasComment) {
         TagLib::Ogg::XiphComment* comment = files.destination->xiphComment(true);
         if (comment == nullptr) {
             zal::logf("{}: no XIPH comment created in '{}'", files.function, files.destination.path);
@@ -110,11 +137,9 @@ bool copyFLAC(zal::Copy<FLACFile, FLACFile>& files) {
         }
         copyFields(*files.source->xiphComment(), *comment);
     }
-    if (holdsSomething(files.source->ID3v1Tag())) copyID3v1(files);
-    if (holdsSomething(files.source->ID3v2Tag())) copyID3v2(files);
-    return zal::saveDestination(files.destination, zal::flacFile, [&] {
-        return zal::writeFLACFile(*files.destination.file, files.destination.path);
-    });
+    if (hasV1) copyID3v1(files);
+    if (hasV2) copyID3v2(files);
+    return zal::saveDestination(files.destination, zal::flacFile, [&] { return writeFLAC(files); });
 }
 
 }  // namespace

@@ -55,6 +55,7 @@ bool copyMP4(zal::Copy<MP4File, MP4File>& files) {
         zal::logf("{}: no m4a tag found in '{}'", files.function, files.destination.path);
         return false;
     }
+    if (source->isEmpty()) return true;
     replaceItems(*destination, source->itemMap());
     dprintMP4Tag(destination);
     return zal::saveDestination(files.destination, zal::mp4File, [&] {
@@ -74,8 +75,9 @@ void copyNumbers(const TagLib::MP4::Tag& source, TagLib::ID3v2::Tag& tag) {
         const auto [number, total] = source.item("trkn").toIntPair();
         zal::setTextOfFirstFrame(tag, "TRCK", fmt::format("{}/{}", number, total));
     }
+    // TagLib reads one above 32767 as negative.
     const int tempo = source.contains("tmpo") ? source.item("tmpo").toInt() : 0;
-    if (tempo != 0) zal::setTextOfFirstFrame(tag, "TBPM", std::to_string(tempo));
+    if (tempo > 0) zal::setTextOfFirstFrame(tag, "TBPM", std::to_string(tempo));
     if (source.contains("cpil") && source.item("cpil").toBool()) zal::setTextOfFirstFrame(tag, "TCMP", "1");
 }
 
@@ -92,6 +94,7 @@ void addCovers(const TagLib::MP4::Tag& source, TagLib::ID3v2::Tag& tag) {
 bool copyToMP3(zal::Copy<MP4File, MP3File>& files) {
     const TagLib::MP4::Tag* source = sourceTag(files);
     if (source == nullptr) return false;
+    if (source->isEmpty()) return true;
     TagLib::ID3v2::Tag* tag = zal::destinationID3v2Tag(files);
     if (tag != nullptr) {
         TagLib::Tag::duplicate(source, tag, true);

@@ -197,6 +197,27 @@ TEST_F(Description, ofFLAC) {
     EXPECT_EQ(described("song.flac", file), golden("flac"));
 }
 
+// Values that other programs would not write, each with a line of the report.
+TEST_F(Description, ofOddValues) {
+    const auto mp3 = [](const ZALData& frame) { return joined({id3Tag({frame}), mpegFrames()}); };
+    const auto mp4 = [](const ZALData& item) { return mp4File({mp4Tag({item})}); };
+    const auto keyless = ZALJSONValue(ZALJSONValue::Object{{"algorithm", 3}, {"source", "quorvantis"}});
+    const ZALData plain = picture(false, false);
+    const struct {
+        const char* name;
+        ZALData file;
+        std::string line;
+    } cases[] = {
+        {"a.mp3", mp3(id3Comment("d\xFC\x80", "", "x")), "COMM (d\u00FC\u0080) [] - 'x'"},
+        {"a.mp3", mp3(object("Key", *tagData(keyless))), "source = 'quorvantis', key = '', algorithm = 3"},
+        {"a.m4a", mp4(mp4Item("covr", {plain}, 13)), "cover - [image/jpeg, 72 bytes]"},
+        {"a.m4a", mp4(mp4Freeform("com.apple.iTunes", "energylevel", {"high"})), "energy  -  0"},
+    };
+    for (const auto& one : cases) {
+        EXPECT_THAT(described(one.name, one.file), testing::HasSubstr(one.line + "\n"));
+    }
+}
+
 TEST_F(Description, ofFilesWithFewTagsOrNone) {
     const ZALData v1 = id3v1Tag("T", "", "");
     const std::string standard =
