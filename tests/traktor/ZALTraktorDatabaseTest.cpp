@@ -57,7 +57,7 @@ const std::string before = R"(<?xml version="1.0" encoding="UTF-8" standalone="n
 
 TEST_F(Traktor, saveRewritesCuesAndDatesAndNothingElse) {
     const LogCapture log;
-    EXPECT_EQ(savedFrom(before), R"(<?xml version="1.0" encoding="UTF-8" standalone="no"?>
+    EXPECT_EQ(savedFrom(before), R"(<?xml version="1.0" encoding="UTF-8" standalone="no" ?>
 <!-- kept -->
 <NML VERSION="20">
 <COLLECTION ENTRIES="9">
