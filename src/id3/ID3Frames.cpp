@@ -150,6 +150,18 @@ ZALNullableData objectOf(const Tag* tag, const std::string& description) {
     return ZALData(object.begin(), object.end());
 }
 
+namespace {
+
+// TagLib writes frames that it could not read, such as encrypted ones, without their flags: the next reader
+// may take one for the object of another.
+void moveUnreadObjectsToEnd(Tag& tag) {
+    for (Frame* frame : framesWithID(tag, "GEOB")) {
+        if (dynamic_cast<UnknownFrame*>(frame) != nullptr) moveToEnd(tag, frame);
+    }
+}
+
+}  // namespace
+
 void setObject(Tag& tag, const std::string& description, ZALDataView object) {
     GeneralEncapsulatedObjectFrame* frame = describedObject(&tag, description);
     if (frame == nullptr) {
@@ -159,6 +171,7 @@ void setObject(Tag& tag, const std::string& description, ZALDataView object) {
         tag.addFrame(frame);
     }
     frame->setObject(TagLibBytes(object));
+    moveUnreadObjectsToEnd(tag);
 }
 
 void removeObject(Tag& tag, const std::string& description) {

@@ -227,9 +227,9 @@ def collections(rekordbox, traktor, path):
     million = 1000000
     for program, make in (("rekordbox", rekordbox), ("traktor", traktor)):
         yield "nested", program, make(path, "<N>" * million + "</N>" * million)
-        yield "attribute", program, make(path, f'<N a="{"x" * 100000000}"/>')
-        yield "attributes", program, make(path, "<N " + " ".join(f'a{i}="x"' for i in range(million)) + "/>")
         yield "unclosed", program, make(path, "<N " + "<" * million)
+    yield "attribute", "traktor", traktor(path, f'<N a="{"x" * 100000000}"/>')
+    yield "attributes", "rekordbox", rekordbox(path, "<N " + " ".join(f'a{i}="x"' for i in range(million)) + "/>")
     folders = '<NODE Type="0" Name="n">' * million + "</NODE>" * million
     yield "folders", "rekordbox", rekordbox(path, "").replace(b"</PLAYLISTS>", folders.encode() + b"</PLAYLISTS>")
     for name, tempos in (("tiny-steps", '<TEMPO Inizio="0" Bpm="1e300"/>'), ("steps-of-0", '<TEMPO Inizio="1e18" Bpm="100"/>'),

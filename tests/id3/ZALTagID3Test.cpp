@@ -1,4 +1,5 @@
 #include <zaltag/base/ZALProgrammingError.h>
+#include <zaltag/base/ZALTagSyncSafeInteger.h>
 #include <zaltag/id3/ZALTagID3.h>
 
 #include "base/Endian.h"
@@ -10,6 +11,9 @@
 #include <gmock/gmock.h>
 #include <id3v2tag.h>
 #include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -96,6 +100,78 @@ TEST(Opening, takesATagOrAFrame) {
          {mpegFrames(1), joined({junk, mpegFrames(2), junk}), id3Tag({id3Text("TIT2", "x")}),
           joined({junk, id3v1Tag("t", "", "")}), joined({junk, apeFooter})}) {
         EXPECT_NE(ZALTagID3::tagAtPath(folder().write("is.mp3", file)), nullptr) << file.size();
+    }
+}
+
+// Tags whose lengths add up to 2^32, so that adding them up in 32 bits goes round and round.
+TEST(Opening, refusesTagsWithoutEnd) {
+    const std::string path = folder().write("row.mp3", {});
+    constexpr std::uint64_t lengths[] = {0x0FFFFFFF + 10, 0x100000000 - 15 * (0x0FFFFFFF + 10ULL)};
+    std::filesystem::resize_file(path, 0x100001000);  // with holes
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    std::uint64_t at = 0;
+    for (int i = 0; i <= 16; ++i) {
+        const std::uint64_t length = lengths[i < 15 ? 0 : 1];
+        ZALData header = id3Tag({});
+        ZALTagSyncSafe4(static_cast<std::uint32_t>(length - 10), &header[6]);
+        file.seekp(static_cast<std::streamoff>(at));
+        file.write(reinterpret_cast<const char*>(header.data()), 10);
+        at += length;
+    }
+    file.close();
+    EXPECT_EQ(ZALTagID3::tagAtPath(path), nullptr);
+    std::filesystem::remove(path);
+}
+
+TEST(Saving, isRefusedWhereATagReachesIntoWhatIsNotIts) {
+    const ZALData title = id3Text("TIT2", "x");
+    const auto tag = [&title](std::uint8_t flags, std::uint8_t longer) {
+        ZALData bytes = id3Tag({title}, 20);
+        bytes[5] = flags;
+        bytes[9] = static_cast<std::uint8_t>(bytes[9] + longer);
+        return bytes;
+    };
+    const auto ape = [](const char* size, const char* flags) {
+        return joined({bytesOf("APETAGEX"), fromHex("D0070000"), fromHex(size), fromHex("00000000"),
+                       fromHex(flags), ZALData(8)});
+    };
+    const ZALData audio = mpegFrames(2);
+    const ZALData footer = joined({bytesOf("3DI"), fromHex("04 00 10 00000021")});
+    const ZALData v1 = id3v1Tag("t", "", "");
+    const ZALData plain = ape("20000000", "00000000");
+    const ZALData whole = joined({ape("20000000", "000000A0"), ape("20000000", "00000080")});
+    struct {
+        ZALData file;
+        bool saves;
+        bool strips;
+    } const cases[] = {
+        {joined({tag(0, 0), audio, v1}), true, true},
+        {joined({tag(0x10, 0), footer, audio}), true, true},
+        {joined({tag(0x10, 0), audio}), false, false},
+        {joined({tag(0, 50), ZALData(40)}), false, false},
+        {joined({audio, tag(0, 50)}), true, true},  // no reader looks there
+        {joined({tag(0, 0), tag(0, 90), ZALData(80)}), false, false},
+        {joined({tag(0, 50), v1}), false, false},
+        {joined({tag(0, 20), plain}), false, false},
+        {joined({tag(0, 0), audio, plain}), true, true},
+        {joined({tag(0, 0), audio, whole, v1}), true, true},
+        {joined({tag(0, 0), audio, ape("20000000", "00000080")}), true, false},
+        {joined({tag(0, 0), audio, ape("1F000000", "00000000")}), true, false},
+        {joined({tag(0, 0), audio, ape("FFFFFF7F", "00000000")}), true, false},
+    };
+    for (const auto& [file, saves, strips] : cases) {
+        for (const bool strip : {false, true}) {
+            const std::string path = folder().write("lies.mp3", file);
+            const auto opened = ZALTagID3::tagAtPath(path);
+            ASSERT_NE(opened, nullptr);
+            opened->setShouldStripID3v1Tag(strip);
+            opened->setTitle("another");
+            const LogCapture log;
+            const bool expected = strip ? strips : saves;
+            EXPECT_EQ(opened->save(), expected) << toHex(file) << strip;
+            EXPECT_EQ(log.lines().size(), expected ? 0U : 1U);
+            EXPECT_EQ(contentsOf(path) == file, !expected);
+        }
     }
 }
 
