@@ -61,6 +61,7 @@ constexpr Examples examples[] = {
     {"sync",
      "zaltag sync ~/Music --from serato --to rekordbox-hot --to traktor --dry-run\n"
      "zaltag sync ~/Music --from traktor --to serato --traktor collection.nml"},
+    {"report", "zaltag report ~/Music -o music.html"},
     {"versions", "zaltag versions --service https://example.org"},
 };
 

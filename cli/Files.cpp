@@ -45,6 +45,7 @@ void walkFolder(const fs::path& folder, FoundFiles& found) {
     if (error) found.failures.emplace_back(folder.string(), error.message());
     std::sort(entries.begin(), entries.end());
     for (const fs::directory_entry& entry : entries) {
+        if (isInterrupted()) return;
         std::error_code ignored;
         if (entry.is_directory(ignored) && !entry.is_symlink(ignored)) {
             walkFolder(entry.path(), found);

@@ -4,6 +4,7 @@
 #include "Commands.h"
 #include "Files.h"
 #include "InOrder.h"
+#include "Interrupts.h"
 #include "Output.h"
 #include "PageFile.h"
 #include "Progress.h"
@@ -202,6 +203,7 @@ int Report::run() {
     page_.write(reportPage::style);
     writeUpTo("{{data}}");
     writeTracks(findFiles(options_.paths));
+    if (isInterrupted()) return output_.finish();  // the page before stays
     writeCovers();
     writeAbout();
     writeUpTo("{{script}}");
@@ -231,12 +233,17 @@ void addReportCommand(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("report", "Write one page that shows a music folder");
     command->add_option("PATH", options->paths, "Folders and audio files")->required();
-    command->add_option("-o,--output", options->out, "The page to write, an HTML file")->required();
+    command->add_option("-o,--output", options->out, "The page to write, an HTML file")
+        ->type_name("FILE")
+        ->required();
     addCollectionOptions(*command, options->collections);
-    command->add_option("-j,--jobs", options->jobs, "Threads to use")->check(CLI::Range(1, 256));
+    command->add_option("-j,--jobs", options->jobs, "Threads to use")
+        ->type_name("N")
+        ->check(CLI::Range(1, 256).description(""));
     command->callback([options, &chosen] {
         chosen = [options] {
             checkOut(options->out);
+            holdInterrupts();
             return Report(*options).run();
         };
     });

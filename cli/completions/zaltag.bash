@@ -11,6 +11,7 @@ _zaltag_options() {  # COMMAND [COMMAND-BELOW]
         "artwork replace" | "artwork backup") echo "--image" ;;
         scan) echo "--jobs --json" ;;
         sync) echo "--from --to --dry-run --clear-empty --jobs $collections" ;;
+        report) echo "--output --jobs $collections" ;;
         rekordbox\ * | traktor\ *) echo "--json $collections" ;;
         versions) echo "--service --ca-file --json" ;;
     esac
@@ -19,7 +20,7 @@ _zaltag_options() {  # COMMAND [COMMAND-BELOW]
 
 _zaltag_below() {  # COMMAND: the commands below it
     case $1 in
-        "") echo "show set record cues comments artwork copy dump scan rekordbox traktor sync versions" ;;
+        "") echo "show set record cues comments artwork copy dump scan rekordbox traktor sync report versions" ;;
         cues) echo "list set" ;;
         comments) echo "list set prune strip-v1" ;;
         artwork) echo "list export replace backup restore clear" ;;
@@ -65,7 +66,7 @@ _zaltag() {
         --from) word="serato zal rekordbox-hot rekordbox-memory traktor" ;;
         --to) word="serato zal rekordbox-hot rekordbox-memory rekordbox traktor" ;;
         --boot-volume | --service | --jobs | -j) word="" ;;
-        --rekordbox | --traktor | --image | --ca-file | --out) return ;;  # readline completes files
+        --rekordbox | --traktor | --image | --ca-file | --out | --output | -o) return ;;  # readline completes files
         *)
             if [[ $current == -* ]]; then
                 word=$(_zaltag_options "${command[@]}")

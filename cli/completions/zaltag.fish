@@ -36,6 +36,7 @@ complete -c zaltag -f -n __zaltag_nothing_yet -a scan -d 'Open every file below 
 complete -c zaltag -f -n __zaltag_nothing_yet -a rekordbox -d 'Read a Rekordbox collection'
 complete -c zaltag -f -n __zaltag_nothing_yet -a traktor -d 'Read a Traktor collection'
 complete -c zaltag -f -n __zaltag_nothing_yet -a sync -d 'Carry cue points from one program to others'
+complete -c zaltag -f -n __zaltag_nothing_yet -a report -d 'Write one page that shows a music folder'
 complete -c zaltag -f -n __zaltag_nothing_yet -a versions -d 'Print the newest versions of the algorithms'
 
 complete -c zaltag -f -n '__zaltag_lacks cues' -a 'list set'
@@ -53,7 +54,7 @@ for command in show 'comments list' 'artwork list' 'cues list' scan versions \
         'rekordbox info tracks track playlists' 'traktor info tracks track playlists'
     complete -c zaltag -n "__zaltag_in $command" -l json -d 'Print JSON'
 end
-for command in 'cues list set' sync 'rekordbox info tracks track playlists' 'traktor info tracks track playlists'
+for command in 'cues list set' sync report 'rekordbox info tracks track playlists' 'traktor info tracks track playlists'
     complete -c zaltag -n "__zaltag_in $command" -l rekordbox -r -d 'Rekordbox collection'
     complete -c zaltag -n "__zaltag_in $command" -l traktor -r -d 'Traktor collection'
     complete -c zaltag -n "__zaltag_in $command" -l boot-volume -x -d 'Name of the startup volume'
@@ -64,13 +65,14 @@ end
 for command in 'cues set' sync
     complete -c zaltag -n "__zaltag_in $command" -l to -x -a "$to" -d 'Where to write them'
 end
-for command in scan sync
+for command in scan sync report
     complete -c zaltag -n "__zaltag_in $command" -s j -l jobs -x -d 'Threads'
 end
 complete -c zaltag -n '__zaltag_in set' -l strip-v1 -d 'Remove the ID3v1 tag'
 complete -c zaltag -n '__zaltag_in cues set' -l clear -d 'Remove the cue points'
 complete -c zaltag -n '__zaltag_in artwork export' -l out -r -d 'Where to'
 complete -c zaltag -n '__zaltag_in artwork replace backup' -l image -r -d 'Picture'
+complete -c zaltag -n '__zaltag_in report' -s o -l output -r -d 'Page to write'
 complete -c zaltag -n '__zaltag_in sync' -s n -l dry-run -d 'Only say what would change'
 complete -c zaltag -n '__zaltag_in sync' -l clear-empty -d 'Clear targets where the source has none'
 complete -c zaltag -n '__zaltag_in versions' -l service -x -d 'Web service'

@@ -79,3 +79,16 @@ class Interrupts(ProgramTest):
             self.assertEqual([name for name in os.listdir(self.folder) if name.startswith(".")], [])
         self.assertGreater(kept, 0, "interrupted before the end")
         self.assertEqual([self.content(song) for song in self.songs], before)
+
+    def test_report(self):
+        page = self.write("page.html", b"old")
+        whole = self.duration("report", self.folder, "-o", self.path("first.html"))
+        expected = sorted([*os.listdir(self.folder)])
+        kept = 0
+        for _ in range(ROUNDS):
+            self.write("page.html", b"old")
+            self.interrupt(self.random.uniform(0, whole), "report", self.folder, "-o", page)
+            kept += self.content(page) == b"old"
+            self.assertTrue(self.content(page) == b"old" or self.content(page).endswith(b"</html>\n"), "whole")
+            self.assertEqual(sorted(os.listdir(self.folder)), expected)
+        self.assertGreater(kept, 0, "interrupted before the end")
