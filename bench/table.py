@@ -266,7 +266,7 @@ def scan_memory():
                  f"+ {more:.1f} MiB", "≤ + 8 MiB", more <= 8)
 
 
-# Saves. All leave out the syncs, on both sides.
+# Saves. They leave out the syncs, on both sides, unless their names say otherwise.
 
 # How often the saves that take a tenth of a millisecond run in one measurement.
 PASSES = 20
@@ -301,7 +301,8 @@ def save_samples(files, ours, floor, fresh, verified=True, passes=1):
         return Job(*command, "ROUND", files_list, passes, before=(lambda: copies(side, files)) if fresh else None,
                    after=written if verified else None)
 
-    samples = Samples({"ours": job("ours", (tool("bench_save"), *ours)), "floor": job("floor", (tool("floor_save"), floor))})
+    program = tool("bench_save" if floor.endswith("-sync") else "bench_save_unsynced")
+    samples = Samples({"ours": job("ours", (program, *ours)), "floor": job("floor", (tool("floor_save"), floor))})
     shutil.rmtree(DATA / "work")
     if verified:
         samples.check_same("ours", "floor")
@@ -330,14 +331,23 @@ def save_page():
         samples.report(f"save.page, safe, {length}", 1.3, unit=PASSES * len(files), work="per file")
 
 
-@row("save.grow")
-def save_grow():
+def growing_saves(sync):
     for formats, floor, goal, beside in (("mp3", "grow", 1.0, "TagLib"), ("flac", "grow", 1.0, "TagLib"),
                                          ("m4a", "copy", 1.1, "copy"), ("wav", "copy", 1.1, "copy"),
                                          ("aiff", "copy", 1.1, "copy")):
         files = files_of(songs(), formats)
-        samples = save_samples(files, ("safe", "grow"), floor, True, verified=floor == "grow")
-        samples.report(f"save.grow, {formats}, beside {beside}", goal, unit=len(files), work="per file")
+        samples = save_samples(files, ("safe", "grow"), floor + sync, True, verified=floor == "grow")
+        samples.report(f"save.grow{sync}, {formats}, beside {beside}", goal, unit=len(files), work="per file")
+
+
+@row("save.grow")
+def save_grow():
+    growing_saves("")
+
+
+@row("save.grow-sync")
+def save_grow_synced():
+    growing_saves("-sync")
 
 
 @row("save.record")
@@ -345,8 +355,9 @@ def save_record():
     length = 10 if options.quick else 567
     file = made(f"record-{length}.wav", "ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"anoisesrc=d={length}:a=0.3", "-ac",
                 "2", "-ar", "44100", "-bitexact", "OUT")
-    samples = save_samples([file], ("safe", "record"), "copy", False, verified=False)
-    samples.report("save.record", 1.15, work=f"{file.stat().st_size / 1e6:.0f} MB of WAV")
+    for sync in ("", "-sync"):
+        samples = save_samples([file], ("safe", "record"), f"copy{sync}", False, verified=False)
+        samples.report(f"save.record{sync}", 1.15, work=f"{file.stat().st_size / 1e6:.0f} MB of WAV")
 
 
 # Programs that use the library

@@ -19,7 +19,7 @@
 template <typename Result>
 void runInOrder(std::size_t count, unsigned threads, const std::function<Result(std::size_t)>& work,
                 const std::function<void(std::size_t, Result&&)>& consume) {
-    constexpr std::size_t window = 256;
+    constexpr std::size_t window = 32;  // results of a scan take up to 50 KB each
     std::mutex mutex;
     std::condition_variable moved;
     std::map<std::size_t, Result> waiting;

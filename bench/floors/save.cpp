@@ -105,7 +105,13 @@ bool saveByTagLib(const std::string& path, const std::string& what, char round) 
     });
 }
 
-bool saveByCopy(const std::string& path) {
+void syncPath(const std::string& path) {
+    const int file = ::open(path.c_str(), O_RDONLY);
+    finish(::fsync(file) == 0);
+    ::close(file);
+}
+
+bool saveByCopy(const std::string& path, bool synced) {
     const std::string beside = path + ".tmp";
     const int from = ::open(path.c_str(), O_RDONLY);
     const int to = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
@@ -117,9 +123,12 @@ bool saveByCopy(const std::string& path) {
         finish(count > 0);
         left -= count;
     }
+    finish(!synced || ::fsync(to) == 0);
     ::close(from);
     ::close(to);
-    return std::rename(beside.c_str(), path.c_str()) == 0;
+    finish(std::rename(beside.c_str(), path.c_str()) == 0);
+    if (synced) syncPath(path.substr(0, path.rfind('/')));
+    return true;
 }
 
 void verify(const std::string& path, char round, Measure& measure, std::uint64_t& number) {
@@ -138,7 +147,9 @@ void verify(const std::string& path, char round, Measure& measure, std::uint64_t
 
 int main(int count, char** arguments) {
     if (count < 4) return 2;
-    const std::string what = arguments[1];
+    std::string what = arguments[1];
+    const bool synced = what.ends_with("-sync");
+    if (synced) what.erase(what.find('-'));
     const char round = *arguments[2];
     std::uint64_t saved = 0;
     Measure measure;
@@ -150,7 +161,9 @@ int main(int count, char** arguments) {
     measure.start();
     for (int passes = passesOf(count, arguments, 4); passes > 0; --passes) {
         forEachLine(arguments[3], [&](const std::string& path) {
-            saved += what == "copy" ? saveByCopy(path) : saveByTagLib(path, what, letterOf(round, passes));
+            const bool isCopied = what == "copy";
+            saved += isCopied ? saveByCopy(path, synced) : saveByTagLib(path, what, letterOf(round, passes));
+            if (synced && !isCopied) syncPath(path);
         });
     }
     measure.stop();
