@@ -1,0 +1,331 @@
+#include "Convert.h"
+
+#include <pybind11/operators.h>
+
+#include <atomic>
+#include <filesystem>
+#include <map>
+
+namespace {
+
+// The settings of the user with the files of this process in the place of theirs; nothing of it is stored.
+class ProcessDefaults final : public ZALUserDefaults {
+  public:
+    ProcessDefaults(std::shared_ptr<ZALUserDefaults> stored, std::map<std::string, std::string> replaced)
+        : stored_(std::move(stored)), replaced_(std::move(replaced)) {}
+
+    ZALNullableString stringForKey(const std::string& key) override {
+        const auto found = replaced_.find(key);
+        return found == replaced_.end() ? stored_->stringForKey(key) : found->second;
+    }
+    ZALNullableData dataForKey(const std::string& key) override { return stored_->dataForKey(key); }
+    bool hasValueForKey(const std::string& key) override {
+        return replaced_.contains(key) || stored_->hasValueForKey(key);
+    }
+    void setString(const std::string& key, const std::string& value) override {
+        stored_->setString(key, value);
+    }
+    void setData(const std::string& key, const ZALNullableData& value) override {
+        stored_->setData(key, value);
+    }
+    void removeKey(const std::string& key) override { stored_->removeKey(key); }
+    void synchronize() override { stored_->synchronize(); }
+
+  private:
+    const std::shared_ptr<ZALUserDefaults> stored_;
+    const std::map<std::string, std::string> replaced_;
+};
+
+void useCollections(const py::object& rekordbox, const py::object& traktor,
+                    const std::optional<py::str>& bootVolume) {
+    static const std::shared_ptr<ZALUserDefaults> stored = ZALHost::shared().userDefaults();
+    static std::map<std::string, std::string> replaced;
+    const auto replace = [](const std::string& key, const py::object& path) {
+        if (!path.is_none()) replaced[key] = collectionPathFrom(path);
+    };
+    replace(ZALRekordboxDatabaseFileUserSetLocationURL, rekordbox);
+    replace(ZALTraktorDatabaseFileUserSetLocationURL, traktor);
+    ZALHost::shared().setUserDefaults(std::make_shared<ProcessDefaults>(stored, replaced));
+    if (bootVolume) ZALHost::shared().setBootVolumeName(*textFrom(bootVolume));
+}
+
+[[noreturn]] void raiseError(const ZALError& error, const ZALNullableString& path, const char* otherwise) {
+    std::string text = error.localizedDescription.empty() ? otherwise : error.localizedDescription;
+    if (!error.localizedRecoverySuggestion.empty()) text += " " + error.localizedRecoverySuggestion;
+    if (error.underlyingError) text += " (" + error.underlyingError->localizedDescription + ")";
+    raise("CollectionError", textOf(text), static_cast<std::int64_t>(error.code), pathOf(path));
+}
+
+// How a save ended; filled on whichever thread drains the main queue.
+struct Outcome {
+    std::atomic<bool> isDone = false;
+    bool isSuccess = false;
+    ZALError error;
+};
+
+// What the two programs have alike, over their own classes.
+struct Rekordbox {
+    using Database = ZALRekordboxDatabase;
+    using Queue = ZALRekordboxQueue;
+    using Track = ZALRekordboxTrack;
+    static ZALNullableString file() { return Database::rekordboxDatabaseFileURL(); }
+    static bool isLoaded(const Database& database) { return database.isRekordboxDBLoaded(); }
+};
+
+struct Traktor {
+    using Database = ZALTraktorDatabase;
+    using Queue = ZALTraktorQueue;
+    using Track = ZALTraktorTrack;
+    static ZALNullableString file() { return Database::traktorDatabaseFileURL(); }
+    static bool isLoaded(const Database& database) { return database.isTraktorDBLoaded(); }
+};
+
+// The lock of a database is taken by its queue's thread, too, so every call here leaves the interpreter's
+// lock first.
+template <typename Function>
+auto unlocked(const Function& function) {
+    const py::gil_scoped_release released;
+    return function();
+}
+
+template <typename Program>
+class Collection {
+  public:
+    using Track = std::shared_ptr<const typename Program::Track>;
+
+    Collection() : database_(Program::Database::sharedDatabase()), queue_(Program::Queue::sharedQueue()) {}
+
+    ZALNullableString file() const {
+        return unlocked([] { return Program::file(); });
+    }
+    bool isLoaded() const {
+        return unlocked([&] { return Program::isLoaded(*database_); });
+    }
+    void load() {
+        ZALError error;
+        const bool isRead =
+            unlocked([&] { return !database_->needsReloading() || database_->reload(&error); });
+        if (!isRead || !isLoaded()) raiseError(error, file(), "the collection is not loaded");
+    }
+    std::size_t count() const {
+        return unlocked([&] { return database_->trackCount(); });
+    }
+    std::vector<Track> tracks() const {
+        return unlocked([&] { return database_->tracks(); });
+    }
+    Track track(const py::object& path) const {
+        const std::string name = collectionPathFrom(path);
+        return unlocked([&] { return database_->trackForSongFileAtURL(name); });
+    }
+    bool contains(const py::object& path) const {
+        const std::string name = collectionPathFrom(path);
+        return unlocked([&] { return database_->hasTrackForSongFileAtURL(name); });
+    }
+
+    /// Waits in short steps, so that an interrupt from the keyboard ends the waiting.
+    void save() {
+        const auto outcome = std::make_shared<Outcome>();
+        unlocked([&] { queue_->save(completionFor(outcome)); });
+        while (!outcome->isDone) {
+            unlocked([&] {
+                ZALMainQueue::shared().runUntil([&] { return outcome->isDone.load(); },
+                                                std::chrono::milliseconds(100));
+            });
+            if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+        }
+        check(*outcome);
+    }
+    /// Calls `done` on the thread of the main queue, with None or the exception.
+    void saveThen(py::object done) {
+        const auto kept = keep(std::move(done));
+        unlocked([&] {
+            queue_->save([this, kept](bool success, const ZALError* error) {
+                const py::gil_scoped_acquire lock;
+                py::object failure = py::none();
+                try {
+                    check({.isDone = true, .isSuccess = success, .error = error ? *error : ZALError()});
+                } catch (py::error_already_set& raised) {
+                    failure = raised.value();
+                }
+                try {
+                    (*kept)(failure);
+                } catch (py::error_already_set& raised) {
+                    raised.discard_as_unraisable("zaltag");
+                }
+            });
+        });
+    }
+    void cancel() {
+        unlocked([&] { queue_->cancel(); });
+    }
+    std::uint64_t stage() const {
+        return unlocked([&] { return queue_->progress().first; });
+    }
+    typename Program::Queue& queue() const { return *queue_; }
+    typename Program::Database& database() const { return *database_; }
+
+  private:
+    static ZALCompletion completionFor(const std::shared_ptr<Outcome>& outcome) {
+        return [outcome](bool success, const ZALError* error) {
+            outcome->isSuccess = success;
+            if (error) outcome->error = *error;
+            outcome->isDone = true;
+        };
+    }
+    // A queue without a loaded collection drops its requests, and calls that a success.
+    void check(const Outcome& outcome) const {
+        if (outcome.isSuccess && outcome.error.code == ZALErrorCode::none && isLoaded()) return;
+        raiseError(outcome.error, file(), "the collection was not written");
+    }
+
+    const std::shared_ptr<typename Program::Database> database_;
+    const std::shared_ptr<typename Program::Queue> queue_;
+};
+
+template <typename Program>
+py::class_<Collection<Program>> addCollection(py::module_& module, const char* name, const char* doc) {
+    using One = Collection<Program>;
+    py::class_<One> collection(module, name, doc);
+    collection.def_property_readonly(
+        "path", [](const One& one) { return pathOf(one.file()); },
+        "The collection file to be used now, or None.");
+    collection.def_property_readonly("is_loaded", &One::isLoaded, "True after the last load succeeded.");
+    collection.def("load", &One::load,
+                   "Loads the file if it changed; CollectionError when it cannot be read.");
+    collection.def("__len__", &One::count);
+    collection.def("__iter__", [](const One& one) { return py::iter(py::cast(one.tracks())); });
+    collection.def("__contains__", &One::contains, py::arg("path"));
+    collection.def(
+        "__getitem__",
+        [](const One& one, const py::object& path) {
+            auto track = one.track(path);
+            if (!track) throw py::key_error(py::str(path).cast<std::string>());
+            return track;
+        },
+        py::arg("path"));
+    collection.def("get", &One::track, py::arg("path"), "The track of an audio file, or None.");
+    collection.def("save", &One::save,
+                   "Writes what was asked for and waits for it; CollectionError when it could not be "
+                   "written. Not on the "
+                   "thread of an event loop that the main queue goes to: use save_async() there.");
+    collection.def("_save_then", &One::saveThen, py::arg("done"));
+    collection.def("cancel", &One::cancel, "Drops what was asked for and not written yet.");
+    collection.def_property_readonly("stage", &One::stage,
+                                     "0 idle, 1 requests are waiting, 2 loading, 3 applying them, 4 saving.");
+    return collection;
+}
+
+template <typename Track>
+py::class_<Track, std::shared_ptr<Track>> addTrack(py::module_& module, const char* name, const char* doc) {
+    py::class_<Track, std::shared_ptr<Track>> track(module, name, doc);
+    track.def_property_readonly(
+        "path", [](const Track& one) { return pathOf(one.path()); }, "The audio file's path, or None.");
+    track.def_property_readonly(
+        "cues", [](const Track& one) { return vectorOf(one.cues()); }, "A new list of the cues.");
+    track.def_property_readonly(
+        "beat_times",
+        [](const Track& one) -> std::optional<std::vector<double>> {
+            const auto beats = one.beatTimes();
+            if (!beats) return std::nullopt;
+            return beats->elements();
+        },
+        "A new list of the times of the beats, or None.");
+    track.def("__repr__", [](const py::object& one) {
+        return py::str("<{} {!r}>").format(py::type::of(one).attr("__name__"), py::str(one.attr("path")));
+    });
+    return track;
+}
+
+template <typename Cue>
+py::class_<Cue> addCue(py::module_& module, const char* name, const char* doc) {
+    py::class_<Cue> cue(module, name, doc);
+    cue.def_property_readonly("name", [](const Cue& one) { return textOf(one.name()); });
+    cue.def_property_readonly("type", &Cue::type);
+    cue.def_property_readonly("type_name", [](const Cue& one) { return textOf(one.typeName()); });
+    cue.def(py::self == py::self);
+    cue.attr("__hash__") = py::none();
+    return cue;
+}
+
+void addRekordbox(py::module_& module) {
+    auto cue = addCue<ZALRekordboxCuePoint>(module, "RekordboxCue", "A hot cue, memory cue or loop.");
+    cue.def_property_readonly("time", &ZALRekordboxCuePoint::start, "Seconds from the start.");
+    cue.def_property_readonly("end", &ZALRekordboxCuePoint::end, "The end of a loop in seconds, else 0.");
+    cue.def_property_readonly("slot", &ZALRekordboxCuePoint::num,
+                              "The hot cue's slot, or -1 for a memory cue.");
+    auto track = addTrack<ZALRekordboxTrack>(module, "RekordboxTrack", "A track as the collection held it.");
+    track.def_property_readonly("track_id", &ZALRekordboxTrack::trackId);
+    auto collection =
+        addCollection<Rekordbox>(module, "RekordboxCollection", "The Rekordbox collection that is in use.");
+    collection.def(
+        "set_cue_points",
+        [](const Collection<Rekordbox>& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
+           bool hot, bool memory) {
+            const std::string name = collectionPathFrom(path);
+            const ZALArray<ZALTagCuePoint> array(std::move(cuePoints));
+            unlocked([&] { one.queue().setCuePoints(array, name, hot, memory); });
+        },
+        py::arg("path"), py::arg("cue_points"), py::arg("hot") = true, py::arg("memory") = false,
+        "Asks for the hot cues of a track to be replaced, its memory cues, or both; save() writes.");
+}
+
+void addTraktor(py::module_& module) {
+    auto cue = addCue<ZALTraktorCuePoint>(module, "TraktorCue", "A cue, loop or grid marker.");
+    cue.def_property_readonly("time", &ZALTraktorCuePoint::startTime, "Seconds from the start.");
+    cue.def_property_readonly("length", &ZALTraktorCuePoint::length,
+                              "The length of a loop in seconds, else 0.");
+    cue.def_property_readonly("slot", &ZALTraktorCuePoint::index,
+                              "The hot cue's slot; -1 for a grid marker.");
+    cue.def_property_readonly("is_grid", &ZALTraktorCuePoint::isGrid);
+    addTrack<ZALTraktorTrack>(module, "TraktorTrack", "A track as the collection held it.");
+    auto collection =
+        addCollection<Traktor>(module, "TraktorCollection", "The Traktor collection that is in use.");
+    collection.def(
+        "set_cue_points",
+        [](const Collection<Traktor>& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints) {
+            const std::string name = collectionPathFrom(path);
+            const ZALArray<ZALTagCuePoint> array(std::move(cuePoints));
+            unlocked([&] { one.queue().setCuePoints(array, name); });
+        },
+        py::arg("path"), py::arg("cue_points"),
+        "Asks for the cues of a track to be replaced, grid markers left alone; save() writes.");
+}
+
+// The first use loads the collection; the queue's thread must not outlive the interpreter.
+template <typename Program>
+Collection<Program>& sharedCollection() {
+    static Collection<Program>* const collection = unlocked([] { return new Collection<Program>(); });
+    return *collection;
+}
+
+template <typename Program>
+void addShared(py::module_& module, const char* name, const char* doc) {
+    static bool isUsed = false;
+    module.def(
+        name,
+        []() -> Collection<Program>& {
+            isUsed = true;
+            return sharedCollection<Program>();
+        },
+        py::return_value_policy::reference, doc);
+    py::module_::import("atexit").attr("register")(py::cpp_function([] {
+        if (isUsed) unlocked([] { Program::Queue::sharedQueue()->shutDown(); });
+    }));
+}
+
+}  // namespace
+
+void addCollections(py::module_& module) {
+    addRekordbox(module);
+    addTraktor(module);
+    module.def("use_collections", &useCollections, py::kw_only(), py::arg("rekordbox") = py::none(),
+               py::arg("traktor") = py::none(), py::arg("boot_volume") = py::none(),
+               "Names the collection files to use in this process, in the place of those that are found by "
+               "themselves; the "
+               "user's settings stay as they are. None leaves a file as it is.");
+    addShared<Rekordbox>(
+        module, "rekordbox",
+        "The Rekordbox collection; the first call loads it. Without a file that can be read it is not "
+        "loaded, and empty.");
+    addShared<Traktor>(module, "traktor", "The same for Traktor's.");
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <zaltag/zaltag.h>
+
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace py = pybind11;
+
+// Between the values of the library and those of Python. All of it with the interpreter's lock held.
+
+/// A text as str, what is not UTF-8 replaced; None for null.
+py::object textOf(const ZALNullableString& text);
+/// The text of a str; null for None.
+ZALNullableString textFrom(const std::optional<py::str>& text);
+
+/// The absolute path that a str, bytes or os.PathLike names.
+std::string pathFrom(const py::object& path);
+/// The same as collections know it: lexically normalised as well.
+std::string collectionPathFrom(const py::object& path);
+/// A pathlib.Path; None for null.
+py::object pathOf(const ZALNullableString& path);
+
+py::object bytesOf(const ZALNullableData& data);
+ZALDataView viewOf(const py::bytes& bytes);
+
+/// A JSON value as dict, list, str, int, float, bool or None.
+py::object objectOf(const ZALJSONValue& value);
+/// Throws TypeError for what JSON has not.
+ZALJSONValue jsonFrom(const py::handle& object);
+
+template <typename T>
+std::vector<T> vectorOf(const ZALArray<T>& array) {
+    return array.elements();
+}
+
+/// A Python object that C++ code of any thread may let go of.
+std::shared_ptr<py::object> keep(py::object object);
+
+/// Raises an exception of zaltag._errors, made with these arguments.
+template <typename... Arguments>
+[[noreturn]] void raise(const char* name, Arguments&&... arguments) {
+    const py::object type = py::module_::import("zaltag._errors").attr(name);
+    const py::object error = type(std::forward<Arguments>(arguments)...);
+    PyErr_SetObject(type.ptr(), error.ptr());
+    throw py::error_already_set();
+}
+
+// Each adds its part to the module.
+void addValues(py::module_& module);
+void addSerato(py::module_& module);
+void addTags(py::module_& module);
+void addCollections(py::module_& module);
+void addHost(py::module_& module);

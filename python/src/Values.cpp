@@ -1,0 +1,140 @@
+#include "Convert.h"
+
+#include <pybind11/operators.h>
+
+namespace {
+
+std::optional<ZALArray<double>> beatsFrom(std::optional<std::vector<double>> beats) {
+    if (!beats) return std::nullopt;
+    return ZALArray<double>(std::move(*beats));
+}
+
+std::shared_ptr<const std::string> sharedText(const std::optional<py::str>& text) {
+    const ZALNullableString value = textFrom(text);
+    return value ? std::make_shared<const std::string>(*value) : nullptr;
+}
+
+void addCuePoint(py::module_& module) {
+    py::class_<ZALTagCuePoint> cuePoint(
+        module, "CuePoint",
+        "A place in a track: a time in seconds and a name. Two are equal within a millisecond.");
+    cuePoint.def(py::init([](double time, const std::optional<py::str>& name) {
+                     return ZALTagCuePoint::cuePointWithTime(time, textFrom(name));
+                 }),
+                 py::arg("time") = 0.0, py::arg("name") = py::none());
+    cuePoint.def_property("time", &ZALTagCuePoint::time, &ZALTagCuePoint::setTime, "Seconds from the start.");
+    cuePoint.def_property(
+        "name", [](const ZALTagCuePoint& cue) { return textOf(cue.name()); },
+        [](ZALTagCuePoint& cue, const std::optional<py::str>& name) { cue.setName(textFrom(name)); },
+        "The label, or None.");
+    cuePoint.def(py::self == py::self);
+    cuePoint.attr("__hash__") = py::none();  // equal within a tolerance
+    cuePoint.def("__repr__", [](const ZALTagCuePoint& cue) {
+        return py::str("CuePoint({!r}, {!r})").format(cue.time(), textOf(cue.name()));
+    });
+}
+
+// What every record has.
+template <typename Record>
+void addRecordBase(py::class_<Record>& record) {
+    record.def_property("algorithm", &Record::algorithm, &Record::setAlgorithm,
+                        "The version of the algorithm that made this record.");
+    record.def_property_readonly(
+        "source", [](const Record& one) { return textOf(one.source()); }, "Who makes such records.");
+    record.def(
+        "as_dict",
+        [](const Record& one) {
+            const auto dictionary = one.JSONDict();
+            return dictionary ? objectOf(*dictionary) : py::none();
+        },
+        "The record as it is stored, or None when there is nothing to store.");
+    record.def_static(
+        "from_dict",
+        [](const py::dict& dictionary) { return *Record::propertyWithJSONDict(jsonFrom(dictionary)); },
+        py::arg("dictionary"),
+        "The record of such a dict; what is missing or of another type reads as 0 or None.");
+    record.def("__eq__", [](const Record& one, const Record& other) { return one.isEqual(other); });
+    record.attr("__hash__") = py::none();
+    record.def("__repr__", [](const py::object& one) {
+        return py::str("<{} {}>").format(py::type::of(one).attr("__name__"), one.attr("as_dict")());
+    });
+}
+
+void addKeyAndEnergy(py::module_& module) {
+    py::class_<ZALTagKey> key(module, "Key", "The musical key that an analysis found.");
+    key.def(py::init([](const std::optional<py::str>& text, std::int64_t algorithm) {
+                return ZALTagKey::keyWithKey(textFrom(text), algorithm);
+            }),
+            py::arg("key") = py::none(), py::arg("algorithm") = 0);
+    key.def_property(
+        "key", [](const ZALTagKey& one) { return textOf(one.key()); },
+        [](ZALTagKey& one, const std::optional<py::str>& text) { one.setKey(textFrom(text)); },
+        "As the analysis gave it, or None.");
+    addRecordBase(key);
+    py::class_<ZALTagEnergy> energy(module, "Energy", "The energy level that an analysis found.");
+    energy.def(py::init(&ZALTagEnergy::keyWithEnergy), py::arg("energy") = 0, py::arg("algorithm") = 0);
+    energy.def_property("energy", &ZALTagEnergy::energy, &ZALTagEnergy::setEnergy);
+    addRecordBase(energy);
+}
+
+void addGridAndCues(py::module_& module) {
+    py::class_<ZALTagBeatGrid> grid(module, "BeatGrid", "The beats and the tempo that an analysis found.");
+    grid.def(py::init([](std::optional<std::vector<double>> beats, float tempo, std::int64_t algorithm) {
+                 return ZALTagBeatGrid::beatGridWithBeats(beatsFrom(std::move(beats)), tempo, algorithm);
+             }),
+             py::arg("beats") = py::none(), py::arg("tempo") = 0.0F, py::arg("algorithm") = 0);
+    grid.def_property(
+        "beats",
+        [](const ZALTagBeatGrid& one) -> std::optional<std::vector<double>> {
+            if (!one.beats()) return std::nullopt;
+            return one.beats()->elements();
+        },
+        [](ZALTagBeatGrid& one, std::optional<std::vector<double>> beats) {
+            one.setBeats(beatsFrom(std::move(beats)));
+        },
+        "A new list of the beats' times, or None.");
+    grid.def_property("tempo", &ZALTagBeatGrid::tempo, &ZALTagBeatGrid::setTempo, "Beats per minute.");
+    addRecordBase(grid);
+    py::class_<ZALTagCuePoints> cues(module, "CuePoints", "The cue points that an analysis found.");
+    cues.def(py::init([](std::vector<ZALTagCuePoint> cuePoints, std::int64_t algorithm) {
+                 return ZALTagCuePoints::cuePointsWithCuePointArray(std::move(cuePoints), algorithm);
+             }),
+             py::arg("cue_points") = std::vector<ZALTagCuePoint>(), py::arg("algorithm") = 0);
+    cues.def_property(
+        "cue_points", [](const ZALTagCuePoints& one) { return vectorOf(one.cuePoints()); },
+        [](ZALTagCuePoints& one, std::vector<ZALTagCuePoint> cuePoints) {
+            one.setCuePoints(std::move(cuePoints));
+        },
+        "A new list of the cue points, in stored order.");
+    addRecordBase(cues);
+}
+
+void addVelvetCascade(py::module_& module) {
+    py::class_<ZALTagVelvetCascade> record(
+        module, "VelvetCascade",
+        "The mark of a file whose audio was processed, with the name of its backup.");
+    record.def(py::init([](const std::optional<py::str>& name, bool isProcessed) {
+                   return ZALTagVelvetCascade::tagWithBackupFileName(sharedText(name), isProcessed);
+               }),
+               py::arg("backup_file_name") = py::none(), py::arg("is_processed") = false);
+    record.def_property(
+        "backup_file_name",
+        [](const ZALTagVelvetCascade& one) {
+            return one.backupFileName() ? textOf(*one.backupFileName()) : py::none();
+        },
+        [](ZALTagVelvetCascade& one, const std::optional<py::str>& name) {
+            one.setBackupFileName(sharedText(name));
+        });
+    record.def_property("is_processed", &ZALTagVelvetCascade::isProcessed,
+                        &ZALTagVelvetCascade::setIsProcessed);
+    addRecordBase(record);
+}
+
+}  // namespace
+
+void addValues(py::module_& module) {
+    addCuePoint(module);
+    addKeyAndEnergy(module);
+    addGridAndCues(module);
+    addVelvetCascade(module);
+}

@@ -1,0 +1,217 @@
+"""Audio files through the Python module, checked with mutagen."""
+import json
+import os
+import pathlib
+import resource
+import shutil
+import subprocess
+import tempfile
+import threading
+import unittest
+
+import mutagen
+
+import zaltag
+from collection_files import serato_cues
+from support import FRAME
+
+FORMATS = ("mp3", "m4a", "flac", "wav", "aiff")
+
+
+class FilesTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zaltag-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def mp3(self, name="song.mp3"):
+        path = self.folder / name
+        path.write_bytes(FRAME * 20)
+        return path
+
+    def encoded(self, extension):
+        path = self.folder / f"sóng.{extension}"
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=f=330:d=0.2", path], check=True)
+        return path
+
+
+class Files(FilesTest):
+    def test_five_formats_are_changed_and_seen_by_mutagen(self):
+        for extension in FORMATS:
+            path = self.encoded(extension)
+            with zaltag.open(path) as tag:
+                self.assertEqual((tag.title, tag.tempo, tag.read_only, tag.path), (None, 0, False, path), extension)
+                tag.title, tag.artist, tag.tempo, tag.initial_key = "Été 🎧", "Zoë", 124, "8A"
+                tag.serato_cue_points = [zaltag.CuePoint(1.5, "Drop"), zaltag.CuePoint(3)]
+                tag.zal_key = zaltag.Key("8A", 3)
+                tag.zal_beat_grid = zaltag.BeatGrid([0.5, 1.0], 120.5, algorithm=2)
+                self.assertTrue(tag.changed)
+            self.assertTrue(tag.closed)
+            file = mutagen.File(path)
+            title = {"m4a": "\xa9nam", "flac": "title"}.get(extension, "TIT2")
+            self.assertEqual(str(file[title][0]), "Été 🎧", extension)
+            self.assertEqual(serato_cues(str(path)), [(1500, "Drop"), (3000, "")], extension)
+            with zaltag.open(str(path), read_only=True) as tag:
+                self.assertEqual((tag.title, tag.artist, tag.tempo, tag.initial_key), ("Été 🎧", "Zoë", 124, "8A"))
+                self.assertEqual(tag.serato_cue_points[0], zaltag.CuePoint(1.5, "Drop"))
+                self.assertEqual((tag.zal_key.key, tag.zal_key.algorithm, tag.zal_energy), ("8A", 3, None))
+                self.assertEqual((tag.zal_beat_grid.beats, tag.zal_beat_grid.tempo), ([0.5, 1.0], 120.5))
+                self.assertEqual([cue.position for cue in tag.serato_marker.cue_points], [1500, 3000])
+                tag_type = tag.type
+            self.assertTrue(tag_type.startswith("ZALTag"))
+            self.assertIn("Drop", zaltag.describe(path))
+
+    def test_what_cannot_be_opened(self):
+        (self.folder / "text.txt").write_text("x")
+        (self.folder / "bad.flac").write_text("x")
+        for name, kind in (("none.mp3", FileNotFoundError), (".", IsADirectoryError), ("text.txt", zaltag.OpenError),
+                           ("bad.flac", zaltag.OpenError)):
+            with self.assertRaises(kind):
+                zaltag.open(self.folder / name)
+        self.assertEqual([zaltag.can_open("A.MP3"), zaltag.can_open(b"\xff.m4a"), zaltag.can_open("x")], [True, True, False])
+
+    def test_a_failed_save_is_an_exception_with_code_and_path(self):
+        path = self.mp3()
+        before = path.read_bytes()
+        tag = zaltag.open(path, read_only=True)
+        tag.title = "new"
+        with self.assertRaises(zaltag.SaveError) as raised:
+            tag.save()
+        self.assertEqual((raised.exception.code, raised.exception.path), (zaltag.ErrorCode.SAVE_FAILED, path))
+        self.assertTrue(tag.changed)
+        with self.assertRaises(zaltag.SaveError):
+            with tag:
+                pass
+        self.assertTrue(tag.closed)
+        with self.assertRaises(ValueError):
+            print(tag.title)
+        self.assertEqual(path.read_bytes(), before)
+
+    def test_a_disk_that_is_full(self):
+        path = self.mp3()
+        before = path.read_bytes()
+        limits = resource.getrlimit(resource.RLIMIT_FSIZE)
+        with zaltag.open(path) as tag:
+            tag.title = "long " * 1000
+            resource.setrlimit(resource.RLIMIT_FSIZE, (len(before) + 100, limits[1]))
+            try:
+                self.assertRaises(zaltag.SaveError, tag.save)
+            finally:
+                resource.setrlimit(resource.RLIMIT_FSIZE, limits)
+            self.assertEqual(path.read_bytes(), before)
+        self.assertEqual(str(mutagen.File(path)["TIT2"]), "long " * 1000)
+
+    def test_a_block_that_fails_saves_nothing(self):
+        path = self.mp3()
+        before = path.read_bytes()
+        with self.assertRaises(KeyError):
+            with zaltag.open(path) as tag:
+                tag.title = "new"
+                raise KeyError
+        with zaltag.open(path) as tag:
+            self.assertFalse(tag.changed)
+        self.assertEqual(path.read_bytes(), before)
+
+    def test_wrong_values_are_python_errors(self):
+        with zaltag.open(self.mp3()) as tag:
+            for name, value in (("title", 5), ("title", b"bytes"), ("tempo", "fast"), ("zal_key", "8A"), ("serato_cue_points", [1])):
+                with self.assertRaises(TypeError, msg=name):
+                    setattr(tag, name, value)
+            with self.assertRaises(UnicodeEncodeError):
+                tag.title = "\ud800"
+            for call in (lambda: zaltag.SeratoCuePoint(8, 0), lambda: zaltag.SeratoMarker.from_bytes(b"x"),
+                         lambda: tag.replace_image(b"no picture")):
+                self.assertRaises(ValueError, call)
+            deep = current = {}
+            for _ in range(100000):
+                current["a"] = current = {}
+            self.assertRaises(ValueError, zaltag.Key.from_dict, deep)
+        with zaltag.open(self.encoded("m4a")) as tag, self.assertRaises(zaltag.UnsupportedOperation):
+            tag.prune_comments()
+
+    def test_values(self):
+        cues = zaltag.CuePoints([zaltag.CuePoint(1.25, "a")], algorithm=7)
+        self.assertEqual(cues.as_dict()["cues"], [{"time": 1250, "name": "a"}])
+        self.assertEqual(zaltag.CuePoints.from_dict(cues.as_dict()), cues)
+        self.assertNotEqual(zaltag.CuePoint(1, "a"), zaltag.CuePoint(1.1, "a"))
+        self.assertFalse(zaltag.CuePoint(1, "a") == "a")
+        self.assertIsNone(zaltag.Key().as_dict())
+        marker = zaltag.SeratoMarker()
+        marker.cue_points = [zaltag.SeratoCuePoint(3, 1500, "é", 0x00CC0000)]
+        self.assertEqual(zaltag.SeratoMarker.from_bytes(marker.to_bytes()).cue_points, marker.cue_points)
+
+    def test_pictures(self):
+        picture = self.folder / "cover.png"
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc=s=32x32", "-frames:v", "1", picture], check=True)
+        path = self.mp3()
+        with zaltag.open(path) as tag:
+            self.assertTrue(tag.replace_image(picture.read_bytes()))
+            tag.set_custom_image(picture.read_bytes())
+        with zaltag.open(path) as tag:
+            self.assertEqual(sorted((one.is_original, one.is_customized) for one in tag.images), [(False, True), (True, False)])
+            tag.restore_image()
+        self.assertEqual(len(mutagen.File(path).tags.getall("APIC")), 1)
+
+    def test_walk_finds_what_the_program_finds(self):
+        for name in ("b.mp3", "a/z.FLAC", "a.mp3", "a/é.m4a", "no.txt"):
+            (self.folder / name).parent.mkdir(exist_ok=True)
+            (self.folder / name).write_bytes(b"")
+        found = subprocess.run([os.environ["ZALTAG"], "scan", "--json", self.folder], capture_output=True, check=False).stdout
+        self.assertEqual([str(path) for path in zaltag.walk(self.folder)], [one["path"] for one in json.loads(found)])
+
+    def test_the_log_goes_to_a_callable(self):
+        lines = []
+        zaltag.set_log_sink(lines.append)
+        self.addCleanup(zaltag.set_log_sink, None)
+        path = self.mp3()
+        file = mutagen.File(path)
+        file.add_tags()
+        file.tags.add(mutagen.id3.GEOB(encoding=0, mime="", desc="Serato BeatGrid", data=b"xx"))
+        file.save()
+        with zaltag.open(path) as tag:
+            self.assertIsNone(tag.serato_grid)
+        self.assertEqual(len(lines), 1, lines)
+
+    def test_threads_at_work_at_once(self):
+        paths = [self.mp3(f"{i}.mp3") for i in range(8)]
+
+        def change(path):
+            for i in range(20):
+                with zaltag.open(path) as tag:
+                    tag.title = f"{path.name} {i}"
+
+        threads = [threading.Thread(target=change, args=(path,)) for path in paths]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        self.assertEqual([str(mutagen.File(path)["TIT2"]) for path in paths], [f"{path.name} 19" for path in paths])
+
+    def test_10000_opens_leave_no_memory_behind(self):
+        path = self.mp3()
+        with zaltag.open(path) as tag:
+            tag.title, tag.comment = "x" * 1000, "y" * 1000
+            tag.serato_cue_points = [zaltag.CuePoint(i, str(i)) for i in range(8)]
+            tag.zal_beat_grid = zaltag.BeatGrid([i / 2 for i in range(200)], 120)
+
+        def use(count):
+            for _ in range(count):
+                with zaltag.open(path) as tag:
+                    tag.title, tag.serato_cue_points, tag.zal_beat_grid.beats, tag.comments, tag.serato_marker
+                    try:
+                        tag.tempo = "wrong"
+                    except TypeError:
+                        pass
+
+        use(1000)
+        before = resident()
+        use(10000)
+        self.assertLess(resident() - before, 2 * 1024 * 1024)
+
+
+def resident():
+    with open("/proc/self/statm", encoding="ascii") as file:
+        return int(file.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,79 @@
+"""The metadata of DJ software in audio files, and the collections of Rekordbox and Traktor.
+
+    with zaltag.open("song.mp3") as tag:
+        tag.initial_key = "8A"
+        tag.serato_cue_points = [zaltag.CuePoint(12.5, "Drop")]
+
+A block that ends well saves what was changed. Times are seconds unless said otherwise; what a file does not hold is
+None, a number 0."""
+import builtins
+import os
+import pathlib
+from typing import Iterator, Tuple, Union
+
+from . import _core
+from ._asyncio import main_queue_on, save_async
+from ._core import (
+    BeatGrid,
+    Comment,
+    CuePoint,
+    CuePoints,
+    Energy,
+    Key,
+    RekordboxCollection,
+    RekordboxCue,
+    RekordboxTrack,
+    SeratoCuePoint,
+    SeratoGrid,
+    SeratoGridPoint,
+    SeratoMarker,
+    StoredImage,
+    Tag,
+    TraktorCollection,
+    TraktorCue,
+    TraktorTrack,
+    VelvetCascade,
+    __version__,
+    can_open,
+    describe,
+    rekordbox,
+    run_pending,
+    set_log_sink,
+    traktor,
+    use_collections,
+)
+from ._errors import CollectionError, Error, ErrorCode, OpenError, SaveError, UnsupportedOperation
+
+__all__ = [
+    "BeatGrid", "CollectionError", "Comment", "CuePoint", "CuePoints", "Energy", "Error", "ErrorCode", "Key", "OpenError",
+    "RekordboxCollection", "RekordboxCue", "RekordboxTrack", "SaveError", "SeratoCuePoint", "SeratoGrid", "SeratoGridPoint",
+    "SeratoMarker", "StoredImage", "Tag", "TraktorCollection", "TraktorCue", "TraktorTrack", "UnsupportedOperation",
+    "VelvetCascade", "__version__", "can_open", "describe", "main_queue_on", "open", "rekordbox", "run_pending", "save_async",
+    "set_log_sink", "supported_file_types", "traktor", "use_collections", "walk",
+]
+
+StrPath = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
+
+#: The extensions that can be opened, lower case.
+supported_file_types: Tuple[str, ...] = tuple(_core.supported_file_types())
+
+
+def open(path: StrPath, *, read_only: bool = False) -> Tag:
+    """Opens an audio file. OSError when there is no such file, OpenError when it is none that can be opened."""
+    tag = _core.open_tag(path, read_only)
+    if tag is not None:
+        return tag
+    with builtins.open(path, "rb"):  # says better than we could why it cannot be read
+        pass
+    name = pathlib.Path(os.fsdecode(path))
+    raise OpenError("not a readable audio file of its type" if can_open(path) else "no supported file type", path=name)
+
+
+def walk(folder: StrPath) -> Iterator[pathlib.Path]:
+    """Every file below a folder whose name can be opened, in the order of the names. Links to folders are not
+    followed."""
+    for entry in sorted(os.scandir(os.fsdecode(folder)), key=lambda entry: os.fsencode(entry.path)):
+        if entry.is_dir(follow_symlinks=False):
+            yield from walk(entry.path)
+        elif can_open(entry.path) and not entry.is_dir():
+            yield pathlib.Path(entry.path)
