@@ -98,7 +98,7 @@ bool saveByTagLib(const std::string& path, const std::string& what, char round) 
         } else if (what == "page") {
             setKey(*tag, sameLength(keyOf(*tag), round));
         } else {
-            tag->setComment(text(std::string(20000, round)));
+            tag->setComment(text(std::string(1500, round)));
         }
         setID3v1(file, *tag);
         return save(file);

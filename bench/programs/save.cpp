@@ -1,6 +1,6 @@
-// save inPlace|safe fields|page|grow|record ROUND LIST: opens every file of a list, changes its tags and
-// saves it. `fields` sets title and comment to others of the same length, `page` the key alone, `grow` a
-// comment of 20,000 characters, `record` the processing record.
+// save inPlace|safe fields|page|grow|record ROUND LIST [PASSES]: opens every file of a list, changes its tags and
+// saves it, that many times. `fields` sets title and comment to others of the same length, `page` the key alone,
+// `grow` a comment of 1,500 characters, `record` the processing record.
 
 #include "Measure.h"
 
@@ -22,7 +22,7 @@ void change(ZALTag& tag, const std::string& what, char round) {
     } else if (what == "page") {
         tag.setInitialKey(sameLength(tag.initialKey(), round));
     } else if (what == "grow") {
-        tag.setComment(std::string(20000, round));
+        tag.setComment(std::string(1500, round));
     } else {
         const auto name = std::make_shared<const std::string>(std::string("before the processing ") + round);
         tag.setZalVelvetCascade(ZALTagVelvetCascade::tagWithBackupFileName(name, true));
