@@ -1,7 +1,10 @@
 // save fields|page|grow ROUND LIST [PASSES]: the same changes by TagLib alone, which edits the file in place
-// and leaves it torn when it is stopped on the way. save copy ROUND LIST: the least that leaves the old file
-// or the new one: the kernel copies it, and the copy is renamed over it. save verify ROUND LIST: counts what
-// stands in the files.
+// and leaves it torn when it is stopped on the way.
+//
+// save copy ROUND LIST: the least that leaves the old file or the new one: the kernel copies it, and the copy
+// is renamed over it. With -sync behind the change, what was written reaches the disk before the next file.
+//
+// save verify ROUND LIST: counts what stands in the files.
 
 #include "Formats.h"
 #include "Measure.h"

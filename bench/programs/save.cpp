@@ -1,6 +1,6 @@
-// save inPlace|safe fields|page|grow|record ROUND LIST [PASSES]: opens every file of a list, changes its tags and
-// saves it, that many times. `fields` sets title and comment to others of the same length, `page` the key alone,
-// `grow` a comment of 1,500 characters, `record` the processing record.
+// save inPlace|safe fields|page|grow|record ROUND LIST [PASSES]: opens every file of a list, changes its tags
+// and saves it, that many times. `fields` sets title and comment to others of the same length, `page` the key
+// alone, `grow` a comment of 1,500 characters, `record` the processing record.
 
 #include "Measure.h"
 
