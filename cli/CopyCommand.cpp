@@ -43,7 +43,7 @@ constexpr Copier copiers[] = {
 std::string copyTags(const std::string& source, const std::string& destination) {
     std::error_code ignored;
     if (std::filesystem::equivalent(source, destination, ignored)) return "is the source, too";
-    if (openFile(destination, false).tag->readOnly()) return "is read-only";
+    if (openFile(destination, false).tag->readOnly()) return readOnlyReason;
     for (const Copier& copier : copiers) {
         if (!copier.takesSource(source) || !copier.takesDestination(destination)) continue;
         return copier.copy(source, destination) ? "" : "could not be saved; the file is as it was";

@@ -33,7 +33,7 @@ std::string reasonFor(const std::string& path) {
                            fmt::join(ZALTag::supportedFileTypes().elements(), ", "));
     }
     if (::access(path.c_str(), R_OK) != 0) return "permission denied";
-    return "not a readable audio file of its type";
+    return "not a readable audio file of its type: damaged, or misnamed";
 }
 
 void walkFolder(const fs::path& folder, FoundFiles& found) {
@@ -67,7 +67,7 @@ OpenedFile openFile(const std::string& path, bool readOnly) {
 std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change) {
     const OpenedFile opened = openFile(path, false);
     if (opened.tag == nullptr) return opened.failure;
-    if (opened.tag->readOnly()) return "is read-only";
+    if (opened.tag->readOnly()) return readOnlyReason;
     try {
         change(*opened.tag);
     } catch (const ChangeRefused& refused) {

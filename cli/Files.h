@@ -21,6 +21,9 @@ struct OpenedFile {
 
 OpenedFile openFile(const std::string& path, bool readOnly);
 
+/// Why a file that is open for reading only is not changed.
+inline constexpr char readOnlyReason[] = "is read-only; make it writable first (chmod u+w)";
+
 /// Thrown by a change to say why a file is left alone.
 class ChangeRefused : public std::runtime_error {
   public:

@@ -237,7 +237,7 @@ void Sync::writeFile(const std::string& path, ZALTag& tag, Job& job) const {
     }
     if (!anyChange) return;
     if (options_.dryRun ? ::access(path.c_str(), W_OK) != 0 : tag.readOnly()) {
-        failTargetsInFile(job, "is read-only");
+        failTargetsInFile(job, readOnlyReason);
     } else if (!options_.dryRun && !tag.save()) {
         failTargetsInFile(job, "could not be saved; the file is as it was");
     }

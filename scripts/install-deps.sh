@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what building and testing need, on Debian 12. Asks apt for nothing when nothing is missing.
+# Installs what building and testing need, on Debian 12, and the packages named as arguments. Asks apt for nothing when
+# nothing is missing.
 set -euo pipefail
 
 packages=(
@@ -13,6 +14,7 @@ packages=(
     # testing: the framework, a second compiler for fuzzing, encoders and readers nobody here wrote
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
     openssl python3 python3-mutagen lame flac ffmpeg libimage-exiftool-perl
+    "$@"
 )
 
 missing=()
