@@ -18,6 +18,8 @@ build() {  # PRESET [TARGET...]
     fi
 }
 
+# The Python module is off by default, since it needs pybind11.
+cmake --preset release -DZALTAG_PYTHON_MODULE=ON >/dev/null
 build release
 echo "== tests"
 ctest --preset release -j "$jobs"

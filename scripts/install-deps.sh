@@ -10,6 +10,8 @@ packages=(
     libpng-dev libjpeg62-turbo-dev libwebp-dev libstb-dev zlib1g-dev
     libpugixml-dev libexpat1-dev libutf8proc-dev
     libasio-dev libcurl4-openssl-dev
+    # the Python module
+    pybind11-dev python3-dev python3-mypy
     # testing: the framework, a second compiler for fuzzing, encoders and readers nobody here wrote
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
     openssl python3 python3-mutagen lame flac ffmpeg libimage-exiftool-perl
