@@ -33,7 +33,7 @@ EXCEPTIONS = {
     "src/tag/ZALTagBackEnds.cpp": {"id3", "containers"},
     "src/tag/ZALTagCollections.cpp": {"rekordbox", "traktor", "collection"},
 }
-OUTSIDE = ("cli", "bench", "examples")  # see the public headers only
+OUTSIDE = ("cli", "bench", "examples", "python")  # see the public headers only
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
 

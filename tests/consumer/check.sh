@@ -45,6 +45,12 @@ flags=$(PKG_CONFIG_PATH=$pkgconfig pkg-config --cflags --libs zaltag)
 g++ -std=c++20 "$here/main.cpp" $flags -Wl,-rpath,"$(dirname "$pkgconfig")" -o "$work/packaged"
 try "$work/packaged"
 
+if [ -d "$work/moved/lib/python3" ]; then
+    step "moved, from Python"
+    PYTHONPATH=$work/moved/lib/python3/dist-packages /usr/bin/python3 -c \
+        'import sys, zaltag; print(zaltag.__version__, zaltag.open(sys.argv[1]).type)' "$work/song.mp3"
+fi
+
 step "static, through find_package and pkg-config"
 configure -S "$source" -B "$work/static" -DBUILD_SHARED_LIBS=OFF -DZALTAG_TESTS=OFF -DZALTAG_CLI=OFF
 quiet cmake --build "$work/static"
