@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 scripts/install-deps.sh
 
-fuzz_seconds=${ZALTAG_FUZZ_SECONDS:-3}
+fuzz_seconds=${ZALTAG_FUZZ_SECONDS:-2}
 jobs=$(nproc)
 
 build() {  # PRESET [TARGET...]
