@@ -98,6 +98,7 @@ template <typename Cue>
 void ZALTrackWithCues<Cue>::writeCues(const char* elementName) {
     zal::XMLElement parent = element();
     std::vector<void*> kept;
+    kept.reserve(cues_.size());
     for (const StoredCue& stored : cues_) {
         kept.push_back(stored.element);
     }
@@ -110,7 +111,7 @@ void ZALTrackWithCues<Cue>::writeCues(const char* elementName) {
     for (StoredCue& stored : cues_) {
         if (stored.element != nullptr) {
             const auto element = zal::XMLElement::ofHandle(stored.element);
-            valueOf(stored).updateXMLElement(element);
+            if (const auto cue = Cue::initWithXMLElement(element)) cue->updateXMLElement(element);
             parent.moveToEnd(element);
         } else {
             const zal::XMLElement made = parent.appendChild(elementName);

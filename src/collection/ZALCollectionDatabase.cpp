@@ -117,13 +117,24 @@ bool ZALCollectionDatabase::reload(ZALError* error) {
     return url && loadFileAtURL(url, error);
 }
 
+std::unique_ptr<zal::CollectionContents> ZALCollectionDatabase::read(const std::string& url,
+                                                                     zal::XMLReadError& fault) const {
+    std::unique_ptr<zal::CollectionContents> contents;
+    auto document = zal::XMLDocument::read(
+        url, fault, [&](const zal::XMLDocument& unchecked) { contents = tracksOf(unchecked); });
+    if (!document) return nullptr;
+    contents->document = std::move(document);
+    readPlaylists(*contents);
+    return contents;
+}
+
 bool ZALCollectionDatabase::loadFileAtURL(const ZALNullableString& url, ZALError* error) {
     if (!url) return false;
     const std::lock_guard operation(operation_);
     zal::XMLReadError fault;
     std::shared_ptr<zal::CollectionContents> loaded;
     try {
-        if (auto document = zal::XMLDocument::read(*url, fault)) loaded = contentsOf(std::move(document));
+        loaded = read(*url, fault);
     } catch (const std::exception& exception) {  // memory ran out
         fault = {zal::XMLReadError::Stage::document, exception.what()};
     }

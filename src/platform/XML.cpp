@@ -45,9 +45,10 @@ bool isBlank(const char* text) {
     return text[std::strspn(text, " \t\r\n")] == '\0';
 }
 
-void assign(pugi::xml_attribute attribute, const char* name, const std::string& value) {
+// Most values are there already: what is there holds nothing that XML cannot hold.
+void assign(pugi::xml_attribute attribute, const char* name, std::string_view value) {
     if (std::strcmp(attribute.name(), name) != 0) check(attribute.set_name(name));
-    if (value != attribute.value()) check(attribute.set_value(value.c_str()));
+    if (value != attribute.value()) check(attribute.set_value(textForXML(value).c_str()));
 }
 
 bool isCharacterOfXML(char32_t character) {
@@ -90,11 +91,12 @@ std::vector<std::pair<std::string, std::string>> XMLElement::attributes() const 
 
 void XMLElement::setAttribute(const char* name, std::string_view value) {
     const pugi::xml_attribute found = nodeOf(node_).attribute(name);
-    assign(found ? found : made(nodeOf(node_).append_attribute(name)), name, textForXML(value));
+    assign(found ? found : made(nodeOf(node_).append_attribute(name)), name, value);
 }
 
 void XMLElement::setExistingAttribute(const char* name, std::string_view value) {
-    if (attribute(name) != nullptr) setAttribute(name, value);
+    const pugi::xml_attribute found = nodeOf(node_).attribute(name);
+    if (found) assign(found, name, value);
 }
 
 void XMLElement::setAttributes(std::span<const XMLAttribute> attributes) {
@@ -102,7 +104,7 @@ void XMLElement::setAttributes(std::span<const XMLAttribute> attributes) {
     pugi::xml_attribute slot = node.first_attribute();
     for (const XMLAttribute& wanted : attributes) {
         if (!slot) slot = made(node.append_attribute(wanted.name));
-        assign(slot, wanted.name, textForXML(wanted.value));
+        assign(slot, wanted.name, wanted.value);
         slot = slot.next_attribute();
     }
     while (slot) {
@@ -206,10 +208,11 @@ bool isReadAsDeclared(const pugi::xml_document& document, pugi::xml_encoding enc
 
 }  // namespace
 
-std::unique_ptr<XMLDocument> XMLDocument::read(const std::string& path, XMLReadError& error) {
+std::unique_ptr<XMLDocument> XMLDocument::read(const std::string& path, XMLReadError& error,
+                                               const Reader& meanwhile) {
     for (int again = 0;; ++again) {
         bool wasChanged = false;
-        auto document = readOnce(path, error, wasChanged);
+        auto document = readOnce(path, error, meanwhile, wasChanged);
         if (document || !wasChanged || again == 4) return document;
         // Another program is writing it: it will be whole in a moment.
         std::this_thread::sleep_for(std::chrono::milliseconds(20 << again));
@@ -218,7 +221,7 @@ std::unique_ptr<XMLDocument> XMLDocument::read(const std::string& path, XMLReadE
 }
 
 std::unique_ptr<XMLDocument> XMLDocument::readOnce(const std::string& path, XMLReadError& error,
-                                                   bool& wasChanged) {
+                                                   const Reader& meanwhile, bool& wasChanged) {
     const auto files = ZALHost::shared().fileSystem();
     if (files->kindOfFile(path) == ZALFileKind::folder) {
         error.text = "it is a folder";
@@ -242,7 +245,7 @@ std::unique_ptr<XMLDocument> XMLDocument::readOnce(const std::string& path, XMLR
     const auto size = static_cast<std::size_t>(attributes.size);
     auto* buffer = static_cast<char*>(pugi::get_memory_allocation_function()(std::max<std::size_t>(size, 1)));
     std::string unread = buffer ? readAll(*handle, buffer, size, isRefused) : "there is not enough memory";
-    pugi::xml_parse_result parsed;
+    pugi::xml_parse_result parsed;  // none yet counts as failed
     if (buffer && unread.empty() && !isRefused) {
         document->tree_->hasMark = beginsWithMark(buffer, size);
         document->tree_->declaration = declarationOf({buffer, size});
@@ -252,6 +255,7 @@ std::unique_ptr<XMLDocument> XMLDocument::readOnce(const std::string& path, XMLR
         pugi::get_memory_deallocation_function()(buffer);
     }
 
+    if (parsed && meanwhile && !isRefused) meanwhile(*document);
     const std::string fault = check.get();
     if (!unread.empty()) {
         error.text = std::move(unread);

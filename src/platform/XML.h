@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -86,10 +87,16 @@ class XMLDocument {
     XMLDocument();
     ~XMLDocument();
 
+    using Reader = std::function<void(const XMLDocument& document)>;
+
     /// Reads a file: a stream parser checks that it is well-formed while the tree is built beside it. Refused
     /// are also files that declare entities, since those would not survive, and elements nested deeper than
     /// 1000. Null on failure.
-    static std::unique_ptr<XMLDocument> read(const std::string& path, XMLReadError& error);
+    ///
+    /// The check takes longer than the tree: `meanwhile` may use the tree before it has ended, on the thread of
+    /// the caller. It cannot count on any depth, on being called only once, or on a document in the end.
+    static std::unique_ptr<XMLDocument> read(const std::string& path, XMLReadError& error,
+                                             const Reader& meanwhile = {});
 
     /// When the file that was read had been changed, in nanoseconds since 1970.
     std::int64_t modified() const { return modified_; }
@@ -108,7 +115,7 @@ class XMLDocument {
   private:
     /// `wasChanged` tells that the file changed meanwhile, which is worth another try.
     static std::unique_ptr<XMLDocument> readOnce(const std::string& path, XMLReadError& error,
-                                                 bool& wasChanged);
+                                                 const Reader& meanwhile, bool& wasChanged);
 
     struct Tree;
     std::unique_ptr<Tree> tree_;

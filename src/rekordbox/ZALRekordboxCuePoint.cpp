@@ -7,6 +7,8 @@
 #include "platform/XML.h"
 #include "records/RecordHash.h"
 
+#include <cmath>
+
 namespace {
 
 constexpr std::int64_t loopType = 4;
@@ -66,6 +68,7 @@ std::optional<std::int64_t> ZALRekordboxCuePoint::orderOfXMLElement(const zal::X
 
 void ZALRekordboxCuePoint::updateXMLElement(zal::XMLElement element) const {
     std::vector<zal::XMLAttribute> attributes;
+    attributes.reserve(5);
     if (!name_.empty()) attributes.push_back({"Name", name_});
     if (type_ == loopType) attributes.push_back({"End", zal::shortestDecimal(end_)});
     attributes.push_back({"Start", zal::shortestDecimal(start_)});
@@ -91,7 +94,8 @@ void ZALRekordboxCuePoint::writeTo(zal::XMLElement element) const {
 ZALRekordboxCuePoint ZALRekordboxCuePoint::copyAsStored() const {
     ZALRekordboxCuePoint copy = *this;
     copy.name_ = zal::textForXML(name_);
-    copy.start_ = zal::doubleValue(zal::shortestDecimal(start_));  // what is no number becomes 0
-    copy.end_ = type_ == loopType ? zal::doubleValue(zal::shortestDecimal(end_)) : 0;
+    // The shortest text reads back as the same number; what is none becomes 0.
+    copy.start_ = std::isfinite(start_) ? start_ : 0;
+    copy.end_ = type_ == loopType && std::isfinite(end_) ? end_ : 0;
     return copy;
 }

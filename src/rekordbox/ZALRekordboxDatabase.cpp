@@ -134,17 +134,19 @@ bool ZALRekordboxDatabase::loadRekordboxDatabaseFromFileAtURL(const ZALNullableS
     return loadFileAtURL(url, error);
 }
 
-std::unique_ptr<zal::CollectionContents> ZALRekordboxDatabase::contentsOf(
-    std::unique_ptr<zal::XMLDocument> document) {
+std::unique_ptr<zal::CollectionContents> ZALRekordboxDatabase::tracksOf(
+    const zal::XMLDocument& document) const {
     auto contents = std::make_unique<zal::RekordboxContents>();
     std::vector<std::unique_ptr<ZALCollectionTrack>> all;
-    zal::forEachTrackElement(*document, [&all](const zal::XMLElement& element) {
+    zal::forEachTrackElement(document, [&all](const zal::XMLElement& element) {
         all.push_back(ZALRekordboxTrack::initWithXMLElement(element));
     });
-    contents->playlist = ZALRekordboxPlaylistFolder::initWithXMLElement(rootNode(*document));
     contents->setTracks(std::move(all));
-    contents->document = std::move(document);
     return contents;
+}
+
+void ZALRekordboxDatabase::readPlaylists(zal::CollectionContents& contents) const {
+    rekordbox(contents).playlist = ZALRekordboxPlaylistFolder::initWithXMLElement(rootNode(*contents.document));
 }
 
 void ZALRekordboxDatabase::updateXMLDocument(zal::CollectionContents& contents) {

@@ -11,6 +11,7 @@
 #include <zaltag/platform/ZALHost.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 
@@ -21,6 +22,18 @@ namespace {
 constexpr const char* markName = "POSITION_MARK";
 // A beat that would fall so close before a change of tempo is left to the new segment.
 constexpr double beatMargin = 0.1;
+
+// A save stamps every track with cues, many in the same second; to ask for the time zone takes as long as to
+// write a track's cues.
+std::string stampNow() {
+    using Seconds = std::chrono::time_point<std::chrono::system_clock, std::chrono::seconds>;
+    thread_local Seconds last;
+    thread_local std::string text;
+    const auto now = std::chrono::floor<std::chrono::seconds>(ZALHost::shared().clock()->now());
+    if (text.empty() || now != last) text = zal::stampDate(now);
+    last = now;
+    return text;
+}
 
 }  // namespace
 
@@ -57,7 +70,7 @@ void ZALRekordboxTrack::setForceDummyCuePoint(bool forced) {
 void ZALRekordboxTrack::updateXMLElement() {
     zal::XMLElement track = element();
     if (!track || !xmlNeedsUpdate()) return;
-    track.setAttribute("DateModified", zal::stampDate(ZALHost::shared().clock()->now()));
+    track.setAttribute("DateModified", stampNow());
     writeCues(markName);
     if (forceDummyCuePoint_ && cueCount() == 0) track.appendChild(markName).setAttribute("Num", "0");
     setNeedsUpdate(false);

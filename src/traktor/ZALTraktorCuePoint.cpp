@@ -9,6 +9,7 @@
 #include "records/RecordHash.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -16,8 +17,10 @@ constexpr const char* elementName = "CUE_V2";
 constexpr std::int64_t gridType = 4;  // where other programs have their loops
 constexpr const char* typeNames[] = {"Cue", "FadeIn", "FadeOut", "Load", "Grid", "Loop"};
 
+// What is no number becomes 0.
 std::string milliseconds(double seconds) {
-    return fmt::format("{:.6f}", seconds * 1000);
+    const double value = seconds * 1000;
+    return fmt::format("{:.6f}", std::isfinite(value) ? value : 0.0);
 }
 
 double seconds(const std::string& milliseconds) {
@@ -117,7 +120,7 @@ void ZALTraktorCuePoint::writeTo(zal::XMLElement element) const {
 ZALTraktorCuePoint ZALTraktorCuePoint::copyAsStored() const {
     ZALTraktorCuePoint copy = *this;
     copy.name_ = zal::textForXML(name_);
-    copy.startTime_ = seconds(milliseconds(startTime_));  // what is no number becomes 0
+    copy.startTime_ = seconds(milliseconds(startTime_));
     copy.length_ = seconds(milliseconds(length_));
     copy.index_ = std::max<std::int64_t>(index(), 0);
     return copy;

@@ -121,24 +121,26 @@ bool ZALTraktorDatabase::loadTraktorDatabaseFromFileAtURL(const ZALNullableStrin
     return loadFileAtURL(url, error);
 }
 
-std::unique_ptr<zal::CollectionContents> ZALTraktorDatabase::contentsOf(
-    std::unique_ptr<zal::XMLDocument> document) {
+std::unique_ptr<zal::CollectionContents> ZALTraktorDatabase::tracksOf(
+    const zal::XMLDocument& document) const {
     auto contents = std::make_unique<TraktorContents>();
-    const zal::XMLElement root = document->root("NML");
     std::vector<std::unique_ptr<ZALCollectionTrack>> all;
     static constexpr const char* tracks[] = {"COLLECTION", "ENTRY"};
-    zal::forEachElement(root, tracks, [&all](const zal::XMLElement& element) {
+    zal::forEachElement(document.root("NML"), tracks, [&all](const zal::XMLElement& element) {
         all.push_back(ZALTraktorTrack::initWithXMLElement(element));
     });
-    const ZALTraktorTrackMap map = mapOf(all);
-    static constexpr const char* nodes[] = {"PLAYLISTS", "NODE", "SUBNODES", "NODE"};
-    zal::forEachElement(root, nodes, [&](const zal::XMLElement& node) {
-        if (node.attributeText("TYPE") != "PLAYLIST") return;
-        contents->playlists.push_back(ZALTraktorPlaylist::initWithXMLElement(node, map));
-    });
     contents->setTracks(std::move(all));
-    contents->document = std::move(document);
     return contents;
+}
+
+void ZALTraktorDatabase::readPlaylists(zal::CollectionContents& contents) const {
+    const ZALTraktorTrackMap map = mapOf(contents.tracks);
+    static constexpr const char* nodes[] = {"PLAYLISTS", "NODE", "SUBNODES", "NODE"};
+    zal::forEachElement(contents.document->root("NML"), nodes, [&](const zal::XMLElement& node) {
+        if (node.attributeText("TYPE") != "PLAYLIST") return;
+        static_cast<TraktorContents&>(contents).playlists.push_back(
+            ZALTraktorPlaylist::initWithXMLElement(node, map));
+    });
 }
 
 std::vector<std::shared_ptr<const ZALTraktorTrack>> ZALTraktorDatabase::tracks() const {

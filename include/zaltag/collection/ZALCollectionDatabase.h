@@ -19,6 +19,7 @@ namespace zal {
 struct CollectionProgram;
 struct CollectionContents;
 class XMLDocument;
+struct XMLReadError;
 }  // namespace zal
 
 /// The collection file of a DJ program, held in memory: what the databases of all programs do alike.
@@ -67,9 +68,10 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
 
     /// False, with an error, when the collection must not be written now.
     virtual bool canExport(ZALError* error) const = 0;
-    /// Makes what the database holds of a document.
-    virtual std::unique_ptr<zal::CollectionContents> contentsOf(
-        std::unique_ptr<zal::XMLDocument> document) = 0;
+    /// Makes the tracks of a document, which may turn out to be refused.
+    virtual std::unique_ptr<zal::CollectionContents> tracksOf(const zal::XMLDocument& document) const = 0;
+    /// Adds what else the database holds of its document.
+    virtual void readPlaylists(zal::CollectionContents& contents) const = 0;
     /// Writes what has changed besides the tracks into the document.
     virtual void updateXMLDocument(zal::CollectionContents& contents);
 
@@ -81,6 +83,7 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
 
   private:
     friend class ZALCollectionQueue;
+    std::unique_ptr<zal::CollectionContents> read(const std::string& url, zal::XMLReadError& fault) const;
     bool write(const std::string& url, ZALError* error);
     void adoptFile(const ZALNullableString& url, std::optional<std::chrono::system_clock::time_point> date);
     std::string whyNotToReplace(const std::string& url) const;

@@ -67,7 +67,8 @@ class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
     ZALRekordboxDatabase();
 
     bool canExport(ZALError* error) const override;
-    std::unique_ptr<zal::CollectionContents> contentsOf(std::unique_ptr<zal::XMLDocument> document) override;
+    std::unique_ptr<zal::CollectionContents> tracksOf(const zal::XMLDocument& document) const override;
+    void readPlaylists(zal::CollectionContents& contents) const override;
     void updateXMLDocument(zal::CollectionContents& contents) override;
 
     /// The root of the playlists in the document, made on demand; null when there is none. Only under the

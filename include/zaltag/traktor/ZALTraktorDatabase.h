@@ -70,5 +70,6 @@ class ZALTAG_EXPORT ZALTraktorDatabase final : public ZALCollectionDatabase {
     ZALTraktorDatabase();
 
     bool canExport(ZALError* error) const override;
-    std::unique_ptr<zal::CollectionContents> contentsOf(std::unique_ptr<zal::XMLDocument> document) override;
+    std::unique_ptr<zal::CollectionContents> tracksOf(const zal::XMLDocument& document) const override;
+    void readPlaylists(zal::CollectionContents& contents) const override;
 };
