@@ -121,7 +121,12 @@ std::u16string utf16FromUTF8(std::string_view utf8) {
 
 bool isValidUTF8(std::string_view bytes) {
     for (std::size_t at = 0; at < bytes.size();) {
-        if (nextUTF8(bytes, at) == malformed) return false;
+        const bool isASCII = (bytes[at] & 0x80) == 0;
+        if (isASCII) {
+            ++at;
+        } else if (nextUTF8(bytes, at) == malformed) {
+            return false;
+        }
     }
     return true;
 }

@@ -21,12 +21,12 @@ constexpr std::size_t searchedBlock = 1024;  // of TagLib's search
 
 // False when TagLib's search finds no trace of Traktor for certain. It takes its time over every block of a
 // file, so that a quick look goes first.
-bool mayHoldTraktorMark(TagLib::IOStream& stream) {
-    constexpr std::size_t lookedAt = 32 * searchedBlock;
-    for (long position = traktorOffset;; position += static_cast<long>(lookedAt)) {
-        stream.seek(position);
-        const TagLib::ByteVector block = stream.readBlock(lookedAt + traktorMark.size() - 1);
-        const std::string_view bytes(block.data(), block.size());
+bool mayHoldTraktorMark(zal::TagLibStream& stream) {
+    constexpr std::size_t lookedAt = 64 * searchedBlock;
+    ZALData block(lookedAt + traktorMark.size() - 1);
+    for (unsigned long position = traktorOffset;; position += lookedAt) {
+        const std::size_t count = stream.readAt(position, block);
+        const std::string_view bytes(reinterpret_cast<const char*>(block.data()), count);
         if (bytes.find(traktorMark) != bytes.npos) return true;
         const std::size_t end = bytes.find(traktorEnd);
         const bool isSeen = end < lookedAt && end % searchedBlock + traktorEnd.size() <= searchedBlock;

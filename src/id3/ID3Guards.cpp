@@ -1,5 +1,6 @@
 #include "id3/ID3Guards.h"
 
+#include "base/Endian.h"
 #include "base/Limits.h"
 #include "id3/MPEGFrames.h"
 #include "id3/TagLibBytes.h"
@@ -7,9 +8,9 @@
 
 #include <id3v2header.h>
 #include <id3v2synchdata.h>
-#include <tbytevectorstream.h>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <set>
 #include <string_view>
@@ -40,141 +41,130 @@ ByteVector tagHeader(IOStream& stream, long position) {
     return bytes.startsWith("ID3") && bytes.size() == headerSize ? bytes : ByteVector();
 }
 
-// Chapters
-
-// Text that happens to read like a chapter's id has no such length behind it. In tags of version 2.3 the
-// length is not sync-safe, and no less than it reads here.
-bool fits(const ByteVector& header, long remaining) {
-    return static_cast<long>(SynchData::toUInt(header.mid(4, 4))) <= remaining;
-}
-
 // Of version 2.3 and of 2.4.
-bool isCompressed(const ByteVector& header) {
-    return (header.at(9) & 0x88) != 0;
+bool isCompressed(ZALDataView header) {
+    return (header[9] & 0x88) != 0;
 }
 
-bool isChapter(const ByteVector& header) {
-    return header.startsWith("CHAP") || header.startsWith("CTOC");
+bool isChapter(ZALDataView header) {
+    return std::memcmp(header.data(), "CHAP", 4) == 0 || std::memcmp(header.data(), "CTOC", 4) == 0;
 }
 
-bool hasFewChapters(IOStream& stream, long position, long end) {
-    int count = 0;
-    for (; position < end; position += blockSize) {
-        const ByteVector block = read(stream, position, blockSize + headerSize - 1);
-        const std::string_view bytes(block.data(), block.size());
-        for (std::size_t at = bytes.find('C'); at < blockSize; at = bytes.find('C', at + 1)) {
-            if (bytes.substr(at, 2) != "CH" && bytes.substr(at, 2) != "CT") continue;
-            const ByteVector header = block.mid(static_cast<unsigned>(at), headerSize);
-            if (header.size() < headerSize || !isChapter(header)) continue;
-            if (!fits(header, end - position - static_cast<long>(at))) continue;
-            if (isCompressed(header) || ++count > limits::id3Chapters) return false;
-        }
-    }
-    return true;
+std::uint32_t plainLength(ZALDataView header) {
+    return ByteReader(header.subspan(4)).u32be();
 }
 
-// Compressed frames
+// As TagLib reads it: an octet of more than 7 bits means that the length is a plain one.
+std::uint32_t syncSafeLength(ZALDataView header) {
+    return SynchData::toUInt(TagLibBytes(header.subspan(4, 4)));
+}
 
-// Follows the frames of a tag by their lengths and adds up what the compressed ones become. A length of
+// Neither octet is changed when an unsynchronised frame is decoded.
+bool beginsZlibStream(ZALDataView bytes) {
+    return bytes.size() >= 2 && (bytes[0] & 0x0F) == 8 && (bytes[0] * 256 + bytes[1]) % 31 == 0;
+}
+
+// Follows the frames of a tag by their lengths, and judges what TagLib would make of them. A length of
 // version 2.4 is followed as it should be written and as some programs write it.
-class InflationWalk {
+class FrameWalk {
   public:
-    InflationWalk(IOStream& stream, long begin, long end) : stream_(stream), end_(end), places_{begin} {}
+    explicit FrameWalk(ZALDataView frames) : frames_(frames), places_{0} {}
 
-    void startAlsoAt(long position) { places_.insert(position); }
+    void startAlsoAt(std::size_t place) { places_.insert(place); }
 
-    bool isModest() {
+    bool isSafe() {
         for (unsigned count = 0; !places_.empty(); ++count) {
-            const long at = places_.extract(places_.begin()).value();
-            const ByteVector header = read(stream_, at, headerSize);
-            if (at + headerSize > end_ || header.size() < headerSize) continue;
+            const std::size_t at = places_.extract(places_.begin()).value();
+            if (at + headerSize > frames_.size()) continue;
             if (count > 2 * limits::id3Frames) return false;
-            for (const unsigned size : {header.toUInt(4U), SynchData::toUInt(header.mid(4, 4))}) {
-                const bool hasNext = size > 0 && static_cast<long>(size) <= end_ - at - headerSize;
-                if (hasNext) places_.insert(at + headerSize + static_cast<long>(size));
+            const ZALDataView header = frames_.subspan(at, headerSize);
+            const std::size_t room = frames_.size() - at - headerSize;
+            for (const std::size_t length : {plainLength(header), syncSafeLength(header)}) {
+                if (length > 0 && length <= room) places_.insert(at + headerSize + length);
             }
-            if (isCompressed(header) && !addFrame(stream_, at)) return false;
-            if (isChapter(header) && !addChaptersFrom(at)) return false;
+            if (isCompressed(header) && !addFrame(frames_, at)) return false;
+            if (isChapter(header) && !addChapters(at)) return false;
         }
         return true;
     }
 
   private:
     // A frame can be unsynchronised: it is counted as its bytes stand, and as they would be meant then.
-    bool addFrame(IOStream& stream, long at) {
-        const long content = at + headerSize + 4;  // behind the length that it says it becomes
-        return addStream(stream, content, false) && addStream(stream, content, true);
+    bool addFrame(ZALDataView bytes, std::size_t at) {
+        const std::size_t content = at + headerSize + 4;  // behind the length that it says it becomes
+        if (content >= bytes.size() || !beginsZlibStream(bytes.subspan(content))) return true;
+        return addStream(bytes.subspan(content), false) && addStream(bytes.subspan(content), true);
     }
 
-    bool addStream(IOStream& stream, long at, bool decode) {
+    bool addStream(ZALDataView bytes, bool decode) {
         InflationCount inflation;
-        for (bool goesOn = true; goesOn && cost_ <= limits::id3Inflated;) {
-            ByteVector block = read(stream, at, blockSize);
-            if (block.isEmpty()) break;
-            if (block.size() > 1 && block.endsWith("\xFF"))
-                block.resize(block.size() - 1);  // what follows counts
-            at += block.size();
+        for (bool goesOn = true; goesOn && !bytes.empty() && cost_ <= limits::id3Inflated;) {
+            std::size_t length = std::min<std::size_t>(blockSize, bytes.size());
+            if (length > 1 && bytes[length - 1] == 0xFF) --length;  // what follows counts
+            const ZALDataView block = bytes.first(length);
+            bytes = bytes.subspan(length);
             const std::uint64_t before = inflation.made();
-            goesOn = inflation.take(viewOf(decode ? SynchData::decode(block) : block), limits::id3Inflated);
-            cost_ += block.size() + inflation.made() - before;
+            const ByteVector meant = decode ? SynchData::decode(TagLibBytes(block)) : ByteVector();
+            goesOn = inflation.take(decode ? viewOf(meant) : block, limits::id3Inflated);
+            cost_ += length + inflation.made() - before;
         }
         return cost_ <= limits::id3Inflated;
     }
 
     // Frames stand in a chapter from where only its class knows, so that every byte may begin one.
-    bool addChaptersFrom(long at) {
+    bool addChapters(std::size_t at) {
         if (std::exchange(hasAddedChapters_, true)) return true;
-        const ByteVector bytes = read(stream_, at, end_ - at);
-        return addFramesAnywhere(bytes) && addFramesAnywhere(SynchData::decode(bytes));
+        const ZALDataView bytes = frames_.subspan(at);
+        const ByteVector meant = SynchData::decode(TagLibBytes(bytes));
+        return addFramesAnywhere(bytes) && addFramesAnywhere(viewOf(meant));
     }
 
-    bool addFramesAnywhere(const ByteVector& bytes) {
-        TagLib::ByteVectorStream stream(bytes);
-        for (unsigned at = 1; at + headerSize + 6 <= bytes.size(); ++at) {
-            const ByteVector header =
-                (bytes.data()[at + 9] & 0x88) != 0 ? bytes.mid(at, headerSize + 6) : ByteVector();
-            if (header.isEmpty() || !beginsStream(header.mid(headerSize + 4))) continue;
-            if (!addFrame(stream, at)) return false;
+    bool addFramesAnywhere(ZALDataView bytes) {
+        int chapters = 0;
+        for (std::size_t at = 0; at + headerSize <= bytes.size(); ++at) {
+            const ZALDataView header = bytes.subspan(at, headerSize);
+            if (isCompressed(header) && !addFrame(bytes, at)) return false;
+            if (!isChapter(header) || !fits(header, bytes.size() - at)) continue;
+            if (isCompressed(header) || ++chapters > limits::id3Chapters) return false;
         }
         return true;
     }
 
-    static bool beginsStream(const ByteVector& bytes) {
-        return (bytes[0] & 0x0F) == 8 && bytes.toUShort(0U, true) % 31 == 0;
+    // Text that happens to read like a chapter's id has no such length behind it. In tags of version 2.3 the
+    // length is not sync-safe, and no less than it reads here.
+    static bool fits(ZALDataView header, std::size_t remaining) {
+        return syncSafeLength(header) <= remaining;
     }
 
-    IOStream& stream_;
-    const long end_;
+    const ZALDataView frames_;
+    std::set<std::size_t> places_;
     bool hasAddedChapters_ = false;
-    std::set<long> places_;
     std::uint64_t cost_ = 0;  // of reading and of inflating
 };
 
-bool inflatesModestly(IOStream& stream, long begin, long end, const Header& header) {
-    InflationWalk walk(stream, begin, end);
-    if (header.extendedHeader()) walk.startAlsoAt(begin + SynchData::toUInt(read(stream, begin, 4)));
-    return walk.isModest();
-}
-
-bool inflatesModestly(IOStream& stream, long begin, long end) {
-    const Header header(read(stream, begin - headerSize, headerSize));
-    if (header.majorVersion() < 3) return true;  // its frames have no flags
-    if (header.majorVersion() > 3 || !header.unsynchronisation())
-        return inflatesModestly(stream, begin, end, header);
-    TagLib::ByteVectorStream decoded(SynchData::decode(read(stream, begin, end - begin)));
-    return inflatesModestly(decoded, 0, decoded.length(), header);
+bool hasSafeFrames(ZALDataView frames, const Header& header) {
+    FrameWalk walk(frames);
+    if (header.extendedHeader() && frames.size() >= 4) {
+        walk.startAlsoAt(SynchData::toUInt(TagLibBytes(frames.first(4))));
+    }
+    return walk.isSafe();
 }
 
 }  // namespace
 
 bool isSafeID3v2(IOStream& stream, long position) {
-    const ByteVector header = tagHeader(stream, position);
-    if (header.isEmpty()) return true;
+    const ByteVector start = tagHeader(stream, position);
+    if (start.isEmpty()) return true;
     const long length = endOfID3v2(stream, position) - position;
     if (length > std::numeric_limits<std::uint32_t>::max()) return false;
-    const long end =
-        std::min(position + static_cast<long>(Header(header).completeTagSize()), stream.length());
-    return hasFewChapters(stream, position, end) && inflatesModestly(stream, position + headerSize, end);
+    const Header header(start);
+    if (header.majorVersion() < 3) return true;  // neither chapters nor flags
+    // TagLib is handed the same bytes, which its vectors share.
+    const ByteVector frames = read(stream, position + headerSize, static_cast<long>(header.tagSize()));
+    if (header.majorVersion() > 3 || !header.unsynchronisation())
+        return hasSafeFrames(viewOf(frames), header);
+    const ByteVector meant = SynchData::decode(frames);
+    return hasSafeFrames(viewOf(meant), header);
 }
 
 std::optional<long> positionOfID3v2(IOStream& stream) {

@@ -12,12 +12,11 @@ std::error_code BlockCache::readAt(ZALFileHandle& file, std::uint64_t position,
         Block* block = nullptr;
         if (const auto error = load(file, (position + count) / blockSize, block)) return error;
         const auto start = static_cast<std::size_t>((position + count) % blockSize);
-        if (start >= block->bytes.size()) break;
-        const std::size_t n = std::min(block->bytes.size() - start, buffer.size() - count);
-        std::copy_n(block->bytes.begin() + static_cast<std::ptrdiff_t>(start), n,
-                    buffer.begin() + static_cast<std::ptrdiff_t>(count));
+        if (start >= block->length) break;
+        const std::size_t n = std::min(block->length - start, buffer.size() - count);
+        std::copy_n(block->bytes.get() + start, n, buffer.begin() + static_cast<std::ptrdiff_t>(count));
         count += n;
-        if (block->bytes.size() < blockSize) break;
+        if (block->length < blockSize) break;
     }
     return {};
 }
@@ -31,11 +30,9 @@ std::error_code BlockCache::load(ZALFileHandle& file, std::uint64_t number, Bloc
     block->lastUse = ++uses_;
     if (block->number == number) return {};
     block->number.reset();
-    block->bytes.resize(blockSize);
-    std::size_t count = 0;
-    const auto error = file.readAt(number * blockSize, block->bytes, count);
+    if (!block->bytes) block->bytes = std::make_unique_for_overwrite<std::uint8_t[]>(blockSize);
+    const auto error = file.readAt(number * blockSize, {block->bytes.get(), blockSize}, block->length);
     if (error) return error;
-    block->bytes.resize(count);
     block->number = number;
     return {};
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <system_error>
@@ -26,7 +27,8 @@ class BlockCache {
   private:
     struct Block {
         std::optional<std::uint64_t> number;  ///< position / blockSize; null while the block holds nothing
-        ZALData bytes;                        ///< shorter than a block at the file's end
+        std::unique_ptr<std::uint8_t[]> bytes;
+        std::size_t length = 0;  ///< less than a block at the file's end
         std::uint64_t lastUse = 0;
     };
 
