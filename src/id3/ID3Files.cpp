@@ -41,7 +41,8 @@ std::unique_ptr<TagLib::MPEG::File> mpegFile(TagLibStream& stream) {
 
 bool writeMP3File(TagLib::MPEG::File& file, TagLibStream& stream, const std::string& path, int tags,
                   TagLib::File::StripTags strip, TagLib::File::DuplicateTags duplicate) {
-    if (!fitsItsLength(*file.ID3v2Tag(true), path)) return false;
+    const bool writesID3v2 = (tags & TagLib::MPEG::File::ID3v2) != 0;
+    if (writesID3v2 && !fitsItsLength(*file.ID3v2Tag(true), path)) return false;
     const bool rewritesAPE = (tags & TagLib::MPEG::File::APE) != 0 || strip == TagLib::File::StripOthers;
     const std::string reason = whyNotWritableMP3(stream, rewritesAPE);
     if (reason.empty()) return file.save(tags, strip, TagLib::ID3v2::v4, duplicate);

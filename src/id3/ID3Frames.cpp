@@ -38,6 +38,23 @@ void prepare(Frame* frame) {
     text->setTextEncoding(TagLib::String::Latin1);  // TagLib takes a wider one where the text asks for it
 }
 
+// The frame's length as it is written. That of one with a payload can be more than it will be: rendering it
+// would copy the payload.
+std::uint64_t lengthOf(const Frame& frame) {
+    constexpr std::uint64_t rest = 64;  // headers and single octets
+    constexpr std::uint64_t perUnit = 4;
+    if (const auto* picture = dynamic_cast<const TagLib::ID3v2::AttachedPictureFrame*>(&frame)) {
+        const std::uint64_t units = picture->mimeType().size() + picture->description().size();
+        return picture->picture().size() + perUnit * units + rest;
+    }
+    if (const auto* object = dynamic_cast<const GeneralEncapsulatedObjectFrame*>(&frame)) {
+        const std::uint64_t units =
+            object->mimeType().size() + object->fileName().size() + object->description().size();
+        return object->object().size() + perUnit * units + rest;
+    }
+    return frame.render().size();
+}
+
 }  // namespace
 
 bool prepareFrames(Tag& tag) {
@@ -57,7 +74,7 @@ bool fitsItsLength(const Tag& tag, const std::string& path) {
     constexpr std::uint64_t sizeMax = (1U << 28) - 4096;
     std::uint64_t size = 0;
     for (const Frame* frame : tag.frameList()) {
-        size += frame->render().size();
+        size += lengthOf(*frame);
         if (size <= sizeMax) continue;
         logf("could not save '{}': its ID3v2 tag would be too large", path);
         return false;

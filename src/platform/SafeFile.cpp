@@ -230,16 +230,38 @@ bool SafeFile::mayWriteInPlace(const Range& range) const {
     return ZALHost::shared().saveMode() == ZALSaveMode::inPlace && range.last - range.first < inPlaceMax;
 }
 
+// The bytes of a range of the original that edits stand for.
+std::error_code SafeFile::readReplaced(const Range& range,
+                                       std::vector<std::pair<std::size_t, ZALData>>& replaced) {
+    Piece piece;
+    for (std::uint64_t at = range.first; at <= range.last; at += piece.length) {
+        piece = pieces_.pieceAt(at);
+        piece.length = std::min(piece.length, range.last - at + 1);
+        if (piece.source == Piece::Source::original && piece.offset == at) continue;
+        auto& bytes = replaced
+                          .emplace_back(static_cast<std::size_t>(at - range.first),
+                                        ZALData(static_cast<std::size_t>(piece.length)))
+                          .second;
+        if (const auto error = readOriginal(at, bytes)) return error;
+    }
+    return {};
+}
+
 std::string SafeFile::writeInPlace(const Range& range) {
     PieceList whole(length());
-    ZALData edited(static_cast<std::size_t>(range.last - range.first + 1));
-    ZALData original(edited.size());
+    const auto size = static_cast<std::size_t>(range.last - range.first + 1);
+    const auto buffer = std::make_unique_for_overwrite<std::uint8_t[]>(size);
+    const std::span<std::uint8_t> region(buffer.get(), size);
     std::size_t count = 0;
-    if (const auto error = readContent(range.first, edited, count)) return describe(error);
-    if (const auto error = readOriginal(range.first, original)) return describe(error);
-    const auto error = handle_->writeAt(range.first, edited);
+    if (const auto error = readContent(range.first, region, count)) return describe(error);
+    std::vector<std::pair<std::size_t, ZALData>> replaced;  // what was there, by its place in the region
+    if (const auto error = readReplaced(range, replaced)) return describe(error);
+    const auto error = handle_->writeAt(range.first, region);
     cache_.clear();
-    const bool undone = !error || putBack(range.first, original);
+    for (const auto& [place, bytes] : replaced) {
+        if (error) std::copy(bytes.begin(), bytes.end(), region.begin() + static_cast<std::ptrdiff_t>(place));
+    }
+    const bool undone = !error || putBack(range.first, region);
     noteState();
     if (!undone) return "writing failed, and so did putting back what was there: " + describe(error);
     if (error) return "writing failed: " + describe(error);

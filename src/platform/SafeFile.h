@@ -85,6 +85,7 @@ class SafeFile {
     std::string checkUnchanged();
     std::error_code findDifference(std::optional<Range>& difference);
     bool mayWriteInPlace(const Range& range) const;
+    std::error_code readReplaced(const Range& range, std::vector<std::pair<std::size_t, ZALData>>& replaced);
     std::string writeInPlace(const Range& range);
     bool putBack(std::uint64_t position, ZALDataView original);
     std::string writeBeside();
