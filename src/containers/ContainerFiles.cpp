@@ -51,6 +51,8 @@ std::unique_ptr<TagLib::FLAC::File> flacFile(TagLibStream& stream) {
 bool writeFLACFile(TagLib::FLAC::File& file, const std::string& path) {
     const TagLib::ID3v2::Tag* tag = file.ID3v2Tag(false);
     if (tag != nullptr && !fitsItsLength(*tag, path)) return false;
+    // As a save fills a comment that the file did not have.
+    if (!file.hasXiphComment()) TagLib::Tag::duplicate(file.tag(), file.xiphComment(true), false);
     // TagLib would write the lengths without their upper bits.
     auto largest = file.xiphComment(true)->render(false).size();
     for (const TagLib::FLAC::Picture* picture : file.pictureList()) {

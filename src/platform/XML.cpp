@@ -296,30 +296,65 @@ void XMLDocument::setHeader() {
 
 namespace {
 
+std::size_t unitSize(pugi::xml_encoding encoding) {
+    switch (encoding) {
+        case pugi::encoding_utf16_le:
+        case pugi::encoding_utf16_be:
+            return 2;
+        case pugi::encoding_utf32_le:
+        case pugi::encoding_utf32_be:
+            return 4;
+        default:
+            return 1;
+    }
+}
+
+// ASCII in the code units of an encoding.
+std::string inUnits(std::string_view text, pugi::xml_encoding encoding) {
+    const bool isBig = encoding == pugi::encoding_utf16_be || encoding == pugi::encoding_utf32_be;
+    const std::string zeros(unitSize(encoding) - 1, '\0');
+    std::string units;
+    for (const char c : text) {
+        if (isBig) units += zeros;
+        units += c;
+        if (!isBig) units += zeros;
+    }
+    return units;
+}
+
 class SinkWriter : public pugi::xml_writer {
   public:
-    SinkWriter(const ChunkSink& sink, bool escapesReturns) : sink_(sink), escapes_(escapesReturns) {}
+    SinkWriter(const ChunkSink& sink, pugi::xml_encoding encoding)
+        : sink_(sink), return_(inUnits("\r", encoding)), reference_(inUnits("&#13;", encoding)) {}
     void write(const void* data, std::size_t size) override {
         const std::string_view text(static_cast<const char*>(data), size);
         std::size_t begin = 0;
         // The only carriage returns are those that a text had as references; as themselves they would be read
         // as line feeds.
-        for (auto at = escapes_ ? text.find('\r') : text.npos; at != text.npos; at = text.find('\r', begin)) {
+        for (auto at = nextReturn(text, 0); at != text.npos; at = nextReturn(text, begin)) {
             append(text.substr(begin, at - begin));
-            append("&#13;");
-            begin = at + 1;
+            append(reference_);
+            begin = at + return_.size();
         }
         append(text.substr(begin));
     }
     bool isDone() const { return done_; }
 
   private:
+    std::size_t nextReturn(std::string_view text, std::size_t from) const {
+        auto at = text.find(return_, from);
+        while (at != text.npos && at % return_.size() != 0)
+            at = text.find(return_, at + 1);
+        return at;
+    }
+
     void append(std::string_view text) {
         done_ = done_ && sink_({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
     }
 
     const ChunkSink& sink_;
-    const bool escapes_;
+    const std::string return_;
+    const std::string reference_;
     bool done_ = true;
 };
 
@@ -343,7 +378,7 @@ bool XMLDocument::write(const ChunkSink& sink, const XMLStyle& style) const {
     const char32_t last = lastCharacter(tree_->encoding, document);
     if (last == 0 && tree_->encoding != pugi::encoding_utf8) {
         if (tree_->hasMark) format |= pugi::format_write_bom;
-        SinkWriter writer(sink, false);
+        SinkWriter writer(sink, tree_->encoding);
         document.save(writer, style.indent, format, tree_->encoding);
         return writer.isDone();
     }
@@ -351,7 +386,7 @@ bool XMLDocument::write(const ChunkSink& sink, const XMLStyle& style) const {
     const ChunkSink limitedSink = [&](ZALDataView bytes) {
         return last == 0 ? sink(bytes) : limited.write(bytes);
     };
-    SinkWriter writer(limitedSink, true);
+    SinkWriter writer(limitedSink, pugi::encoding_utf8);
     const bool keepsDeclaration = hasDeclaration && !tree_->declaration.empty();
     const std::string head = (tree_->hasMark ? "\xEF\xBB\xBF" : "") +
                              (keepsDeclaration ? tree_->declaration + "\n" : std::string());

@@ -109,7 +109,7 @@ TEST_F(Traktor, aFileKeepsItsEncoding) {
         }
         return out;
     };
-    const std::string wide = "<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<NML a=\"x\"></NML>\n";
+    const std::string wide = "<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<NML a=\"x\">y&#13;</NML>\n";
     const std::string latin =
         "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<NML a=\"\xE9&#8364;\" b=\"&#128512;\"></NML>\n";
     const std::string marked = "\xEF\xBB\xBF<NML a=\"\xC3\xA9\"></NML>\n";
