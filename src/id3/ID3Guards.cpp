@@ -64,6 +64,13 @@ bool beginsZlibStream(ZALDataView bytes) {
     return bytes.size() >= 2 && (bytes[0] & 0x0F) == 8 && (bytes[0] * 256 + bytes[1]) % 31 == 0;
 }
 
+// What the compressed frame at a place inflates; empty when it is none.
+ZALDataView streamOf(ZALDataView bytes, std::size_t at) {
+    const std::size_t content = at + headerSize + 4;  // behind the length that it says it becomes
+    if (content >= bytes.size() || !beginsZlibStream(bytes.subspan(content))) return {};
+    return bytes.subspan(content);
+}
+
 // Follows the frames of a tag by their lengths, and judges what TagLib would make of them. A length of
 // version 2.4 is followed as it should be written and as some programs write it.
 class FrameWalk {
@@ -91,9 +98,8 @@ class FrameWalk {
   private:
     // A frame can be unsynchronised: it is counted as its bytes stand, and as they would be meant then.
     bool addFrame(ZALDataView bytes, std::size_t at) {
-        const std::size_t content = at + headerSize + 4;  // behind the length that it says it becomes
-        if (content >= bytes.size() || !beginsZlibStream(bytes.subspan(content))) return true;
-        return addStream(bytes.subspan(content), false) && addStream(bytes.subspan(content), true);
+        const ZALDataView stream = streamOf(bytes, at);
+        return stream.empty() || (addStream(stream, false) && addStream(stream, true));
     }
 
     bool addStream(ZALDataView bytes, bool decode) {
@@ -123,9 +129,10 @@ class FrameWalk {
         int chapters = 0;
         for (std::size_t at = 0; at + headerSize <= bytes.size(); ++at) {
             const ZALDataView header = bytes.subspan(at, headerSize);
-            if (isCompressed(header) && !addFrame(bytes, at)) return false;
+            const bool isInflated = isCompressed(header) && !streamOf(bytes, at).empty();
+            if (isInflated && !addFrame(bytes, at)) return false;
             if (!isChapter(header) || !fits(header, bytes.size() - at)) continue;
-            if (isCompressed(header) || ++chapters > limits::id3Chapters) return false;
+            if (isInflated || ++chapters > limits::id3Chapters) return false;
         }
         return true;
     }

@@ -80,11 +80,14 @@ TEST(Opening, refusesChaptersThatOverflowTheStack) {
     ZALData tag = id3Tag({nested});
     tag[3] = 3;
     const ZALData chapter = id3Frame("CHAP", joined({{'a', 0}, ZALData(16)}));
-    const ZALData packed = id3Frame("CHAP", joined({{'a', 0}, ZALData(16)}), 0x0008);
+    const ZALData packed = id3Frame("CHAP", fromHex("00000014 789C 0000"), 0x0008);
     const std::pair<ZALData, bool> cases[] = {
         {tag, false},
         {joined({ZALData(50), tag}), false},
         {id3Tag({packed}), false},
+        {id3Tag({id3Frame("CHAP", joined({bytesOf("a"), ZALData(3), bytesOf("CHAP"), ZALData(3),
+                                          bytesOf("\x22TIT2"), ZALData(20)}))}),
+         true},
         {id3Tag({chapter, chapter, id3Text("TIT2", "CHAPTER ONE")}), true},
     };
     for (const auto& [start, opens] : cases) {
