@@ -10,13 +10,17 @@ namespace zal::limits {
 
 // ID3v2
 
-/// Frames of a tag. TagLib searches all of them for each one it removes, so that a setter's work grows with
-/// their square; real tags have some hundred.
+/// Frames of a tag, and twice as many with those in its chapters. TagLib searches all of them for each one it
+/// removes, so that a setter's work grows with their square; real tags have some hundred.
 inline constexpr unsigned id3Frames = 10'000;
 
-/// Chapters of a tag. TagLib reads nested ones by recursion; a level takes 400 bytes of stack, of which a
-/// host's thread may have no more than 512 KiB. Audio books have some hundred, beside one another.
-inline constexpr int id3Chapters = 1000;
+/// Chapters and their tables within one another. TagLib reads them by recursion, and decodes an
+/// unsynchronised tag anew at every level. They are meant to stand beside one another. At every level a byte
+/// belongs to one frame; a hostile frame can say that its content goes on to the tag's end, as can the next.
+inline constexpr int id3ChapterNesting = 3;
+
+/// Parts between NULs in the texts of a tag. TagLib makes two objects of each, some 130 bytes for a letter.
+inline constexpr std::uint64_t id3TextParts = 200'000;
 
 /// What a tag's compressed frames may become, with what it takes to see that: a few megabytes can become
 /// gigabytes. Hardly any program compresses frames, and pictures are some megabytes.
@@ -53,8 +57,8 @@ inline constexpr std::uint32_t formTag = std::uint32_t{1} << 28;
 /// The room that a WAV file's processing record needs below 4 GiB: more than any record takes.
 inline constexpr std::int64_t wavRecord = 1 << 20;
 
-// Pictures. A few kilobytes can claim any size, so these bounds, not the file, decide how much memory and time
-// a decoder gets. The largest covers sold today have 9 mega pixels.
+// Pictures. A few kilobytes can claim any size, so these bounds, not the file, decide how much memory and
+// time a decoder gets. The largest covers sold today have 9 mega pixels.
 
 /// Pixels of a picture; at four bytes each, 256 MB.
 inline constexpr std::uint64_t picturePixels = 64U << 20;

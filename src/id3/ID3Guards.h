@@ -8,11 +8,11 @@
 
 namespace zal {
 
-/// False for a tag that TagLib would overflow its stack or exhaust the memory over: one with more chapters
-/// (CHAP and CTOC frames) than the stack holds, should they stand within one another, which it reads by
-/// recursion; one with a compressed chapter, which could hold any number; one whose compressed frames become
-/// too much; and one with so many tags behind it that their lengths wrap around in 32 bits. True when no tag
-/// begins at the position.
+/// False for a tag that TagLib would overflow its stack or exhaust the memory over: one with chapters too
+/// deep within one another, which it reads by recursion, or with a compressed one, which could hold any
+/// number; one whose frames say that they hold more than the tag, become too much when they are inflated, or
+/// split into too many texts; and one with so many tags behind it that their lengths wrap around in 32 bits.
+/// True when no tag begins at the position.
 bool isSafeID3v2(TagLib::IOStream& stream, long position);
 
 /// Where TagLib finds the ID3v2 tag of an MP3 file, if anywhere. Searches the whole file when it begins with
