@@ -11,35 +11,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 #include <mutex>
 #include <thread>
 
 namespace {
-
-// The user's own settings with some of them replaced; nothing of it is ever stored.
-class CallDefaults final : public ZALUserDefaults {
-  public:
-    CallDefaults(std::shared_ptr<ZALUserDefaults> stored, std::map<std::string, std::string> replaced)
-        : stored_(std::move(stored)), replaced_(std::move(replaced)) {}
-
-    ZALNullableString stringForKey(const std::string& key) override {
-        const auto found = replaced_.find(key);
-        return found == replaced_.end() ? stored_->stringForKey(key) : found->second;
-    }
-    ZALNullableData dataForKey(const std::string& key) override { return stored_->dataForKey(key); }
-    bool hasValueForKey(const std::string& key) override {
-        return replaced_.contains(key) || stored_->hasValueForKey(key);
-    }
-    void setString(const std::string&, const std::string&) override {}
-    void setData(const std::string&, const ZALNullableData&) override {}
-    void removeKey(const std::string&) override {}
-    void synchronize() override {}
-
-  private:
-    const std::shared_ptr<ZALUserDefaults> stored_;
-    const std::map<std::string, std::string> replaced_;
-};
 
 template <typename Database>
 ZALNullableString keyIn(const std::string& path) {
@@ -186,22 +161,24 @@ void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
 
 void useCollections(const CollectionOptions& options) {
     ZALHost& host = ZALHost::shared();
-    std::map<std::string, std::string> replaced;
-    const auto replace = [&replaced](const std::string& key, const std::optional<std::string>& file) {
+    const auto settings = ZALUserDefaults::inMemory(host.userDefaults());
+    bool isNamed = false;
+    const auto name = [&](const std::string& key, const std::optional<std::string>& file) {
         if (file && file->empty()) throw UsageError("an empty name is no collection file");
-        if (file) replaced[key] = collectionPath(*file);
+        if (file) settings->setString(key, collectionPath(*file));
+        isNamed = isNamed || file;
     };
-    replace(ZALRekordboxDatabaseFileUserSetLocationURL, options.rekordbox);
-    replace(ZALTraktorDatabaseFileUserSetLocationURL, options.traktor);
-    // A collection that is named is used wherever this program runs.
-    if (!replaced.empty()) {
-        host.setEnvironment([](const std::string& name) -> ZALNullableString {
-            const char* value = name == "APP_SANDBOX_CONTAINER_ID" ? nullptr : std::getenv(name.c_str());
+    name(ZALRekordboxDatabaseFileUserSetLocationURL, options.rekordbox);
+    name(ZALTraktorDatabaseFileUserSetLocationURL, options.traktor);
+    if (isNamed) {
+        host.setUserDefaults(settings);
+        // A collection that is named is used wherever this program runs.
+        host.setEnvironment([](const std::string& variable) -> ZALNullableString {
+            const char* value =
+                variable == "APP_SANDBOX_CONTAINER_ID" ? nullptr : std::getenv(variable.c_str());
             return value == nullptr ? ZALNullableString() : value;
         });
     }
-    if (!replaced.empty())
-        host.setUserDefaults(std::make_shared<CallDefaults>(host.userDefaults(), replaced));
     if (options.bootVolume) host.setBootVolumeName(*options.bootVolume);
 }
 

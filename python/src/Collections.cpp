@@ -3,49 +3,18 @@
 #include <pybind11/operators.h>
 
 #include <atomic>
-#include <filesystem>
-#include <map>
 
 namespace {
 
-// The settings of the user with the files of this process in the place of theirs; nothing of it is stored.
-class ProcessDefaults final : public ZALUserDefaults {
-  public:
-    ProcessDefaults(std::shared_ptr<ZALUserDefaults> stored, std::map<std::string, std::string> replaced)
-        : stored_(std::move(stored)), replaced_(std::move(replaced)) {}
-
-    ZALNullableString stringForKey(const std::string& key) override {
-        const auto found = replaced_.find(key);
-        return found == replaced_.end() ? stored_->stringForKey(key) : found->second;
-    }
-    ZALNullableData dataForKey(const std::string& key) override { return stored_->dataForKey(key); }
-    bool hasValueForKey(const std::string& key) override {
-        return replaced_.contains(key) || stored_->hasValueForKey(key);
-    }
-    void setString(const std::string& key, const std::string& value) override {
-        stored_->setString(key, value);
-    }
-    void setData(const std::string& key, const ZALNullableData& value) override {
-        stored_->setData(key, value);
-    }
-    void removeKey(const std::string& key) override { stored_->removeKey(key); }
-    void synchronize() override { stored_->synchronize(); }
-
-  private:
-    const std::shared_ptr<ZALUserDefaults> stored_;
-    const std::map<std::string, std::string> replaced_;
-};
-
 void useCollections(const py::object& rekordbox, const py::object& traktor,
                     const std::optional<py::str>& bootVolume) {
-    static const std::shared_ptr<ZALUserDefaults> stored = ZALHost::shared().userDefaults();
-    static std::map<std::string, std::string> replaced;
-    const auto replace = [](const std::string& key, const py::object& path) {
-        if (!path.is_none()) replaced[key] = collectionPathFrom(path);
+    static const auto settings = ZALUserDefaults::inMemory(ZALHost::shared().userDefaults());
+    const auto name = [](const std::string& key, const py::object& path) {
+        if (!path.is_none()) settings->setString(key, collectionPathFrom(path));
     };
-    replace(ZALRekordboxDatabaseFileUserSetLocationURL, rekordbox);
-    replace(ZALTraktorDatabaseFileUserSetLocationURL, traktor);
-    ZALHost::shared().setUserDefaults(std::make_shared<ProcessDefaults>(stored, replaced));
+    name(ZALRekordboxDatabaseFileUserSetLocationURL, rekordbox);
+    name(ZALTraktorDatabaseFileUserSetLocationURL, traktor);
+    ZALHost::shared().setUserDefaults(settings);
     if (bootVolume) ZALHost::shared().setBootVolumeName(*textFrom(bootVolume));
 }
 

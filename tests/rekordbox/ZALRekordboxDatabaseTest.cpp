@@ -236,7 +236,7 @@ TEST_F(Rekordbox, aFailedLoadKeepsWhatWasHeld) {
     EXPECT_TRUE(database->hasTrackForSongFileAtURL("/a.mp3"));
     file("rekordbox.xml", mixed);
     ASSERT_TRUE(database->reload());
-    ZALHost::shared().setUserDefaults(std::make_shared<MemoryDefaults>());
+    ZALHost::shared().setUserDefaults(ZALUserDefaults::inMemory());
     std::filesystem::remove(path());
     EXPECT_FALSE(database->reload()) << "there is no file";
     EXPECT_TRUE(database->isRekordboxDBLoaded());
