@@ -81,6 +81,39 @@ class Collections(FilesTest):
         self.assertEqual([(cue.time, cue.name, cue.slot) for cue in collection[self.songs[0]].cues],
                          [(1, "", -1), (2, "a", -1), (1, "", 0), (2, "a", 1)])
 
+    def test_playlists(self):
+        nodes = ('<NODE Type="0" Name="Sets é"><NODE Type="1" Name="Late" KeyType="0"><TRACK Key="3"/><TRACK Key="99"/>'
+                 '<TRACK Key="1"/></NODE></NODE><NODE Type="1" Name="All" KeyType="1"/></NODE></PLAYLISTS>')
+        rekordbox_file, traktor_file = self.files
+        rekordbox_file.write_bytes(rekordbox_file.read_bytes().replace(b'Count="0"/></PLAYLISTS>', b'Count="2">' + nodes.encode()))
+        key = "Macintosh HD" + "".join("/:" + part for part in self.songs[2].parts[1:])
+        traktor_file.write_bytes(traktor_file.read_bytes().replace(b"</NML>", (
+            '<PLAYLISTS><NODE TYPE="FOLDER"><SUBNODES><NODE TYPE="PLAYLIST" NAME="Night"><PLAYLIST><ENTRY><PRIMARYKEY TYPE="TRACK" KEY="'
+            f'{key}"/></ENTRY></PLAYLIST></NODE></SUBNODES></NODE></PLAYLISTS></NML>').encode()))
+        self.use(*self.files)
+        self.assertEqual([(one.folders, one.name, [track.path for track in one]) for one in zaltag.rekordbox().playlists],
+                         [([], "All", []), (["Sets é"], "Late", [self.songs[0], self.songs[2]])])
+        self.assertEqual([(one.name, [track.path for track in one]) for one in zaltag.traktor().playlists],
+                         [("Night", [self.songs[2]])])
+
+    def test_progress_is_told(self):
+        stages = []
+        collection = zaltag.traktor()
+        collection.set_progress_sink(stages.append)
+        self.addCleanup(collection.set_progress_sink, None)
+        collection.set_cue_points(self.songs[0], [zaltag.CuePoint(1)])
+        while stages != [1]:
+            zaltag.run_pending()
+        collection.save()
+        while stages[-1] != 0:
+            zaltag.run_pending()
+        self.assertEqual(stages, sorted(stages[:-1]) + [0])
+        collection.set_progress_sink(None)
+        told = len(stages)
+        collection.set_cue_points(self.songs[0], [zaltag.CuePoint(2)])
+        collection.save()
+        self.assertEqual((len(stages), collection.stage in (0, 4)), (told, True))
+
     def test_errors_have_code_and_path(self):
         missing = self.folder / "missing.xml"
         with self.assertRaises(zaltag.CollectionError) as raised:
