@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <mutex>
 #include <thread>
 
 namespace {
@@ -33,6 +32,7 @@ std::string whyLeftOutOfTraktor(const std::string& path) {
 constexpr Collection rekordbox = {
     "Rekordbox",
     [] { return ZALRekordboxDatabase::sharedDatabase()->isRekordboxDBLoaded(); },
+    [](ZALError* error) { return ZALRekordboxDatabase::sharedDatabase()->reload(error); },
     [] { return ZALRekordboxDatabase::rekordboxDatabaseFileURL(); },
     keyIn<ZALRekordboxDatabase>,
     [] { return std::string(); },
@@ -43,6 +43,7 @@ constexpr Collection rekordbox = {
 constexpr Collection traktor = {
     "Traktor",
     [] { return ZALTraktorDatabase::sharedDatabase()->isTraktorDBLoaded(); },
+    [](ZALError* error) { return ZALTraktorDatabase::sharedDatabase()->reload(error); },
     [] { return ZALTraktorDatabase::traktorDatabaseFileURL(); },
     keyIn<ZALTraktorDatabase>,
     [] {
@@ -206,14 +207,10 @@ std::vector<std::string> allPlaceNames(bool readableOnly) {
 }
 
 std::string whyNotUsable(const Collection& collection) {
-    // The log line of a failed load is the reason; it belongs into ours.
-    std::mutex mutex;
-    std::string reason;
-    ZALHost::shared().setLogSink([&](const std::string& line) {
-        const std::lock_guard guard(mutex);
-        if (reason.empty()) reason = line;
-    });
-    const bool isLoaded = collection.isLoaded();
+    // The first use of a collection loads it, and logs a failure without its reason for a person.
+    ZALHost::shared().setLogSink([](const std::string&) {});
+    ZALError error;
+    const bool isLoaded = collection.isLoaded() || collection.reload(&error);
     const ZALNullableString file = collection.file();
     ZALHost::shared().setLogSink({});
     if (isLoaded) return {};
@@ -221,9 +218,9 @@ std::string whyNotUsable(const Collection& collection) {
         return fmt::format("no {} collection was found (--{} FILE names one)", collection.name,
                            CLI::detail::to_lower(collection.name));
     }
-    return reason.empty()
-               ? fmt::format("the {} collection {} is not loaded", collection.name, printable(*file))
-               : printable(reason);
+    const auto cause = error.underlyingError;
+    return fmt::format("{}: is no {} collection that can be read{}", printable(*file), collection.name,
+                       cause ? ": " + printable(cause->localizedDescription) : "");
 }
 
 namespace {
