@@ -1,5 +1,7 @@
 """The collections through the Python module, beside what the program does, and the event loop."""
 import asyncio
+import contextlib
+import io
 import os
 import pathlib
 import re
@@ -9,7 +11,7 @@ import sys
 import unittest
 
 import zaltag
-from collection_files import rekordbox, traktor
+from collection_files import rekordbox, serato_cues, traktor
 from test_files import FilesTest
 
 PROGRAM = os.environ["ZALTAG"]
@@ -64,6 +66,23 @@ class Collections(FilesTest):
         for file in self.files:
             self.assertIn(b"early", file.read_bytes())
             self.assertEqual(self.content(file), self.content(theirs / file.name))
+
+    def test_the_blocks_of_the_guide_run(self):
+        guide = pathlib.Path(__file__).parents[2] / "docs" / "guides" / "python.md"
+        blocks = re.findall(r"```python\n(.*?)```", guide.read_text().replace('"Music"', '"music"'), re.S)
+        shutil.copy(self.songs[5], self.folder / "song.mp3")
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(self.folder)
+        names = {}
+        with contextlib.redirect_stdout(io.StringIO()):
+            for block in blocks:
+                code = compile(block, str(guide), "exec")
+                if "ProcessPoolExecutor" not in block:  # its functions are to stand in a module
+                    exec(code, names)
+            asyncio.run(names["main"]())
+        for file in self.files:
+            self.assertIn(b"early", file.read_bytes())
+        self.assertEqual([name for _, name in serato_cues("song.mp3")], ["Intro", "Drop"])
 
     def test_lookups(self):
         collection = zaltag.rekordbox()
