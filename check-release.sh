@@ -3,7 +3,8 @@
 # foreign program make of them, and the completions in their shells. Installs what it needs, as root.
 set -euo pipefail
 cd "$(dirname "$0")"
-scripts/install-deps.sh doxygen dpkg-dev debhelper fakeroot lintian bash-completion zsh fish groff man-db
+scripts/install-deps.sh doxygen dpkg-dev debhelper fakeroot lintian bash-completion zsh fish groff man-db \
+    dh-python python3-dev pybind11-dev
 
 packages=$PWD/build/packages
 skipped=()
@@ -34,7 +35,7 @@ lintian --fail-on error --allow-root "$packages"/*.changes
 step "the packages in an empty place: the program runs, a program compiles against the library"
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
-for package in libzaltag1 libzaltag-dev zaltag; do
+for package in libzaltag1 libzaltag-dev zaltag python3-zaltag; do
     dpkg-deb -x "$packages/${package}"_*.deb "$root"
 done
 libraries=$(dirname "$(find "$root/usr/lib" -name libzaltag.so.1)")
@@ -44,6 +45,10 @@ flags=$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --define-variable=pcfile
 # shellcheck disable=SC2086
 g++ -std=c++20 tests/consumer/main.cpp $flags -o "$root/consumer"
 [ "$(LD_LIBRARY_PATH=$libraries "$root/consumer" "$root/song.mp3")" = "from a consumer" ]
+
+step "moved, from Python: a file of each format is changed, and mutagen sees it"
+LD_LIBRARY_PATH=$libraries PYTHONPATH=$root/usr/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1 \
+    /usr/bin/python3 packaging/check_python.py "$root"
 
 step "completion: bash with its package, fish, zsh"
 /usr/bin/python3 packaging/check_completion.py "$root"

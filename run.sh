@@ -7,6 +7,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 "$here/scripts/install-deps.sh"
 build=$here/build/release
 if [ ! -f "$build/build.ninja" ]; then
+    echo "building the program, which takes a few minutes the first time" >&2
     (cd "$here" && cmake --preset release) >/dev/null
 fi
 if ! log=$(cmake --build "$build" --target zaltag_program 2>&1); then

@@ -11,35 +11,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
-#include <mutex>
 #include <thread>
 
 namespace {
-
-// The user's own settings with some of them replaced; nothing of it is ever stored.
-class CallDefaults final : public ZALUserDefaults {
-  public:
-    CallDefaults(std::shared_ptr<ZALUserDefaults> stored, std::map<std::string, std::string> replaced)
-        : stored_(std::move(stored)), replaced_(std::move(replaced)) {}
-
-    ZALNullableString stringForKey(const std::string& key) override {
-        const auto found = replaced_.find(key);
-        return found == replaced_.end() ? stored_->stringForKey(key) : found->second;
-    }
-    ZALNullableData dataForKey(const std::string& key) override { return stored_->dataForKey(key); }
-    bool hasValueForKey(const std::string& key) override {
-        return replaced_.contains(key) || stored_->hasValueForKey(key);
-    }
-    void setString(const std::string&, const std::string&) override {}
-    void setData(const std::string&, const ZALNullableData&) override {}
-    void removeKey(const std::string&) override {}
-    void synchronize() override {}
-
-  private:
-    const std::shared_ptr<ZALUserDefaults> stored_;
-    const std::map<std::string, std::string> replaced_;
-};
 
 template <typename Database>
 ZALNullableString keyIn(const std::string& path) {
@@ -58,6 +32,7 @@ std::string whyLeftOutOfTraktor(const std::string& path) {
 constexpr Collection rekordbox = {
     "Rekordbox",
     [] { return ZALRekordboxDatabase::sharedDatabase()->isRekordboxDBLoaded(); },
+    [](ZALError* error) { return ZALRekordboxDatabase::sharedDatabase()->reload(error); },
     [] { return ZALRekordboxDatabase::rekordboxDatabaseFileURL(); },
     keyIn<ZALRekordboxDatabase>,
     [] { return std::string(); },
@@ -68,6 +43,7 @@ constexpr Collection rekordbox = {
 constexpr Collection traktor = {
     "Traktor",
     [] { return ZALTraktorDatabase::sharedDatabase()->isTraktorDBLoaded(); },
+    [](ZALError* error) { return ZALTraktorDatabase::sharedDatabase()->reload(error); },
     [] { return ZALTraktorDatabase::traktorDatabaseFileURL(); },
     keyIn<ZALTraktorDatabase>,
     [] {
@@ -186,22 +162,24 @@ void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
 
 void useCollections(const CollectionOptions& options) {
     ZALHost& host = ZALHost::shared();
-    std::map<std::string, std::string> replaced;
-    const auto replace = [&replaced](const std::string& key, const std::optional<std::string>& file) {
+    const auto settings = ZALUserDefaults::inMemory(host.userDefaults());
+    bool isNamed = false;
+    const auto name = [&](const std::string& key, const std::optional<std::string>& file) {
         if (file && file->empty()) throw UsageError("an empty name is no collection file");
-        if (file) replaced[key] = collectionPath(*file);
+        if (file) settings->setString(key, collectionPath(*file));
+        isNamed = isNamed || file;
     };
-    replace(ZALRekordboxDatabaseFileUserSetLocationURL, options.rekordbox);
-    replace(ZALTraktorDatabaseFileUserSetLocationURL, options.traktor);
-    // A collection that is named is used wherever this program runs.
-    if (!replaced.empty()) {
-        host.setEnvironment([](const std::string& name) -> ZALNullableString {
-            const char* value = name == "APP_SANDBOX_CONTAINER_ID" ? nullptr : std::getenv(name.c_str());
+    name(ZALRekordboxDatabaseFileUserSetLocationURL, options.rekordbox);
+    name(ZALTraktorDatabaseFileUserSetLocationURL, options.traktor);
+    if (isNamed) {
+        host.setUserDefaults(settings);
+        // A collection that is named is used wherever this program runs.
+        host.setEnvironment([](const std::string& variable) -> ZALNullableString {
+            const char* value =
+                variable == "APP_SANDBOX_CONTAINER_ID" ? nullptr : std::getenv(variable.c_str());
             return value == nullptr ? ZALNullableString() : value;
         });
     }
-    if (!replaced.empty())
-        host.setUserDefaults(std::make_shared<CallDefaults>(host.userDefaults(), replaced));
     if (options.bootVolume) host.setBootVolumeName(*options.bootVolume);
 }
 
@@ -229,14 +207,10 @@ std::vector<std::string> allPlaceNames(bool readableOnly) {
 }
 
 std::string whyNotUsable(const Collection& collection) {
-    // The log line of a failed load is the reason; it belongs into ours.
-    std::mutex mutex;
-    std::string reason;
-    ZALHost::shared().setLogSink([&](const std::string& line) {
-        const std::lock_guard guard(mutex);
-        if (reason.empty()) reason = line;
-    });
-    const bool isLoaded = collection.isLoaded();
+    // The first use of a collection loads it, and logs a failure without its reason for a person.
+    ZALHost::shared().setLogSink([](const std::string&) {});
+    ZALError error;
+    const bool isLoaded = collection.isLoaded() || collection.reload(&error);
     const ZALNullableString file = collection.file();
     ZALHost::shared().setLogSink({});
     if (isLoaded) return {};
@@ -244,9 +218,9 @@ std::string whyNotUsable(const Collection& collection) {
         return fmt::format("no {} collection was found (--{} FILE names one)", collection.name,
                            CLI::detail::to_lower(collection.name));
     }
-    return reason.empty()
-               ? fmt::format("the {} collection {} is not loaded", collection.name, printable(*file))
-               : printable(reason);
+    const auto cause = error.underlyingError;
+    return fmt::format("{}: is no {} collection that can be read{}", printable(*file), collection.name,
+                       cause ? ": " + printable(cause->localizedDescription) : "");
 }
 
 namespace {

@@ -27,6 +27,7 @@ void useCollections(const CollectionOptions& options);
 struct Collection {
     const char* name;
     bool (*isLoaded)();
+    bool (*reload)(ZALError* error);
     ZALNullableString (*file)();
     /// The path that the collection knows the track of an audio file by, in one Unicode normalization; null
     /// when it has none.

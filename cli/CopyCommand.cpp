@@ -3,11 +3,6 @@
 #include "Interrupts.h"
 #include "Output.h"
 
-#include <zaltag/containers/ZALTagFLAC.h>
-#include <zaltag/containers/ZALTagMP4.h>
-#include <zaltag/containers/ZALTagWAV.h>
-#include <zaltag/id3/ZALTagAIFF.h>
-#include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/tools/ZALCopyTag.h>
 
 #include <fmt/format.h>
@@ -23,30 +18,13 @@ struct Options {
     std::string destination;
 };
 
-// Which function copies between which types of files.
-struct Copier {
-    bool (*takesSource)(const ZALNullableString& path);
-    bool (*takesDestination)(const ZALNullableString& path);
-    bool (*copy)(const ZALNullableString& source, const ZALNullableString& destination);
-};
-
-constexpr Copier copiers[] = {
-    {ZALTagID3::canInitWithPath, ZALTagID3::canInitWithPath, ZALCopyTagID3},
-    {ZALTagMP4::canInitWithPath, ZALTagMP4::canInitWithPath, ZALCopyTagMP4},
-    {ZALTagMP4::canInitWithPath, ZALTagID3::canInitWithPath, ZALCopyTagMP42ID3},
-    {ZALTagWAV::canInitWithPath, ZALTagWAV::canInitWithPath, ZALCopyTagWAV},
-    {ZALTagAIFF::canInitWithPath, ZALTagAIFF::canInitWithPath, ZALCopyTagAIFF},
-    {ZALTagFLAC::canInitWithPath, ZALTagFLAC::canInitWithPath, ZALCopyTagFLAC},
-};
-
 // Empty, or why nothing was copied.
 std::string copyTags(const std::string& source, const std::string& destination) {
     std::error_code ignored;
     if (std::filesystem::equivalent(source, destination, ignored)) return "is the source, too";
     if (openFile(destination, false).tag->readOnly()) return readOnlyReason;
-    for (const Copier& copier : copiers) {
-        if (!copier.takesSource(source) || !copier.takesDestination(destination)) continue;
-        return copier.copy(source, destination) ? "" : "could not be saved; the file is as it was";
+    if (const auto copy = ZALCopyTagFunctionForPaths(source, destination)) {
+        return copy(source, destination) ? "" : "could not be saved; the file is as it was";
     }
     return fmt::format("cannot take the tags of {}: files of these two types cannot be copied",
                        printable(source));

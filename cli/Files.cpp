@@ -3,11 +3,14 @@
 #include "Interrupts.h"
 #include "Output.h"
 
+#include <zaltag/platform/ZALHost.h>
+
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 
 namespace fs = std::filesystem;
@@ -64,6 +67,22 @@ OpenedFile openFile(const std::string& path, bool readOnly) {
     return opened;
 }
 
+std::string saveFile(ZALTag& tag) {
+    // The log line of a failed save is the reason; it belongs into ours.
+    std::string reason;
+    ZALHost::shared().setLogSink([&reason](const std::string& line) {
+        const std::size_t colon = line.find("': ");
+        if (line.starts_with("could not save '") && colon != std::string::npos) {
+            reason = ": " + printable(line.substr(colon + 3));
+        } else {
+            std::fputs((printable(line) + "\n").c_str(), stderr);
+        }
+    });
+    const bool isSaved = tag.save();
+    ZALHost::shared().setLogSink({});
+    return isSaved ? "" : fmt::format("could not be saved{}; the file is as it was", reason);
+}
+
 std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change) {
     const OpenedFile opened = openFile(path, false);
     if (opened.tag == nullptr) return opened.failure;
@@ -73,7 +92,7 @@ std::string changeFile(const std::string& path, const std::function<void(ZALTag&
     } catch (const ChangeRefused& refused) {
         return refused.what();
     }
-    return opened.tag->save() ? "" : "could not be saved; the file is as it was";
+    return saveFile(*opened.tag);
 }
 
 int changeFiles(const std::vector<std::string>& paths, const std::function<void(ZALTag&)>& change) {

@@ -55,6 +55,7 @@ int scan(const Options& options) {
     for (const auto& [path, reason] : found.failures) {
         output.failure(path, reason);
     }
+    std::size_t done = 0;
     Progress progress(found.paths.size());
     const auto work = [&found](std::size_t i) { return scanFile(found.paths[i]); };
     const auto consume = [&](std::size_t i, Scanned&& scanned) {
@@ -68,15 +69,17 @@ int scan(const Options& options) {
         } else {
             output.line(lineFor(scanned.members));
         }
-        progress.show(i + 1);
+        done = i + 1;
+        progress.show(done);
     };
     holdInterrupts();
     runInOrder<Scanned>(found.paths.size(), options.jobs, work, consume);
     progress.hide();
     const double seconds = progress.secondsSinceStart();
-    const double rate = seconds > 0 ? static_cast<double>(found.paths.size()) / seconds : 0;
+    const double rate = seconds > 0 ? static_cast<double>(done) / seconds : 0;
+    const std::string unseen = done < found.paths.size() ? fmt::format(" of {}", found.paths.size()) : "";
     const std::string summary =
-        fmt::format("{} files, {} failures, {:.0f} files per second", found.paths.size(), failures, rate);
+        fmt::format("{}{} files, {} failures, {:.0f} files per second", done, unseen, failures, rate);
     options.json ? output.message(summary) : output.line(summary);
     return output.finish();
 }

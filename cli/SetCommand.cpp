@@ -80,7 +80,8 @@ void requireID3v1(const ZALTag& tag) {
 // Makes the save remove the ID3v1 tag. A save before it has the fields that only that tag holds written to
 // the ID3v2 tag.
 void stripID3v1(ZALTag& tag) {
-    if (tag.hasID3v1Tag() && !tag.save()) throw ChangeRefused("could not be saved; the file is as it was");
+    const std::string failure = tag.hasID3v1Tag() ? saveFile(tag) : "";
+    if (!failure.empty()) throw ChangeRefused(failure);
     tag.setShouldStripID3v1Tag(true);
 }
 

@@ -17,7 +17,10 @@ ZALImagePtr readPicture(const char* path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2 && argc != 3) return 2;
+    if (argc != 2 && argc != 3) {
+        std::cerr << "usage: covers FILE [PICTURE]\n";
+        return 2;
+    }
     const auto tag = ZALTag::tagAtPath(argv[1]);
     if (tag == nullptr || tag->readOnly() || !tag->supportsImages()) {
         std::cerr << argv[1] << ": cannot take pictures\n";

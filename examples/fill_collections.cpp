@@ -1,8 +1,9 @@
 // fill_collections REKORDBOX.XML COLLECTION.NML FILE...: Serato's cue points of the files into both
-// collections. The paths are absolute.
+// collections.
 #include <zaltag/zaltag.h>
 
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 
 namespace {
@@ -22,15 +23,24 @@ bool isSaved(void (*save)(ZALCompletion), const char* name) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 4) return 2;
-    // Stored in the user's settings; a program asks its user once.
+    if (argc < 4) {
+        std::cerr << "usage: fill_collections REKORDBOX.XML COLLECTION.NML FILE...\n";
+        return 2;
+    }
+    // For this run. Without this line the two files are remembered: a program asks its user once.
+    ZALHost::shared().setUserDefaults(ZALUserDefaults::inMemory());
     ZALRekordboxDatabase::setUserRekordboxDatabaseFileURL(argv[1]);
     ZALTraktorDatabase::setUserTraktorDatabaseFileURL(argv[2]);
     if (!ZALTag::isRekordboxDBAvailable() || !ZALTag::isTraktorDBAvailable()) return 1;
 
+    std::vector<std::string> paths;  // collections know absolute ones
     for (int i = 3; i < argc; ++i) {
-        const auto tag = ZALTag::tagAtPath(argv[i], true);
-        if (tag == nullptr) continue;
+        paths.push_back(std::filesystem::absolute(argv[i]).lexically_normal().string());
+        const auto tag = ZALTag::tagAtPath(paths.back(), true);
+        if (tag == nullptr) {
+            std::cerr << argv[i] << ": cannot be opened\n";
+            return 1;
+        }
         const auto cuePoints = tag->seratoCuePoints();
         if (tag->isInRekordboxDB()) tag->setRekordboxHotAndMemoryCuePoints(cuePoints);
         if (tag->isInTraktorDB()) tag->setTraktorCuePoints(cuePoints);
@@ -39,10 +49,10 @@ int main(int argc, char** argv) {
                       isSaved(&ZALTag::saveTraktorDBWithCompletionBlock, "Traktor");
 
     // A queue leaves out what a collection has newer without failing: look the tracks up.
-    for (int i = 3; i < argc; ++i) {
-        const auto track = ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(argv[i]);
-        const auto entry = ZALTraktorDatabase::sharedDatabase()->trackForSongFileAtURL(argv[i]);
-        std::cout << argv[i] << ": " << (track ? track->cueCount() : 0) << " marks in Rekordbox, "
+    for (const std::string& path : paths) {
+        const auto track = ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(path);
+        const auto entry = ZALTraktorDatabase::sharedDatabase()->trackForSongFileAtURL(path);
+        std::cout << path << ": " << (track ? track->cueCount() : 0) << " marks in Rekordbox, "
                   << (entry ? entry->cueCount() : 0) << " cues in Traktor\n";
     }
     return both ? 0 : 1;

@@ -40,10 +40,14 @@ class EventLoop {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) return 2;
+    if (argc != 2) {
+        std::cerr << "usage: main_queue REKORDBOX.XML\n";
+        return 2;
+    }
     EventLoop loop;
     ZALMainQueue::shared().setExecutor([&loop](ZALMainQueue::Block block) { loop.post(std::move(block)); });
 
+    ZALHost::shared().setUserDefaults(ZALUserDefaults::inMemory());  // the file is not remembered
     ZALRekordboxDatabase::setUserRekordboxDatabaseFileURL(argv[1]);
     const auto mainThread = std::this_thread::get_id();
     bool isRight = false;

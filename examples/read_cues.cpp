@@ -14,6 +14,10 @@ void print(const char* place, const ZALArray<ZALTagCuePoint>& cuePoints) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc < 2) {
+        std::cerr << "usage: read_cues FILE...\n";
+        return 2;
+    }
     int failed = 0;
     for (int i = 1; i < argc; ++i) {
         const auto tag = ZALTag::tagAtPath(argv[i], true);  // read-only

@@ -2,6 +2,7 @@
 // folder.
 #include <zaltag/zaltag.h>
 
+#include <cstdlib>
 #include <iostream>
 #include <set>
 
@@ -34,12 +35,16 @@ class Rights final : public ZALFolderBookmarks {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) return 2;
+    if (argc != 2) {
+        std::cerr << "usage: sandbox FOLDER\n";
+        return 2;
+    }
     ZALHost& host = ZALHost::shared();
     host.setFolderBookmarks(std::make_shared<Rights>());
     host.setEnvironment([](const std::string& name) -> ZALNullableString {
         if (name == "APP_SANDBOX_CONTAINER_ID") return "org.example.player";  // the sandbox sets it by itself
-        return std::nullopt;
+        const char* value = std::getenv(name.c_str());
+        return value != nullptr ? ZALNullableString(value) : std::nullopt;
     });
 
     // After the user has chosen the folder in a dialog; a later run finds it again in the settings.

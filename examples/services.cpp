@@ -49,7 +49,10 @@ class Settings final : public ZALUserDefaults {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) return 2;
+    if (argc != 2) {
+        std::cerr << "usage: services FILE\n";
+        return 2;
+    }
     // Before anything else of the library is used.
     ZALHost& host = ZALHost::shared();
     host.setUserDefaults(std::make_shared<Settings>());

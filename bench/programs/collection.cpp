@@ -7,26 +7,8 @@
 
 #include <cstdlib>
 #include <functional>
-#include <map>
 
 namespace {
-
-// Holds where the collection is; nothing is stored.
-class Settings final : public ZALUserDefaults {
-  public:
-    ZALNullableString stringForKey(const std::string& key) override {
-        return hasValueForKey(key) ? ZALNullableString(values_[key]) : std::nullopt;
-    }
-    ZALNullableData dataForKey(const std::string&) override { return std::nullopt; }
-    bool hasValueForKey(const std::string& key) override { return values_.contains(key); }
-    void setString(const std::string& value, const std::string& key) override { values_[key] = value; }
-    void setData(const std::string&, const ZALNullableData&) override {}
-    void removeKey(const std::string&) override {}
-    void synchronize() override {}
-
-  private:
-    std::map<std::string, std::string> values_;
-};
 
 std::vector<ZALTagCuePoint> newCues() {
     std::vector<ZALTagCuePoint> cues;
@@ -78,18 +60,18 @@ int main(int count, char** arguments) {
     const std::string mode = arguments[1];
     const std::string program = arguments[2];
     const std::string file = arguments[3];
-    const auto settings = std::make_shared<Settings>();
+    const auto settings = ZALUserDefaults::inMemory();
     ZALHost::shared().setUserDefaults(settings);
     ZALHost::shared().setLogSink([](const std::string&) {});
     ZALHost::shared().setRunningPrograms([] { return std::vector<std::string>(); });
     if (program == "rekordbox") {
-        settings->setString(file, ZALRekordboxDatabaseFileUserSetLocationURL);
+        settings->setString(ZALRekordboxDatabaseFileUserSetLocationURL, file);
         run<ZALRekordboxDatabase, ZALRekordboxQueue>(mode, file,
                                                      [](auto& queue, const auto& path, const auto& cues) {
                                                          queue.setCuePoints(cues, path, true, false);
                                                      });
     } else {
-        settings->setString(file, ZALTraktorDatabaseFileUserSetLocationURL);
+        settings->setString(ZALTraktorDatabaseFileUserSetLocationURL, file);
         run<ZALTraktorDatabase, ZALTraktorQueue>(
             mode, file,
             [](auto& queue, const auto& path, const auto& cues) { queue.setCuePoints(cues, path); });

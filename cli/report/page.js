@@ -470,7 +470,8 @@ function fieldsOf({ file }) {
 function cueTable(track, lane) {
     const cues = track.cues[lane.id];
     if (!cues?.length) return null;
-    const lines = cues.map((cue) => {
+    // By time, as in the lanes above: a file lists memory cues apart.
+    const lines = [...cues].sort((one, other) => one.time - other.time).map((cue) => {
         const swatch = make("span", "swatch");
         if (cue.color) swatch.style.setProperty("--lane", cue.color);
         const times = timeText(cue.time) + (cue.end === null ? "" : `–${timeText(cue.end)}`);

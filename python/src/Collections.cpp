@@ -3,49 +3,18 @@
 #include <pybind11/operators.h>
 
 #include <atomic>
-#include <filesystem>
-#include <map>
 
 namespace {
 
-// The settings of the user with the files of this process in the place of theirs; nothing of it is stored.
-class ProcessDefaults final : public ZALUserDefaults {
-  public:
-    ProcessDefaults(std::shared_ptr<ZALUserDefaults> stored, std::map<std::string, std::string> replaced)
-        : stored_(std::move(stored)), replaced_(std::move(replaced)) {}
-
-    ZALNullableString stringForKey(const std::string& key) override {
-        const auto found = replaced_.find(key);
-        return found == replaced_.end() ? stored_->stringForKey(key) : found->second;
-    }
-    ZALNullableData dataForKey(const std::string& key) override { return stored_->dataForKey(key); }
-    bool hasValueForKey(const std::string& key) override {
-        return replaced_.contains(key) || stored_->hasValueForKey(key);
-    }
-    void setString(const std::string& key, const std::string& value) override {
-        stored_->setString(key, value);
-    }
-    void setData(const std::string& key, const ZALNullableData& value) override {
-        stored_->setData(key, value);
-    }
-    void removeKey(const std::string& key) override { stored_->removeKey(key); }
-    void synchronize() override { stored_->synchronize(); }
-
-  private:
-    const std::shared_ptr<ZALUserDefaults> stored_;
-    const std::map<std::string, std::string> replaced_;
-};
-
 void useCollections(const py::object& rekordbox, const py::object& traktor,
                     const std::optional<py::str>& bootVolume) {
-    static const std::shared_ptr<ZALUserDefaults> stored = ZALHost::shared().userDefaults();
-    static std::map<std::string, std::string> replaced;
-    const auto replace = [](const std::string& key, const py::object& path) {
-        if (!path.is_none()) replaced[key] = collectionPathFrom(path);
+    static const auto settings = ZALUserDefaults::inMemory(ZALHost::shared().userDefaults());
+    const auto name = [](const std::string& key, const py::object& path) {
+        if (!path.is_none()) settings->setString(key, collectionPathFrom(path));
     };
-    replace(ZALRekordboxDatabaseFileUserSetLocationURL, rekordbox);
-    replace(ZALTraktorDatabaseFileUserSetLocationURL, traktor);
-    ZALHost::shared().setUserDefaults(std::make_shared<ProcessDefaults>(stored, replaced));
+    name(ZALRekordboxDatabaseFileUserSetLocationURL, rekordbox);
+    name(ZALTraktorDatabaseFileUserSetLocationURL, traktor);
+    ZALHost::shared().setUserDefaults(settings);
     if (bootVolume) ZALHost::shared().setBootVolumeName(*textFrom(bootVolume));
 }
 
@@ -70,6 +39,7 @@ struct Rekordbox {
     using Track = ZALRekordboxTrack;
     static ZALNullableString file() { return Database::rekordboxDatabaseFileURL(); }
     static bool isLoaded(const Database& database) { return database.isRekordboxDBLoaded(); }
+    static const std::string& progressNotification() { return ZALRekordboxQueueProgressChangedNotification; }
 };
 
 struct Traktor {
@@ -78,6 +48,7 @@ struct Traktor {
     using Track = ZALTraktorTrack;
     static ZALNullableString file() { return Database::traktorDatabaseFileURL(); }
     static bool isLoaded(const Database& database) { return database.isTraktorDBLoaded(); }
+    static const std::string& progressNotification() { return ZALTraktorQueueProgressChangedNotification; }
 };
 
 // The lock of a database is taken by its queue's thread, too, so every call here leaves the interpreter's
@@ -140,18 +111,15 @@ class Collection {
         const auto kept = keep(std::move(done));
         unlocked([&] {
             queue_->save([this, kept](bool success, const ZALError* error) {
-                const py::gil_scoped_acquire lock;
-                py::object failure = py::none();
-                try {
-                    check({.isDone = true, .isSuccess = success, .error = error ? *error : ZALError()});
-                } catch (py::error_already_set& raised) {
-                    failure = raised.value();
-                }
-                try {
+                callPython([&] {
+                    py::object failure = py::none();
+                    try {
+                        check({.isDone = true, .isSuccess = success, .error = error ? *error : ZALError()});
+                    } catch (py::error_already_set& raised) {
+                        failure = raised.value();
+                    }
                     (*kept)(failure);
-                } catch (py::error_already_set& raised) {
-                    raised.discard_as_unraisable("zaltag");
-                }
+                });
             });
         });
     }
@@ -160,6 +128,20 @@ class Collection {
     }
     std::uint64_t stage() const {
         return unlocked([&] { return queue_->progress().first; });
+    }
+    void setProgressSink(const py::object& take) {
+        ZALNotificationCenter::Observer observer;
+        if (!take.is_none()) {
+            observer = [this, kept = keep(take)](const ZALNotification&) {
+                callPython([&] { (*kept)(stage()); });
+            };
+        }
+        unlocked([&] {
+            ZALNotificationCenter::shared().removeObserver(progressObserver_);
+            progressObserver_ = observer ? ZALNotificationCenter::shared().addObserver(
+                                               Program::progressNotification(), std::move(observer))
+                                         : 0;
+        });
     }
     typename Program::Queue& queue() const { return *queue_; }
     typename Program::Database& database() const { return *database_; }
@@ -180,6 +162,7 @@ class Collection {
 
     const std::shared_ptr<typename Program::Database> database_;
     const std::shared_ptr<typename Program::Queue> queue_;
+    ZALNotificationCenter::Token progressObserver_ = 0;
 };
 
 template <typename Program>
@@ -212,6 +195,10 @@ py::class_<Collection<Program>> addCollection(py::module_& module, const char* n
     collection.def("cancel", &One::cancel, "Drops what was asked for and not written yet.");
     collection.def_property_readonly("stage", &One::stage,
                                      "0 idle, 1 requests are waiting, 2 loading, 3 applying them, 4 saving.");
+    collection.def("set_progress_sink", &One::setProgressSink, py::arg("take"),
+                   "Has each new stage given to a callable where the main queue runs: in save() and "
+                   "run_pending(), or on the event loop of main_queue_on(). Stages that pass quickly may be "
+                   "left out. None ends it.");
     return collection;
 }
 
@@ -236,6 +223,44 @@ py::class_<Track, std::shared_ptr<Track>> addTrack(py::module_& module, const ch
     return track;
 }
 
+// What a playlist is to Python: a name, and the tracks when it is iterated over.
+template <typename Playlist, typename... Options, typename TracksOf>
+void addPlaylistTracks(py::class_<Playlist, Options...>& playlist, const TracksOf& tracksOf,
+                       const char* doc) {
+    playlist.def_property_readonly("tracks", tracksOf, doc);
+    playlist.def("__iter__", [tracksOf](const Playlist& one) { return py::iter(py::cast(tracksOf(one))); });
+    playlist.def("__repr__", [](const py::object& one) {
+        return py::str("<{} {!r}>").format(py::type::of(one).attr("__name__"), one.attr("name"));
+    });
+}
+
+// A playlist of Rekordbox and where it was found.
+struct RekordboxPlaylist {
+    std::shared_ptr<const ZALRekordboxPlaylist> playlist;
+    std::vector<std::string> folders;
+    const ZALRekordboxDatabase* database;  // the shared one, which stays
+};
+
+void gatherPlaylists(const ZALRekordboxPlaylistFolder& folder, RekordboxPlaylist& at,
+                     std::vector<RekordboxPlaylist>& all) {
+    for (const auto& playlist : folder.playlists()) {
+        at.playlist = playlist;
+        all.push_back(at);
+    }
+    for (const auto& below : folder.folders()) {
+        at.folders.push_back(below->name());
+        gatherPlaylists(*below, at, all);
+        at.folders.pop_back();
+    }
+}
+
+std::vector<RekordboxPlaylist> playlistsOf(const ZALRekordboxDatabase& database) {
+    std::vector<RekordboxPlaylist> all;
+    RekordboxPlaylist at{nullptr, {}, &database};
+    if (const auto root = database.playlist()) gatherPlaylists(*root, at, all);
+    return all;
+}
+
 template <typename Cue>
 py::class_<Cue> addCue(py::module_& module, const char* name, const char* doc) {
     py::class_<Cue> cue(module, name, doc);
@@ -255,8 +280,34 @@ void addRekordbox(py::module_& module) {
                               "The hot cue's slot, or -1 for a memory cue.");
     auto track = addTrack<ZALRekordboxTrack>(module, "RekordboxTrack", "A track as the collection held it.");
     track.def_property_readonly("track_id", &ZALRekordboxTrack::trackId);
+    py::class_<RekordboxPlaylist> playlist(module, "RekordboxPlaylist",
+                                           "A playlist as the collection held it; iterable.");
+    playlist.def_property_readonly("name",
+                                   [](const RekordboxPlaylist& one) { return textOf(one.playlist->name()); });
+    playlist.def_property_readonly(
+        "folders",
+        [](const RekordboxPlaylist& one) {
+            py::list names;
+            for (const std::string& name : one.folders) {
+                names.append(textOf(name));
+            }
+            return names;
+        },
+        "A new list of the names of the folders that it is in, the outermost first.");
+    addPlaylistTracks(
+        playlist,
+        [](const RekordboxPlaylist& one) {
+            return unlocked([&] { return one.database->tracksOfPlaylist(*one.playlist); });
+        },
+        "A new list of its tracks as the collection holds them now, in the order of the collection.");
     auto collection =
         addCollection<Rekordbox>(module, "RekordboxCollection", "The Rekordbox collection that is in use.");
+    collection.def_property_readonly(
+        "playlists",
+        [](const Collection<Rekordbox>& one) {
+            return unlocked([&] { return playlistsOf(one.database()); });
+        },
+        "A new list of all playlists, those of a folder before those of the folders in it.");
     collection.def(
         "set_cue_points",
         [](const Collection<Rekordbox>& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
@@ -278,8 +329,19 @@ void addTraktor(py::module_& module) {
                               "The hot cue's slot; -1 for a grid marker.");
     cue.def_property_readonly("is_grid", &ZALTraktorCuePoint::isGrid);
     addTrack<ZALTraktorTrack>(module, "TraktorTrack", "A track as the collection held it.");
+    py::class_<ZALTraktorPlaylist, std::shared_ptr<ZALTraktorPlaylist>> playlist(
+        module, "TraktorPlaylist", "A playlist as the collection held it; iterable.");
+    playlist.def_property_readonly(
+        "name", [](const ZALTraktorPlaylist& one) { return textOf(one.name()); }, "The name, or None.");
+    addPlaylistTracks(
+        playlist, [](const ZALTraktorPlaylist& one) { return one.tracks(); },
+        "A new list of its tracks, in the order of the playlist.");
     auto collection =
         addCollection<Traktor>(module, "TraktorCollection", "The Traktor collection that is in use.");
+    collection.def_property_readonly(
+        "playlists",
+        [](const Collection<Traktor>& one) { return unlocked([&] { return one.database().playlists(); }); },
+        "A new list of the playlists directly below a top folder, in the order of the file.");
     collection.def(
         "set_cue_points",
         [](const Collection<Traktor>& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints) {

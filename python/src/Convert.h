@@ -42,6 +42,18 @@ std::vector<T> vectorOf(const ZALArray<T>& array) {
 /// A Python object that C++ code of any thread may let go of.
 std::shared_ptr<py::object> keep(py::object object);
 
+/// Calls into Python from any thread of the library; nothing of it may throw there.
+template <typename Call>
+void callPython(const Call& call) {
+    if (Py_IsInitialized() == 0) return;
+    const py::gil_scoped_acquire lock;
+    try {
+        call();
+    } catch (py::error_already_set& raised) {
+        raised.discard_as_unraisable("zaltag");
+    }
+}
+
 /// Raises an exception of zaltag._errors, made with these arguments.
 template <typename... Arguments>
 [[noreturn]] void raise(const char* name, Arguments&&... arguments) {

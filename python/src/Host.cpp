@@ -4,18 +4,6 @@
 
 namespace {
 
-// Calls into Python from any thread of the library; nothing of it may throw there.
-template <typename Call>
-void callPython(const Call& call) {
-    if (Py_IsInitialized() == 0) return;
-    const py::gil_scoped_acquire lock;
-    try {
-        call();
-    } catch (py::error_already_set& raised) {
-        raised.discard_as_unraisable("zaltag");
-    }
-}
-
 // The main queue is locked while it is told of an executor, which is why the interpreter's lock is left
 // first.
 void setMainQueue(const py::object& post) {

@@ -65,6 +65,59 @@ void addMarker(py::module_& module) {
     marker.attr("__hash__") = py::none();
 }
 
+void addOldMarker(py::module_& module) {
+    py::class_<ZALTagSeratoCuePointOld> cue(module, "SeratoCuePointOld", "A hot cue of the legacy record.");
+    cue.def(py::init([](std::int16_t index, std::uint32_t position, std::optional<std::uint32_t> color) {
+                if (index < 0 || index >= ZALTagSeratoCuePointOld::maximumNumberOfCuePoints()) {
+                    throw py::value_error("the slots of the legacy record are 0 to 4");
+                }
+                auto made = ZALTagSeratoCuePointOld::cuePointWithIndex(index, position);
+                if (color) made.setColor(*color);
+                return made;
+            }),
+            py::arg("index"), py::arg("position"), py::arg("color") = py::none());
+    cue.def_property_readonly("index", &ZALTagSeratoCuePointOld::index, "The slot, 0 to 4.");
+    cue.def_property("position", &ZALTagSeratoCuePointOld::position, &ZALTagSeratoCuePointOld::setPosition,
+                     "Milliseconds from the start.");
+    cue.def_property("color", &ZALTagSeratoCuePointOld::color, &ZALTagSeratoCuePointOld::setColor,
+                     "0x00RRGGBB; 0x7FFFFFFF when none is set.");
+    cue.def(py::self == py::self);
+    cue.attr("__hash__") = py::none();
+    cue.def("__repr__", [](const ZALTagSeratoCuePointOld& one) {
+        return py::str("SeratoCuePointOld({}, {}, 0x{:08X})")
+            .format(one.index(), one.position(), one.color());
+    });
+    using Marker = ZALTagSeratoMarkerOld;
+    py::class_<Marker> marker(module, "SeratoMarkerOld",
+                              "Serato's legacy record \"Serato Markers_\": five hot cues and the colour of "
+                              "the track; its loops are carried.");
+    marker.def(py::init<>());
+    marker.def_static(
+        "from_bytes",
+        [](const py::bytes& data, const std::string& fileType) {
+            return orValueError(Marker::initWithData(viewOf(data), fileType), "legacy Serato marker");
+        },
+        py::arg("data"), py::arg("file_type") = "mp3",
+        "Reads the raw record as files of a type have it (\"m4a\" has a form of its own); ValueError when it "
+        "is none.");
+    marker.def(
+        "to_bytes",
+        [](const Marker& one, const std::string& fileType) {
+            if (!one.isRenderableForFileType(fileType)) {
+                throw py::value_error("a colour above 0x0FFFFFFF has no room in this form");
+            }
+            return bytesOf(one.markerDataForFileType(fileType));
+        },
+        py::arg("file_type") = "mp3", "The raw record; ValueError for a colour that does not fit.");
+    marker.def_property("cue_points", &Marker::cuePoints, &Marker::setCuePoints,
+                        "A new list of the cues; of several in one slot the last is written.");
+    marker.def_property("color", &Marker::color, &Marker::setColor, "The colour of the track, 0x00RRGGBB.");
+    marker.def_property("major", &Marker::major, &Marker::setMajor);
+    marker.def_property("minor", &Marker::minor, &Marker::setMinor);
+    marker.def(py::self == py::self);
+    marker.attr("__hash__") = py::none();
+}
+
 void addGrid(py::module_& module) {
     py::class_<ZALTagSeratoGridPoint> point(module, "SeratoGridPoint", "A marker of Serato's beat grid.");
     point.def_property_readonly("position", &ZALTagSeratoGridPoint::position, "Seconds from the start.");
@@ -92,5 +145,6 @@ void addGrid(py::module_& module) {
 void addSerato(py::module_& module) {
     addCue(module);
     addMarker(module);
+    addOldMarker(module);
     addGrid(module);
 }

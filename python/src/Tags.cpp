@@ -161,6 +161,18 @@ void addSeratoParts(TagClass& tag) {
         },
         "Serato's record of hot cues with slots and colours, or None.");
     tag.def_property_readonly(
+        "serato_marker_old",
+        [](const TagHandle& one) -> std::optional<ZALTagSeratoMarkerOld> {
+            const auto* id3 = dynamic_cast<const ZALTagID3*>(&one.tag());
+            const auto* mp4 = dynamic_cast<const ZALTagMP4*>(&one.tag());
+            const auto data = id3   ? id3->oldSeratoMarkerData()
+                              : mp4 ? mp4->oldSeratoMarkerData()
+                                    : std::nullopt;
+            if (!data) return std::nullopt;
+            return ZALTagSeratoMarkerOld::initWithData(*data, id3 ? "mp3" : "m4a");
+        },
+        "Serato's legacy record, or None; FLAC has none. It is written with serato_cue_points.");
+    tag.def_property_readonly(
         "serato_grid",
         [](const TagHandle& one) -> std::optional<ZALTagSeratoGrid> {
             if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&one.tag())) return id3->seratoGrid();
@@ -286,6 +298,17 @@ void addTags(py::module_& module) {
         "can_open", [](const py::object& path) { return ZALTag::canInitWithPath(pathFrom(path)); },
         py::arg("path"), "True when the name has the extension of a format that can be opened.");
     module.def("supported_file_types", [] { return vectorOf(ZALTag::supportedFileTypes()); });
+    module.def(
+        "copy_tags",
+        [](const py::object& source, const py::object& destination) -> std::optional<bool> {
+            const std::string from = pathFrom(source);
+            const std::string to = pathFrom(destination);
+            const py::gil_scoped_release unlocked;
+            const auto copy = ZALCopyTagFunctionForPaths(from, to);
+            if (copy == nullptr) return std::nullopt;
+            return copy(from, to);
+        },
+        py::arg("source"), py::arg("destination"));
     module.def(
         "describe",
         [](const py::object& path) {

@@ -1,5 +1,7 @@
 """The collections through the Python module, beside what the program does, and the event loop."""
 import asyncio
+import contextlib
+import io
 import os
 import pathlib
 import re
@@ -9,7 +11,7 @@ import sys
 import unittest
 
 import zaltag
-from collection_files import rekordbox, traktor
+from collection_files import rekordbox, serato_cues, traktor
 from test_files import FilesTest
 
 PROGRAM = os.environ["ZALTAG"]
@@ -65,6 +67,23 @@ class Collections(FilesTest):
             self.assertIn(b"early", file.read_bytes())
             self.assertEqual(self.content(file), self.content(theirs / file.name))
 
+    def test_the_blocks_of_the_guide_run(self):
+        guide = pathlib.Path(__file__).parents[2] / "docs" / "guides" / "python.md"
+        blocks = re.findall(r"```python\n(.*?)```", guide.read_text().replace('"Music"', '"music"'), re.S)
+        shutil.copy(self.songs[5], self.folder / "song.mp3")
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(self.folder)
+        names = {}
+        with contextlib.redirect_stdout(io.StringIO()):
+            for block in blocks:
+                code = compile(block, str(guide), "exec")
+                if "ProcessPoolExecutor" not in block:  # its functions are to stand in a module
+                    exec(code, names)
+            asyncio.run(names["main"]())
+        for file in self.files:
+            self.assertIn(b"early", file.read_bytes())
+        self.assertEqual([name for _, name in serato_cues("song.mp3")], ["Intro", "Drop"])
+
     def test_lookups(self):
         collection = zaltag.rekordbox()
         self.assertEqual((len(collection), collection.path, collection.is_loaded), (4, self.files[0], True))
@@ -80,6 +99,39 @@ class Collections(FilesTest):
         collection.save()
         self.assertEqual([(cue.time, cue.name, cue.slot) for cue in collection[self.songs[0]].cues],
                          [(1, "", -1), (2, "a", -1), (1, "", 0), (2, "a", 1)])
+
+    def test_playlists(self):
+        nodes = ('<NODE Type="0" Name="Sets é"><NODE Type="1" Name="Late" KeyType="0"><TRACK Key="3"/><TRACK Key="99"/>'
+                 '<TRACK Key="1"/></NODE></NODE><NODE Type="1" Name="All" KeyType="1"/></NODE></PLAYLISTS>')
+        rekordbox_file, traktor_file = self.files
+        rekordbox_file.write_bytes(rekordbox_file.read_bytes().replace(b'Count="0"/></PLAYLISTS>', b'Count="2">' + nodes.encode()))
+        key = "Macintosh HD" + "".join("/:" + part for part in self.songs[2].parts[1:])
+        traktor_file.write_bytes(traktor_file.read_bytes().replace(b"</NML>", (
+            '<PLAYLISTS><NODE TYPE="FOLDER"><SUBNODES><NODE TYPE="PLAYLIST" NAME="Night"><PLAYLIST><ENTRY><PRIMARYKEY TYPE="TRACK" KEY="'
+            f'{key}"/></ENTRY></PLAYLIST></NODE></SUBNODES></NODE></PLAYLISTS></NML>').encode()))
+        self.use(*self.files)
+        self.assertEqual([(one.folders, one.name, [track.path for track in one]) for one in zaltag.rekordbox().playlists],
+                         [([], "All", []), (["Sets é"], "Late", [self.songs[0], self.songs[2]])])
+        self.assertEqual([(one.name, [track.path for track in one]) for one in zaltag.traktor().playlists],
+                         [("Night", [self.songs[2]])])
+
+    def test_progress_is_told(self):
+        stages = []
+        collection = zaltag.traktor()
+        collection.set_progress_sink(stages.append)
+        self.addCleanup(collection.set_progress_sink, None)
+        collection.set_cue_points(self.songs[0], [zaltag.CuePoint(1)])
+        while stages != [1]:
+            zaltag.run_pending()
+        collection.save()
+        while stages[-1] != 0:
+            zaltag.run_pending()
+        self.assertEqual(stages, sorted(stages[:-1]) + [0])
+        collection.set_progress_sink(None)
+        told = len(stages)
+        collection.set_cue_points(self.songs[0], [zaltag.CuePoint(2)])
+        collection.save()
+        self.assertEqual((len(stages), collection.stage in (0, 4)), (told, True))
 
     def test_errors_have_code_and_path(self):
         missing = self.folder / "missing.xml"

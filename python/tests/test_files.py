@@ -57,6 +57,8 @@ class Files(FilesTest):
                 self.assertEqual((tag.zal_beat_grid.beats, tag.zal_beat_grid.tempo), ([0.5, 1.0], 120.5))
                 self.assertEqual([cue.position for cue in tag.serato_marker.cue_points], [1500, 3000])
                 tag_type = tag.type
+                self.assertEqual([(cue.index, cue.position) for cue in tag.serato_marker_old.cue_points] if extension != "flac" else
+                                 tag.serato_marker_old, [(0, 1500), (1, 3000)] if extension != "flac" else None, extension)
             self.assertTrue(tag_type.startswith("ZALTag"))
             self.assertIn("Drop", zaltag.describe(path))
 
@@ -138,6 +140,27 @@ class Files(FilesTest):
         marker = zaltag.SeratoMarker()
         marker.cue_points = [zaltag.SeratoCuePoint(3, 1500, "é", 0x00CC0000)]
         self.assertEqual(zaltag.SeratoMarker.from_bytes(marker.to_bytes()).cue_points, marker.cue_points)
+        old = zaltag.SeratoMarkerOld()
+        old.color, old.cue_points = 0x123456, [zaltag.SeratoCuePointOld(4, 1500, 0xCC0000)]
+        for file_type in ("mp3", "m4a"):
+            read = zaltag.SeratoMarkerOld.from_bytes(old.to_bytes(file_type), file_type)
+            self.assertEqual((read.color, read.cue_points), (old.color, old.cue_points), file_type)
+        old.color = 0xFF000000
+        self.assertRaises(ValueError, old.to_bytes)
+        self.assertRaises(ValueError, zaltag.SeratoCuePointOld, 5, 0)
+
+    def test_all_tags_are_copied(self):
+        source, other = self.mp3("a.mp3"), self.mp3("b.mp3")
+        with zaltag.open(source) as tag:
+            tag.title, tag.serato_cue_points = "copied", [zaltag.CuePoint(1.5, "Drop")]
+        zaltag.copy_tags(source, other)
+        self.assertEqual((str(mutagen.File(other)["TIT2"]), serato_cues(str(other))), ("copied", [(1500, "Drop")]))
+        flac = self.encoded("flac")
+        for destination, error in ((source, shutil.SameFileError), (flac, zaltag.UnsupportedOperation),
+                                   (self.folder / "none.mp3", FileNotFoundError)):
+            self.assertRaises(error, zaltag.copy_tags, source, destination)
+        os.link(source, self.folder / "linked.mp3")
+        self.assertRaises(shutil.SameFileError, zaltag.copy_tags, source, self.folder / "linked.mp3")
 
     def test_pictures(self):
         picture = self.folder / "cover.png"

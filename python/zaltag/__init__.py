@@ -9,6 +9,7 @@ None, a number 0."""
 import builtins
 import os
 import pathlib
+import shutil
 from typing import Iterator, Tuple, Union
 
 from . import _core
@@ -22,15 +23,19 @@ from ._core import (
     Key,
     RekordboxCollection,
     RekordboxCue,
+    RekordboxPlaylist,
     RekordboxTrack,
     SeratoCuePoint,
+    SeratoCuePointOld,
     SeratoGrid,
     SeratoGridPoint,
     SeratoMarker,
+    SeratoMarkerOld,
     StoredImage,
     Tag,
     TraktorCollection,
     TraktorCue,
+    TraktorPlaylist,
     TraktorTrack,
     VelvetCascade,
     __version__,
@@ -46,9 +51,10 @@ from ._errors import CollectionError, Error, ErrorCode, OpenError, SaveError, Un
 
 __all__ = [
     "BeatGrid", "CollectionError", "Comment", "CuePoint", "CuePoints", "Energy", "Error", "ErrorCode", "Key", "OpenError",
-    "RekordboxCollection", "RekordboxCue", "RekordboxTrack", "SaveError", "SeratoCuePoint", "SeratoGrid", "SeratoGridPoint",
-    "SeratoMarker", "StoredImage", "Tag", "TraktorCollection", "TraktorCue", "TraktorTrack", "UnsupportedOperation",
-    "VelvetCascade", "__version__", "can_open", "describe", "main_queue_on", "open", "rekordbox", "run_pending", "save_async",
+    "RekordboxCollection", "RekordboxCue", "RekordboxPlaylist", "RekordboxTrack", "SaveError", "SeratoCuePoint",
+    "SeratoCuePointOld", "SeratoGrid", "SeratoGridPoint", "SeratoMarker", "SeratoMarkerOld", "StoredImage", "Tag",
+    "TraktorCollection", "TraktorCue", "TraktorPlaylist", "TraktorTrack", "UnsupportedOperation", "VelvetCascade",
+    "__version__", "can_open", "copy_tags", "describe", "main_queue_on", "open", "rekordbox", "run_pending", "save_async",
     "set_log_sink", "supported_file_types", "traktor", "use_collections", "walk",
 ]
 
@@ -67,6 +73,21 @@ def open(path: StrPath, *, read_only: bool = False) -> Tag:
         pass
     name = pathlib.Path(os.fsdecode(path))
     raise OpenError("not a readable audio file of its type" if can_open(path) else "no supported file type", path=name)
+
+
+def copy_tags(source: StrPath, destination: StrPath) -> None:
+    """Copies all tags of an audio file into another one of the same type, or of an MP4 into an MP3: into a file whose
+    audio was made anew. UnsupportedOperation for other pairs; SaveError when it could not be written and is as it was."""
+    for path in (source, destination):
+        open(path, read_only=True).close()
+    name = pathlib.Path(os.fsdecode(destination))
+    if os.path.samefile(source, destination):
+        raise shutil.SameFileError(f"{os.fsdecode(source)!r} and {str(name)!r} are the same file")
+    copied = _core.copy_tags(source, destination)
+    if copied is None:
+        raise UnsupportedOperation("tags of a file of that type cannot be copied into this one", path=name)
+    if not copied:
+        raise SaveError("could not be saved; the file is as it was", ErrorCode.SAVE_FAILED, name)
 
 
 def walk(folder: StrPath) -> Iterator[pathlib.Path]:

@@ -152,7 +152,8 @@ class FileDefaults final : public ZALUserDefaults {
         }
         const auto text = ZALJSON::serialize(values, true);
         if (!text || !store(*text + "\n")) {
-            zal::logf("ZALTag: could not write the settings to {}", path_.empty() ? "(null)" : path_);
+            zal::logf("ZALTag: could not write the settings to {}",
+                      path_.empty() ? "a folder that neither XDG_CONFIG_HOME nor HOME names" : path_);
             return;
         }
         edits_.clear();

@@ -4,12 +4,14 @@
 #include "platform/Dates.h"
 #include "rekordbox/PlaylistNode.h"
 #include "rekordbox/RekordboxProgram.h"
+#include "rekordbox/TrackLocation.h"
 
 #include <zaltag/platform/ZALClock.h>
 #include <zaltag/platform/ZALHost.h>
 #include <zaltag/rekordbox/ZALRekordboxQueue.h>
 
 #include <mutex>
+#include <set>
 
 const std::string ZALRekordboxDatabaseFileUserSetLocationURL = "RekordboxFileUserSetLocationURL";
 const std::string ZALRekordboxFileFolderSandboxedBookmarkDataKey =
@@ -189,4 +191,26 @@ std::shared_ptr<const ZALRekordboxPlaylistFolder> ZALRekordboxDatabase::playlist
     if (contents() == nullptr) return nullptr;
     const auto& playlist = rekordbox(*contents()).playlist;
     return playlist ? playlist->copy() : nullptr;
+}
+
+std::vector<std::shared_ptr<const ZALRekordboxTrack>> ZALRekordboxDatabase::tracksOfPlaylist(
+    const ZALRekordboxPlaylist& playlist) const {
+    std::set<std::string> paths;
+    if (playlist.tracksAsLocation()) {
+        for (const std::string& location : *playlist.tracksAsLocation()) {
+            if (auto path = zal::pathOfLocation(location)) paths.insert(std::move(*path));
+        }
+    }
+    const auto isNamed = [&](const ZALRekordboxTrack& track) {
+        if (playlist.tracksAsId()) return playlist.tracksAsId()->contains(track.trackId());
+        return track.path() && paths.contains(*track.path());
+    };
+    std::vector<std::shared_ptr<const ZALRekordboxTrack>> copies;
+    const std::shared_lock guard(lock());
+    if (contents() == nullptr) return copies;
+    for (const auto& live : contents()->tracks) {
+        const auto& track = static_cast<const ZALRekordboxTrack&>(*live);
+        if (isNamed(track)) copies.push_back(track.copy());
+    }
+    return copies;
 }

@@ -1,6 +1,7 @@
 """The program's commands show, set and scan, from outside; files are checked with mutagen."""
 import json
 import os
+import resource
 import subprocess
 
 from mutagen.id3 import ID3, TDRC
@@ -16,6 +17,15 @@ def audio_of(path):
 
 
 class Fields(ProgramTest):
+    def test_a_failed_save_says_why(self):
+        song = self.mp3()
+        before = self.content(song)
+        done = self.run_program("set", song, "title=" + "x" * 9000, restore_signals=False,  # SIGXFSZ stays ignored
+                                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (9000, 9000)))
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stderr.decode(), f"^zaltag: {song}: could not be saved: .*File too large; the file is as it was\n$")
+        self.assertEqual(self.content(song), before)
+
     def test_values_come_back_and_mutagen_agrees(self):
         song = self.mp3("ein Lied – été.mp3")
         before = audio_of(song)

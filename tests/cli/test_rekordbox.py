@@ -57,6 +57,7 @@ class Rekordbox(ProgramTest):
             with self.subTest(arguments):
                 out, err = self.zaltag(*arguments, status=1)
                 self.assertEqual((out, err.count("\n")), ("", 1), err)
+                self.assertNotIn("ErrorDomain", err, "texts for a person")
         self.assertEqual(self.content(broken), b"<DJ_PLAYLISTS>")
         out = self.zaltag("rekordbox", "info", "--rekordbox", self.path("missing.xml"), "--json", status=1)[0]
         self.assertEqual(json.loads(out), {"path": self.path("missing.xml"), "loaded": False, "tracks": 0,

@@ -97,6 +97,29 @@ TEST_F(Services, settingsThatCannotBeWrittenAreTriedAgain) {
     EXPECT_THAT(contents(file_), testing::HasSubstr(R"("a": "1")"));
 }
 
+TEST_F(Services, settingsInMemoryLieOverOthersThatStay) {
+    const auto stored = ZALUserDefaults::inMemory();
+    const ZALData bytes = fromHex("2F 00 FF");
+    stored->setString("text", "stored");
+    stored->setString("removed", "stored");
+    stored->setData("data", bytes);
+    const auto settings = ZALUserDefaults::inMemory(stored);
+    settings->setString("text", "told");
+    settings->setData("null", std::nullopt);
+    settings->removeKey("removed");
+    EXPECT_EQ(settings->stringForKey("text"), "told");
+    EXPECT_EQ(settings->dataForKey("text"), std::nullopt);
+    EXPECT_EQ(settings->dataForKey("data"), bytes);
+    EXPECT_TRUE(settings->hasValueForKey("data"));
+    EXPECT_TRUE(settings->hasValueForKey("null"));
+    EXPECT_EQ(settings->dataForKey("null"), std::nullopt);
+    EXPECT_FALSE(settings->hasValueForKey("removed"));
+    EXPECT_EQ(settings->stringForKey("removed"), std::nullopt);
+    EXPECT_EQ(stored->stringForKey("text"), "stored");
+    EXPECT_TRUE(stored->hasValueForKey("removed"));
+    EXPECT_FALSE(stored->hasValueForKey("null"));
+}
+
 TEST_F(Services, bookmarksLeadToFoldersThatAreThere) {
     const auto bookmarks = host_->folderBookmarks();
     const std::string music = in("Müsic");

@@ -104,6 +104,24 @@ TEST_F(Rekordbox, findsTracksByPathInAnyNormalizationAndTheLastOfSeveral) {
     EXPECT_EQ(database->playlist(), nullptr);
 }
 
+TEST_F(Rekordbox, tracksOfPlaylistsByIdAndByLocation) {
+    const auto database = opened(
+        "<DJ_PLAYLISTS><COLLECTION><TRACK TrackID='1' Location='file://localhost/e%CC%81.mp3'/>"
+        "<TRACK TrackID='2'/><TRACK TrackID='3' Location='file:///b.mp3'/></COLLECTION><PLAYLISTS>"
+        "<NODE Type='0' Name='R'><NODE Type='1' Name='ids' KeyType='0'><TRACK Key='3'/><TRACK Key='9'/>"
+        "<TRACK Key='2'/></NODE><NODE Type='1' Name='places' KeyType='1'><TRACK Key='soundcloud:1'/>"
+        "<TRACK Key='file://localhost/e%cc%81.mp3'/></NODE></NODE></PLAYLISTS></DJ_PLAYLISTS>");
+    std::vector<std::vector<std::int32_t>> found;
+    const auto root = database->playlist();
+    for (const auto& playlist : root->playlists()) {
+        found.emplace_back();
+        for (const auto& track : database->tracksOfPlaylist(*playlist)) {
+            found.back().push_back(track->trackId());
+        }
+    }
+    EXPECT_THAT(found, ElementsAre(ElementsAre(2, 3), ElementsAre(1)));
+}
+
 TEST_F(Rekordbox, aLookedUpTrackOutlivesAReload) {
     const auto database = opened(mixed);
     const auto track = database->trackForSongFileAtURL("/a.mp3");
@@ -236,7 +254,7 @@ TEST_F(Rekordbox, aFailedLoadKeepsWhatWasHeld) {
     EXPECT_TRUE(database->hasTrackForSongFileAtURL("/a.mp3"));
     file("rekordbox.xml", mixed);
     ASSERT_TRUE(database->reload());
-    ZALHost::shared().setUserDefaults(std::make_shared<MemoryDefaults>());
+    ZALHost::shared().setUserDefaults(ZALUserDefaults::inMemory());
     std::filesystem::remove(path());
     EXPECT_FALSE(database->reload()) << "there is no file";
     EXPECT_TRUE(database->isRekordboxDBLoaded());

@@ -5,41 +5,8 @@
 #include <fstream>
 #include <iterator>
 
-ZALNullableString MemoryDefaults::stringForKey(const std::string& key) {
-    const std::lock_guard guard(mutex_);
-    const auto found = texts_.find(key);
-    return found == texts_.end() ? ZALNullableString() : found->second;
-}
-
-ZALNullableData MemoryDefaults::dataForKey(const std::string& key) {
-    const std::lock_guard guard(mutex_);
-    const auto found = data_.find(key);
-    return found == data_.end() ? ZALNullableData() : found->second;
-}
-
-bool MemoryDefaults::hasValueForKey(const std::string& key) {
-    const std::lock_guard guard(mutex_);
-    return texts_.contains(key) || data_.contains(key);
-}
-
-void MemoryDefaults::setString(const std::string& key, const std::string& value) {
-    const std::lock_guard guard(mutex_);
-    texts_[key] = value;
-}
-
-void MemoryDefaults::setData(const std::string& key, const ZALNullableData& value) {
-    const std::lock_guard guard(mutex_);
-    data_[key] = value;
-}
-
-void MemoryDefaults::removeKey(const std::string& key) {
-    const std::lock_guard guard(mutex_);
-    texts_.erase(key);
-    data_.erase(key);
-}
-
 QuietHost::QuietHost() {
-    host->setUserDefaults(std::make_shared<MemoryDefaults>());
+    host->setUserDefaults(ZALUserDefaults::inMemory());
     host->setClock(clock);
     host->setEnvironment([](const std::string&) { return ZALNullableString(); });
     host->setRunningPrograms([] { return std::vector<std::string>(); });

@@ -8,28 +8,9 @@
 #include <zaltag/platform/ZALUserDefaults.h>
 
 #include <functional>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
-
-/// User defaults that live in memory.
-class MemoryDefaults final : public ZALUserDefaults {
-  public:
-    ZALNullableString stringForKey(const std::string& key) override;
-    ZALNullableData dataForKey(const std::string& key) override;
-    bool hasValueForKey(const std::string& key) override;
-    void setString(const std::string& key, const std::string& value) override;
-    void setData(const std::string& key, const ZALNullableData& value) override;
-    void removeKey(const std::string& key) override;
-    void synchronize() override {}
-
-  private:
-    std::mutex mutex_;
-    std::map<std::string, std::string> texts_;
-    std::map<std::string, ZALNullableData> data_;
-};
 
 /// A host in which a collection can be used: settings in memory, a clock that stands still, no environment
 /// and no other programs, "Host" 1.2 as its name.

@@ -33,4 +33,13 @@ class ZALTAG_EXPORT ZALUserDefaults {
     /// processes write is seen. A file that is no such JSON is one log line and reads as empty; before it is
     /// written over, a copy of it is kept beside it under its name and ".broken".
     static std::shared_ptr<ZALUserDefaults> machine();
+
+    /// Settings of this process alone, empty at first: what is set or removed stays in memory and is gone
+    /// with them. A key that neither was done with is read from the settings below, which are never changed;
+    /// null for none. For what is told a program for one run, such as a collection file:
+    ///
+    ///     const auto settings = ZALUserDefaults::inMemory(ZALHost::shared().userDefaults());
+    ///     settings->setString(ZALTraktorDatabaseFileUserSetLocationURL, "/tmp/collection.nml");
+    ///     ZALHost::shared().setUserDefaults(settings);
+    static std::shared_ptr<ZALUserDefaults> inMemory(std::shared_ptr<ZALUserDefaults> below = nullptr);
 };

@@ -61,6 +61,10 @@ class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
     std::shared_ptr<const ZALRekordboxTrack> trackForSongFileAtURL(const ZALNullableString& path) const;
     /// A copy of the root of the playlists; null without one.
     std::shared_ptr<const ZALRekordboxPlaylistFolder> playlist() const;
+    /// Copies of the tracks that a playlist names, in the order of the collection; what it does not hold is
+    /// left out.
+    std::vector<std::shared_ptr<const ZALRekordboxTrack>> tracksOfPlaylist(
+        const ZALRekordboxPlaylist& playlist) const;
 
   private:
     friend class ZALRekordboxQueue;

@@ -8,8 +8,8 @@
 // written, and when the source is empty: it then holds nothing of what the function copies, and nothing is
 // written. False for a null path, without a message; and, with one log line that names the function and the
 // file, for a file that is not of its type, for a source and a destination that are one file under two names,
-// and for a destination that cannot be written or whose ID3v2 tag would be longer than its length, of 28 bits,
-// can say. The destination is then as it was. The source is never written, nor is any audio.
+// and for a destination that cannot be written or whose ID3v2 tag would be longer than its length, of 28
+// bits, can say. The destination is then as it was. The source is never written, nor is any audio.
 //
 // ID3v2 frames are added behind those of the destination, which stay; only the genre takes the place of the
 // one there, as the text that TagLib makes of it. Frames that belong to the old audio are left out: the
@@ -22,15 +22,15 @@
 /// Afterwards the destination has the kinds of tags that the source has, and no others.
 ZALTAG_EXPORT bool ZALCopyTagID3(const ZALNullableString& source, const ZALNullableString& destination);
 
-/// MP4 to MP4: every item that TagLib knows how to read but iTunes's "iTunNORM" and "iTunSMPB", which belong to
-/// the old audio. The destination's own items go.
+/// MP4 to MP4: every item that TagLib knows how to read but iTunes's "iTunNORM" and "iTunSMPB", which belong
+/// to the old audio. The destination's own items go.
 ZALTAG_EXPORT bool ZALCopyTagMP4(const ZALNullableString& source, const ZALNullableString& destination);
 
 /// MP4 to MP3: title, artist, album, comment (in the language "eng"), genre, year and track with the total
 /// take the place of those of the destination's ID3v2 tag, and so do a tempo and a compilation flag that are
 /// above 0. The covers are added to its pictures. The comment becomes the text of the first one without a
-/// description, or of the first of all, and the language is that of the first; without one in the source every
-/// comment of the destination goes. Its other frames stay, as does an ID3v1 tag.
+/// description, or of the first of all, and the language is that of the first; without one in the source
+/// every comment of the destination goes. Its other frames stay, as does an ID3v1 tag.
 ZALTAG_EXPORT bool ZALCopyTagMP42ID3(const ZALNullableString& source, const ZALNullableString& destination);
 
 /// WAV to WAV: the ID3v2 frames and the first LIST chunk, byte for byte, which takes the place of the first
@@ -46,3 +46,11 @@ ZALTAG_EXPORT bool ZALCopyTagAIFF(const ZALNullableString& source, const ZALNull
 /// name, an empty value or a text that is no UTF-8, are not copied. Likewise the fields of an ID3v1 tag, and
 /// the ID3v2 frames. Pictures are not copied; those of the destination stay.
 ZALTAG_EXPORT bool ZALCopyTagFLAC(const ZALNullableString& source, const ZALNullableString& destination);
+
+/// One of the functions above.
+using ZALCopyTagFunction = bool (*)(const ZALNullableString& source, const ZALNullableString& destination);
+
+/// The function that copies between two files, by the extensions of their names; null when there is none for
+/// such a pair.
+ZALTAG_EXPORT ZALCopyTagFunction ZALCopyTagFunctionForPaths(const ZALNullableString& source,
+                                                            const ZALNullableString& destination);
