@@ -6,6 +6,7 @@
 #include <zaltag/platform/ZALHost.h>
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <new>
 #include <utility>
@@ -271,11 +272,15 @@ std::string SafeFile::writeInPlace(const Range& range) {
 
 // What failed once may fail again, but what is there counts, not what the write says.
 bool SafeFile::putBack(std::uint64_t position, ZALDataView original) {
-    ZALData present(original.size());
-    std::size_t count = 0;
     handle_->writeAt(position, original);
-    const auto error = handle_->readAt(position, present, count);
-    return !error && std::equal(present.begin(), present.end(), original.begin());
+    std::array<std::uint8_t, pageSize> present;  // memory may have run out
+    for (std::size_t done = 0, count = 0; done < original.size(); done += count) {
+        const ZALDataView expected = original.subspan(done, std::min(present.size(), original.size() - done));
+        if (handle_->readAt(position + done, std::span(present).first(expected.size()), count)) return false;
+        const bool isWhole = count == expected.size();
+        if (!isWhole || !std::equal(expected.begin(), expected.end(), present.begin())) return false;
+    }
+    return true;
 }
 
 std::string SafeFile::writeBeside() {

@@ -113,17 +113,17 @@ class FileDefaults final : public ZALUserDefaults {
                           found.size == file_.size && found.modified == file_.modified;
         if (same) return;
         path_ = path;
-        file_ = found;
+        file_ = {};  // until it is read whole
         values_.clear();
         broken_.reset();
-        readable_ = true;
-        if (found.kind != ZALFileKind::missing) parse();
+        readable_ = found.kind == ZALFileKind::missing;
+        if (!readable_) parse();
+        file_ = found;
     }
 
     void parse() {
         std::error_code error;
         ZALData bytes = zal::fileContents(path_, ZALJSON::lengthMax, error);
-        readable_ = !error;
         if (error) {
             zal::logf("ZALTag: could not read the settings in {}: {}", path_, error.message());
             return;
@@ -131,10 +131,9 @@ class FileDefaults final : public ZALUserDefaults {
         std::string reason = "it is no object";
         const auto value =
             ZALJSON::parse({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, &reason);
-        if (value && value->isObject()) {
-            values_ = value->objectValue();
-            return;
-        }
+        if (value && value->isObject()) values_ = value->objectValue();
+        readable_ = true;
+        if (value && value->isObject()) return;
         zal::logf("ZALTag: the settings in {} are broken and read as empty: {}", path_, reason);
         broken_ = std::move(bytes);
     }
