@@ -223,33 +223,14 @@ TEST_F(MP4, whatASaveCouldHarmIsReadOnly) {
     }
 }
 
-TEST_F(MP4, whatTagLibWouldChokeOnDoesNotOpen) {
-    zal::ByteWriter nested, many, values;
-    for (std::uint32_t length = 800000; length > 0; length -= 8) {
-        nested.u32be(length);
-        nested.text("udta");
+// Atoms that TagLib would choke on are in the hostile set.
+TEST_F(MP4, whatHasNoMovieOrNoEndDoesNotOpen) {
+    for (const ZALData& file :
+         {mp4Atom("ftyp", bytesOf("M4A ")), mp4File({.behind = fromHex("00000007 66726565")}),
+          mp4File({.behind = fromHex("00000001 66726565 7FFFFFFF FFFFFFFF")}),
+          mp4File({.userData = mp4Tag({mp4Atom("\251nam", fromHex("0000000C 64617461 00000001"))})})}) {
+        EXPECT_EQ(ZALTagMP4::tagAtPath(folder_.write("bad.m4a", file)), nullptr) << toHex(file);
     }
-    for (int i = 0; i < 300000; ++i) {
-        many.bytes(fromHex("00000008"));
-        many.text("free");
-    }
-    for (int i = 0; i < 5000; ++i) {
-        values.bytes(fromHex("0000000C 64617461 00000001"));
-    }
-    const std::pair<const char*, ZALData> cases[] = {
-        {"nested", mp4Atom("moov", nested.data())},
-        {"many", mp4File({.behind = many.data()})},
-        {"short values", mp4File({.userData = mp4Tag({mp4Atom("\251nam", values.data())})})},
-        {"no movie", mp4Atom("ftyp", bytesOf("M4A "))},
-        {"length below its own", mp4File({.behind = fromHex("00000007 66726565")})},
-        {"length without end", mp4File({.behind = fromHex("00000001 66726565 7FFFFFFF FFFFFFFF")})},
-    };
-    for (const auto& [what, file] : cases) {
-        EXPECT_EQ(ZALTagMP4::tagAtPath(folder_.write("bad.m4a", file)), nullptr) << what;
-    }
-    const LogCapture log;
-    EXPECT_EQ(ZALTagMP4::initWithPath(std::nullopt, false), nullptr);
-    EXPECT_THAT(log.lines(), ElementsAre("-[ZALTagMP4 initWithPath:readOnly:] nil file path"));
 }
 
 }  // namespace

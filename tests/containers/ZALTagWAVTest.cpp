@@ -54,17 +54,11 @@ class WAV : public testing::Test {
 
 TEST_F(WAV, opensWhatBeginsAsOne) {
     const auto tag = opened(wavFile());
-    ASSERT_NE(tag, nullptr);
-    EXPECT_FALSE(tag->hasID3v1Tag());
-    EXPECT_TRUE(tag->hasID3v2Tag());
-    EXPECT_EQ(tag->title(), std::nullopt);
+    EXPECT_TRUE(!tag->hasID3v1Tag() && tag->hasID3v2Tag() && !tag->title());
     ZALData other = wavFile();
     other[8] = 'X';
     EXPECT_EQ(opened(other), nullptr);
     EXPECT_EQ(ZALTagWAV::tagAtPath(folder_.write("song.mp3", wavFile())), nullptr);
-    const LogCapture log;
-    EXPECT_EQ(ZALTagWAV::initWithPath(std::nullopt, false), nullptr);
-    EXPECT_THAT(log.lines(), ElementsAre("-[ZALTagWAV initWithPath:readOnly:] nil file path"));
 }
 
 TEST_F(WAV, doesNotOpenWhatTagLibCannotWalk) {
@@ -100,12 +94,8 @@ TEST_F(WAV, theInfoListIsTheSecondStoreOfSixFields) {
     const auto tag = opened(wavFile(
         {infoList({{"INAM", "info title"}, {"ICRD", "1999-05-01"}, {"ISFT", "kept"}, {"ICMT", "note"}}),
          riffChunk("id3 ", id3Tag({id3Text("TIT2", ""), id3Text("TPE1", "A")}))}));
-    EXPECT_EQ(tag->title(), "info title");
-    EXPECT_EQ(tag->artist(), "A");
-    EXPECT_EQ(tag->infoArtist(), std::nullopt);
-    EXPECT_EQ(tag->album(), std::nullopt);
-    EXPECT_EQ(tag->comment(), "note");
-    EXPECT_EQ(tag->year(), 1999);
+    EXPECT_TRUE(tag->title() == "info title" && tag->artist() == "A" && tag->comment() == "note");
+    EXPECT_TRUE(!tag->infoArtist() && !tag->album() && tag->year() == 1999);
     tag->setTitle("Ö");
     tag->setArtist(std::nullopt);
     tag->setAlbum("B");
@@ -120,9 +110,7 @@ TEST_F(WAV, theInfoListIsTheSecondStoreOfSixFields) {
                                       {"INAM", "Ö"},
                                       {"IPRD", "B"},
                                       {"ISFT", "kept"}}));
-    EXPECT_EQ(again()->title(), "Ö");
-    EXPECT_EQ(again()->artist(), std::nullopt);
-    EXPECT_EQ(again()->genre(), "G");
+    EXPECT_TRUE(again()->title() == "Ö" && !again()->artist() && again()->genre() == "G");
 }
 
 TEST_F(WAV, infoFieldsAreSetByKey) {

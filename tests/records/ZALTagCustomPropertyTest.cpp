@@ -13,10 +13,7 @@ namespace {
 
 TEST(CustomProperty, abstractMembersThrow) {
     ZALTagCustomProperty base;
-    const struct {
-        std::function<void()> call;
-        std::string member;
-    } cases[] = {
+    const std::pair<std::function<void()>, std::string> cases[] = {
         {[&] { base.JSONDict(); }, "-[ZALTagCustomProperty JSONDict]"},
         {[&] { base.updateWithJSONDict({}); }, "-[ZALTagCustomProperty updateWithJSONDict:]"},
         {[] { ZALTagCustomProperty::algorithmKey(); }, "+[ZALTagCustomProperty algorithmKey]"},

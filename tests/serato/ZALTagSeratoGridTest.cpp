@@ -58,10 +58,7 @@ TEST(SeratoGrid, snapsToTheNearestBeat) {
     const std::string pair = "00 00 00 02" + at0 + beats4 + at2 + bpm120;
     const std::string without = "00 00 00 03" + at0 + "00 00 00 00" + at2 + beats4 + "40 80 00 00" + bpm120;
     const double infinity = std::numeric_limits<double>::infinity();
-    const struct {
-        std::string hex;
-        double time, snapped;
-    } cases[] = {
+    const std::tuple<std::string, double, double> cases[] = {
         {single, 1.26, 1.5},
         {single, 1.24, 1.0},
         {single, 0.1, 0.0},
@@ -79,8 +76,8 @@ TEST(SeratoGrid, snapsToTheNearestBeat) {
         {"00 00 00 02" + at2 + beats4 + at2 + bpm120, 1.3, 1.3},
         {"00 00 00 02" + at0 + beats4 + "7F C0 00 00" + bpm120, 1.3, 1.3},
     };
-    for (const auto& one : cases) {
-        EXPECT_EQ(grid(one.hex).gridTimeForTime(one.time), one.snapped) << one.hex << " " << one.time;
+    for (const auto& [hex, time, snapped] : cases) {
+        EXPECT_EQ(grid(hex).gridTimeForTime(time), snapped) << hex << " " << time;
     }
     EXPECT_TRUE(std::isnan(grid(pair).gridTimeForTime(std::nan(""))));
     // 1/3 s a beat in single precision: the ninth of them is not quite at 3 s.

@@ -82,21 +82,17 @@ TEST(SeratoMarkerOld, entriesOf19BytesAreBigEndianInEveryFileType) {
 }
 
 TEST(SeratoMarkerOld, refusesWhatDoesNotDivide) {
-    const struct {
-        const char* fileType;
-        std::string data;
-        std::string line;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"mp3", "02 05 00 00 00 01 00 00 00", "Serato marker data too short: <02050000 00010000 00>"},
         {"mp3", "02 05 00 00 00 00 00 00 00 00", "Serato marker point count parsed as 0"},
         {"mp3", "02 05 00 00 00 02 01 00 00 00 00", "Serato marker data size invalid: 11"},
         {"mp3", "02 05 00 00 00 80" + cueSync + "00 00 00 00", "Serato marker data size invalid: 32"},
         {"m4a", "02 05 FF FF FF FF" + cueBig + "00 00 00 00", "Serato marker data size invalid: 29"},
     };
-    for (const auto& one : cases) {
+    for (const auto& [fileType, data, line] : cases) {
         const LogCapture log;
-        EXPECT_EQ(ZALTagSeratoMarkerOld::initWithData(fromHex(one.data), one.fileType), std::nullopt);
-        EXPECT_THAT(log.lines(), ElementsAre(one.line));
+        EXPECT_EQ(ZALTagSeratoMarkerOld::initWithData(fromHex(data), fileType), std::nullopt);
+        EXPECT_THAT(log.lines(), ElementsAre(line));
     }
     const LogCapture log;
     EXPECT_EQ(ZALTagSeratoMarkerOld::markerWithEncodedData(bytesOf("TQ")), std::nullopt);

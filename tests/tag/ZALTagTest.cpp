@@ -65,15 +65,6 @@ TEST(Factory, belongsToZALTag) {
               "-[ZALTag initWithPath:] must not be called by subclasses");
 }
 
-TEST(Factory, aBackEndLogsAMissingPath) {
-    const LogCapture log;
-    EXPECT_EQ(ZALTagID3::initWithPath(std::nullopt, false), nullptr);
-    EXPECT_EQ(ZALTagID3::tagAtPath(std::nullopt), nullptr);
-    EXPECT_EQ(ZALTagID3::initWithPath("missing.mp3", false), nullptr);
-    EXPECT_EQ(ZALTagID3::initWithPath("song.wav", false), nullptr);
-    EXPECT_THAT(log.lines(), ElementsAre("-[ZALTagID3 initWithPath:readOnly:] nil file path"));
-}
-
 TEST(Base, abstractOperationsNameThemselves) {
     Caller tag;
     EXPECT_EQ(thrownBy([&] { tag.artist(); }), "-[ZALTag artist] is abstract implement it in your subclass!");

@@ -203,18 +203,14 @@ TEST_F(Description, ofOddValues) {
     const auto mp4 = [](const ZALData& item) { return mp4File({mp4Tag({item})}); };
     const auto keyless = ZALJSONValue(ZALJSONValue::Object{{"algorithm", 3}, {"source", "quorvantis"}});
     const ZALData plain = picture(false, false);
-    const struct {
-        const char* name;
-        ZALData file;
-        std::string line;
-    } cases[] = {
+    const std::tuple<const char*, ZALData, std::string> cases[] = {
         {"a.mp3", mp3(id3Comment("d\xFC\x80", "", "x")), "COMM (d\u00FC\u0080) [] - 'x'"},
         {"a.mp3", mp3(object("Key", *tagData(keyless))), "source = 'quorvantis', key = '', algorithm = 3"},
         {"a.m4a", mp4(mp4Item("covr", {plain}, 13)), "cover - [image/jpeg, 72 bytes]"},
         {"a.m4a", mp4(mp4Freeform("com.apple.iTunes", "energylevel", {"high"})), "energy  -  0"},
     };
-    for (const auto& one : cases) {
-        EXPECT_THAT(described(one.name, one.file), testing::HasSubstr(one.line + "\n"));
+    for (const auto& [name, file, line] : cases) {
+        EXPECT_THAT(described(name, file), testing::HasSubstr(line + "\n"));
     }
 }
 
@@ -225,12 +221,7 @@ TEST_F(Description, ofFilesWithFewTagsOrNone) {
         "track   -  0\n";
     const std::string v1Section =
         "ID3v1 Tag\n---------\ntitle   - 'T'\n" + standard.substr(standard.find("artist"));
-    struct Case {
-        const char* name;
-        ZALData file;
-        std::string report;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, ZALData, std::string> cases[] = {
         {"a.mp3", mpegFrames(), "no ID3V1 or ID3V2 tag found\n"},
         {"a.mp3", joined({mpegFrames(), v1}), "no ID3v2 tag found\n" + v1Section},
         {"a.mp3", joined({id3Tag({}, 20), mpegFrames()}),
@@ -249,8 +240,8 @@ TEST_F(Description, ofFilesWithFewTagsOrNone) {
         {"a.flac", bytesOf("garbage"), "not a valid flac file\n"},
         {"a.ogg", mpegFrames(), "not a mp3, m4a, mp4, wav, or aif(f) file\n"},
     };
-    for (const Case& one : cases) {
-        EXPECT_EQ(described(one.name, one.file), one.report) << one.name;
+    for (const auto& [name, file, report] : cases) {
+        EXPECT_EQ(described(name, file), report) << name;
     }
     EXPECT_EQ(ZALTagDescription(std::nullopt), "not a mp3, m4a, mp4, wav, or aif(f) file\n");
     EXPECT_EQ(ZALTagDescription((folder_.path() / "missing.flac").string()), "not a valid flac file\n");
