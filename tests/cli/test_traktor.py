@@ -70,11 +70,14 @@ class Traktor(ProgramTest):
         with open(os.path.join(SAMPLES, "test.nml"), "rb") as sample:
             file = self.write("collection.nml", sample.read())
         before = tree(file)
-        paths = [track["path"] for track in json.loads(
-            self.zaltag("traktor", "tracks", "--traktor", file, "--boot-volume", "C:", "--json")[0])]
+        options = ("--traktor", file, "--boot-volume", "C:")
+        tracks = json.loads(self.zaltag("traktor", "tracks", *options, "--json")[0])
+        paths = [track["path"] for track in tracks]
+        shown = json.loads(self.zaltag("traktor", "track", paths[0], *options, "--json")[0])
+        self.assertEqual((round(shown["cues"][2]["length"], 9), len(shown["beatTimes"])), (3.779531192, 553))
         location = before.findall("COLLECTION/ENTRY/LOCATION")[0]
         self.assertEqual(paths[0], location.get("DIR").replace("/:", "/") + location.get("FILE"))
-        self.zaltag("cues", "set", paths[0], "--to", "traktor", "--traktor", file, "--boot-volume", "C:", "30=x")
+        self.zaltag("cues", "set", paths[0], "--to", "traktor", *options, "30=x")
         after = tree(file)
 
         def rest(element, attributes, children):
