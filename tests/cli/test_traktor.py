@@ -92,7 +92,3 @@ class Traktor(ProgramTest):
         order = [-1 if cue.get("TYPE") == "4" else int(cue.get("HOTCUE")) for cue in old.findall("CUE_V2")]
         self.assertEqual(traktor_cues(new), [slot for _, slot in sorted(zip(order, slots), key=lambda pair: pair[0])])
         self.assertEqual([grid.get("BPM") for grid in new.iter("GRID")], [grid.get("BPM") for grid in old.iter("GRID")])
-
-
-if __name__ == "__main__":
-    unittest.main()
