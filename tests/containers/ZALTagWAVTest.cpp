@@ -10,10 +10,6 @@
 
 #include <gmock/gmock.h>
 
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 namespace {
 
 using testing::ElementsAre;
@@ -120,9 +116,7 @@ TEST_F(WAV, infoFieldsAreSetByKey) {
         EXPECT_EQ(tag->valueForKey(key).stringValue(), key);
     }
     tag->setValue(1987, "infoYear");
-    EXPECT_EQ(tag->year(), 1987);
-    EXPECT_EQ(tag->album(), "infoAlbum");
-    EXPECT_EQ(tag->comment(), "infoComment");
+    EXPECT_TRUE(tag->year() == 1987 && tag->album() == "infoAlbum" && tag->comment() == "infoComment");
     EXPECT_EQ(tag->propertyKeys().size(),
               ZALTagID3::tagAtPath(folder_.write("a.mp3", mpegFrames()))->propertyKeys().size() + 6);
 }
@@ -195,18 +189,10 @@ TEST_F(WAV, damagedChunksAreReadButNotSaved) {
     // A tag of odd length without a pad byte: taking it away moves all pad bytes behind it to wrong places.
     const ZALData tag_ = riffChunk("ID3 ", id3Tag({id3Text("TIT2", "odd")}, 1));
     const ZALData odd = riffForm({wavFormat(), withoutLast(tag_, 1), wavAudio(), {0}, riffChunk("cue ", {})});
-    const ZALData files[] = {
-        odd,
-        withoutLast(wavFile(), 20),
-        streamed,
-        unsized,
-        cutOff,
-        wavFile({list, riffChunk("\1\2\3\4", {}), wavAudio()}),
-        wavFile({list, bytesOf("dat")}),
-        riffForm({list}),
-        riffForm({}),
-    };
-    for (const ZALData& file : files) {
+    const ZALData torn = wavFile({list, riffChunk("\1\2\3\4", {}), wavAudio()}),
+                  rest = wavFile({list, bytesOf("dat")});
+    for (const ZALData& file : {odd, withoutLast(wavFile(), 20), streamed, unsized, cutOff, torn, rest,
+                                riffForm({list}), riffForm({})}) {
         const auto tag = opened(file);
         ASSERT_NE(tag, nullptr);
         tag->setZalVelvetCascade(record(true));
@@ -306,42 +292,6 @@ TEST_F(WAV, aRecordThatHasNothingToStoreLeavesAnEmptyChunk) {
     EXPECT_EQ(content(), wavFile({riffChunk("VCAS", {})}));
     EXPECT_EQ(again()->zalVelvetCascade(), std::nullopt);
     EXPECT_THAT(log.lines(), ElementsAre(StartsWith("Invalid generated json object"))) << "reading is silent";
-}
-
-// By how many MiB a function makes the peak of memory grow, in a process of its own; 255 when it gives false.
-int memoryOf(const std::function<bool()>& function) {
-    const auto peak = [] {
-        struct rusage usage {};
-        ::getrusage(RUSAGE_SELF, &usage);
-        return usage.ru_maxrss / 1024;
-    };
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const long before = peak();
-        const bool done = function();
-        ::_exit(done ? static_cast<int>(std::min(peak() - before, 254L)) : 255);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 255;
-}
-
-TEST_F(WAV, aLongFileIsNotHeldInMemory) {
-    // 100 MB of silence, and four bytes.
-    opened(joined({bytesOf("RIFF"), fromHex("28004006"), bytesOf("WAVE"), wavFormat(), bytesOf("data"),
-                   fromHex("04004006")}));
-    std::filesystem::resize_file(path_, 44 + 0x06400004);
-    for (const bool kernel : {true, false}) {
-        EXPECT_LT(memoryOf([&] {
-                      if (!kernel) FaultyFileSystem::install()->refuseKernelCopies();
-                      const auto tag = again();
-                      tag->setTitle("t");
-                      tag->setZalVelvetCascade(record(kernel));
-                      return tag->save();
-                  }),
-                  20);
-        EXPECT_EQ(again()->zalVelvetCascade(), record(kernel));
-    }
 }
 
 }  // namespace

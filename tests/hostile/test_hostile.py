@@ -3,6 +3,7 @@ processor time and a gigabyte of memory. A file that was not saved keeps every b
 import os
 import resource
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
@@ -10,7 +11,7 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "cli"))
 from collection_files import rekordbox, traktor  # noqa: E402
-from hostile_files import AUDIO, FRAME, audio_files, collections  # noqa: E402
+from hostile_files import AUDIO, FRAME, audio_files, collections, le  # noqa: E402
 
 SANITIZED = os.environ["ZALTAG_SANITIZED"] == "ON"  # then memory cannot be limited: shadow memory is terabytes
 SECONDS = 10
@@ -91,6 +92,20 @@ class AudioFiles(Hostile):
             with self.subTest(path):
                 self.kept(path, before, f"zaltag: {path}: " not in err)
         self.alone(map(os.path.basename, files))
+
+
+class LongFiles(Hostile):
+    @unittest.skipIf(SANITIZED, "shadow memory is not told from memory")
+    def test_audio_is_not_held_in_memory(self):
+        """100 MB of silence in a WAV whose tags and record are written."""
+        head = b"RIFF" + le(0x06400028) + b"WAVEfmt " + le(16) + struct.pack("<HHIIHH", 1, 1, 44100, 88200, 2, 16) + b"data"
+        path = self.write("long.wav", head + le(0x06400004))
+        os.truncate(path, 44 + 0x06400004)
+        for words in (("set", path, "title=t"), ("record", path, 'zalVelvetCascade={"isProcessed": true}')):
+            status, _, err, megabytes = run(os.environ["ZALTAG"], *words)
+            self.assertEqual((status, err), (0, ""))
+            self.assertLess(megabytes, 40)
+        self.assertIn(b"VCAS", content_of(path)[-200:])
 
 
 class Collections(Hostile):

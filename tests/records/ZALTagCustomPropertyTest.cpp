@@ -27,17 +27,6 @@ TEST(CustomProperty, abstractMembersThrow) {
     }
 }
 
-TEST(CustomProperty, everyClassHasItsOwnVersion) {
-    ZALTagKey::setAlgorithmVersion(1);
-    ZALTagEnergy::setAlgorithmVersion(2);
-    ZALTagBeatGrid::setAlgorithmVersion(3);
-    EXPECT_EQ(ZALTagCuePoints::algorithmVersion(), 0);
-    ZALTagCuePoints::setAlgorithmVersion(4);
-    EXPECT_EQ(ZALTagKey::algorithmVersion(), 1);
-    EXPECT_EQ(ZALTagEnergy::algorithmVersion(), 2);
-    EXPECT_EQ(ZALTagBeatGrid::algorithmVersion(), 3);
-}
-
 TEST(CustomProperty, equalityAsksForTheClassOnTheLeft) {
     const ZALTagEnergy energy = ZALTagEnergy::keyWithEnergy(0, 0);
     const ZALTagCustomProperty base;
