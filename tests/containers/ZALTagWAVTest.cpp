@@ -82,8 +82,7 @@ TEST_F(WAV, hasOnlyTheInheritedPictures) {
     tag->backupOriginalImageAndSetCustomImage(nullptr);
     EXPECT_TRUE(tag->allImages().empty() && tag->primaryImage() == nullptr);
     EXPECT_EQ(tag->allImageData().size(), 1u);
-    EXPECT_TRUE(tag->replacePrimaryImage(nullptr, false));
-    EXPECT_TRUE(tag->allImageData().empty());
+    EXPECT_TRUE(tag->replacePrimaryImage(nullptr, false) && tag->allImageData().empty());
 }
 
 TEST_F(WAV, theInfoListIsTheSecondStoreOfSixFields) {

@@ -186,8 +186,7 @@ TEST(TraktorFrames, areFoundAndRemoved) {
     tag->setTraktorCuePoints(cues({1}));
     EXPECT_FALSE(tag->hasTraktorMetadata());
     EXPECT_THAT(framesOf(*tag), ElementsAre("PRIV", "PRIV"));
-    EXPECT_FALSE(tag->requiresSaving());
-    EXPECT_FALSE(tagWith({priv("traktor")})->hasTraktorMetadata());
+    EXPECT_FALSE(tag->requiresSaving() || tagWith({priv("traktor")})->hasTraktorMetadata());
     EXPECT_TRUE(tagWith({object("", "Old Serato Analysis", {})})->hasSeratoMetadata());
     EXPECT_FALSE(tagWith({object("", "SERATO", {})})->hasSeratoMetadata());
 }

@@ -77,8 +77,7 @@ TEST_F(Services, brokenSettingsAreKeptBesideTheNewOnes) {
     const LogCapture log;
     const auto defaults = host_->userDefaults();
     put(file_, "{broken");
-    EXPECT_FALSE(defaults->hasValueForKey("a"));
-    EXPECT_FALSE(defaults->hasValueForKey("a"));
+    EXPECT_FALSE(defaults->hasValueForKey("a") || defaults->hasValueForKey("a"));
     EXPECT_EQ(log.lines().size(), 1u);
     defaults->setString("a", "1");
     EXPECT_EQ(contents(file_ + ".broken"), "{broken");

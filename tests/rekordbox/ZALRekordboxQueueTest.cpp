@@ -144,8 +144,7 @@ TEST_F(RekordboxQueue, anUnchangedBatchWritesImportFilesAlone) {
     EXPECT_EQ(contentOf(path()), once);
     EXPECT_NE(contentOf(importFile(1)), import) << "its date";
     EXPECT_EQ(contentOf(importFile(1)).size(), import.size());
-    EXPECT_FALSE(std::filesystem::exists(importFile(2)));
-    EXPECT_FALSE(std::filesystem::exists(importFile(100)));
+    EXPECT_FALSE(std::filesystem::exists(importFile(2)) || std::filesystem::exists(importFile(100)));
     EXPECT_TRUE(std::filesystem::exists(importFile(101)));
     EXPECT_EQ(queue->progress().first, 0U);
 }

@@ -225,8 +225,7 @@ TEST_F(CopyTag, aTagThatWouldBeTooLongIsRefused) {
     const std::string title(5000, 'x');
     const std::string mp3 = folder_.write("s.mp3", joined({id3Tag({id3Text("TIT2", title)}), mpegFrames()}));
     const std::string m4a = folder_.write("s.m4a", mp4File({mp4Tag({mp4Item("\251nam", {bytesOf(title)})})}));
-    EXPECT_FALSE(ZALCopyTagID3(mp3, path));
-    EXPECT_FALSE(ZALCopyTagMP42ID3(m4a, path));
+    EXPECT_FALSE(ZALCopyTagID3(mp3, path) || ZALCopyTagMP42ID3(m4a, path));
     const std::string line = "could not save '" + path + "': its ID3v2 tag would be too large";
     EXPECT_THAT(log_.lines(), ElementsAre(line, line));
     EXPECT_EQ(std::filesystem::file_size(path), size);
