@@ -123,8 +123,7 @@ TEST_F(WAV, infoFieldsAreSetByKey) {
 TEST_F(WAV, infoTextThatIsNotUTF8IsReadAsLatin1AndKept) {
     const auto tag = opened(wavFile({infoList(
         {{"INAM", "caf\xE9"}, {"IART", "é"}, {"IGNR", "fir\xE9"}, {"IGNR", "last"}, {"IENG", "\xDC"}})}));
-    EXPECT_EQ(tag->infoTitle(), "café");
-    EXPECT_EQ(tag->infoGenre(), "last");
+    EXPECT_TRUE(tag->infoTitle() == "café" && tag->infoGenre() == "last");
     tag->setTempo(120);
     ASSERT_TRUE(tag->save());
     EXPECT_EQ(infoOfFile(), infoList({{"IART", "é"}, {"IENG", "Ü"}, {"IGNR", "last"}, {"INAM", "café"}}));
@@ -171,8 +170,7 @@ TEST_F(WAV, theRecordIsWrittenAlsoWhenTheTagsCannotBe) {
     EXPECT_FALSE(tag->save(&error));
     EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
     EXPECT_EQ(content(), wavFile({recordChunk(true)}));
-    EXPECT_EQ(tag->tempo(), 124);
-    EXPECT_EQ(tag->title(), "t");
+    EXPECT_TRUE(tag->tempo() == 124 && tag->title() == "t");
 }
 
 TEST_F(WAV, damagedChunksAreReadButNotSaved) {
@@ -219,8 +217,7 @@ TEST_F(WAV, theRecordIsNotWrittenWhereThatWouldLoseAChunk) {
         const LogCapture log;
         EXPECT_TRUE(tag->save());
         EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("could not write the processing record of")));
-        EXPECT_EQ(again()->title(), "t");
-        EXPECT_EQ(again()->zalVelvetCascade(), std::nullopt);
+        EXPECT_TRUE(again()->title() == "t" && again()->zalVelvetCascade() == std::nullopt);
         EXPECT_TRUE(std::equal(file.begin() + 8, file.begin() + 60, content().begin() + 8));
     }
 }

@@ -2,7 +2,6 @@
 processor time and a gigabyte of memory. A file that was not saved keeps every byte, and none loses its audio."""
 import os
 import resource
-import shutil
 import struct
 import subprocess
 import sys
@@ -11,6 +10,7 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "cli"))
 from collection_files import rekordbox, traktor  # noqa: E402
+from support import ZALTAG, ProgramTest  # noqa: E402
 from hostile_files import AUDIO, FRAME, audio_files, collections, le  # noqa: E402
 
 SANITIZED = os.environ["ZALTAG_SANITIZED"] == "ON"  # then memory cannot be limited: shadow memory is terabytes
@@ -37,29 +37,14 @@ def run(*arguments):
         return child.returncode, *texts, usage.ru_maxrss >> 10
 
 
-def content_of(path):
-    with open(path, "rb") as file:
-        return file.read()
-
-
-class Hostile(unittest.TestCase):
-    def setUp(self):
-        self.folder = tempfile.mkdtemp(prefix="zaltag-")
-        self.addCleanup(shutil.rmtree, self.folder)
-
-    def write(self, name, content):
-        path = os.path.join(self.folder, name)
-        with open(path, "wb") as file:
-            file.write(content)
-        return path
-
+class Hostile(ProgramTest):
     def alone(self, names):
         self.assertEqual(sorted(os.listdir(self.folder)), sorted(names), "nothing is left beside the files")
 
 
 class AudioFiles(Hostile):
     def kept(self, path, before, saved):
-        after = content_of(path)
+        after = self.content(path)
         if not saved:
             self.assertEqual(after == before, True, "a file that was not saved keeps every byte")
         elif AUDIO in before:
@@ -82,11 +67,11 @@ class AudioFiles(Hostile):
     def test_the_program(self):
         files = {self.write(name, content): content for name, content in audio_files()}
         for arguments in (["show", *files], ["dump", *files], ["scan", self.folder]):
-            status, _, err, _ = run(os.environ["ZALTAG"], *arguments)
+            status, _, err, _ = run(ZALTAG, *arguments)
             self.assertEqual(status, 1, err[-2000:])
         for path, before in files.items():
-            self.assertEqual(content_of(path) == before, True, f"{path}: reading changes nothing")
-        status, _, err, _ = run(os.environ["ZALTAG"], "set", *files, "title=another", "comment=more")
+            self.assertEqual(self.content(path) == before, True, f"{path}: reading changes nothing")
+        status, _, err, _ = run(ZALTAG, "set", *files, "title=another", "comment=more")
         self.assertEqual(status, 1, err[-2000:])
         for path, before in files.items():
             with self.subTest(path):
@@ -102,10 +87,10 @@ class LongFiles(Hostile):
         path = self.write("long.wav", head + le(0x06400004))
         os.truncate(path, 44 + 0x06400004)
         for words in (("set", path, "title=t"), ("record", path, 'zalVelvetCascade={"isProcessed": true}')):
-            status, _, err, megabytes = run(os.environ["ZALTAG"], *words)
+            status, _, err, megabytes = run(ZALTAG, *words)
             self.assertEqual((status, err), (0, ""))
             self.assertLess(megabytes, 40)
-        self.assertIn(b"VCAS", content_of(path)[-200:])
+        self.assertIn(b"VCAS", self.content(path)[-200:])
 
 
 class Collections(Hostile):
@@ -116,17 +101,17 @@ class Collections(Hostile):
             with self.subTest(f"{name}, {program}"):
                 file = self.write("collection.xml", before)
                 option = (f"--{program}", file)
-                status, out, err, _ = run(os.environ["ZALTAG"], program, "info", *option)
+                status, out, err, _ = run(ZALTAG, program, "info", *option)
                 self.assertIn(status, (0, 1), err)
                 self.assertNotIn("root:", out)
                 if status == 0:
                     loaded.add(name)
-                self.assertIn(run(os.environ["ZALTAG"], program, "track", song, *option)[0], (0, 1))
-                self.assertEqual(content_of(file) == before, True)
-                code, _, err, _ = run(os.environ["ZALTAG"], "cues", "set", song, "--to", program, *option, "1=x")
+                self.assertIn(run(ZALTAG, program, "track", song, *option)[0], (0, 1))
+                self.assertEqual(self.content(file) == before, True)
+                code, _, err, _ = run(ZALTAG, "cues", "set", song, "--to", program, *option, "1=x")
                 self.assertEqual(code, status, err)
                 if code != 0:
-                    self.assertEqual(content_of(file) == before, True, "what cannot be loaded is left alone")
+                    self.assertEqual(self.content(file) == before, True, "what cannot be loaded is left alone")
                     self.alone(["song.mp3", "collection.xml"])
                 for path in set(os.listdir(self.folder)) - {"song.mp3"}:
                     os.remove(os.path.join(self.folder, path))

@@ -169,8 +169,7 @@ TEST(Fields, fallBackToID3v1WhereID3v2IsEmpty) {
 TEST(Fields, numbersAtTheirEdges) {
     const std::string path = mp3(id3Tag({id3Text("TDRC", "1987-05-03"), id3Text("TBPM", " 128.7")}));
     const auto tag = opened(path);
-    EXPECT_EQ(tag->year(), 1987);
-    EXPECT_EQ(tag->tempo(), 128);
+    EXPECT_TRUE(tag->year() == 1987 && tag->tempo() == 128);
     tag->setYear(-5);
     EXPECT_EQ(tag->year(), 0);
     tag->setTempo(-3);
@@ -275,8 +274,7 @@ TEST(Grouping, isWrittenToBothFrames) {
         ASSERT_NE(bytes.find("GRP1"), std::string::npos);
         EXPECT_EQ(bytes[bytes.find("GRP1") + 10], encoding);
         tag = opened(path);
-        EXPECT_EQ(tag->GRP1Grouping(), text);
-        EXPECT_EQ(tag->TIT1Grouping(), text);
+        EXPECT_TRUE(tag->GRP1Grouping() == text && tag->TIT1Grouping() == text);
     }
     const auto tag = opened(path);
     tag->setTitle("others do not count");
@@ -292,8 +290,7 @@ TEST(Grouping, isReadFromAnUnknownFrame) {
     const auto tag = opened(mp3(id3Tag({id3Frame("GRP1", payload, encrypted), id3Text("TIT1", "other")})));
     EXPECT_EQ(tag->GRP1Grouping(), "A") << "UTF-16 without a mark is read by our own decoder";
     tag->setGRP1Grouping("new");
-    EXPECT_EQ(tag->GRP1Grouping(), "new");
-    EXPECT_EQ(tag->grouping(), "new");
+    EXPECT_TRUE(tag->GRP1Grouping() == "new" && tag->grouping() == "new");
     tag->setGRP1Grouping(std::nullopt);
     EXPECT_EQ(tag->grouping(), "other");
 }

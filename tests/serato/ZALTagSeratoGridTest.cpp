@@ -21,13 +21,9 @@ ZALTagSeratoGrid grid(const std::string& hex) {
 TEST(SeratoGrid, readsMarkersInBothForms) {
     const std::string hex = "01 00 00 00 00 02 BF 00 00 00 00 00 00 04 3F 00 00 00 42 F0 00 00 74";
     const auto read = ZALTagSeratoGrid::gridWithData(fromHex(hex));
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->major(), 1);
-    EXPECT_EQ(read->minor(), 0);
-    ASSERT_EQ(read->gridPoints().size(), 2u);
-    EXPECT_EQ(read->gridPoints()[0].position(), -0.5F);
-    EXPECT_EQ(read->gridPoints()[0].beatsToNext(), 4u);
-    EXPECT_EQ(read->gridPoints()[1].tempo(), 120.0F);
+    const auto& points = read->gridPoints();
+    ASSERT_TRUE(read->major() == 1 && read->minor() == 0 && points.size() == 2);
+    EXPECT_TRUE(points[0].position() == -0.5F && points[0].beatsToNext() == 4 && points[1].tempo() == 120);
     EXPECT_TRUE(grid("00 00 00 00 74").gridPoints().empty()) << "no marker, one footer byte";
     ZALData wrapped(42);
     const ZALData raw = fromHex(hex);
