@@ -3,10 +3,10 @@
 #include "FuzzSupport.h"
 #include "FuzzedFile.h"
 #include "support/ManualClock.h"
-#include "support/MemoryDefaults.h"
 
 #include <zaltag/base/ZALError.h>
 #include <zaltag/platform/ZALMainQueue.h>
+#include <zaltag/platform/ZALUserDefaults.h>
 
 #include <memory>
 
@@ -49,7 +49,7 @@ void exerciseCollection(const std::uint8_t* data, std::size_t size,
                         void (*request)(Queue& queue, const ZALNullableString& path)) {
     const FuzzedFile file(data, size, "xml");
     ZALHost& host = ZALHost::shared();
-    host.setUserDefaults(std::make_shared<MemoryDefaults>());
+    host.setUserDefaults(ZALUserDefaults::inMemory());
     const auto clock = std::make_shared<ManualClock>();
     clock->advance(2'300'000'000);  // behind the dates of most collections
     host.setClock(clock);

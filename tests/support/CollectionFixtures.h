@@ -3,9 +3,9 @@
 #include "support/AudioFixtures.h"
 #include "support/HostGuard.h"
 #include "support/ManualClock.h"
-#include "support/MemoryDefaults.h"
 
 #include <zaltag/collection/ZALCollectionQueue.h>
+#include <zaltag/platform/ZALUserDefaults.h>
 
 #include <functional>
 #include <memory>
