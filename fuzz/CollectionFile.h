@@ -2,47 +2,15 @@
 
 #include "FuzzSupport.h"
 #include "FuzzedFile.h"
+#include "support/ManualClock.h"
 
 #include <zaltag/base/ZALError.h>
-#include <zaltag/platform/ZALClock.h>
 #include <zaltag/platform/ZALMainQueue.h>
 #include <zaltag/platform/ZALUserDefaults.h>
 
 #include <memory>
 
 // What every target does that loads and saves a collection.
-
-/// User defaults with one text for every key.
-class FixedDefaults final : public ZALUserDefaults {
-  public:
-    explicit FixedDefaults(std::string text) : text_(std::move(text)) {}
-    ZALNullableString stringForKey(const std::string&) override { return text_; }
-    ZALNullableData dataForKey(const std::string&) override { return std::nullopt; }
-    bool hasValueForKey(const std::string&) override { return true; }
-    void setString(const std::string&, const std::string&) override {}
-    void setData(const std::string&, const ZALNullableData&) override {}
-    void removeKey(const std::string&) override {}
-    void synchronize() override {}
-
-  private:
-    const std::string text_;
-};
-
-/// A clock that stands still, behind the dates of most collections.
-class FixedClock final : public ZALClock {
-  public:
-    std::chrono::system_clock::time_point now() override {
-        return std::chrono::system_clock::from_time_t(4'000'000'000);
-    }
-    std::shared_ptr<ZALTimer> schedule(std::chrono::duration<double>, std::function<void()>) override {
-        return std::make_shared<NoTimer>();
-    }
-
-  private:
-    struct NoTimer final : ZALTimer {
-        void cancel() override {}
-    };
-};
 
 /// Reads all that the tracks hold, and finds each of them again.
 template <typename Database>
@@ -77,11 +45,15 @@ void exerciseQueue(const std::shared_ptr<Database>& database, Queue& queue,
 template <typename Database, typename Queue>
 void exerciseCollection(const std::uint8_t* data, std::size_t size,
                         std::shared_ptr<Database> (*open)(const ZALNullableString& url),
+                        void (*choose)(const std::string& path),
                         void (*request)(Queue& queue, const ZALNullableString& path)) {
     const FuzzedFile file(data, size, "xml");
     ZALHost& host = ZALHost::shared();
-    host.setUserDefaults(std::make_shared<FixedDefaults>(file.path()));
-    host.setClock(std::make_shared<FixedClock>());
+    host.setUserDefaults(ZALUserDefaults::inMemory());
+    const auto clock = std::make_shared<ManualClock>();
+    clock->advance(2'300'000'000);  // behind the dates of most collections
+    host.setClock(clock);
+    choose(file.path());
     host.setRunningPrograms([] { return std::vector<std::string>(); });
     ZALData last;
     for (int round = 0; round < 3; ++round) {

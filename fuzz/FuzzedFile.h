@@ -20,6 +20,7 @@ class FuzzedFile {
         const auto folder =
             std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
         folder_ = folder / ("zaltag-fuzz-" + std::to_string(::getpid()) + "." + extension);
+        std::filesystem::remove_all(folder_);  // left by a killed process of the same number
         std::filesystem::create_directory(folder_);
         path_ = (folder_ / ("file." + extension)).string();
         std::ofstream out(path_, std::ios::binary);

@@ -16,6 +16,7 @@ void request(ZALRekordboxQueue& queue, const ZALNullableString& path) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    exerciseCollection(data, size, ZALRekordboxDatabase::initWithRekordboxDatabaseFileAtURL, request);
+    exerciseCollection(data, size, ZALRekordboxDatabase::initWithRekordboxDatabaseFileAtURL,
+                       ZALRekordboxDatabase::setUserRekordboxDatabaseFileURL, request);
     return 0;
 }

@@ -15,6 +15,7 @@ void request(ZALTraktorQueue& queue, const ZALNullableString& path) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    exerciseCollection(data, size, ZALTraktorDatabase::initWithTraktorDatabaseFileAtURL, request);
+    exerciseCollection(data, size, ZALTraktorDatabase::initWithTraktorDatabaseFileAtURL,
+                       ZALTraktorDatabase::setUserTraktorDatabaseFileURL, request);
     return 0;
 }

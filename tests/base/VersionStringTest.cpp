@@ -5,11 +5,7 @@
 namespace {
 
 TEST(VersionString, theArgumentIsHeldAgainstTheReceiver) {
-    const struct {
-        const char* receiver;
-        const char* argument;
-        int order;
-    } cases[] = {
+    const std::tuple<const char*, const char*, int> cases[] = {
         {"1.2", "1.10", 1},  // as numbers
         {"1.0", "1.0b1", -1},
         {"1.0", "1.0.1", 1},
@@ -25,11 +21,9 @@ TEST(VersionString, theArgumentIsHeldAgainstTheReceiver) {
         {"9223372036854775807", "99999999999999999999999", 0},  // saturated
         {"", "1", 1},
     };
-    for (const auto& one : cases) {
-        EXPECT_EQ(zal_versionStringCompare(one.receiver, one.argument), one.order)
-            << one.receiver << " and " << one.argument;
-        EXPECT_EQ(zal_versionStringCompare(one.argument, one.receiver), -one.order)
-            << one.argument << " and " << one.receiver;
+    for (const auto& [receiver, argument, order] : cases) {
+        EXPECT_EQ(zal_versionStringCompare(receiver, argument), order) << receiver << " and " << argument;
+        EXPECT_EQ(zal_versionStringCompare(argument, receiver), -order) << argument << " and " << receiver;
     }
 }
 

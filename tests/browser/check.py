@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Opens a report in headless Chromium, has it used by selftest.js, and holds what came of it against the data:
-check.py CHROMIUM [SCREENSHOT_FOLDER]"""
+check.py CHROMIUM"""
 import http.server
 import json
 import os
@@ -16,7 +16,6 @@ import urllib.parse
 HERE = os.path.dirname(os.path.abspath(__file__))
 ZALTAG = os.environ["ZALTAG"]
 CHROMIUM = sys.argv[1] if len(sys.argv) > 1 else "chromium"
-SCREENS = sys.argv[2] if len(sys.argv) > 2 else None
 COUNT = 120
 # Before the page's own script: what it is measured with.
 PROBE = """<script>
@@ -188,19 +187,6 @@ class Report(unittest.TestCase):
         print("5,000 tracks: first rows after {firstRows:.0f} ms, all after {loaded:.0f} ms, longest task {longest:.0f} ms"
               .format(**results), file=sys.stderr)
         self.assertLess(results["firstRows"], 5000)
-
-    @unittest.skipUnless(SCREENS, "no folder for screenshots named")
-    def test_screenshots(self):
-        for name, size in (("wide", (1280, 900)), ("narrow", (400, 850))):
-            for theme, number in (("dark", 0), ("light", 1)):
-                for part, script in (("list", ""), ("details", "<script>setTimeout(() => open(state.shown[6]), 500)</script>")):
-                    with open(self.folder + "/shot.html", "w", encoding="utf-8") as file:
-                        file.write(self.page.replace("</body>", script + "</body>"))
-                    shot = os.path.join(SCREENS, f"{name}-{theme}-{part}.png")
-                    subprocess.run(chromium(self.folder, size, f"--blink-settings=preferredColorScheme={number}",
-                                            "--virtual-time-budget=5000", f"--screenshot={shot}", "file://" + self.folder + "/shot.html"),
-                                   check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
-                    self.assertGreater(os.path.getsize(shot), 10000)
 
 
 if __name__ == "__main__":

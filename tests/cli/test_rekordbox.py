@@ -104,7 +104,3 @@ class Rekordbox(ProgramTest):
             self.assertEqual(rekordbox_marks(new), rekordbox_marks(old))
             self.assertEqual([mark.get("End") for mark in new.iter("POSITION_MARK") if mark.get("Type") == "4"],
                              [mark.get("End") for mark in old.iter("POSITION_MARK") if mark.get("Type") == "4"])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -4,7 +4,6 @@ import html.parser
 import json
 import os
 import subprocess
-import unittest
 
 from collection_files import rekordbox, traktor
 from support import ProgramTest
@@ -128,7 +127,3 @@ class Report(ProgramTest):
         done = self.run_program("report", folder, "-o", "/dev/full")
         self.assertEqual(done.returncode, 2)
         self.assertEqual(sorted(os.listdir(self.folder)), ["link.html", "music", "real.html"])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -5,7 +5,6 @@ import re
 import shutil
 import subprocess
 import time
-import unittest
 
 import mutagen
 
@@ -174,7 +173,3 @@ class Sync(ProgramTest):
         self.assertEqual([line.split(": ", 2)[2] for line in err.splitlines() if line.startswith("zaltag:")],
                          ["serato has no room for 8 'c8'", "serato has no room for 9 'c9'"])
         self.assertEqual(len(serato_cues(song)), 8)
-
-
-if __name__ == "__main__":
-    unittest.main()

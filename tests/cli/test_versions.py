@@ -4,7 +4,6 @@ import json
 import ssl
 import subprocess
 import threading
-import unittest
 
 from support import ProgramTest
 
@@ -65,7 +64,3 @@ class Versions(ProgramTest):
         self.assertIn(message, self.versions(b"x" * (2 << 20), 1)[1])
         self.assertIn(message, self.zaltag("versions", "--service", "https://localhost:1", status=1)[1])
         self.assertIn(message, self.zaltag("versions", status=1)[1])
-
-
-if __name__ == "__main__":
-    unittest.main()

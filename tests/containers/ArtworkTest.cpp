@@ -59,9 +59,15 @@ ZALData block(const ZALData& data, std::uint8_t type, std::string_view mime) {
     return flacBlock(6, out.data());
 }
 
-ZALData apic(const ZALData& data, std::uint8_t type) {
+ZALData apic(const ZALData& data, std::uint8_t type, std::uint16_t flags = 0) {
     const ZALData mimeType = bytesOf(std::string_view("\0image/jpeg\0", 12));
-    return id3Frame("APIC", joined({mimeType, {type}, bytesOf("about"), {0}, data}));
+    return id3Frame("APIC", joined({mimeType, {type}, bytesOf("about"), {0}, data}), flags);
+}
+
+// Without the last bytes, so that it does not decode; its mark is still there.
+ZALData cut(ZALData data) {
+    data.resize(data.size() - 20);
+    return data;
 }
 
 class ContainerArtwork : public testing::Test {
@@ -70,6 +76,12 @@ class ContainerArtwork : public testing::Test {
         path_ = folder_.write(name, file);
         tag = ZALTag::tagAtPath(path_);
         if (tag == nullptr) throw std::runtime_error("does not open");
+    }
+    void openMP3(std::initializer_list<ZALData> frames) {
+        open("a.mp3", joined({id3Tag(frames), mpegFrames()}));
+    }
+    void openMP4(const std::vector<ZALData>& covers) {
+        open("a.m4a", mp4File({.userData = mp4Tag({mp4Item("covr", covers, 14)})}));
     }
     // The pictures of the saved file.
     std::vector<std::string> saved() const {
@@ -136,7 +148,7 @@ void refuse(ZALTag& tag) {
 }
 
 TEST_F(ContainerArtwork, inID3WhatIsMadeAnewHasNeitherTypeNorDescription) {
-    open("a.mp3", joined({id3Tag({apic(marked(1, ' '), 6), apic(marked(2, ' '), 4)}), mpegFrames()}));
+    openMP3({apic(marked(1, ' '), 6), apic(marked(2, ' '), 4)});
     EXPECT_EQ(tag->allImages()[0].imageType, 6u);
     expectSteps({{replace(3), {"3 image/jpeg 6 about", "2 image/jpeg 4 about"}},
                  {backup(4), {"4c image/png 0 ", "3o image/jpeg 0 ", "2 image/jpeg 0 "}},
@@ -151,16 +163,62 @@ TEST_F(ContainerArtwork, inID3WhatIsMadeAnewHasNeitherTypeNorDescription) {
                  {backup(3), {"3c image/png 0 "}},
                  {restore, {}},
                  {replace(3), {"3 image/png 0 "}}});
-    open("a.mp3", joined({id3Tag({apic(marked(1, 'o'), 3), apic(marked(2, ' '), 3), apic(marked(3, 'c'), 3),
-                                  apic(bytesOf("x"), 3), apic(marked(4, 'o'), 3)}),
-                          mpegFrames()}));
+    openMP3({apic(marked(1, 'o'), 3), apic(marked(2, ' '), 3), apic(marked(3, 'c'), 3), apic(bytesOf("x"), 3),
+             apic(marked(4, 'o'), 3)});
     EXPECT_EQ(tag->allImages().size(), 4u) << "one does not decode";
     EXPECT_EQ(tag->allStoredImages().size(), 5u);
     expectSteps({{restore, {"4o image/jpeg 0 ", "2 image/jpeg 0 ", "? image/jpeg 0 "}}});
+    openMP3({apic(cut(marked(1, ' ')), 3)});
+    EXPECT_TRUE(tag->hasImages() && !tag->hasOriginalImage());
+    expectSteps({{backup(3), {"3c image/png 0 ", "? image/jpeg 0 "}}, {restore, {"? image/jpeg 0 "}}});
+    openMP3({apic(cut(marked(1, 'c')), 3)});
+    EXPECT_FALSE(tag->hasCustomizedImage());
+    expectSteps({{refuse, {"?c image/jpeg 3 about"}}});  // its mark protects it
+    const auto copy = ZALTag::tagAtPath(folder_.write("copy.mp3", mpegFrames()));
+    openMP3({apic(marked(1, ' '), 3)});
+    copy->copyValuesFromTag(*tag);
+    EXPECT_EQ(*copy->originalImage(), *image(1));
+}
+
+TEST_F(ContainerArtwork, inID3FramesThatAreNoPicturesStay) {
+    // TagLib keeps an encrypted frame as it is, an APIC frame that is no picture, and writes it without the
+    // mark.
+    const ZALData encrypted = apic(marked(9, ' '), 3, 0x0004), first = apic(marked(1, ' '), 3);
+    const std::string line = "ZALTag: APIC frame ignored after failed cast";
+    const LogCapture log;
+    openMP3({encrypted, first});
+    EXPECT_TRUE(tag->hasOriginalImage());
+    EXPECT_EQ(tag->allImages().size(), 1u);
+    EXPECT_THAT(log.lines(), testing::IsEmpty());
+    EXPECT_EQ(tag->allImageData().size(), 1u);
+    expectSteps(
+        {{backup(3), {"9 image/jpeg 3 about", "1 image/jpeg 3 about"}},  // the first entry cannot be kept
+         {restore, {"9 image/jpeg 3 about", "1 image/jpeg 0 "}}});
+    EXPECT_THAT(log.lines(), testing::ElementsAre(line, line, line));
+    openMP3({first, encrypted, apic(marked(2, ' '), 3)});
+    expectSteps(
+        {{backup(3), {"9 image/jpeg 3 about", "3c image/png 0 ", "1o image/jpeg 0 ", "2 image/jpeg 0 "}}});
+    EXPECT_EQ(log.lines().size(), 4u);
+    openMP3({encrypted});
+    EXPECT_TRUE(tag->hasImages());
+    expectSteps({{backup(3), {"9 image/jpeg 3 about", "3c image/png 0 "}}, {setAll(0, 0), {}}});
+    EXPECT_EQ(log.lines().size(), 4u);
+}
+
+TEST_F(ContainerArtwork, thatIsTooMuchIsNotListed) {
+    ZALData large = marked(1, ' ');
+    const ZALData size = fromHex("00001F40 00001F40");  // 8000 each
+    std::copy(size.begin(), size.end(), large.begin() + 16);
+    const ZALData one = apic(large, 3);
+    openMP3({apic(marked(1, ' '), 3), one, one, one, one, one, apic(marked(2, ' '), 3)});
+    const LogCapture log;
+    EXPECT_EQ(tag->allImages().size(), 1u);
+    EXPECT_THAT(log.lines(),
+                testing::ElementsAre("pictures beyond 256 mega pixels are left out of the list"));
 }
 
 TEST_F(ContainerArtwork, inMP4EveryCoverIsCalledAPNG) {
-    open("a.m4a", mp4File({.userData = mp4Tag({mp4Item("covr", {marked(1, ' '), marked(2, ' ')}, 13)})}));
+    openMP4({marked(1, ' '), marked(2, ' ')});
     EXPECT_EQ(*tag->originalImage(), *image(1));
     expectSteps({{backup(3), {"3c 14", "1o 14", "2 14"}},
                  {backup(4), {"4c 14", "1o 14", "2 14"}},
@@ -172,34 +230,32 @@ TEST_F(ContainerArtwork, inMP4EveryCoverIsCalledAPNG) {
                  {replace(0), {}},
                  {backup(3), {"3c 14"}}});
     EXPECT_FALSE(tag->hasOriginalImage());
-    open("a.m4a",
-         mp4File({.userData = mp4Tag({mp4Item(
-                      "covr", {marked(1, 'o'), marked(2, ' '), marked(3, 'c'), bytesOf("x"), marked(4, 'o')},
-                      14)})}));
+    openMP4({marked(1, 'o'), marked(2, ' '), marked(3, 'c'), bytesOf("x"), marked(4, 'o')});
     EXPECT_EQ(tag->allImages().size(), 4u) << "one does not decode";
     EXPECT_EQ(tag->allImageData().size(), 5u);
     expectSteps({{restore, {"4o 14", "1o 14", "2 14", "? 14"}}});
-    ZALData cut = marked(3, 'c');
-    cut.resize(cut.size() - 20);
-    open("a.m4a", mp4File({.userData = mp4Tag({mp4Item("covr", {cut, marked(1, 'o')}, 14)})}));
+    openMP4({cut(marked(3, 'c')), marked(1, 'o')});
     EXPECT_EQ(saved().front(), "?c 14");
     expectSteps({{replace(5), {"5 14", "1o 14"}}});  // one that does not decode is no customised one
 }
 
 TEST_F(ContainerArtwork, inMP4SomeOperationsAddAnEmptyItem) {
+    const auto look = [](ZALTag& t) {
+        EXPECT_FALSE(t.hasOriginalImage() || t.hasCustomizedImage() || !t.allStoredImages().empty());
+    };
+    const auto refuseUnrenderable = [](ZALTag& t) {
+        t.backupOriginalImageAndSetCustomImage(unrenderable);
+        EXPECT_FALSE(t.replaceOriginalImage(unrenderable));
+    };
     const std::pair<Operation, bool> operations[] = {
-        {[](ZALTag& t) {
-             EXPECT_FALSE(t.hasOriginalImage() || t.hasCustomizedImage() || !t.allStoredImages().empty());
-         },
-         false},
+        {look, false},
         {[](ZALTag& t) { EXPECT_FALSE(t.hasImages()); }, true},
         {[](ZALTag& t) { t.allImages(); }, true},
         {[](ZALTag& t) { t.allImageData(); }, true},
         {[](ZALTag& t) { t.setAllImages({}); }, true},
         {restore, true},
         {backup(0), false},
-        {[](ZALTag& t) { t.backupOriginalImageAndSetCustomImage(unrenderable); }, false},
-        {[](ZALTag& t) { EXPECT_FALSE(t.replaceOriginalImage(unrenderable)); }, false},
+        {refuseUnrenderable, false},
         {replace(0), false},
     };
     const LogCapture log;
@@ -246,16 +302,13 @@ TEST_F(ContainerArtwork, thatCannotBeRenderedChangesNothing) {
         open(file, content);
         const auto before = saved();
         const LogCapture log;
-        EXPECT_FALSE(tag->replacePrimaryImage(unrenderable, true));
-        EXPECT_FALSE(tag->replaceOriginalImage(unrenderable));
+        EXPECT_FALSE(tag->replacePrimaryImage(unrenderable, true) || tag->replaceOriginalImage(unrenderable));
         tag->backupOriginalImageAndSetCustomImage(unrenderable);
         EXPECT_EQ(saved(), before);
         tag->setAllImages({{unrenderable, 3}});
         const std::string line = "Unable to finalize the destination PNG data.";
-        EXPECT_THAT(log.lines(), testing::ElementsAre(line, line, line,
-                                                      std::string("-[ZALTag") + name +
-                                                          " setAllImages:] unable to finalize the "
-                                                          "destination PNG data."));
+        const std::string last = std::string("-[ZALTag") + name + " setAllImages:] unable to finalize the ";
+        EXPECT_THAT(log.lines(), testing::ElementsAre(line, line, line, last + "destination PNG data."));
         EXPECT_FALSE(tag->hasImages());
     }
 }

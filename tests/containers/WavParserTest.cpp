@@ -22,41 +22,30 @@ class Recorder final : public zal::WavMetadataParser {
     std::string calls;
 
   private:
-    void note(const char* hook, std::uint32_t id) {
-        calls += std::string(hook) + "(";
+    void note(std::uint32_t id) {
         for (int shift = 0; shift < 32; shift += 8) {
             calls += static_cast<char>(id >> shift);
         }
-        calls += ") ";
+        calls += " ";
     }
-    void OnRIFF(std::uint32_t formType) override { note("RIFF", formType); }
+    void OnRIFF(std::uint32_t formType) override { note(formType); }
     void OnRIFFEnd() override { calls += "end"; }
-    void OnLIST(std::uint32_t listType) override { note("LIST", listType); }
-    void OnVCAS() override { note("VCAS", chunkID_); }
-    void OnOther() override { note("", chunkID_); }
+    void OnLIST(std::uint32_t listType) override { note(listType); }
+    void OnVCAS() override { note(chunkID_); }
+    void OnOther() override { note(chunkID_); }
 };
 
 TEST(WavParser, callsAHookForEveryChunkOfTheForm) {
     const ZALData list = riffChunk("LIST", joined({bytesOf("INFO"), riffChunk("VCAS", bytesOf("inner"))}));
-    const struct {
-        const char* what;
-        ZALData file;
-        bool isRIFF;
-        const char* calls;
-        const char* payload;
-    } rows[] = {
-        {"an ordinary file", riffForm({wavFormat(), list, riffChunk("VCAS", bytesOf("abcd"))}), true,
-         "RIFF(WAVE) (fmt ) LIST(INFO) VCAS(VCAS) end", "abcd"},
-        {"the last record wins",
-         riffForm({riffChunk("VCAS", bytesOf("first")), riffChunk("VCAS", bytesOf("last"))}), true,
-         "RIFF(WAVE) VCAS(VCAS) VCAS(VCAS) end", "last"},
-        {"too short to mean anything",
-         riffForm({riffChunk("VCAS", bytesOf("kept")), riffChunk("VCAS", bytesOf("abc")),
-                   riffChunk("LIST", bytesOf("INF"))}),
-         true, "RIFF(WAVE) VCAS(VCAS) end", "kept"},
-        {"no chunk at all", riffForm({}), true, "RIFF(WAVE) end", ""},
-        {"a header cut short", riffForm({wavFormat(), bytesOf("VCAS\4\0\0")}), true, "RIFF(WAVE) (fmt ) end",
-         ""},
+    const auto record = [](const char* text) { return riffChunk("VCAS", bytesOf(text)); };
+    const std::tuple<const char*, ZALData, bool, const char*, const char*> rows[] = {
+        {"an ordinary file", riffForm({wavFormat(), list, record("abcd")}), true, "WAVE fmt  INFO VCAS end",
+         "abcd"},
+        {"the last record wins", riffForm({record("first"), record("last")}), true, "WAVE VCAS VCAS end",
+         "last"},
+        {"too short to mean anything", riffForm({record("kept"), record("abc"), riffChunk("LIST", {'I'})}),
+         true, "WAVE VCAS end", "kept"},
+        {"a header cut short", riffForm({wavFormat(), bytesOf("VCAS\4\0\0")}), true, "WAVE fmt  end", ""},
         {"another form", withByte(wavFile(), 8, 'X'), true, "", ""},
         {"no form type", riffChunk("RIFF", bytesOf("WAV")), true, "", ""},
         {"a form longer than its file", withByte(wavFile(), 7, 1), false, "", ""},
@@ -64,17 +53,16 @@ TEST(WavParser, callsAHookForEveryChunkOfTheForm) {
         {"an empty file", {}, false, "", ""},
     };
     const TemporaryFolder folder;
-    for (const auto& row : rows) {
+    for (const auto& [what, file, isRIFF, calls, payload] : rows) {
         Recorder recorder;
-        ASSERT_TRUE(recorder.OpenFile(folder.write("a.wav", row.file)));
-        EXPECT_EQ(recorder.ParseFile(), row.isRIFF) << row.what;
-        EXPECT_EQ(recorder.calls, row.calls) << row.what;
-        EXPECT_EQ(recorder.VCASPayload(), bytesOf(row.payload)) << row.what;
+        ASSERT_TRUE(recorder.OpenFile(folder.write("a.wav", file)));
+        EXPECT_EQ(recorder.ParseFile(), isRIFF) << what;
+        EXPECT_EQ(recorder.calls, calls) << what;
+        EXPECT_EQ(recorder.VCASPayload(), bytesOf(payload)) << what;
     }
     Recorder recorder;
     EXPECT_FALSE(recorder.OpenFile((folder.path() / "missing").string()));
-    EXPECT_FALSE(recorder.OpenFile(folder.path().string()));
-    EXPECT_FALSE(recorder.ParseFile());
+    EXPECT_FALSE(recorder.OpenFile(folder.path().string()) || recorder.ParseFile());
 }
 
 // What the inserter makes of a file; null unless it says that it is complete.
@@ -82,8 +70,7 @@ std::optional<ZALData> rewritten(const ZALData& file, std::string_view payload) 
     const TemporaryFolder folder;
     const std::string out = folder.write("a.wav_", bytesOf("what stood there before, and longer than all"));
     zal::WavVelvetCascadeTagInserter inserter;
-    EXPECT_TRUE(inserter.OpenFile(folder.write("a.wav", file)));
-    EXPECT_TRUE(inserter.OpenOutput(out));
+    EXPECT_TRUE(inserter.OpenFile(folder.write("a.wav", file)) && inserter.OpenOutput(out));
     inserter.SetPayload(bytesOf(payload));
     inserter.ParseFile();
     return inserter.done() && !inserter.failed() ? std::optional(contentsOf(out)) : std::nullopt;
@@ -95,31 +82,25 @@ TEST(WavInserter, copiesAllChunksButTheOldRecords) {
     const ZALData old = riffChunk("VCAS", bytesOf("old"));
     const ZALData head = joined({wavFormat(), odd});
     const ZALData unpadded = riffForm({wavFormat(), ZALData(odd.begin(), odd.end() - 1), list});
+    const ZALData after = riffForm({head, riffChunk("VCAS", bytesOf("abcd"))});
+    const ZALData listed = riffForm({head, list, riffChunk("VCAS", bytesOf("abcd"))});
     const struct {
         const char* what;
         ZALData file;
-        const char* payload;
         ZALData expected;
+        const char* payload = "abcd";
     } rows[] = {
-        {"an odd payload: the size counts its pad byte", riffForm({head, list}), "abcde",
-         riffForm({head, list, riffChunk("VCAS", bytesOf(std::string("abcde\0", 6)))})},
-        {"an even one", riffForm({head, list}), "abcd",
-         riffForm({head, list, riffChunk("VCAS", bytesOf("abcd"))})},
-        {"an empty one", riffForm({head, list}), "", riffForm({head, list, riffChunk("VCAS", {})})},
+        {"an odd payload: the size counts its pad byte", riffForm({head, list}),
+         riffForm({head, list, riffChunk("VCAS", bytesOf(std::string("abcde\0", 6)))}), "abcde"},
+        {"an empty one", riffForm({head, list}), riffForm({head, list, riffChunk("VCAS", {})}), ""},
         {"old records anywhere", riffForm({old, head, old, list, riffChunk("VCAS", bytesOf("longer"))}),
-         "abcd", riffForm({head, list, riffChunk("VCAS", bytesOf("abcd"))})},
-        {"a list without a type", riffForm({head, riffChunk("LIST", bytesOf("INF"))}), "abcd",
-         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
-        {"a damaged id ends the copy", riffForm({head, riffChunk(std::string("LI\0T", 4), {}), list}), "abcd",
-         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
-        {"so does an id with a sign", riffForm({head, riffChunk("_PMX", {}), list}), "abcd",
-         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
-        {"and a chunk longer than the form", riffForm({head, withByte(list, 7, 1), list}), "abcd",
-         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
-        {"and a chunk at an odd position", unpadded, "abcd",
-         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
-        {"what lies behind the form", joined({riffForm({head}), bytesOf("TAG")}), "abcd",
-         riffForm({head, riffChunk("VCAS", bytesOf("abcd"))})},
+         listed},
+        {"a list without a type", riffForm({head, riffChunk("LIST", bytesOf("INF"))}), after},
+        {"a damaged id ends the copy", riffForm({head, riffChunk(std::string("LI\0T", 4), {}), list}), after},
+        {"so does an id with a sign", riffForm({head, riffChunk("_PMX", {}), list}), after},
+        {"and a chunk longer than the form", riffForm({head, withByte(list, 7, 1), list}), after},
+        {"and a chunk at an odd position", unpadded, after},
+        {"what lies behind the form", joined({riffForm({head}), bytesOf("TAG")}), after},
     };
     for (const bool kernel : {true, false}) {
         if (!kernel) FaultyFileSystem::install()->refuseKernelCopies();

@@ -79,16 +79,11 @@ class FLAC : public testing::Test {
 TEST_F(FLAC, opensWithAndWithoutID3TagsInFront) {
     const ZALData plain = flacFile();
     const ZALData small = id3Tag({id3Text("TIT2", "t")}, 100);
-    EXPECT_TRUE(opens(joined({small, plain})));
-    EXPECT_TRUE(opens(joined({small, small, plain})));
-    EXPECT_FALSE(opens(joined({mpegFrames(), plain})));
-    EXPECT_FALSE(opens(joined({small, ZALData(5), plain})));
+    EXPECT_TRUE(opens(joined({small, plain})) && opens(joined({small, small, plain})));
+    EXPECT_FALSE(opens(joined({mpegFrames(), plain})) || opens(joined({small, ZALData(5), plain})));
     EXPECT_FALSE(opens(small));
     EXPECT_FALSE(opens({plain.begin(), plain.begin() + 30})) << "cut in a block";
     EXPECT_FALSE(opens({plain.begin(), plain.begin() + 42})) << "no last block";
-    const LogCapture log;
-    EXPECT_EQ(ZALTagFLAC::initWithPath(std::nullopt, false), nullptr);
-    EXPECT_THAT(log.lines(), ElementsAre("-[ZALTagFLAC initWithPath:readOnly:] nil file path"));
 }
 
 TEST_F(FLAC, whatTagLibWouldChokeOnDoesNotOpen) {
@@ -189,8 +184,7 @@ TEST_F(FLAC, presenceTestsAskForOtherNames) {
     for (const auto& [fields, serato, traktor] : cases) {
         open(fields);
         tag->title();
-        EXPECT_EQ(tag->hasSeratoMetadata(), serato);
-        EXPECT_EQ(tag->hasTraktorMetadata(), traktor);
+        EXPECT_TRUE(tag->hasSeratoMetadata() == serato && tag->hasTraktorMetadata() == traktor);
     }
 }
 

@@ -1,7 +1,6 @@
 """The programs of examples/, run over files made for them and judged by other readers."""
 import os
 import subprocess
-import unittest
 
 from mutagen.id3 import APIC, ID3
 
@@ -61,7 +60,3 @@ class Examples(ProgramTest):
         for _ in range(2):  # the second run finds the folder by itself
             out = self.run_example("sandbox", self.folder)
             self.assertEqual(out, f"open 1\n{self.path('rekordbox.xml')}: 1 tracks\n")
-
-
-if __name__ == "__main__":
-    unittest.main()

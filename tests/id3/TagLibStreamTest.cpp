@@ -96,19 +96,4 @@ TEST(TagLibStream, hostilePositionsAndLengthsAreHarmless) {
     EXPECT_EQ(contentsOf(path), bytesOf("0123456789"));
 }
 
-TEST(TagLibStream, readOnlyIsLeftAlone) {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("file", bytesOf("0123456789"));
-    const auto stream = zal::TagLibStream::open(path, true);
-    EXPECT_TRUE(stream->readOnly());
-    stream->writeBlock("x");
-    stream->insert("x");
-    stream->removeBlock(0, 5);
-    stream->truncate(3);
-    EXPECT_EQ(stream->tell(), 0);
-    EXPECT_EQ(textOf(stream->readBlock(20)), "0123456789");
-    EXPECT_FALSE(stream->commit());
-    EXPECT_EQ(zal::TagLibStream::open(path + "-missing", true), nullptr);
-}
-
 }  // namespace

@@ -44,12 +44,7 @@ TEST(AllComments, listsFramesInTheirOrder) {
 TEST(AllComments, theID3v1CommentIsListedUnlessOneEqualsIt) {
     const std::string forty = "1234567890123456789012345678901234567890";
     const std::string accents = "éééééééééééééééééééééééééé";  // 26 characters, 52 bytes
-    struct Case {
-        ZALData tag;
-        std::string v1;
-        std::vector<std::string> listed;
-    };
-    const Case cases[] = {
+    const std::tuple<ZALData, std::string, std::vector<std::string>> cases[] = {
         {id3Tag({}), "", {"/-/0"}},
         {id3Tag({}), "123456789012345678901234567", {"123456789012345678901234567/-/0"}},
         {id3Tag({id3Comment("eng", "", "a")}), "", {"a/eng/1 primary"}},
@@ -70,9 +65,8 @@ TEST(AllComments, theID3v1CommentIsListedUnlessOneEqualsIt) {
          std::string(25, '\xE9'),
          {accents + "/eng/1 primary v1"}},
     };
-    for (const Case& one : cases) {
-        const auto tag = tagWith(one.tag, id3v1Tag("title", "", one.v1));
-        EXPECT_EQ(listed(*tag), one.listed) << one.v1;
+    for (const auto& [tag, v1, expected] : cases) {
+        EXPECT_EQ(listed(*tagWith(tag, id3v1Tag("title", "", v1))), expected) << v1;
     }
 }
 

@@ -102,11 +102,9 @@ TEST(SeratoFrames, bothAreWrittenTheNewOneLast) {
                                             "application/json:Key", "application/json:Serato Markers2"));
     EXPECT_THAT(timesOf(tag->seratoCuePoints()), ElementsAre(12.346, 0, 0));
     EXPECT_EQ(tag->seratoCuePoints()[1].name(), "c1");
-    EXPECT_EQ(tag->seratoMarker()->major(), 1);
-    EXPECT_EQ(tag->seratoMarker()->minor(), 1);
+    EXPECT_TRUE(tag->seratoMarker()->major() == 1 && tag->seratoMarker()->minor() == 1);
     const auto old = ZALTagSeratoMarkerOld::markerWithData(*tag->oldSeratoMarkerData());
-    EXPECT_EQ(old->major(), 2);
-    EXPECT_EQ(old->minor(), 5);
+    EXPECT_TRUE(old->major() == 2 && old->minor() == 5);
     EXPECT_EQ(old->cuePoints()[0].position(), 12346u);
     EXPECT_TRUE(tag->hasSeratoMetadata());
     tag->setSeratoCuePoints({});
@@ -149,8 +147,7 @@ TEST(SeratoFrames, whatCannotBeReadIsNullAndOneLine) {
         {object("a/b", "Serato Markers2", bytesOf("\1\1=======")), object("a/b", "Serato BeatGrid", {1})});
     const LogCapture log;
     EXPECT_EQ(tag->seratoMarker(), std::nullopt) << "a payload of fewer than two bytes does not throw here";
-    EXPECT_EQ(tag->seratoGrid(), std::nullopt);
-    EXPECT_EQ(tag->oldSeratoMarkerData(), std::nullopt);
+    EXPECT_TRUE(tag->seratoGrid() == std::nullopt && tag->oldSeratoMarkerData() == std::nullopt);
     EXPECT_EQ(log.lines().size(), 2u);
     tag->setSeratoCuePoints(cues({1}));
     EXPECT_THAT(timesOf(tag->seratoCuePoints()), ElementsAre(1));
@@ -186,8 +183,7 @@ TEST(TraktorFrames, areFoundAndRemoved) {
     tag->setTraktorCuePoints(cues({1}));
     EXPECT_FALSE(tag->hasTraktorMetadata());
     EXPECT_THAT(framesOf(*tag), ElementsAre("PRIV", "PRIV"));
-    EXPECT_FALSE(tag->requiresSaving());
-    EXPECT_FALSE(tagWith({priv("traktor")})->hasTraktorMetadata());
+    EXPECT_FALSE(tag->requiresSaving() || tagWith({priv("traktor")})->hasTraktorMetadata());
     EXPECT_TRUE(tagWith({object("", "Old Serato Analysis", {})})->hasSeratoMetadata());
     EXPECT_FALSE(tagWith({object("", "SERATO", {})})->hasSeratoMetadata());
 }

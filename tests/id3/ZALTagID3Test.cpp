@@ -28,6 +28,17 @@ std::string mp3(const ZALData& tag, const ZALData& v1 = {}) {
     return folder().write("song " + std::to_string(++count) + ".mp3", joined({tag, mpegFrames(), v1}));
 }
 
+// A file of these bytes alone.
+std::string bare(const ZALData& bytes) {
+    static int count = 0;
+    return folder().write("bare " + std::to_string(++count) + ".mp3", bytes);
+}
+
+std::string textOf(const std::string& path) {
+    const ZALData bytes = contentsOf(path);
+    return {bytes.begin(), bytes.end()};
+}
+
 std::shared_ptr<ZALTagID3> opened(const std::string& path, bool readOnly = false) {
     auto tag = ZALTagID3::tagAtPath(path, readOnly);
     if (tag == nullptr) throw std::runtime_error("does not open: " + path);
@@ -35,19 +46,14 @@ std::shared_ptr<ZALTagID3> opened(const std::string& path, bool readOnly = false
 }
 
 TEST(Opening, refusesWhatIsNoMP3) {
-    const std::string base = folder().path().string();
-    ::mkdir((base + "/folder.mp3").c_str(), 0755);
-    ::mkfifo((base + "/fifo.mp3").c_str(), 0644);
-    const std::string text(5000, 'x');
-    ZALData cut = mpegFrames(1);
-    cut.resize(200);
-    folder().write("empty.mp3", {});
-    folder().write("text.mp3", bytesOf(text));
-    folder().write("cut.mp3", cut);
-    folder().write("lone-sync.mp3", joined({bytesOf(text), fromHex("FF FB 90 64"), bytesOf(text)}));
-    for (const char* name :
-         {"missing.mp3", "folder.mp3", "fifo.mp3", "empty.mp3", "text.mp3", "cut.mp3", "lone-sync.mp3"}) {
-        EXPECT_EQ(ZALTagID3::tagAtPath(base + "/" + name), nullptr) << name;
+    const std::string base = folder().path().string() + "/";
+    ::mkdir((base + "folder.mp3").c_str(), 0755);
+    ::mkfifo((base + "fifo.mp3").c_str(), 0644);
+    const ZALData text(5000, 'x'), cut = fromHex("FF FB 90 64" + std::string(400, '0'));
+    for (const std::string& path :
+         {base + "missing.mp3", base + "folder.mp3", base + "fifo.mp3", bare({}), bare(text), bare(cut),
+          bare(joined({text, fromHex("FF FB 90 64"), text}))}) {
+        EXPECT_EQ(ZALTagID3::tagAtPath(path), nullptr) << path;
     }
 }
 
@@ -62,37 +68,15 @@ TEST(Opening, refusesATagOfMoreFramesThanAnyRealOne) {
     }
 }
 
-// TagLib reads chapters that stand within one another by recursion.
-TEST(Opening, refusesChaptersThatOverflowTheStack) {
-    ZALData nested;
-    std::vector<ZALData> heads;
-    for (std::size_t i = 0, size = 0; i < 20000; ++i) {
-        zal::ByteWriter head;
-        head.text("CHAP");
-        head.u32be(static_cast<std::uint32_t>(size += 18));
-        head.bytes(joined({{0, 0, 'a', 0}, ZALData(16)}));
-        size += 10;
-        heads.push_back(head.take());
-    }
-    for (auto head = heads.rbegin(); head != heads.rend(); ++head) {
-        nested.insert(nested.end(), head->begin(), head->end());
-    }
-    ZALData tag = id3Tag({nested});
-    tag[3] = 3;
+// TagLib reads chapters by recursion; those that stand within one another are in the hostile set.
+TEST(Opening, refusesChaptersThatCannotBeCounted) {
     const ZALData chapter = id3Frame("CHAP", joined({{'a', 0}, ZALData(16)}));
     const ZALData packed = id3Frame("CHAP", fromHex("00000014 789C 0000"), 0x0008);
-    const std::pair<ZALData, bool> cases[] = {
-        {tag, false},
-        {joined({ZALData(50), tag}), false},
-        {id3Tag({packed}), false},
-        {id3Tag({id3Frame("CHAP", joined({bytesOf("a"), ZALData(3), bytesOf("CHAP"), ZALData(3),
-                                          bytesOf("\x22TIT2"), ZALData(20)}))}),
-         true},
-        {id3Tag({chapter, chapter, id3Text("TIT2", "CHAPTER ONE")}), true},
-    };
-    for (const auto& [start, opens] : cases) {
-        EXPECT_EQ(ZALTagID3::tagAtPath(mp3(start)) != nullptr, opens) << start.size();
-    }
+    const ZALData text =
+        joined({bytesOf("a"), ZALData(3), bytesOf("CHAP"), ZALData(3), bytesOf("\x22TIT2"), ZALData(20)});
+    EXPECT_EQ(ZALTagID3::tagAtPath(mp3(id3Tag({packed}))), nullptr);
+    EXPECT_NE(ZALTagID3::tagAtPath(mp3(id3Tag({id3Frame("CHAP", text)}))), nullptr);
+    EXPECT_NE(ZALTagID3::tagAtPath(mp3(id3Tag({chapter, chapter, id3Text("TIT2", "CHAPTER ONE")}))), nullptr);
 }
 
 TEST(Opening, takesATagOrAFrame) {
@@ -102,7 +86,7 @@ TEST(Opening, takesATagOrAFrame) {
     for (const ZALData& file :
          {mpegFrames(1), joined({junk, mpegFrames(2), junk}), id3Tag({id3Text("TIT2", "x")}),
           joined({junk, id3v1Tag("t", "", "")}), joined({junk, apeFooter})}) {
-        EXPECT_NE(ZALTagID3::tagAtPath(folder().write("is.mp3", file)), nullptr) << file.size();
+        EXPECT_NE(ZALTagID3::tagAtPath(bare(file)), nullptr) << file.size();
     }
 }
 
@@ -143,11 +127,7 @@ TEST(Saving, isRefusedWhereATagReachesIntoWhatIsNotIts) {
     const ZALData v1 = id3v1Tag("t", "", "");
     const ZALData plain = ape("20000000", "00000000");
     const ZALData whole = joined({ape("20000000", "000000A0"), ape("20000000", "00000080")});
-    struct {
-        ZALData file;
-        bool saves;
-        bool strips;
-    } const cases[] = {
+    const std::tuple<ZALData, bool, bool> cases[] = {
         {joined({tag(0, 0), audio, v1}), true, true},
         {joined({tag(0x10, 0), footer, audio}), true, true},
         {joined({tag(0x10, 0), audio}), false, false},
@@ -179,24 +159,19 @@ TEST(Saving, isRefusedWhereATagReachesIntoWhatIsNotIts) {
 }
 
 TEST(Fields, fallBackToID3v1WhereID3v2IsEmpty) {
-    const auto tag = opened(mp3(id3Tag({id3Text("TIT2", ""), id3Text("TALB", "")}), id3v1Tag("X", "A", "c")));
-    EXPECT_EQ(tag->title(), "X");
-    EXPECT_EQ(tag->artist(), "A");
-    EXPECT_EQ(tag->comment(), "c");
+    ZALData v1 = id3v1Tag("X", "A", "c");
+    std::copy_n("1987", 4, v1.begin() + 93);
+    const auto tag = opened(mp3(id3Tag({id3Text("TIT2", ""), id3Text("TALB", "")}), v1));
+    EXPECT_TRUE(tag->title() == "X" && tag->artist() == "A" && tag->comment() == "c");
     EXPECT_EQ(tag->album(), "") << "present and empty";
-    EXPECT_EQ(tag->genre(), std::nullopt);
-    EXPECT_EQ(tag->year(), 0);
-    EXPECT_EQ(tag->tempo(), 0);
-    EXPECT_EQ(tag->initialKey(), std::nullopt);
-    EXPECT_EQ(tag->modifiedBy(), std::nullopt);
-    EXPECT_EQ(tag->grouping(), std::nullopt);
+    EXPECT_TRUE(tag->year() == 1987 && tag->tempo() == 0);
+    EXPECT_FALSE(tag->genre() || tag->initialKey() || tag->modifiedBy() || tag->grouping());
 }
 
 TEST(Fields, numbersAtTheirEdges) {
     const std::string path = mp3(id3Tag({id3Text("TDRC", "1987-05-03"), id3Text("TBPM", " 128.7")}));
     const auto tag = opened(path);
-    EXPECT_EQ(tag->year(), 1987);
-    EXPECT_EQ(tag->tempo(), 128);
+    EXPECT_TRUE(tag->year() == 1987 && tag->tempo() == 128);
     tag->setYear(-5);
     EXPECT_EQ(tag->year(), 0);
     tag->setTempo(-3);
@@ -206,8 +181,7 @@ TEST(Fields, numbersAtTheirEdges) {
     tag->setEnergyLevel(-1);
     EXPECT_EQ(tag->energyLevel(), 0);
     ASSERT_TRUE(tag->save());
-    const ZALData bytes = contentsOf(path);
-    const std::string text(bytes.begin(), bytes.end());
+    const std::string text = textOf(path);
     EXPECT_NE(text.find(std::string("TBPM\0\0\0\2\0\0\0\0", 11)), std::string::npos)
         << "0 is written as text";
     EXPECT_EQ(text.find("EnergyLevel"), std::string::npos);
@@ -223,30 +197,27 @@ TEST(Fields, textThatIsNotUTF8IsReplacedNotLost) {
 
 // TagLib alone would write the empty text, no frame at all, or the frame as it was.
 TEST(Fields, areKeptInFramesThatTagLibWouldNotWrite) {
-    const struct {
-        const char* what;
-        std::uint8_t encoding;
-        std::uint16_t flags;
-    } rows[] = {{"an encoding that does not exist", 0x76, 0},
-                {"a negative one", 0xFE, 0},
-                {"to be discarded when the tag changes", 0, 0x4000},
-                {"encrypted", 0, 0x0004}};
-    for (const auto& row : rows) {
-        const ZALData encoding{row.encoding};
+    const std::tuple<const char*, std::uint8_t, std::uint16_t> rows[] = {
+        {"an encoding that does not exist", 0x76, 0},
+        {"a negative one", 0xFE, 0},
+        {"to be discarded when the tag changes", 0, 0x4000},
+        {"encrypted", 0, 0x0004}};
+    for (const auto& [what, code, flags] : rows) {
+        const ZALData encoding{code};
         const std::string path =
-            mp3(id3Tag({id3Frame("TIT2", joined({encoding, bytesOf("old")}), row.flags),
-                        id3Frame("TDRC", joined({encoding, bytesOf("1999")}), row.flags),
+            mp3(id3Tag({id3Frame("TIT2", joined({encoding, bytesOf("old")}), flags),
+                        id3Frame("TDRC", joined({encoding, bytesOf("1999")}), flags),
                         id3Frame("COMM", joined({encoding, bytesOf(std::string_view("eng\0old", 7))}),
-                                 row.flags & 0x4000)}));
+                                 flags & 0x4000)}));
         auto tag = opened(path);
         tag->setTitle("Pièce 🎵");
         tag->setYear(2001);
         tag->setComment("new");
         ASSERT_TRUE(tag->save());
         tag = opened(path);
-        EXPECT_EQ(tag->title(), "Pièce 🎵") << row.what;
-        EXPECT_EQ(tag->year(), 2001) << row.what;
-        EXPECT_EQ(tag->comment(), "new") << row.what;
+        EXPECT_EQ(tag->title(), "Pièce 🎵") << what;
+        EXPECT_EQ(tag->year(), 2001) << what;
+        EXPECT_EQ(tag->comment(), "new") << what;
     }
 }
 
@@ -258,8 +229,7 @@ TEST(Saving, keepsFramesOfEveryKindThatAreMarkedToBeDiscarded) {
         const auto tag = opened(path);
         tag->setTitle("x");
         ASSERT_TRUE(tag->save());
-        const ZALData bytes = contentsOf(path);
-        EXPECT_NE(std::string(bytes.begin(), bytes.end()).find(id), std::string::npos) << id;
+        EXPECT_NE(textOf(path).find(id), std::string::npos) << id;
     }
 }
 
@@ -268,7 +238,6 @@ TEST(Saving, refusesATagThatWouldBeTooLong) {
     const std::string path = mp3(id3Tag({id3Text("TIT2", "old")}), id3v1Tag("old", "", ""));
     const ZALData before = contentsOf(path);
     const auto tag = opened(path);
-    tag->setTitle("new");
     const TagLib::ByteVector picture(1 << 26, 'x');  // of which all frames share the bytes
     for (int i = 0; i < 4; ++i) {
         auto* frame = new TagLib::ID3v2::AttachedPictureFrame;
@@ -276,14 +245,11 @@ TEST(Saving, refusesATagThatWouldBeTooLong) {
         tag->v2Tag()->addFrame(frame);
     }
     const LogCapture log;
-    ZALError error;
-    EXPECT_FALSE(tag->save(&error));
-    EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
+    EXPECT_FALSE(tag->save());
     EXPECT_THAT(log.lines(), testing::ElementsAre(testing::HasSubstr("its ID3v2 tag would be too large")));
     EXPECT_EQ(contentsOf(path), before);
     tag->v2Tag()->removeFrames("APIC");
     EXPECT_TRUE(tag->save());
-    EXPECT_EQ(opened(path)->title(), "new");
 }
 
 TEST(Fields, numericGenresBecomeNames) {
@@ -292,10 +258,7 @@ TEST(Fields, numericGenresBecomeNames) {
         const auto tag = opened(path);
         EXPECT_EQ(tag->genre(), "Rock") << stored;
         ASSERT_TRUE(tag->save());
-        const ZALData bytes = contentsOf(path);
-        EXPECT_NE(std::string(bytes.begin(), bytes.end()).find(std::string("TCON\0\0\0\5\0\0\0Rock", 15)),
-                  std::string::npos)
-            << stored;
+        EXPECT_NE(textOf(path).find(std::string("TCON\0\0\0\5\0\0\0Rock", 15)), std::string::npos) << stored;
     }
 }
 
@@ -309,20 +272,17 @@ TEST(Grouping, isWrittenToBothFrames) {
         EXPECT_FALSE(tag->requiresSaving());
         tag->setGrouping(text);
         EXPECT_FALSE(tag->requiresSaving()) << "the same grouping is no change";
-        const ZALData bytes = contentsOf(path);
-        const std::size_t frame = std::string(bytes.begin(), bytes.end()).find("GRP1");
-        ASSERT_NE(frame, std::string::npos);
-        EXPECT_EQ(bytes[frame + 10], encoding);
+        const std::string bytes = textOf(path);
+        ASSERT_NE(bytes.find("GRP1"), std::string::npos);
+        EXPECT_EQ(bytes[bytes.find("GRP1") + 10], encoding);
         tag = opened(path);
-        EXPECT_EQ(tag->GRP1Grouping(), text);
-        EXPECT_EQ(tag->TIT1Grouping(), text);
+        EXPECT_TRUE(tag->GRP1Grouping() == text && tag->TIT1Grouping() == text);
     }
     const auto tag = opened(path);
     tag->setTitle("others do not count");
     EXPECT_FALSE(tag->requiresSaving());
     tag->setGrouping("");
-    EXPECT_EQ(tag->GRP1Grouping(), std::nullopt);
-    EXPECT_EQ(tag->TIT1Grouping(), std::nullopt);
+    EXPECT_FALSE(tag->GRP1Grouping() || tag->TIT1Grouping());
 }
 
 TEST(Grouping, isReadFromAnUnknownFrame) {
@@ -332,18 +292,13 @@ TEST(Grouping, isReadFromAnUnknownFrame) {
     const auto tag = opened(mp3(id3Tag({id3Frame("GRP1", payload, encrypted), id3Text("TIT1", "other")})));
     EXPECT_EQ(tag->GRP1Grouping(), "A") << "UTF-16 without a mark is read by our own decoder";
     tag->setGRP1Grouping("new");
-    EXPECT_EQ(tag->GRP1Grouping(), "new");
-    EXPECT_EQ(tag->grouping(), "new");
+    EXPECT_TRUE(tag->GRP1Grouping() == "new" && tag->grouping() == "new");
     tag->setGRP1Grouping(std::nullopt);
     EXPECT_EQ(tag->grouping(), "other");
 }
 
 TEST(Comment, isTheLastOrdinaryFrame) {
-    struct Case {
-        ZALData tag;
-        const char* comment;
-    };
-    const Case cases[] = {
+    const std::pair<ZALData, const char*> cases[] = {
         {id3Tag({id3Comment("eng", "", "yes"), id3Comment("und", "", "no")}), "yes"},
         {id3Tag({id3Comment("eng", "", "first"), id3Comment("eng", "", "second")}), "second"},
         {id3Tag({id3Comment("deu", "", "yes"), id3Comment("eng", "iTunNORM", "no"),
@@ -353,8 +308,8 @@ TEST(Comment, isTheLastOrdinaryFrame) {
          "v1"},
         {id3Tag({id3Comment("eng", "", "")}), "v1"},
     };
-    for (const Case& one : cases) {
-        EXPECT_EQ(opened(mp3(one.tag, id3v1Tag("t", "", "v1")))->comment(), one.comment);
+    for (const auto& [tag, comment] : cases) {
+        EXPECT_EQ(opened(mp3(tag, id3v1Tag("t", "", "v1")))->comment(), comment);
     }
     EXPECT_EQ(opened(mp3({}))->comment(), "") << "never null";
 }
@@ -367,8 +322,7 @@ TEST(Comment, isMovedInFrontOfTheOthers) {
     EXPECT_TRUE(tag->requiresSaving());
     ASSERT_TRUE(tag->save());
     EXPECT_FALSE(tag->requiresSaving());
-    const ZALData bytes = contentsOf(path);
-    const std::string text(bytes.begin(), bytes.end());
+    const std::string text = textOf(path);
     std::size_t at = 0;
     for (const char* comment : {"new", "later", "norm", "note"}) {
         const std::size_t found = text.find(comment);

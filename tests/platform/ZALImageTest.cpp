@@ -127,14 +127,9 @@ TEST(Image, readsTIFFs) {
     constexpr Entry height{257, 1};
     const ZALData shades = fromHex("102030");
     const ZALData grey = fromHex("101010FF 202020FF 303030FF");
-    struct Case {
-        const char* what;
-        ZALData file;
-        ZALData pixels;
-    };
     // The packings are tried on files of another maker by the program's tests; here stands what those do not
     // have.
-    const Case cases[] = {
+    const std::tuple<const char*, ZALData, ZALData> cases[] = {
         {"white is zero", tiff({width, height, {258, 8}, {262, 0}}, fromHex("EFDFCF")), grey},
         {"sixteen bits", tiff({width, height, {258, 16}, {262, 1}}, fromHex("FF10 FF20 FF30")), grey},
         {"four bits", tiff({width, height, {258, 4}, {262, 1}}, fromHex("0F30")),
@@ -145,10 +140,10 @@ TEST(Image, readsTIFFs) {
          tiff({width, height, {258, 16}, {262, 1}, {317, 2}}, fromHex("8010 8010 000F")),
          fromHex("101010FF 212121FF 303030FF")},
     };
-    for (const Case& one : cases) {
-        const ZALImagePtr image = ZALImage::imageWithData(one.file);
-        ASSERT_NE(image, nullptr) << one.what;
-        EXPECT_EQ(toHex(image->pixels()), toHex(one.pixels)) << one.what;
+    for (const auto& [what, file, pixels] : cases) {
+        const ZALImagePtr image = ZALImage::imageWithData(file);
+        ASSERT_NE(image, nullptr) << what;
+        EXPECT_EQ(toHex(image->pixels()), toHex(pixels)) << what;
     }
     const ZALData refused[] = {
         tiff({width, height, {258, 8}, {262, 1}}, fromHex("1020")),

@@ -61,11 +61,9 @@ TEST(CuePoint, snapsToTheNearestBeatAndEarlierOnATie) {
 }
 
 TEST(CuePoint, snapsNoFurtherThanABeatThatIsNotCloser) {
-    const struct {
-        ZALArray<double> beats;
-        double snapped;
-    } cases[] = {{{1, 2, 2, 5}, 2}, {{1, 2, nan, 5}, 2}, {{1, 2, 6, 6}, 6}, {{1, 2, infinity}, 2},
-                 {{nan, 6}, 5},     {{5, 5}, 5},         {{8, 9}, 8}};
+    const std::pair<ZALArray<double>, double> cases[] = {
+        {{1, 2, 2, 5}, 2}, {{1, 2, nan, 5}, 2}, {{1, 2, 6, 6}, 6}, {{1, 2, infinity}, 2},
+        {{nan, 6}, 5},     {{5, 5}, 5},         {{8, 9}, 8}};
     for (const auto& [beats, snapped] : cases) {
         EXPECT_THAT(timesOf(cuePointsAdjustedToBeatTimes({cue(5)}, beats)), ElementsAre(snapped));
     }

@@ -13,10 +13,7 @@ namespace {
 
 TEST(CustomProperty, abstractMembersThrow) {
     ZALTagCustomProperty base;
-    const struct {
-        std::function<void()> call;
-        std::string member;
-    } cases[] = {
+    const std::pair<std::function<void()>, std::string> cases[] = {
         {[&] { base.JSONDict(); }, "-[ZALTagCustomProperty JSONDict]"},
         {[&] { base.updateWithJSONDict({}); }, "-[ZALTagCustomProperty updateWithJSONDict:]"},
         {[] { ZALTagCustomProperty::algorithmKey(); }, "+[ZALTagCustomProperty algorithmKey]"},
@@ -28,17 +25,6 @@ TEST(CustomProperty, abstractMembersThrow) {
         EXPECT_THAT(call, testing::ThrowsMessage<ZALProgrammingError>(
                               member + " is abstract implement it in your subclass!"));
     }
-}
-
-TEST(CustomProperty, everyClassHasItsOwnVersion) {
-    ZALTagKey::setAlgorithmVersion(1);
-    ZALTagEnergy::setAlgorithmVersion(2);
-    ZALTagBeatGrid::setAlgorithmVersion(3);
-    EXPECT_EQ(ZALTagCuePoints::algorithmVersion(), 0);
-    ZALTagCuePoints::setAlgorithmVersion(4);
-    EXPECT_EQ(ZALTagKey::algorithmVersion(), 1);
-    EXPECT_EQ(ZALTagEnergy::algorithmVersion(), 2);
-    EXPECT_EQ(ZALTagBeatGrid::algorithmVersion(), 3);
 }
 
 TEST(CustomProperty, equalityAsksForTheClassOnTheLeft) {

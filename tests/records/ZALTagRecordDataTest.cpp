@@ -71,10 +71,7 @@ TEST(RecordData, nothingIsStoredAndReadInSilence) {
 
 TEST(RecordData, whatJSONCannotHoldIsLoggedAndNull) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    const struct {
-        ZALJSONValue dictionary;
-        const char* shown;
-    } cases[] = {
+    const std::pair<ZALJSONValue, const char*> cases[] = {
         {ZALJSONValue::Object{{"a", std::numeric_limits<double>::quiet_NaN()}}, R"({"a":"nan"})"},
         {ZALJSONValue::Object{{"a", ZALJSONValue::Array{1, -infinity}}}, R"({"a":[1,"-inf"]})"},
         {ZALJSONValue::Object{{"\xFF", "z\xC3"}}, "{\"\uFFFD\":\"z\uFFFD\"}"},
@@ -89,15 +86,13 @@ TEST(RecordData, whatJSONCannotHoldIsLoggedAndNull) {
 }
 
 TEST(RecordData, bytesWithoutAnObjectAreOneLineAndNull) {
-    const struct {
-        std::string json, shown;
-    } cases[] = {{"hello", "hello"},
-                 {"{\"key\":\"\xFF\"}", "{\"key\":\"\uFFFD\"}"},
-                 {"[1]", "[1]"},
-                 {"7", "7"},
-                 {"null", "null"},
-                 {R"({"key":"8A"} x)", R"({"key":"8A"} x)"},
-                 {std::string(600, '['), std::string(600, '[')}};
+    const std::pair<std::string, std::string> cases[] = {{"hello", "hello"},
+                                                         {"{\"key\":\"\xFF\"}", "{\"key\":\"\uFFFD\"}"},
+                                                         {"[1]", "[1]"},
+                                                         {"7", "7"},
+                                                         {"null", "null"},
+                                                         {R"({"key":"8A"} x)", R"({"key":"8A"} x)"},
+                                                         {std::string(600, '['), std::string(600, '[')}};
     for (const auto& [json, shown] : cases) {
         const LogCapture log;
         EXPECT_EQ(readJSON(json), std::nullopt) << shown;

@@ -21,10 +21,7 @@ ZALRekordboxCuePoint cue(std::int64_t type, double start, double end, std::int64
 }  // namespace
 
 TEST(ZALRekordboxCuePoint, comparesTimesInMicrosecondsAndTheEndOfLoopsOnly) {
-    const struct {
-        ZALRekordboxCuePoint one, other;
-        bool equal, sameHash;
-    } rows[] = {
+    const std::tuple<ZALRekordboxCuePoint, ZALRekordboxCuePoint, bool, bool> rows[] = {
         {cue(0, 1, 2), cue(0, 1, 3), true, false},
         {cue(4, 1, 2), cue(4, 1, 3), false, false},
         {cue(4, 1, 2), cue(4, 1, 2.0000004), true, true},
@@ -34,20 +31,17 @@ TEST(ZALRekordboxCuePoint, comparesTimesInMicrosecondsAndTheEndOfLoopsOnly) {
         {cue(0, 1, 0), cue(3, 1, 0), false, false},
         {cue(0, 1, 0), cue(0, 1, 0, 0, "b"), false, false},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.one.description() + " " + row.other.description());
-        EXPECT_EQ(row.one == row.other, row.equal);
-        EXPECT_EQ(row.one.hash() == row.other.hash(), row.sameHash);
+    for (const auto& [one, other, equal, sameHash] : rows) {
+        SCOPED_TRACE(one.description() + " " + other.description());
+        EXPECT_EQ(one == other, equal);
+        EXPECT_EQ(one.hash() == other.hash(), sameHash);
     }
     EXPECT_EQ(cue(4, 0, 0).typeName(), "Loop");
     EXPECT_EQ(cue(5, 0, 0).typeName(), std::nullopt);
 }
 
 TEST(TrackLocation, decodesEscapesAndLeavesEveryOtherCharacter) {
-    const struct {
-        const char* location;
-        ZALNullableString path;
-    } rows[] = {
+    const std::pair<const char*, ZALNullableString> rows[] = {
         {"file://localhost/Users/dj/A%20B%c3%A9.mp3", "/Users/dj/A B\xC3\xA9.mp3"},
         {"file:///a#b?c+d%zz%4", "/a#b?c+d%zz%4"},
         {"file://localhost/C:/Music/\xC3\xA9 (1),;!@=.mp3", "/C:/Music/\xC3\xA9 (1),;!@=.mp3"},
@@ -59,8 +53,8 @@ TEST(TrackLocation, decodesEscapesAndLeavesEveryOtherCharacter) {
         {"file://localhost/a%00b.mp3", std::nullopt},
         {"", std::nullopt},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(zal::pathOfLocation(row.location), row.path) << row.location;
+    for (const auto& [location, path] : rows) {
+        EXPECT_EQ(zal::pathOfLocation(location), path) << location;
     }
 }
 

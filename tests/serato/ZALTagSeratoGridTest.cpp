@@ -21,13 +21,9 @@ ZALTagSeratoGrid grid(const std::string& hex) {
 TEST(SeratoGrid, readsMarkersInBothForms) {
     const std::string hex = "01 00 00 00 00 02 BF 00 00 00 00 00 00 04 3F 00 00 00 42 F0 00 00 74";
     const auto read = ZALTagSeratoGrid::gridWithData(fromHex(hex));
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->major(), 1);
-    EXPECT_EQ(read->minor(), 0);
-    ASSERT_EQ(read->gridPoints().size(), 2u);
-    EXPECT_EQ(read->gridPoints()[0].position(), -0.5F);
-    EXPECT_EQ(read->gridPoints()[0].beatsToNext(), 4u);
-    EXPECT_EQ(read->gridPoints()[1].tempo(), 120.0F);
+    const auto& points = read->gridPoints();
+    ASSERT_TRUE(read->major() == 1 && read->minor() == 0 && points.size() == 2);
+    EXPECT_TRUE(points[0].position() == -0.5F && points[0].beatsToNext() == 4 && points[1].tempo() == 120);
     EXPECT_TRUE(grid("00 00 00 00 74").gridPoints().empty()) << "no marker, one footer byte";
     ZALData wrapped(42);
     const ZALData raw = fromHex(hex);
@@ -58,10 +54,7 @@ TEST(SeratoGrid, snapsToTheNearestBeat) {
     const std::string pair = "00 00 00 02" + at0 + beats4 + at2 + bpm120;
     const std::string without = "00 00 00 03" + at0 + "00 00 00 00" + at2 + beats4 + "40 80 00 00" + bpm120;
     const double infinity = std::numeric_limits<double>::infinity();
-    const struct {
-        std::string hex;
-        double time, snapped;
-    } cases[] = {
+    const std::tuple<std::string, double, double> cases[] = {
         {single, 1.26, 1.5},
         {single, 1.24, 1.0},
         {single, 0.1, 0.0},
@@ -79,8 +72,8 @@ TEST(SeratoGrid, snapsToTheNearestBeat) {
         {"00 00 00 02" + at2 + beats4 + at2 + bpm120, 1.3, 1.3},
         {"00 00 00 02" + at0 + beats4 + "7F C0 00 00" + bpm120, 1.3, 1.3},
     };
-    for (const auto& one : cases) {
-        EXPECT_EQ(grid(one.hex).gridTimeForTime(one.time), one.snapped) << one.hex << " " << one.time;
+    for (const auto& [hex, time, snapped] : cases) {
+        EXPECT_EQ(grid(hex).gridTimeForTime(time), snapped) << hex << " " << time;
     }
     EXPECT_TRUE(std::isnan(grid(pair).gridTimeForTime(std::nan(""))));
     // 1/3 s a beat in single precision: the ninth of them is not quite at 3 s.

@@ -44,16 +44,11 @@ std::vector<std::int16_t> indexesOf(const ZALTagSeratoMarker& marker) {
 
 TEST(SeratoMarker, readsCuesAndWritesThemBeforeTheRest) {
     const auto marker = ZALTagSeratoMarker::markerWithData(record(color + drop + lock + "00", "02 05"));
-    ASSERT_TRUE(marker);
-    EXPECT_EQ(marker->major(), 2);
-    EXPECT_EQ(marker->minor(), 5);
+    EXPECT_TRUE(marker->major() == 2 && marker->minor() == 5);
     ASSERT_EQ(marker->cuePoints().size(), 1u);
     const ZALTagSeratoCuePoint& cue = marker->cuePoints()[0];
-    EXPECT_EQ(cue.index(), 2);
-    EXPECT_EQ(cue.position(), 250u);
-    EXPECT_EQ(cue.argbColor(), "00CC8800");
-    EXPECT_EQ(cue.label(), "Drop");
-    EXPECT_EQ(cue.size(), 17u);
+    EXPECT_TRUE(cue.index() == 2 && cue.position() == 250 && cue.size() == 17);
+    EXPECT_TRUE(cue.argbColor() == "00CC8800" && cue.label() == "Drop");
     EXPECT_EQ(toHex(cue.cuePointData()), drop);
     const ZALData written = marker->markerData().value();
     EXPECT_EQ(toHex(written).substr(0, 5), "02 05");

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -171,19 +170,6 @@ int close(int file) {
         return failed(EIO);
     }
     return real(file);
-}
-
-// TagLib's own stream writes by the C library, whose inner calls nobody can stand before.
-FILE* fopen(const char* path, const char* mode) {
-    FILE* const file = next<FILE*(const char*, const char*)>("fopen")(path, mode);
-    if (file != nullptr) opened(::fileno(file), path);
-    return file;
-}
-
-size_t fwrite(const void* bytes, size_t size, size_t count, FILE* file) {
-    const auto real = next<size_t(const void*, size_t, size_t, FILE*)>("fwrite");
-    if (isOurs(::fileno(file)) && strikes([&] { real(bytes, size, count / 2, file); })) return count / 2;
-    return real(bytes, size, count, file);
 }
 
 }  // extern "C"

@@ -2,12 +2,9 @@
 
 #include "support/FaultInjection.h"
 
-#include <cstring>
-
 int main(int argc, char** argv) {
     if (argc != 3) return 2;
-    const bool raw = std::strncmp(argv[1], "raw ", 4) == 0;
-    for (const SaveCase& row : raw ? rawSaveCases() : saveCases()) {
+    for (const SaveCase& row : saveCases()) {
         if (row.name != argv[1]) continue;
         const auto save = row.openAndEdit(argv[2]);
         return save && save() ? 0 : 1;

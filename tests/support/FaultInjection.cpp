@@ -45,9 +45,8 @@ class Site {
   private:
     ZALData saved(const SaveCase::Edit& openAndEdit) const {
         reset();
-        auto save = openAndEdit(path_);
+        const auto save = openAndEdit(path_);
         if (!save || !save()) throw std::runtime_error("does not save: " + name_);
-        save = nullptr;  // TagLib's own stream writes its last bytes when it closes
         ZALData after = contentsOf(path_);
         if (after == before_) throw std::runtime_error("the save changes nothing: " + name_);
         return after;
@@ -84,18 +83,17 @@ struct Run {
 Run runSaveOne(const SaveCase& row, const std::string& path, int point, OutsideFault fault) {
     int report[2];
     if (::pipe2(report, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    const std::string point_ = "ZALTAG_FAULT_POINT=" + std::to_string(point);
-    const std::string root = "ZALTAG_FAULT_ROOT=" + std::filesystem::path(path).parent_path().string();
-    std::string kill = fault == OutsideFault::killing ? "ZALTAG_FAULT_KILLS=1" : "ZALTAG_FAULT_KILLS=0";
     const TemporaryFolder folder;  // for what a killed program leaves
-    const std::string temporary = "TMPDIR=" + folder.path().string();
-    std::string preload = point > 0 ? "LD_PRELOAD=" ZALTAG_FAULT_SHIM : "LD_PRELOAD=";
-    char* const environment[] = {const_cast<char*>(point_.c_str()),
-                                 const_cast<char*>(root.c_str()),
-                                 kill.data(),
-                                 preload.data(),
-                                 const_cast<char*>(temporary.c_str()),
-                                 nullptr};
+    std::string variables[] = {
+        "ZALTAG_FAULT_POINT=" + std::to_string(point),
+        "ZALTAG_FAULT_ROOT=" + std::filesystem::path(path).parent_path().string(),
+        fault == OutsideFault::killing ? "ZALTAG_FAULT_KILLS=1" : "ZALTAG_FAULT_KILLS=0",
+        point > 0 ? "LD_PRELOAD=" ZALTAG_FAULT_SHIM : "LD_PRELOAD=", "TMPDIR=" + folder.path().string()};
+    std::vector<char*> environment;
+    for (std::string& variable : variables) {
+        environment.push_back(variable.data());
+    }
+    environment.push_back(nullptr);
     char* const arguments[] = {const_cast<char*>(ZALTAG_SAVE_ONE), const_cast<char*>(row.name.c_str()),
                                const_cast<char*>(path.c_str()), nullptr};
     posix_spawn_file_actions_t actions;
@@ -103,7 +101,8 @@ Run runSaveOne(const SaveCase& row, const std::string& path, int point, OutsideF
     ::posix_spawn_file_actions_adddup2(&actions, report[1], 100);  // where the shim says that it struck
     ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     pid_t child = 0;
-    const int spawned = ::posix_spawn(&child, ZALTAG_SAVE_ONE, &actions, nullptr, arguments, environment);
+    const int spawned =
+        ::posix_spawn(&child, ZALTAG_SAVE_ONE, &actions, nullptr, arguments, environment.data());
     ::posix_spawn_file_actions_destroy(&actions);
     ::close(report[1]);
     if (spawned != 0) throw std::runtime_error("cannot start " ZALTAG_SAVE_ONE);

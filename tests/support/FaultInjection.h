@@ -20,9 +20,8 @@ struct SaveCase {
     Edit secondHalf = {};
 };
 
-/// The saves of the library, and those of TagLib's own stream, which show what the tests can see.
+/// The saves of the library.
 const std::vector<SaveCase>& saveCases();
-const std::vector<SaveCase>& rawSaveCases();
 
 /// What one run of faults found.
 struct FaultResult {

@@ -10,8 +10,7 @@ class FaultyFileSystem::Handle final : public ZALFileHandle {
     std::error_code readAt(std::uint64_t position, std::span<std::uint8_t> buffer,
                            std::size_t& count) override {
         count = 0;
-        const auto error = owner_->step(Operation::read);
-        return error ? error : inner_->readAt(position, buffer, count);
+        return owner_->tried(Operation::read, [&] { return inner_->readAt(position, buffer, count); });
     }
     std::error_code writeAt(std::uint64_t position, ZALDataView bytes) override {
         const auto error = owner_->step(Operation::write);
@@ -27,24 +26,21 @@ class FaultyFileSystem::Handle final : public ZALFileHandle {
         return error;
     }
     std::error_code truncate(std::uint64_t length) override {
-        const auto error = owner_->step(Operation::truncate);
-        return error ? error : inner_->truncate(length);
+        return owner_->tried(Operation::truncate, [&] { return inner_->truncate(length); });
     }
     std::error_code sync() override {
-        const auto error = owner_->step(Operation::sync);
-        return error ? error : inner_->sync();
+        return owner_->tried(Operation::sync, [&] { return inner_->sync(); });
     }
     std::error_code attributes(ZALFileAttributes& attributes) override {
-        const auto error = owner_->step(Operation::look);
-        return error ? error : inner_->attributes(attributes);
+        return owner_->tried(Operation::look, [&] { return inner_->attributes(attributes); });
     }
     std::error_code copyAttributesFrom(ZALFileHandle& source) override {
-        const auto error = owner_->step(Operation::keepAttributes);
-        return error ? error : inner_->copyAttributesFrom(*static_cast<Handle&>(source).inner_);
+        return owner_->tried(Operation::keepAttributes, [&] {
+            return inner_->copyAttributesFrom(*static_cast<Handle&>(source).inner_);
+        });
     }
     std::error_code lock() override {
-        const auto error = owner_->step(Operation::lock);
-        return error ? error : inner_->lock();
+        return owner_->tried(Operation::lock, [&] { return inner_->lock(); });
     }
     std::error_code unlock() override { return inner_->unlock(); }
     int descriptor() const override { return owner_->kernelCopies_ ? inner_->descriptor() : -1; }
@@ -94,13 +90,11 @@ ZALFileKind FaultyFileSystem::kindOfFile(const std::string& path) const {
 }
 
 std::error_code FaultyFileSystem::attributes(const std::string& path, ZALFileAttributes& attributes) {
-    const auto error = step(Operation::look);
-    return error ? error : machine_->attributes(path, attributes);
+    return tried(Operation::look, [&] { return machine_->attributes(path, attributes); });
 }
 
 std::error_code FaultyFileSystem::canonicalPath(const std::string& path, std::string& canonical) {
-    const auto error = step(Operation::resolve);
-    return error ? error : machine_->canonicalPath(path, canonical);
+    return tried(Operation::resolve, [&] { return machine_->canonicalPath(path, canonical); });
 }
 
 std::unique_ptr<ZALFileHandle> FaultyFileSystem::open(const std::string& path, bool forWriting,
@@ -116,27 +110,22 @@ std::unique_ptr<ZALFileHandle> FaultyFileSystem::create(const std::string& path,
 }
 
 std::error_code FaultyFileSystem::rename(const std::string& from, const std::string& to) {
-    const auto error = step(Operation::rename);
-    return error ? error : machine_->rename(from, to);
+    return tried(Operation::rename, [&] { return machine_->rename(from, to); });
 }
 
 std::error_code FaultyFileSystem::unlink(const std::string& path) {
-    const auto error = step(Operation::unlink);
-    return error ? error : machine_->unlink(path);
+    return tried(Operation::unlink, [&] { return machine_->unlink(path); });
 }
 
-std::error_code FaultyFileSystem::enumerate(
-    const std::string& folder, const std::function<ZALFolderWalk(const std::string&)>& visit) {
-    const auto error = step(Operation::look);
-    return error ? error : machine_->enumerate(folder, visit);
+std::error_code FaultyFileSystem::enumerate(const std::string& folder,
+                                            const std::function<ZALFolderWalk(const std::string&)>& visit) {
+    return tried(Operation::look, [&] { return machine_->enumerate(folder, visit); });
 }
 
 std::error_code FaultyFileSystem::createFolders(const std::string& path, std::uint32_t mode) {
-    const auto error = step(Operation::create);
-    return error ? error : machine_->createFolders(path, mode);
+    return tried(Operation::create, [&] { return machine_->createFolders(path, mode); });
 }
 
 std::error_code FaultyFileSystem::syncFolder(const std::string& path) {
-    const auto error = step(Operation::sync);
-    return error ? error : machine_->syncFolder(path);
+    return tried(Operation::sync, [&] { return machine_->syncFolder(path); });
 }

@@ -69,6 +69,11 @@ class FaultyFileSystem final : public ZALFileSystem, public std::enable_shared_f
     class Handle;
 
     std::error_code step(Operation operation);
+    template <typename Function>
+    std::error_code tried(Operation operation, Function function) {
+        const auto error = step(operation);
+        return error ? error : function();
+    }
     std::unique_ptr<ZALFileHandle> wrapped(std::unique_ptr<ZALFileHandle> handle);
 
     const std::shared_ptr<ZALFileSystem> machine_ = ZALFileSystem::machine();

@@ -4,8 +4,32 @@
 #include "support/AudioFixtures.h"
 #include "support/Hex.h"
 
-#include <algorithm>
 #include <stdexcept>
+
+namespace {
+
+std::vector<std::pair<std::string, ZALData>> chunksOf(ZALDataView file) {
+    zal::ByteReader in(file);
+    const auto text = [&in](std::size_t count) {
+        const ZALDataView bytes = in.take(count);
+        return std::string(bytes.begin(), bytes.end());
+    };
+    const bool isRIFF = text(4) == "RIFF";
+    if (!isRIFF || in.u32le() != file.size() - 8 || text(4) != "WAVE")
+        throw std::runtime_error("no WAV file");
+    std::vector<std::pair<std::string, ZALData>> chunks;
+    while (in.remaining() > 0) {
+        const std::string id = text(4);
+        const std::uint32_t size = in.u32le();
+        const ZALDataView content = in.take(size);
+        if (size % 2 != 0) in.skip(1);
+        if (in.failed()) throw std::runtime_error("a damaged chunk " + id);
+        chunks.emplace_back(id, ZALData(content.begin(), content.end()));
+    }
+    return chunks;
+}
+
+}  // namespace
 
 ZALData riffChunk(std::string_view id, const ZALData& content) {
     zal::ByteWriter out;
@@ -44,42 +68,22 @@ ZALData infoList(std::initializer_list<std::pair<std::string_view, std::string_v
     return riffChunk("LIST", list);
 }
 
-std::vector<RiffChunk> chunksOf(ZALDataView file) {
-    zal::ByteReader in(file);
-    const auto text = [&in](std::size_t count) {
-        const ZALDataView bytes = in.take(count);
-        return std::string(bytes.begin(), bytes.end());
-    };
-    const bool isRIFF = text(4) == "RIFF";
-    if (!isRIFF || in.u32le() != file.size() - 8 || text(4) != "WAVE")
-        throw std::runtime_error("no WAV file");
-    std::vector<RiffChunk> chunks;
-    while (in.remaining() > 0) {
-        RiffChunk chunk;
-        chunk.id = text(4);
-        const std::uint32_t size = in.u32le();
-        const ZALDataView content = in.take(size);
-        if (size % 2 != 0) in.skip(1);
-        if (in.failed()) throw std::runtime_error("a damaged chunk " + chunk.id);
-        chunk.content.assign(content.begin(), content.end());
-        chunks.push_back(std::move(chunk));
-    }
-    return chunks;
-}
-
 std::string idsOf(ZALDataView file) {
     std::string ids;
-    for (const RiffChunk& chunk : chunksOf(file)) {
-        ids += (ids.empty() ? "" : " ") + chunk.id;
+    for (const auto& [id, content] : chunksOf(file)) {
+        ids += (ids.empty() ? "" : " ") + id;
     }
     return ids;
 }
 
 ZALData contentOf(ZALDataView file, std::string_view id) {
-    const std::vector<RiffChunk> chunks = chunksOf(file);
-    const auto is = [id](const RiffChunk& chunk) { return chunk.id == id; };
-    if (std::count_if(chunks.begin(), chunks.end(), is) != 1) {
-        throw std::runtime_error("not one chunk " + std::string(id));
+    ZALData found;
+    int count = 0;
+    for (const auto& [name, content] : chunksOf(file)) {
+        if (name != id) continue;
+        found = content;
+        ++count;
     }
-    return std::find_if(chunks.begin(), chunks.end(), is)->content;
+    if (count != 1) throw std::runtime_error("not one chunk " + std::string(id));
+    return found;
 }

@@ -58,19 +58,16 @@ class Links : public testing::Test, protected CollectionHost {
 }  // namespace
 
 TEST_F(Links, theCollectionsAreSeenThroughTheTag) {
-    EXPECT_TRUE(ZALTag::isRekordboxDBAvailable());
-    EXPECT_TRUE(ZALTag::isTraktorDBAvailable());
+    EXPECT_TRUE(ZALTag::isRekordboxDBAvailable() && ZALTag::isTraktorDBAvailable());
     ASSERT_TRUE(tag);
-    EXPECT_TRUE(tag->isInRekordboxDB());
-    EXPECT_TRUE(tag->isInTraktorDB());
+    EXPECT_TRUE(tag->isInRekordboxDB() && tag->isInTraktorDB());
     EXPECT_EQ(tag->rekordboxHotCuePoints(), CuePoints({ZALTagCuePoint::cuePointWithTime(1, "")}));
     EXPECT_EQ(tag->rekordboxMemoryCuePoints(), CuePoints({ZALTagCuePoint::cuePointWithTime(2, "")}));
     EXPECT_EQ(tag->traktorCuePoints(), CuePoints({ZALTagCuePoint::cuePointWithTime(3, "")}))
         << "no grid marker";
     const auto elsewhere = ZALTag::tagAtPath(folder.write("other.mp3", mpegFrames()), true);
     EXPECT_FALSE(elsewhere->isInRekordboxDB());
-    EXPECT_TRUE(elsewhere->traktorCuePoints().empty());
-    EXPECT_TRUE(ZALTag::canExportToRekordbox());
+    EXPECT_TRUE(elsewhere->traktorCuePoints().empty() && ZALTag::canExportToRekordbox());
     host->setRunningPrograms([] { return std::vector<std::string>{"Traktor"}; });
     ZALError error;
     EXPECT_FALSE(ZALTag::canExportToTraktor(&error));
@@ -83,13 +80,11 @@ TEST_F(Links, theVeryArrayThatIsHeldQueuesNothing) {
     tag->setRekordboxHotCuePoints(tag->rekordboxHotCuePoints());
     tag->setRekordboxMemoryCuePoints(tag->rekordboxMemoryCuePoints());
     tag->setTraktorCuePoints(tag->traktorCuePoints());
-    EXPECT_FALSE(isWaiting(rekordbox));
-    EXPECT_FALSE(isWaiting(traktor));
+    EXPECT_FALSE(isWaiting(rekordbox) || isWaiting(traktor));
     const CuePoints both = cue(5);
     tag->setRekordboxHotAndMemoryCuePoints(both);
     tag->setTraktorCuePoints(both);
-    EXPECT_TRUE(isWaiting(rekordbox));
-    EXPECT_TRUE(isWaiting(traktor));
+    EXPECT_TRUE(isWaiting(rekordbox) && isWaiting(traktor));
     ZALTag::cancelSaveRekordboxDB();
     ZALTag::cancelSaveTraktorDB();
     EXPECT_FALSE(isWaiting(rekordbox));

@@ -5,12 +5,7 @@
 namespace {
 
 TEST(PathNames, splitAtTheFirstSeparator) {
-    struct Case {
-        const char* path;
-        const char* artist;
-        const char* name;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"/Music/Some Artist - Some Title.mp3", "Some Artist", "Some Title"},
         {"/Music/A - B - C.flac", "A", "B - C"},
         {"/Music/Intro.mp3", "", "Intro"},
@@ -22,9 +17,9 @@ TEST(PathNames, splitAtTheFirstSeparator) {
         {"/", "", ""},
         {"", "", ""},
     };
-    for (const Case& one : cases) {
-        EXPECT_EQ(ZALTagArtistFromPath(one.path), one.artist) << one.path;
-        EXPECT_EQ(ZALTagNameFromPath(one.path), one.name) << one.path;
+    for (const auto& [path, artist, name] : cases) {
+        EXPECT_EQ(ZALTagArtistFromPath(path), artist) << path;
+        EXPECT_EQ(ZALTagNameFromPath(path), name) << path;
     }
 }
 

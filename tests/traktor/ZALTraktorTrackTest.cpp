@@ -84,9 +84,7 @@ TEST(ZALTraktorCuePoint, isWrittenWithSixDecimalsAndReadsBackAsItsCopy) {
 }
 
 TEST(TraktorLocation, makesPathAndKey) {
-    const struct {
-        const char *volume, *folder, *file, *path, *key;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*, const char*, const char*> rows[] = {
         {"Disk", "/:Users/:dj/:", "a.mp3", "/Users/dj/a.mp3", "Disk/:Users/:dj/:a.mp3"},
         {"USB", "/:Users/:dj/:", "a.mp3", "/Volumes/USB/Users/dj/a.mp3", "USB/:Users/:dj/:a.mp3"},
         {"C:", "/:", "a.mp3", "/Volumes/C:/a.mp3", "C:/:a.mp3"},
@@ -98,10 +96,10 @@ TEST(TraktorLocation, makesPathAndKey) {
         {"Disk", "/:x", nullptr, nullptr, "Disk/:x"},
     };
     const auto nullable = [](const char* text) { return text ? ZALNullableString(text) : std::nullopt; };
-    for (const auto& row : rows) {
-        const zal::TraktorLocation location{nullable(row.volume), nullable(row.folder), nullable(row.file)};
-        EXPECT_EQ(zal::pathOf(location, "Disk"), nullable(row.path)) << row.key;
-        EXPECT_EQ(zal::keyOf(location), row.key);
+    for (const auto& [volume, folder, file, path, key] : rows) {
+        const zal::TraktorLocation location{nullable(volume), nullable(folder), nullable(file)};
+        EXPECT_EQ(zal::pathOf(location, "Disk"), nullable(path)) << key;
+        EXPECT_EQ(zal::keyOf(location), key);
     }
 }
 
