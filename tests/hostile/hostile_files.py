@@ -31,6 +31,19 @@ def id3(body, version=4, flags=0, size=None):
     return b"ID3" + bytes((version, 0, flags)) + (syncsafe(len(body)) if size is None else size) + body
 
 
+def escaped(content):
+    return content.replace(b"\xff", b"\xff\0")
+
+
+def unsynchronised(name, content):
+    """A compressed frame."""
+    return frame(name, escaped(content), flags=10)
+
+
+def chapter(content):
+    return frame(b"CHAP", content, flags=2)
+
+
 def objects(description, content):
     return frame(b"GEOB", b"\0a/b\0\0" + description + b"\0" + content)
 
@@ -53,6 +66,13 @@ def tags():
     yield "chapters-20000-deep", CHAPTERS
     yield "inflating-to-2-gb", id3(frame(b"TXXX", syncsafe(1) + BOMB, flags=9))
     yield "inflating-to-2-gb-v23", id3(frame(b"TXXX", be(1) + BOMB, be(len(BOMB) + 4), 0x80), 3)
+    yield "inflating-in-a-chapter", id3(chapter(escaped(bytes(17) + unsynchronised(b"PRIV", b"\x01\xff\x01\x01" + BOMB))))
+    yield "inflating-behind-a-longer-length", id3(unsynchronised(b"PRIV", b"\xff\1\1\1" + BOMB))
+    yield "text-in-5-million-parts", id3(frame(b"TIT2", syncsafe(1) + zlib.compress(b"\0" + b"a\0" * 5000000), flags=9))
+    yield "chapters-that-claim-each-other", id3(frame(b"CHAP", syncsafe(20000) + bytes(17), flags=1) * 24 + bytes(50))
+    yield "texts-that-claim-each-other", id3(frame(b"TIT2", b"\x7f" * 4 + b"\0a", flags=1) * 800 + objects(b"x", bytes(1 << 20)))
+    yield "chapters-unsynchronised-twice", id3(chapter(escaped(bytes(17) + chapter(escaped(
+        bytes(17) + b"CHAP\0\0\0\xff\0\x08" + syncsafe(1) + zlib.compress(bytes(17) + CHAPTERS[10:]) + bytes(400))))))
     yield "frames-20000", id3(frame(b"TXXX", b"\0a\0b") * 20000)
     for name, picture in pictures():
         yield "picture-" + name, id3(frame(b"APIC", b"\0image/x\0\3\0" + picture) * 3)

@@ -12,8 +12,10 @@
 #include <id3v2tag.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <random>
 
 namespace {
 
@@ -77,6 +79,12 @@ TEST(Opening, refusesChaptersThatCannotBeCounted) {
     EXPECT_EQ(ZALTagID3::tagAtPath(mp3(id3Tag({packed}))), nullptr);
     EXPECT_NE(ZALTagID3::tagAtPath(mp3(id3Tag({id3Frame("CHAP", text)}))), nullptr);
     EXPECT_NE(ZALTagID3::tagAtPath(mp3(id3Tag({chapter, chapter, id3Text("TIT2", "CHAPTER ONE")}))), nullptr);
+    // Chapters with pictures: anything can stand in these.
+    ZALData noise(300000);
+    std::generate(noise.begin(), noise.end(), std::minstd_rand());
+    const ZALData picture = id3Frame("APIC", joined({fromHex("00 69 00 03 00"), noise}));
+    const ZALData seen = id3Frame("CHAP", joined({{'a', 0}, ZALData(16), picture}));
+    EXPECT_NE(ZALTagID3::tagAtPath(mp3(id3Tag({seen, seen, chapter, picture}))), nullptr);
 }
 
 TEST(Opening, takesATagOrAFrame) {

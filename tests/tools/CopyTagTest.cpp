@@ -234,19 +234,15 @@ TEST_F(CopyTag, aTagThatWouldBeTooLongIsRefused) {
 
 // A tag that is written could be one that is not opened any more.
 TEST_F(CopyTag, tagsThatWouldBeTooMuchTogetherAreRefused) {
-    const ZALData chapter = joined({{'a', 0}, ZALData(16)});
-    const std::pair<ZALData, int> cases[] = {{id3Frame("PCNT", ZALData(4)), 6000},
-                                             {id3Frame("CHAP", chapter), 600}};
-    for (const auto& [frame, count] : cases) {
-        ZALData frames;
-        for (int i = 0; i < count; ++i) {
-            frames.insert(frames.end(), frame.begin(), frame.end());
-        }
-        const ZALData file = joined({id3Tag({frames}), mpegFrames()});
-        EXPECT_FALSE(copy(ZALCopyTagID3, file, file));
-        EXPECT_EQ(result(), file);
-        EXPECT_THAT(log_.lines().back(), testing::EndsWith("it could not be opened again"));
+    const ZALData frame = id3Frame("PCNT", ZALData(4));
+    ZALData frames;
+    for (int i = 0; i < 6000; ++i) {
+        frames.insert(frames.end(), frame.begin(), frame.end());
     }
+    const ZALData file = joined({id3Tag({frames}), mpegFrames()});
+    EXPECT_FALSE(copy(ZALCopyTagID3, file, file));
+    EXPECT_EQ(result(), file);
+    EXPECT_THAT(log_.lines().back(), testing::EndsWith("it could not be opened again"));
 }
 
 TEST_F(CopyTag, listsOfAWAV) {
