@@ -81,7 +81,11 @@ ZALJSONValue jsonOf(const ZALRekordboxPlaylistFolder& folder) {
     for (const auto& below : folder.folders()) {
         folders.push_back(jsonOf(*below));
     }
-    return Object{{"name", folder.name()}, {"playlists", playlists}, {"folders", folders}};
+    Object members;  // a list of initialisers would copy what is below, at every level
+    members["name"] = folder.name();
+    members["playlists"] = std::move(playlists);
+    members["folders"] = std::move(folders);
+    return members;
 }
 
 const View rekordboxView = {

@@ -22,6 +22,10 @@ inline constexpr int id3ChapterNesting = 3;
 /// Parts between NULs in the texts of a tag. TagLib makes two objects of each, some 130 bytes for a letter.
 inline constexpr std::uint64_t id3TextParts = 200'000;
 
+/// The genres of a tag, and lyrics that are compressed. TagLib compares every genre with every other and
+/// copies the rest of the text for each in brackets; it looks for the end of each line of lyrics anew.
+inline constexpr std::uint64_t id3Genres = 32U << 10;
+
 /// What a tag's compressed frames may become, with what it takes to see that: a few megabytes can become
 /// gigabytes. Hardly any program compresses frames, and pictures are some megabytes.
 inline constexpr std::size_t id3Inflated = 64U << 20;
@@ -85,6 +89,10 @@ inline constexpr std::size_t webpChunks = 1000;
 
 /// Elements within one another: playlist folders are read by recursion. Nobody nests a thousand folders.
 inline constexpr int xmlNesting = 1000;
+
+/// What is a path at most, as the system has it. To put the accents of a longer text into their order would
+/// take the square of their number.
+inline constexpr std::size_t path = 4096;
 
 /// Beats of a track: a day of music at 690 beats a minute.
 inline constexpr std::size_t beats = 1'000'000;

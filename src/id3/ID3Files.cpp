@@ -32,7 +32,7 @@ bool beginsAsAIFF(TagLibStream& stream) {
 
 std::unique_ptr<TagLib::MPEG::File> mpegFile(TagLibStream& stream) {
     const auto position = positionOfID3v2(stream);
-    if (position && !isSafeID3v2(stream, *position)) return nullptr;
+    if ((position && !isSafeID3v2(stream, *position)) || !isSafeAPE(stream)) return nullptr;
     auto file = std::make_unique<TagLib::MPEG::File>(&stream, TagLib::ID3v2::FrameFactory::instance(), false,
                                                      TagLib::AudioProperties::Average);
     if (!file->isValid() || !isMP3(*file, stream)) return nullptr;

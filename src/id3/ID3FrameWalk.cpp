@@ -47,11 +47,13 @@ struct FrameHeader {
     bool hasContentLength = false;
 
     bool isChapter() const { return id == "CHAP" || id == "CTOC"; }
+    bool isGenre() const { return id.starts_with("TCO") && (id.size() == 3 || id[3] == 'N' || id[3] == 0); }
+    bool isLyrics() const { return id.starts_with("SLT") || id == "SYLT"; }
     /// TagLib keeps most of its bytes as they are.
     bool isPayload() const { return id == "APIC" || id == "GEOB" || id == "PRIV"; }
     /// TagLib makes a text of every part between two NULs.
     bool isText() const {
-        static constexpr std::string_view others[] = {"IPL", "WFE", "MVN", "MVI", "GRP", "GP1"};
+        static constexpr std::string_view others[] = {"IPL", "WFD", "WFE", "MVN", "MVI", "GRP", "GP1"};
         return id[0] == 'T' || std::ranges::count(others, id.substr(0, 3)) > 0;
     }
 };
@@ -125,11 +127,10 @@ class FrameWalk {
                 const std::size_t length = plain ? header->plainLength : header->length;
                 const bool isOther = !plain || header->plainLength != header->length;
                 if (!isOther || length == 0 || length > frames.size() - at) continue;
-                if (!isSafe(frames.subspan(at + frames_.headerSize()), *header, length, plain == isPlain,
-                            depth)) {
-                    return false;
-                }
                 places.insert(at + frames_.headerSize() + length);
+                const bool isChosen = plain == isPlain || header->plainLength == header->length;
+                if (isChosen && !isSafe(frames.subspan(at + frames_.headerSize()), *header, length, depth))
+                    return false;
             }
         }
         return true;
@@ -138,10 +139,13 @@ class FrameWalk {
   private:
     // `body` is everything behind the frame's header: TagLib goes by what the frame says that its content is,
     // and by that alone.
-    bool isSafe(ZALDataView body, const FrameHeader& header, std::size_t length, bool isChosen, int depth) {
+    bool isSafe(ZALDataView body, const FrameHeader& header, std::size_t length, int depth) {
         ByteVector decoded;
         if (frames_.version() > 3 && (decodesAll_ || header.isUnsynchronised)) {
-            decoded = SynchData::decode(TagLibBytes(body.first(std::min(length, body.size()))));
+            const ZALDataView stored = body.first(std::min(length, body.size()));
+            decoded_ += stored.size();
+            if (decoded_ > contentMax_) return false;
+            decoded = SynchData::decode(TagLibBytes(stored));
             body = viewOf(decoded);
         }
         std::size_t size = length;
@@ -152,20 +156,34 @@ class FrameWalk {
         }
         if (header.isCompressed && !header.isEncrypted) {
             // A chapter could become any number of frames.
-            return !header.isChapter() && inflatesModestly(body, header.isPayload() ? 1 : textCost);
+            return !header.isChapter() && inflatesModestly(body, costOf(header));
         }
         const ZALDataView content = body.first(std::min(size, body.size()));
-        if (!isChosen) return true;
         if (!takesLittle(content, header)) return false;
         if (!header.isChapter() || header.isEncrypted) return true;
-        return walk(content, {behindHead(content, header.id == "CTOC")}, depth + 1);
+        const std::size_t embedded = behindHead(content, header.id == "CTOC");
+        return searched_ <= searchMax_ && walk(content, {embedded}, depth + 1);
     }
 
     // Adds up what frames hold: a content can be said to reach into the frames behind it.
     bool takesLittle(ZALDataView content, const FrameHeader& header) {
         content_ += content.size();
         if (header.isText() && !content.empty()) parts_ += partsOf(content);
-        return content_ <= contentMax_ && parts_ <= limits::id3TextParts;
+        if (header.isGenre()) genres_ += content.size();
+        if (header.isLyrics()) followLines(content);
+        return content_ <= contentMax_ && searched_ <= searchMax_ && parts_ <= limits::id3TextParts &&
+               genres_ <= limits::id3Genres;
+    }
+
+    // Behind encoding, language and two octets: a description, then texts with a time behind each.
+    void followLines(ZALDataView content) {
+        const bool isWide = !content.empty() && content[0] != 0 && content[0] != 3;
+        const auto behind = [&](std::size_t at) {
+            return isWide ? behindWideText(content, at) : behindText(content, at);
+        };
+        for (std::size_t at = behind(6); at < content.size() && searched_ <= searchMax_;) {
+            at = behind(at) + 4;
+        }
     }
 
     static std::size_t partsOf(ZALDataView text) {
@@ -195,8 +213,23 @@ class FrameWalk {
         if (at >= content.size()) return at;
         const auto end = std::find(content.begin() + static_cast<std::ptrdiff_t>(at), content.end(), 0);
         if (end != content.end()) return static_cast<std::size_t>(end - content.begin()) + 1;
-        content_ += content.size() - at;  // looked through in vain
+        searched_ += content.size() - at;
         return at;
+    }
+
+    std::size_t behindWideText(ZALDataView content, std::size_t at) {
+        if (at >= content.size()) return at;
+        for (std::size_t end = at; end + 1 < content.size(); end += 2) {
+            if (content[end] == 0 && content[end + 1] == 0) return end + 2;
+        }
+        searched_ += content.size() - at;
+        return at;
+    }
+
+    // What a byte takes when it is made: one letter between two NULs is a text of its own.
+    static std::uint64_t costOf(const FrameHeader& header) {
+        if (header.isGenre() || header.isLyrics()) return limits::id3Inflated / limits::id3Genres;
+        return header.isPayload() ? 2 : 128;
     }
 
     // `cost` is what a byte takes when it is made.
@@ -214,14 +247,16 @@ class FrameWalk {
         return true;
     }
 
-    static constexpr std::uint64_t textCost = 128;  // one letter between two NULs is a text of its own
-
     const Frames frames_;
     const bool decodesAll_;
     const std::uint64_t contentMax_;
+    const std::uint64_t searchMax_ = contentMax_ + (1 << 20);
     unsigned count_ = 0;
     std::uint64_t content_ = 0;
+    std::uint64_t decoded_ = 0;
+    std::uint64_t searched_ = 0;  // in vain, for the end of a text
     std::uint64_t parts_ = 0;
+    std::uint64_t genres_ = 0;
     std::uint64_t inflated_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "id3/ID3Guards.h"
 
+#include "base/Limits.h"
 #include "id3/ID3FrameWalk.h"
 #include "id3/MPEGFrames.h"
 #include "id3/TagLibBytes.h"
@@ -83,23 +84,68 @@ bool endsWithItsFooter(IOStream& stream, long position, long end) {
 
 }  // namespace
 
-const char* whyNotWritableMP3(IOStream& stream, bool rewritesAPE) {
-    long audioEnd = stream.length();
-    if (audioEnd >= trailerSize && read(stream, audioEnd - trailerSize, 3) == "TAG") audioEnd -= trailerSize;
-    const ByteVector ape = read(stream, audioEnd - apeSize, apeSize);
-    const bool hasAPE = audioEnd >= apeSize && ape.startsWith("APETAGEX");
-    const long apeLength = hasAPE ? static_cast<long>(ape.toUInt(12U, false)) : 0;
-    const bool hasHeader = hasAPE && (ape.toUInt(20U, false) & hasAPEHeader) != 0;
-    if (hasAPE) audioEnd -= apeSize;
+namespace {
 
+// An APE tag, by its footer in front of an ID3v1 tag or the file's end.
+struct APETag {
+    long end = 0;     // of the footer
+    long length = 0;  // as it says, with the footer
+    bool hasHeader = false;
+    std::uint32_t items = 0;
+};
+
+long endOfAudioAndAPE(IOStream& stream) {
+    const long end = stream.length();
+    const bool hasID3v1 = end >= trailerSize && read(stream, end - trailerSize, 3) == "TAG";
+    return hasID3v1 ? end - trailerSize : end;
+}
+
+std::optional<APETag> apeTag(IOStream& stream) {
+    const long end = endOfAudioAndAPE(stream);
+    const ByteVector footer = read(stream, end - apeSize, apeSize);
+    if (end < apeSize || !footer.startsWith("APETAGEX")) return std::nullopt;
+    return APETag{end, static_cast<long>(footer.toUInt(12U, false)),
+                  (footer.toUInt(20U, false) & hasAPEHeader) != 0, footer.toUInt(16U, false)};
+}
+
+// Follows the items as TagLib does, which counts places in 32 bits and splits texts at every NUL.
+bool hasFewTexts(const ByteVector& items, std::uint32_t count) {
+    const std::string_view bytes(items.data(), items.size());
+    std::uint64_t parts = 0;
+    std::uint64_t read = 0;
+    std::uint32_t at = 0;
+    for (; count > 0 && std::uint64_t{at} + 11 <= bytes.size(); --count) {
+        const auto keyEnd = bytes.find('\0', at + 8);
+        if (keyEnd == bytes.npos) break;
+        const std::string_view value = bytes.substr(keyEnd + 1, items.toUInt(at, false));
+        const bool isText = (items.toUInt(at + 4, false) & 6) == 0;
+        if (isText) parts += static_cast<std::uint64_t>(std::ranges::count(value, '\0'));
+        read += keyEnd + 1 - at + value.size();
+        if (parts > limits::id3TextParts || read > 2 * bytes.size()) return false;
+        at = static_cast<std::uint32_t>(keyEnd + 1 + items.toUInt(at, false));
+    }
+    return true;
+}
+
+}  // namespace
+
+bool isSafeAPE(IOStream& stream) {
+    const auto tag = apeTag(stream);
+    if (!tag || tag->length <= apeSize || tag->length > tag->end) return true;
+    return hasFewTexts(read(stream, tag->end - tag->length, tag->length - apeSize), tag->items);
+}
+
+const char* whyNotWritableMP3(IOStream& stream, bool rewritesAPE) {
+    const auto ape = apeTag(stream);
+    const long audioEnd = endOfAudioAndAPE(stream) - (ape ? apeSize : 0);
     const auto position = positionOfID3v2(stream);
     const long audioBegin = position ? endOfID3v2(stream, *position) : 0;
     if (audioBegin > audioEnd) return "its ID3v2 tag is longer than the room for it";
     if (position && !endsWithItsFooter(stream, *position, audioBegin)) return "its ID3v2 tag has no end";
-    if (!hasAPE || !rewritesAPE) return "";
-    const long apeBegin = audioEnd - (apeLength - apeSize) - (hasHeader ? apeSize : 0);
-    if (apeLength < apeSize || apeBegin < audioBegin) return "the length of its APE tag is wrong";
-    const bool beginsRight = !hasHeader || read(stream, apeBegin, 8) == "APETAGEX";
+    if (!ape || !rewritesAPE) return "";
+    const long apeBegin = audioEnd - (ape->length - apeSize) - (ape->hasHeader ? apeSize : 0);
+    if (ape->length < apeSize || apeBegin < audioBegin) return "the length of its APE tag is wrong";
+    const bool beginsRight = !ape->hasHeader || read(stream, apeBegin, 8) == "APETAGEX";
     return beginsRight ? "" : "its APE tag has no beginning";
 }
 

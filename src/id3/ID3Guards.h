@@ -15,6 +15,9 @@ namespace zal {
 /// True when no tag begins at the position.
 bool isSafeID3v2(TagLib::IOStream& stream, long position);
 
+/// False for an MP3 file whose APE tag would split into too many texts.
+bool isSafeAPE(TagLib::IOStream& stream);
+
 /// Where TagLib finds the ID3v2 tag of an MP3 file, if anywhere. Searches the whole file when it begins with
 /// neither a tag nor an MPEG frame.
 std::optional<long> positionOfID3v2(TagLib::IOStream& stream);

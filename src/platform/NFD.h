@@ -5,7 +5,7 @@
 
 namespace zal {
 
-/// The text in Unicode canonical decomposition. Text that is not UTF-8 stays as it is.
+/// The path in Unicode canonical decomposition. What is not UTF-8, or longer than a path, stays as it is.
 std::string canonicalDecomposition(std::string_view text);
 
 }  // namespace zal

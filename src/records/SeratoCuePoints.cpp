@@ -63,7 +63,8 @@ ZALArray<ZALTagCuePoint> cuePointsOnSeratoGrid(const ZALArray<ZALTagCuePoint>& c
                                                const std::optional<ZALTagSeratoGrid>& grid) {
     if (!grid) return cuePoints;
     std::vector<ZALTagCuePoint> moved;
-    for (const ZALTagCuePoint& cue : cuePoints) {
+    for (std::size_t i = 0; i < countOfMadeCues(cuePoints); ++i) {
+        const ZALTagCuePoint& cue = cuePoints[i];
         moved.push_back(ZALTagCuePoint::cuePointWithTime(grid->gridTimeForTime(cue.time()), cue.name()));
     }
     return moved;

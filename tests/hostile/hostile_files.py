@@ -73,6 +73,10 @@ def tags():
     yield "texts-that-claim-each-other", id3(frame(b"TIT2", b"\x7f" * 4 + b"\0a", flags=1) * 800 + objects(b"x", bytes(1 << 20)))
     yield "chapters-unsynchronised-twice", id3(chapter(escaped(bytes(17) + chapter(escaped(
         bytes(17) + b"CHAP\0\0\0\xff\0\x08" + syncsafe(1) + zlib.compress(bytes(17) + CHAPTERS[10:]) + bytes(400))))))
+    yield "genre-of-brackets", id3(frame(b"TCON", b"\0" + b"()" * 400000))
+    yield "genres-199000", id3(frame(b"TCON", b"".join(b"\0%d" % number for number in range(199000))))
+    yield "lyrics-without-ends", id3(frame(b"SYLT", b"\0eng\2\1d\0" + b"\1" * 1500000))
+    yield "links-in-14-million-parts", id3(b"WFD" + be(14000001)[1:] + bytes(14000000) + b"a", 2)
     yield "frames-20000", id3(frame(b"TXXX", b"\0a\0b") * 20000)
     for name, picture in pictures():
         yield "picture-" + name, id3(frame(b"APIC", b"\0image/x\0\3\0" + picture) * 3)
@@ -200,6 +204,8 @@ def audio_files():
         yield f"head-alone.{kind}", form(kind)[:12]
     for size in (0, 7, 31, 0x10000, 0xFFFFFFFF, 0x80000000):
         yield f"ape-{size:x}.mp3", AUDIO + b"APETAGEX" + le(2000) + le(size) + le(0x20000000) + le(1 << 31) + bytes(8)
+    texts = le(8000001) + bytes(4) + b"Title\0" + bytes(8000000) + b"a"
+    yield "ape-of-8-million-texts.mp3", AUDIO + texts + b"APETAGEX" + le(2000) + le(len(texts) + 32) + le(1) + bytes(12)
     text = lambda length, count: le(length) + b"x" + le(count) + le(length) + b"A=b"
     for name, blocks in (("comment-count", block(4, text(1, 0x20000000))), ("comment-length", block(4, text(0xFFFFFFFC, 1))),
                          ("comment-empty", block(4, b"")), ("past-file", block(4, b"x", 0xFFFFFF)),
@@ -245,6 +251,11 @@ def collections(rekordbox, traktor, path):
             content = make(path, inner).split(b"?>", 1)[1]
             yield name, program, XML + b"<!DOCTYPE x [" + kind + b"]>" + content
     million = 1000000
+    accents = rekordbox(path, "").replace(b"</COLLECTION>", b'<TRACK TrackID="9" Location="file://localhost/a%s"/></COLLECTION>')
+    yield "accents", "rekordbox", accents.replace(b"%s", ("\u0301" * 150000 + "\u0316" * 150000).encode())
+    defaults = "<!DOCTYPE x [<!ATTLIST N " + " ".join(f'a{i} CDATA ""' for i in range(10000)) + ">]>"
+    content = rekordbox(path, "<N/>" * million).split(b"?>", 1)[1]
+    yield "defaults", "rekordbox", XML + defaults.encode() + content
     for program, make in (("rekordbox", rekordbox), ("traktor", traktor)):
         yield "nested", program, make(path, "<N>" * million + "</N>" * million)
         yield "unclosed", program, make(path, "<N " + "<" * million)
