@@ -23,12 +23,31 @@ std::string milliseconds(double seconds) {
     return fmt::format("{:.6f}", std::isfinite(value) ? value : 0.0);
 }
 
+// True for a text that milliseconds() makes of the time that is read from it: of no more digits than a number
+// holds, six of them behind the point.
+bool isFormatted(std::string_view text) {
+    constexpr std::size_t fraction = 7;
+    if (text.size() <= fraction || text.size() > 16) return false;
+    const std::size_t point = text.size() - fraction;
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    return text[point] == '.' && (text[0] != '0' || point == 1) &&
+           std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(point), isDigit) &&
+           std::all_of(text.begin() + static_cast<std::ptrdiff_t>(point) + 1, text.end(), isDigit);
+}
+
 double seconds(const std::string& milliseconds) {
     return zal::doubleValue(milliseconds) / 1000;
 }
 
 bool isCue(const zal::XMLElement& element) {
     return element.name() == elementName || zal::asciiLowercase(element.name()) == "cue_v2";
+}
+
+// A save writes every cue, nearly all of them as they are.
+void setTime(zal::XMLElement element, const char* attribute, double time) {
+    const std::string text = element.attributeText(attribute);
+    if (!isFormatted(text) || seconds(text) != time)
+        element.setExistingAttribute(attribute, milliseconds(time));
 }
 
 std::int64_t integerOf(const zal::XMLElement& element, const char* attribute) {
@@ -96,8 +115,8 @@ std::optional<std::int64_t> ZALTraktorCuePoint::orderOfXMLElement(const zal::XML
 void ZALTraktorCuePoint::updateXMLElement(zal::XMLElement element) const {
     element.setExistingAttribute("NAME", name_);
     element.setExistingAttribute("TYPE", std::to_string(type_));
-    element.setExistingAttribute("START", milliseconds(startTime_));
-    element.setExistingAttribute("LEN", milliseconds(length_));
+    setTime(element, "START", startTime_);
+    setTime(element, "LEN", length_);
     element.setExistingAttribute("HOTCUE", std::to_string(std::max<std::int64_t>(index(), 0)));
 }
 
