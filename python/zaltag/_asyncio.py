@@ -2,7 +2,7 @@
 import asyncio
 import contextlib
 import functools
-from typing import Iterator, Optional, Union
+from typing import Callable, Iterator, Optional, Union
 
 from . import _core
 
@@ -16,8 +16,16 @@ def main_queue_on(loop: Optional[asyncio.AbstractEventLoop] = None) -> Iterator[
     global _loop
     if _loop is not None:
         raise RuntimeError("the main queue goes to an event loop already")
-    _loop = loop or asyncio.get_running_loop()
-    _core.set_main_queue(_loop.call_soon_threadsafe)
+    target = _loop = loop or asyncio.get_running_loop()
+
+    def post(block: Callable[[], object]) -> None:
+        try:
+            target.call_soon_threadsafe(block)
+        except RuntimeError:
+            if not target.is_closed():  # then nobody waits for it any more
+                raise
+
+    _core.set_main_queue(post)
     try:
         yield
     finally:
