@@ -30,8 +30,8 @@ class ProgramTest(unittest.TestCase):
         with open(path, "rb") as file:
             return file.read()
 
-    def run_program(self, *arguments):
-        return subprocess.run([ZALTAG, *arguments], capture_output=True, timeout=120)
+    def run_program(self, *arguments, **options):
+        return subprocess.run([ZALTAG, *arguments], capture_output=True, timeout=120, **options)
 
     def zaltag(self, *arguments, status=0):
         """Runs the program, checks its exit status, and gives both outputs as text."""
