@@ -26,7 +26,8 @@ std::uint32_t plainNumber(ZALDataView bytes) {
     return number;
 }
 
-// As TagLib reads it: with an octet of more than 7 bits it is a plain one.
+// As TagLib reads it, without the vectors that its own function takes: with an octet of more than 7 bits it is a
+// plain one.
 std::uint32_t syncSafeNumber(ZALDataView bytes) {
     std::uint32_t number = 0;
     for (const std::uint8_t byte : bytes) {
@@ -121,7 +122,7 @@ class FrameWalk {
             const auto header = frames_.headerAt(frames, at);
             if (!header) continue;
             if (++count_ > 2 * limits::id3Frames) return false;
-            // Both lengths are followed; TagLib's way is one of them.
+            // Both lengths are followed, so that the walk misses no frame; TagLib reads one of the contents.
             const bool isPlain = frames_.isPlainLength(frames, at, *header);
             for (const bool plain : {false, true}) {
                 const std::size_t length = plain ? header->plainLength : header->length;
