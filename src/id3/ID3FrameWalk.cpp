@@ -26,8 +26,8 @@ std::uint32_t plainNumber(ZALDataView bytes) {
     return number;
 }
 
-// As TagLib reads it, without the vectors that its own function takes: with an octet of more than 7 bits it is a
-// plain one.
+// As TagLib reads it, without the vectors that its own function takes: with an octet of more than 7 bits it
+// is a plain one.
 std::uint32_t syncSafeNumber(ZALDataView bytes) {
     std::uint32_t number = 0;
     for (const std::uint8_t byte : bytes) {
