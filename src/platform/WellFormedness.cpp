@@ -6,14 +6,19 @@
 #include <expat.h>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace zal {
 
 namespace {
 
-constexpr int blockSize = 1 << 20;
+// A token that does not end within a block, such as a long attribute, is read anew with each block that
+// follows: blocks double for as long as it goes on, so that what is read stays in proportion to the file.
+constexpr int shortestBlock = 1 << 20;
+constexpr int longestBlock = 1 << 28;
 
 struct Check {
     XML_Parser parser;
@@ -64,15 +69,22 @@ std::string check(ZALFileHandle& handle) {
     XML_SetNotStandaloneHandler(parser.get(), documentIsNotStandalone);
 
     std::uint64_t position = 0;
+    int blockSize = shortestBlock;
+    XML_Index token = -1;  // where the one begins that is read
     for (bool last = false; !last;) {
         void* buffer = XML_GetBuffer(parser.get(), blockSize);
         if (buffer == nullptr) return "there is not enough memory";
         std::size_t count = 0;
-        const std::span<std::uint8_t> block(static_cast<std::uint8_t*>(buffer), blockSize);
+        const std::span<std::uint8_t> block(static_cast<std::uint8_t*>(buffer),
+                                            static_cast<std::size_t>(blockSize));
         if (const auto error = handle.readAt(position, block, count)) return describe(error);
         position += count;
         last = count < block.size();
-        if (XML_ParseBuffer(parser.get(), static_cast<int>(count), last) == XML_STATUS_OK) continue;
+        if (XML_ParseBuffer(parser.get(), static_cast<int>(count), last) == XML_STATUS_OK) {
+            const XML_Index before = std::exchange(token, XML_GetCurrentByteIndex(parser.get()));
+            blockSize = token == before ? std::min(2 * blockSize, longestBlock) : shortestBlock;
+            continue;
+        }
         const std::string_view reason =
             state.refusal.empty() ? XML_ErrorString(XML_GetErrorCode(parser.get())) : state.refusal;
         return fmt::format("{} (line {}, column {})", reason, XML_GetCurrentLineNumber(parser.get()),
