@@ -1,9 +1,9 @@
 // Opens one audio file, reads everything, sets a field and saves. Prints what became of it: "null", "refused"
 // or "saved"; ends with 0 when that is as it must be.
 
-#include "AudioFile.h"
+#include "support/ReadEverything.h"
 
-#include <zaltag/tag/ZALTag.h>
+#include <zaltag/platform/ZALHost.h>
 
 #include <cstdio>
 

@@ -18,36 +18,25 @@ using testing::IsEmpty;
 class SaveFaults : public testing::Test {
   protected:
     ~SaveFaults() override { ZALHost::shared().setSaveMode(ZALSaveMode::safe); }
-
-    int pointsOf(const FaultResult& result) {
-        EXPECT_THAT(result.damage, IsEmpty());
-        return result.points;
-    }
 };
 
-TEST_F(SaveFaults, everyFailingOperationLeavesTheOldFileOrTheNewOne) {
-    for (const ZALSaveMode mode : {ZALSaveMode::safe, ZALSaveMode::inPlace}) {
+TEST_F(SaveFaults, everyFailureOrKillLeavesTheOldFileOrTheNewOne) {
+    for (const auto& [mode, least] :
+         {std::pair(ZALSaveMode::safe, 1032), std::pair(ZALSaveMode::inPlace, 492)}) {
         ZALHost::shared().setSaveMode(mode);
         int points = 0;
         for (const SaveCase& row : saveCases()) {
-            points += pointsOf(tryFaults(row));
+            for (const Fault fault : {Fault::failure, Fault::kill}) {
+                // A kill in a save in place may tear the file: that is what the mode is.
+                if (fault == Fault::kill && mode == ZALSaveMode::inPlace) continue;
+                const FaultResult result = tryFaults(row, fault);
+                EXPECT_THAT(result.damage, IsEmpty());
+                EXPECT_GE(result.points, 8) << row.name;
+                points += result.points;
+            }
         }
-        EXPECT_GT(points, 60);
-        std::cout << (mode == ZALSaveMode::safe ? "safe" : "in place") << ": " << points
-                  << " failing operations tried\n";
-    }
-}
-
-TEST_F(SaveFaults, everyFailingOrKillingSystemCallLeavesTheOldFileOrTheNewOne) {
-    if (!ZALTAG_PRELOADS) GTEST_SKIP() << "nothing can be preloaded under a sanitizer";
-    for (const OutsideFault fault : {OutsideFault::failing, OutsideFault::killing}) {
-        int points = 0;
-        for (const SaveCase& row : saveCases()) {
-            points += pointsOf(tryOutsideFaults(row, fault));
-        }
-        EXPECT_GT(points, 30);
-        std::cout << points << (fault == OutsideFault::failing ? " failing" : " killing")
-                  << " system calls tried\n";
+        EXPECT_GE(points, least) << "is every row still tried?";
+        std::cout << (mode == ZALSaveMode::safe ? "safe: " : "in place: ") << points << " faults tried\n";
     }
 }
 

@@ -85,7 +85,7 @@ class SafeFileTest : public testing::Test {
     }
 
     const LogCapture log_;
-    const TemporaryFolder folder_;
+    const TemporaryFolder folder_{std::filesystem::temp_directory_path()};  // on a real file system
     const std::string old_ = someText(200'000);
     const std::string path_;
 };

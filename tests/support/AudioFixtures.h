@@ -7,10 +7,11 @@
 #include <string>
 #include <string_view>
 
-/// A folder that goes away with its object.
+/// A folder that goes away with its object; in memory where there is room, unless another place is asked for.
 class TemporaryFolder {
   public:
     TemporaryFolder();
+    explicit TemporaryFolder(const std::filesystem::path& where);
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;

@@ -5,6 +5,8 @@
 #include "support/ContainerFixtures.h"
 #include "support/WavFixtures.h"
 
+#include <zaltag/tools/ZALCopyTag.h>
+
 #include <algorithm>
 
 namespace {
@@ -43,5 +45,17 @@ const std::vector<Format>& formats() {
          {"grouping", "modifiedBy"},
          {"comment"}},
     };
+    return all;
+}
+
+const Format& formatOf(std::string_view extension) {
+    return *std::find_if(formats().begin(), formats().end(),
+                         [&](const Format& format) { return format.extension == extension; });
+}
+
+const std::vector<Copier>& copiers() {
+    static const std::vector<Copier> all{{"mp3", "mp3", ZALCopyTagID3},     {"m4a", "m4a", ZALCopyTagMP4},
+                                         {"m4a", "mp3", ZALCopyTagMP42ID3}, {"wav", "wav", ZALCopyTagWAV},
+                                         {"aiff", "aiff", ZALCopyTagAIFF},  {"flac", "flac", ZALCopyTagFLAC}};
     return all;
 }

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <zaltag/base/ZALData.h>
+#include <zaltag/base/ZALText.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// A format as the tests that hold for every container see it.
@@ -19,3 +21,13 @@ struct Format {
 
 /// Every format the library opens.
 const std::vector<Format>& formats();
+/// The one whose files have this extension.
+const Format& formatOf(std::string_view extension);
+
+/// A function that copies the tags of one file into another, and the extensions of both.
+struct Copier {
+    const char* from;
+    const char* to;
+    bool (*copy)(const ZALNullableString& source, const ZALNullableString& destination);
+};
+const std::vector<Copier>& copiers();
