@@ -41,12 +41,11 @@ for program in "${threaded[@]}"; do
 done
 
 echo "== fuzz targets, $fuzz_seconds s each"
-for target in build/fuzz/fuzz/fuzz_*; do
-    [ -x "$target" ] || continue
-    name=$(basename "$target")
+for corpus in fuzz/corpus/*; do
+    name=$(basename "$corpus")
     work=$(mktemp -d)
-    if ! "$target" -max_total_time="$fuzz_seconds" -max_len=4096 -timeout=10 -rss_limit_mb=2048 \
-        -artifact_prefix="$work/" "$work" "fuzz/corpus/${name#fuzz_}" >"$work.log" 2>&1; then
+    if ! ZALTAG_FUZZ_TARGET=$name build/fuzz/fuzz/zaltag_fuzz -max_total_time="$fuzz_seconds" -max_len=4096 \
+        -timeout=10 -rss_limit_mb=2048 -artifact_prefix="$work/" "$work" "$corpus" >"$work.log" 2>&1; then
         tail -n 40 "$work.log"
         echo "$name: found something, the input is in $work"
         exit 1
