@@ -139,7 +139,6 @@ Operation setAll(std::uint8_t first, std::uint8_t second) {
 void restore(ZALTag& tag) {
     tag.restoreOriginalImage();
 }
-
 void clear(ZALTag& tag) {
     EXPECT_TRUE(tag.replacePrimaryImage(nullptr, false));
 }
@@ -155,22 +154,9 @@ TEST_F(ContainerArtwork, inID3WhatIsMadeAnewHasNeitherTypeNorDescription) {
                  {backup(5), {"5c image/png 0 ", "3o image/jpeg 0 ", "2 image/jpeg 0 "}},
                  {refuse, {"5c image/png 0 ", "3o image/jpeg 0 ", "2 image/jpeg 0 "}},
                  {restore, {"3o image/jpeg 0 ", "2 image/jpeg 0 "}},
-                 {backup(6), {"6c image/png 0 ", "3o image/jpeg 0 ", "2 image/jpeg 0 "}},
                  {setAll(6, 7), {"6 image/png 0 ", "7 image/png 0 "}},
                  {clear, {}},
-                 {restore, {}},
-                 {backup(0), {}},
-                 {backup(3), {"3c image/png 0 "}},
-                 {restore, {}},
-                 {replace(3), {"3 image/png 0 "}}});
-    openMP3({apic(marked(1, 'o'), 3), apic(marked(2, ' '), 3), apic(marked(3, 'c'), 3), apic(bytesOf("x"), 3),
-             apic(marked(4, 'o'), 3)});
-    EXPECT_EQ(tag->allImages().size(), 4u) << "one does not decode";
-    EXPECT_EQ(tag->allStoredImages().size(), 5u);
-    expectSteps({{restore, {"4o image/jpeg 0 ", "2 image/jpeg 0 ", "? image/jpeg 0 "}}});
-    openMP3({apic(cut(marked(1, ' ')), 3)});
-    EXPECT_TRUE(tag->hasImages() && !tag->hasOriginalImage());
-    expectSteps({{backup(3), {"3c image/png 0 ", "? image/jpeg 0 "}}, {restore, {"? image/jpeg 0 "}}});
+                 {backup(3), {"3c image/png 0 "}}});
     openMP3({apic(cut(marked(1, 'c')), 3)});
     EXPECT_FALSE(tag->hasCustomizedImage());
     expectSteps({{refuse, {"?c image/jpeg 3 about"}}});  // its mark protects it
@@ -183,26 +169,18 @@ TEST_F(ContainerArtwork, inID3WhatIsMadeAnewHasNeitherTypeNorDescription) {
 TEST_F(ContainerArtwork, inID3FramesThatAreNoPicturesStay) {
     // TagLib keeps an encrypted frame as it is, an APIC frame that is no picture, and writes it without the
     // mark.
-    const ZALData encrypted = apic(marked(9, ' '), 3, 0x0004), first = apic(marked(1, ' '), 3);
-    const std::string line = "ZALTag: APIC frame ignored after failed cast";
+    const ZALData encrypted = apic(marked(9, ' '), 3, 0x0004);
     const LogCapture log;
-    openMP3({encrypted, first});
+    openMP3({encrypted, apic(marked(1, ' '), 3)});
     EXPECT_TRUE(tag->hasOriginalImage());
     EXPECT_EQ(tag->allImages().size(), 1u);
     EXPECT_THAT(log.lines(), testing::IsEmpty());
-    EXPECT_EQ(tag->allImageData().size(), 1u);
     expectSteps(
         {{backup(3), {"9 image/jpeg 3 about", "1 image/jpeg 3 about"}},  // the first entry cannot be kept
-         {restore, {"9 image/jpeg 3 about", "1 image/jpeg 0 "}}});
-    EXPECT_THAT(log.lines(), testing::ElementsAre(line, line, line));
-    openMP3({first, encrypted, apic(marked(2, ' '), 3)});
-    expectSteps(
-        {{backup(3), {"9 image/jpeg 3 about", "3c image/png 0 ", "1o image/jpeg 0 ", "2 image/jpeg 0 "}}});
-    EXPECT_EQ(log.lines().size(), 4u);
-    openMP3({encrypted});
-    EXPECT_TRUE(tag->hasImages());
-    expectSteps({{backup(3), {"9 image/jpeg 3 about", "3c image/png 0 "}}, {setAll(0, 0), {}}});
-    EXPECT_EQ(log.lines().size(), 4u);
+         {restore, {"9 image/jpeg 3 about", "1 image/jpeg 0 "}},
+         {setAll(0, 0), {}}});
+    EXPECT_THAT(log.lines(), testing::Each("ZALTag: APIC frame ignored after failed cast"));
+    EXPECT_EQ(log.lines().size(), 2u);
 }
 
 TEST_F(ContainerArtwork, thatIsTooMuchIsNotListed) {
@@ -218,45 +196,27 @@ TEST_F(ContainerArtwork, thatIsTooMuchIsNotListed) {
 }
 
 TEST_F(ContainerArtwork, inMP4EveryCoverIsCalledAPNG) {
-    openMP4({marked(1, ' '), marked(2, ' ')});
-    EXPECT_EQ(*tag->originalImage(), *image(1));
-    expectSteps({{backup(3), {"3c 14", "1o 14", "2 14"}},
-                 {backup(4), {"4c 14", "1o 14", "2 14"}},
-                 {replace(5), {"5c 14", "1o 14", "2 14"}},  // takes the customised one's place
-                 {restore, {"1o 14", "2 14"}},
+    openMP4({marked(1, ' '), marked(2, ' '), bytesOf("x")});
+    EXPECT_EQ(tag->allImages().size(), 2u) << "one does not decode";
+    expectSteps({{backup(3), {"3c 14", "1o 14", "2 14", "? 14"}},
+                 {replace(5), {"5c 14", "1o 14", "2 14", "? 14"}},  // takes the customised one's place
+                 {restore, {"1o 14", "2 14", "? 14"}},
                  {setAll(6, 7), {"6 14", "7 14"}},
                  {replace(8), {"8 14", "7 14"}},
                  {mark(9), {"9c 14", "7 14"}},
-                 {replace(0), {}},
-                 {backup(3), {"3c 14"}}});
-    EXPECT_FALSE(tag->hasOriginalImage());
-    openMP4({marked(1, 'o'), marked(2, ' '), marked(3, 'c'), bytesOf("x"), marked(4, 'o')});
-    EXPECT_EQ(tag->allImages().size(), 4u) << "one does not decode";
-    EXPECT_EQ(tag->allImageData().size(), 5u);
-    expectSteps({{restore, {"4o 14", "1o 14", "2 14", "? 14"}}});
+                 {replace(0), {}}});
     openMP4({cut(marked(3, 'c')), marked(1, 'o')});
-    EXPECT_EQ(saved().front(), "?c 14");
     expectSteps({{replace(5), {"5 14", "1o 14"}}});  // one that does not decode is no customised one
 }
 
 TEST_F(ContainerArtwork, inMP4SomeOperationsAddAnEmptyItem) {
-    const auto look = [](ZALTag& t) {
-        EXPECT_FALSE(t.hasOriginalImage() || t.hasCustomizedImage() || !t.allStoredImages().empty());
-    };
-    const auto refuseUnrenderable = [](ZALTag& t) {
-        t.backupOriginalImageAndSetCustomImage(unrenderable);
-        EXPECT_FALSE(t.replaceOriginalImage(unrenderable));
-    };
     const std::pair<Operation, bool> operations[] = {
-        {look, false},
+        {[](ZALTag& t) { EXPECT_FALSE(t.hasOriginalImage() || !t.allStoredImages().empty()); }, false},
         {[](ZALTag& t) { EXPECT_FALSE(t.hasImages()); }, true},
-        {[](ZALTag& t) { t.allImages(); }, true},
-        {[](ZALTag& t) { t.allImageData(); }, true},
         {[](ZALTag& t) { t.setAllImages({}); }, true},
         {restore, true},
         {backup(0), false},
-        {refuseUnrenderable, false},
-        {replace(0), false},
+        {[](ZALTag& t) { EXPECT_FALSE(t.replaceOriginalImage(unrenderable)); }, false},
     };
     const LogCapture log;
     const std::string_view name = "covr";
@@ -273,23 +233,14 @@ TEST_F(ContainerArtwork, inFLACTheOriginalIsLast) {
     open("a.flac", flacFile({block(marked(1, ' '), 6, "image/jpeg"), block(marked(2, ' '), 4, "image/png"),
                              block(marked(3, ' '), 5, "image/jpeg")}));
     EXPECT_EQ(*tag->originalImage(), *image(3));
-    EXPECT_EQ(tag->allImages()[0].imageType, 6u);
     // The backup is made after the host's picture was put in; the second one goes into the first picture.
     expectSteps({{backup(4), {"2 image/png 4", "3 image/jpeg 5", "4o image/jpeg 0", "4c image/jpeg 6"}},
                  {backup(5), {"5c image/png 3", "3 image/jpeg 5", "4o image/jpeg 0", "4c image/jpeg 6"}},
                  {replace(6), {"6c image/png 3", "3 image/jpeg 5", "4o image/jpeg 0", "4c image/jpeg 6"}},
                  {restore, {"3 image/jpeg 5", "4o image/jpeg 3"}},
-                 {mark(7), {"7c image/jpeg 3", "4o image/jpeg 3"}},
                  {setAll(6, 7), {"6 image/png 0", "7 image/png 0"}},
-                 {replace(8), {"8 image/png 3", "7 image/png 0"}},
-                 {replace(0), {}},
-                 {replace(1), {"1 image/png 3"}},
                  {replace(0), {}},
                  {backup(3), {"3c image/png 3"}}});
-    EXPECT_FALSE(tag->hasOriginalImage());
-    open("a.flac", flacFile({block(marked(1, 'o'), 3, "a"), block(marked(2, ' '), 7, "b"),
-                             block(marked(3, 'c'), 3, "c"), block(marked(4, 'o'), 9, "d")}));
-    expectSteps({{restore, {"2 b 7", "4o d 3"}}});
 }
 
 TEST_F(ContainerArtwork, thatCannotBeRenderedChangesNothing) {

@@ -16,55 +16,6 @@ ZALData withByte(ZALData bytes, std::size_t at, std::uint8_t value) {
     return bytes;
 }
 
-// Tells the hooks in the order of their calls, with the id or type at hand.
-class Recorder final : public zal::WavMetadataParser {
-  public:
-    std::string calls;
-
-  private:
-    void note(std::uint32_t id) {
-        for (int shift = 0; shift < 32; shift += 8) {
-            calls += static_cast<char>(id >> shift);
-        }
-        calls += " ";
-    }
-    void OnRIFF(std::uint32_t formType) override { note(formType); }
-    void OnRIFFEnd() override { calls += "end"; }
-    void OnLIST(std::uint32_t listType) override { note(listType); }
-    void OnVCAS() override { note(chunkID_); }
-    void OnOther() override { note(chunkID_); }
-};
-
-TEST(WavParser, callsAHookForEveryChunkOfTheForm) {
-    const ZALData list = riffChunk("LIST", joined({bytesOf("INFO"), riffChunk("VCAS", bytesOf("inner"))}));
-    const auto record = [](const char* text) { return riffChunk("VCAS", bytesOf(text)); };
-    const std::tuple<const char*, ZALData, bool, const char*, const char*> rows[] = {
-        {"an ordinary file", riffForm({wavFormat(), list, record("abcd")}), true, "WAVE fmt  INFO VCAS end",
-         "abcd"},
-        {"the last record wins", riffForm({record("first"), record("last")}), true, "WAVE VCAS VCAS end",
-         "last"},
-        {"too short to mean anything", riffForm({record("kept"), record("abc"), riffChunk("LIST", {'I'})}),
-         true, "WAVE VCAS end", "kept"},
-        {"a header cut short", riffForm({wavFormat(), bytesOf("VCAS\4\0\0")}), true, "WAVE fmt  end", ""},
-        {"another form", withByte(wavFile(), 8, 'X'), true, "", ""},
-        {"no form type", riffChunk("RIFF", bytesOf("WAV")), true, "", ""},
-        {"a form longer than its file", withByte(wavFile(), 7, 1), false, "", ""},
-        {"another file", withByte(wavFile(), 0, 'X'), false, "", ""},
-        {"an empty file", {}, false, "", ""},
-    };
-    const TemporaryFolder folder;
-    for (const auto& [what, file, isRIFF, calls, payload] : rows) {
-        Recorder recorder;
-        ASSERT_TRUE(recorder.OpenFile(folder.write("a.wav", file)));
-        EXPECT_EQ(recorder.ParseFile(), isRIFF) << what;
-        EXPECT_EQ(recorder.calls, calls) << what;
-        EXPECT_EQ(recorder.VCASPayload(), bytesOf(payload)) << what;
-    }
-    Recorder recorder;
-    EXPECT_FALSE(recorder.OpenFile((folder.path() / "missing").string()));
-    EXPECT_FALSE(recorder.OpenFile(folder.path().string()) || recorder.ParseFile());
-}
-
 // What the inserter makes of a file; null unless it says that it is complete.
 std::optional<ZALData> rewritten(const ZALData& file, std::string_view payload) {
     const TemporaryFolder folder;

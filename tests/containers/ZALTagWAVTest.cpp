@@ -48,76 +48,50 @@ class WAV : public testing::Test {
     std::string path_;
 };
 
-TEST_F(WAV, opensWhatBeginsAsOne) {
-    const auto tag = opened(wavFile());
-    EXPECT_TRUE(!tag->hasID3v1Tag() && tag->hasID3v2Tag() && !tag->title());
-    ZALData other = wavFile();
-    other[8] = 'X';
-    EXPECT_EQ(opened(other), nullptr);
-    EXPECT_EQ(ZALTagWAV::tagAtPath(folder_.write("song.mp3", wavFile())), nullptr);
-}
-
-TEST_F(WAV, doesNotOpenWhatTagLibCannotWalk) {
-    opened(wavFile());
-    std::filesystem::resize_file(path_, std::uintmax_t{1} << 32);
-    EXPECT_EQ(again(), nullptr);
-    opened(joined({withoutLast(wavFile({riffChunk("LIST", {})}), 4), fromHex("00000011")}));
-    std::filesystem::resize_file(path_, std::uintmax_t{1} << 29);
-    EXPECT_EQ(again(), nullptr);
-    ZALData many;
-    for (int i = 0; i < 10'000; ++i) {
-        many.insert(many.end(), {'j', 'u', 'n', 'k', 0, 0, 0, 0});
-    }
-    EXPECT_EQ(opened(wavFile({many})), nullptr);
-}
-
 TEST_F(WAV, hasOnlyTheInheritedPictures) {
     const auto tag = opened(wavFile(
         {riffChunk("ID3 ", id3Tag({id3Frame("APIC", bytesOf(std::string("\0image/png\0\3\0bytes", 18)))}))}));
-    EXPECT_EQ(tag->allImageData().size(), 1u);
     EXPECT_FALSE(tag->supportsImages() || tag->hasImages() || tag->hasOriginalImage() ||
                  tag->hasCustomizedImage() || tag->replaceOriginalImage(nullptr));
     tag->setAllImages({});
     tag->restoreOriginalImage();
     tag->backupOriginalImageAndSetCustomImage(nullptr);
-    EXPECT_TRUE(tag->allImages().empty() && tag->primaryImage() == nullptr);
     EXPECT_EQ(tag->allImageData().size(), 1u);
     EXPECT_TRUE(tag->replacePrimaryImage(nullptr, false) && tag->allImageData().empty());
 }
 
 TEST_F(WAV, theInfoListIsTheSecondStoreOfSixFields) {
-    const auto tag = opened(wavFile(
-        {infoList({{"INAM", "info title"}, {"ICRD", "1999-05-01"}, {"ISFT", "kept"}, {"ICMT", "note"}}),
-         riffChunk("id3 ", id3Tag({id3Text("TIT2", ""), id3Text("TPE1", "A")}))}));
-    EXPECT_TRUE(tag->title() == "info title" && tag->artist() == "A" && tag->comment() == "note");
-    EXPECT_TRUE(!tag->infoArtist() && !tag->album() && tag->year() == 1999);
-    tag->setTitle("Ö");
-    tag->setArtist(std::nullopt);
-    tag->setAlbum("B");
-    tag->setGenre("G");
-    tag->setComment("C");
-    tag->setYear(2001);
-    tag->setInfoGenre("own");
-    ASSERT_TRUE(tag->save());
-    EXPECT_EQ(infoOfFile(), infoList({{"ICMT", "C"},
-                                      {"ICRD", "2001"},
-                                      {"IGNR", "own"},
-                                      {"INAM", "Ö"},
-                                      {"IPRD", "B"},
-                                      {"ISFT", "kept"}}));
-    EXPECT_TRUE(again()->title() == "Ö" && !again()->artist() && again()->genre() == "G");
-}
-
-TEST_F(WAV, infoFieldsAreSetByKey) {
-    const auto tag = opened(wavFile());
-    for (const char* key : {"infoTitle", "infoArtist", "infoAlbum", "infoGenre", "infoComment"}) {
-        tag->setValue(key, key);
-        EXPECT_EQ(tag->valueForKey(key).stringValue(), key);
+    auto tag = opened(wavFile({infoList({{"INAM", "title"},
+                                         {"IART", "artist"},
+                                         {"IPRD", "album"},
+                                         {"IGNR", "genre"},
+                                         {"ICMT", "comment"},
+                                         {"ICRD", "1999-05-01"},
+                                         {"ISFT", "kept"}}),
+                               riffChunk("id3 ", id3Tag({id3Text("TIT2", "")}))}));
+    for (const char* key : {"title", "artist", "album", "genre", "comment"}) {
+        EXPECT_EQ(tag->valueForKey(key).stringValue(), key) << "is read where ID3 has none";
+        tag->setValue("Ö", key);
     }
+    EXPECT_EQ(tag->year(), 1999);
+    tag->setArtist(std::nullopt);
+    tag->setYear(2001);
+    for (const char* key : {"infoTitle", "infoAlbum", "infoGenre"}) {
+        tag->setValue(key, key);
+    }
+    ASSERT_TRUE(tag->save());
+    EXPECT_EQ(infoOfFile(), infoList({{"ICMT", "Ö"},
+                                      {"ICRD", "2001"},
+                                      {"IGNR", "infoGenre"},
+                                      {"INAM", "infoTitle"},
+                                      {"IPRD", "infoAlbum"},
+                                      {"ISFT", "kept"}}));
+    tag = again();
+    EXPECT_TRUE(tag->title() == "Ö" && !tag->artist() && tag->genre() == "Ö" && tag->infoYear() == 2001);
+    tag->setValue("a", "infoArtist");
+    tag->setValue("c", "infoComment");
     tag->setValue(1987, "infoYear");
-    EXPECT_TRUE(tag->year() == 1987 && tag->album() == "infoAlbum" && tag->comment() == "infoComment");
-    EXPECT_EQ(tag->propertyKeys().size(),
-              ZALTagID3::tagAtPath(folder_.write("a.mp3", mpegFrames()))->propertyKeys().size() + 6);
+    EXPECT_TRUE(tag->artist() == "a" && tag->infoComment() == "c" && tag->infoYear() == 1987);
 }
 
 TEST_F(WAV, infoTextThatIsNotUTF8IsReadAsLatin1AndKept) {
@@ -171,36 +145,6 @@ TEST_F(WAV, theRecordIsWrittenAlsoWhenTheTagsCannotBe) {
     EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
     EXPECT_EQ(content(), wavFile({recordChunk(true)}));
     EXPECT_TRUE(tag->tempo() == 124 && tag->title() == "t");
-}
-
-TEST_F(WAV, damagedChunksAreReadButNotSaved) {
-    const ZALData list = infoList({{"INAM", "info"}});
-    ZALData streamed = wavFile({list});  // sizes that were never written
-    std::fill_n(streamed.begin() + 4, 4, 0xFF);
-    std::fill_n(streamed.begin() + 40, 4, 0xFF);
-    ZALData unsized = streamed;
-    std::fill_n(unsized.begin() + 4, 4, 0);
-    ZALData cutOff = wavFile();
-    cutOff[4] = 36;
-    cutOff[40] = 0;
-    // A tag of odd length without a pad byte: taking it away moves all pad bytes behind it to wrong places.
-    const ZALData tag_ = riffChunk("ID3 ", id3Tag({id3Text("TIT2", "odd")}, 1));
-    const ZALData odd = riffForm({wavFormat(), withoutLast(tag_, 1), wavAudio(), {0}, riffChunk("cue ", {})});
-    const ZALData torn = wavFile({list, riffChunk("\1\2\3\4", {}), wavAudio()}),
-                  rest = wavFile({list, bytesOf("dat")});
-    for (const ZALData& file : {odd, withoutLast(wavFile(), 20), streamed, unsized, cutOff, torn, rest,
-                                riffForm({list}), riffForm({})}) {
-        const auto tag = opened(file);
-        ASSERT_NE(tag, nullptr);
-        tag->setZalVelvetCascade(record(true));
-        tag->setArtist("A");
-        const LogCapture log;
-        ZALError error;
-        EXPECT_FALSE(tag->save(&error)) << toHex(file);
-        EXPECT_EQ(error.code, ZALErrorCode::saveFailed);
-        EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("could not save '" + path_)));
-        EXPECT_EQ(content(), file);
-    }
 }
 
 TEST_F(WAV, theRecordIsNotWrittenWhereThatWouldLoseAChunk) {

@@ -1,6 +1,7 @@
 """The hostile set: audio files and collections that break what believes them. Every audio file that could be saved
 holds AUDIO, which no save may lose."""
 import base64
+import random
 import struct
 import zlib
 
@@ -64,6 +65,11 @@ def tags():
     yield "footer-alone", id3(b"x", 4, 0x10)
     yield "unsynchronised", id3(b"\xff" * 1000, 3, 0x80)
     yield "chapters-20000-deep", CHAPTERS
+    yield "chapters-3-deep", make_chapters(3)
+    yield "chapters-4-deep", make_chapters(4)
+    yield "chapters-of-noise", id3(chapter(b"a" + bytes(17) + NOISE) * 2 + NOISE)
+    yield "chapters-in-a-text", id3(frame(b"CHAP", b"a\0\0\0CHAP\0\0\0\x22TIT2" + bytes(20)) + frame(b"TIT2", b"\0CHAP ONE"))
+    yield "chapter-that-cannot-be-inflated", id3(frame(b"CHAP", be(20) + b"\x78\x9c\0\0", flags=8))
     yield "inflating-to-2-gb", id3(frame(b"TXXX", syncsafe(1) + BOMB, flags=9))
     yield "inflating-to-2-gb-v23", id3(frame(b"TXXX", be(1) + BOMB, be(len(BOMB) + 4), 0x80), 3)
     yield "inflating-in-a-chapter", id3(chapter(escaped(bytes(17) + unsynchronised(b"PRIV", b"\x01\xff\x01\x01" + BOMB))))
@@ -78,6 +84,7 @@ def tags():
     yield "lyrics-without-ends", id3(frame(b"SYLT", b"\0eng\2\1d\0" + b"\1" * 1500000))
     yield "links-in-14-million-parts", id3(b"WFD" + be(14000001)[1:] + bytes(14000000) + b"a", 2)
     yield "frames-20000", id3(frame(b"TXXX", b"\0a\0b") * 20000)
+    yield "frames-9990", id3(frame(b"TXXX", b"\0a\0b") * 9990)
     for name, picture in pictures():
         yield "picture-" + name, id3(frame(b"APIC", b"\0image/x\0\3\0" + picture) * 3)
     for name, content in payloads():
@@ -102,6 +109,8 @@ def make_chapters(depth=20000):
 
 
 CHAPTERS = make_chapters()
+NOISE = frame(b"APIC", b"\0i\0\3\0" + random.Random(1).randbytes(300000))
+V1 = b"TAG" + b"title".ljust(124, b"\0") + b"\xff"
 
 
 # Pictures and payloads
@@ -183,8 +192,104 @@ def item(*values):
     return atom(b"udta", atom(b"meta", bytes(4) + atom(b"hdlr", bytes(8) + b"mdirappl" + bytes(9)) + tagged))
 
 
+def song(user=b"", behind=b""):
+    """An MP4 file with a table of two places of its audio."""
+    head = atom(b"ftyp", b"M4A ")
+
+    def movie(start):
+        track = atom(b"stco", bytes(4) + be(2) + be(start + 8) + be(start + 8 + len(AUDIO) // 2))
+        for around in (b"stbl", b"minf", b"mdia", b"trak"):
+            track = atom(around, track)
+        return atom(b"moov", track + user)
+    return head + movie(len(head) + len(movie(0))) + atom(b"mdat", AUDIO) + behind
+
+
+def damaged(name, offset, content):
+    """The same whose atom of a name has other bytes from an offset on."""
+    file = song()
+    at = file.index(name) - 4 + offset
+    return file[:at] + content + file[at + len(content):]
+
+
+def mp4_files():
+    fragment = lambda absolute: atom(b"moof", atom(b"traf", atom(b"tfhd", bytes((0, 0, 0, absolute)) + bytes(12))))
+    ended = atom(b"udta", item()[8:] + bytes(4))  # by a length of 0, as QuickTime writes it
+    yield "whole", song()
+    yield "table-longer-than-its-atom", damaged(b"stco", 12, be(3))
+    yield "table-of-4-billion", damaged(b"stco", 12, b"\xff" * 4)
+    yield "table-to-the-end", damaged(b"stco", 0, bytes(4))
+    yield "table-without-a-head", atom(b"moov", atom(b"stco", b""))
+    yield "table-behind-the-end-of-user-data", song(ended + atom(b"trak", atom(b"stco", bytes(8))))
+    yield "audio-to-the-end", damaged(b"mdat", 0, bytes(4))
+    yield "audio-cut-off", song()[:-20]
+    yield "atom-beyond-the-one-around", atom(b"moov", be(108) + b"name") + atom(b"free", bytes(92))
+    yield "items-of-2-gb", atom(b"moov", atom(b"udta", atom(b"meta", bytes(4) + be(0x7FFFFFFF) + b"ilst" + be(0x7FFFFFF7) + b"\xa9nam")))
+    yield "fragments-with-places", song(behind=fragment(1) * 2)
+    yield "fragments-with-one-place", song(behind=fragment(1) + fragment(0))
+    yield "fragments-behind-the-end-of-user-data", song(ended, fragment(1))
+    yield "user-data-with-a-length-of-0", song(atom(b"udta", bytes(4) + atom(b"name", b"\1")))
+    yield "movie-with-a-long-length", be(1) + b"moov" + be(0) + be(24) + be(8) + b"free"
+    yield "movie-alone-missing", atom(b"ftyp", b"M4A ")
+    yield "length-of-7", song(behind=be(7) + b"free")
+    yield "length-of-63-bits", song(behind=be(1) + b"free" + b"\x7f" + b"\xff" * 7)
+    yield "value-without-a-head", song(item(be(12) + b"data" + be(1)))
+
+
+def mp3_files():
+    header = bytes.fromhex("FFFB9064")  # of a frame of 417 bytes
+    yield "frame-cut-off", header + bytes(200)
+    yield "frame-in-text", b"x" * 5000 + header + b"x" * 5000
+    yield "frame-alone", header + bytes(413)
+    yield "frames-in-junk", bytes(3000) + (header + bytes(413)) * 2 + bytes(3000)
+    yield "tag-alone", id3(TITLE)
+    yield "v1-alone", bytes(3000) + V1
+    ape = lambda size=32, flags=0: b"APETAGEX" + le(2000) + le(size) + le(0) + le(flags) + bytes(8)
+    yield "ape-alone", bytes(3000) + ape()
+    body = TITLE + bytes(20)
+    tag = lambda longer=0, flags=0: id3(body, flags=flags, size=syncsafe(len(body) + longer))
+    yield "tag-and-v1", tag() + AUDIO + V1
+    yield "tag-with-a-footer", tag(flags=0x10) + b"3DI\4\0\x10" + syncsafe(len(body)) + AUDIO
+    yield "tag-without-its-footer", tag(flags=0x10) + AUDIO
+    yield "tag-beyond-the-file", tag(50) + bytes(40)
+    yield "tag-behind-the-audio", AUDIO + tag(50)
+    yield "second-tag-beyond-the-file", tag() + tag(90) + bytes(80)
+    yield "tag-into-v1", tag(50) + V1
+    yield "tag-into-ape", tag(20) + ape()
+    yield "ape-behind-the-audio", tag() + AUDIO + ape()
+    yield "ape-with-a-header", tag() + AUDIO + ape(flags=0xA0000000) + ape(flags=0x80000000) + V1
+
+
+def form_files(kind):
+    number = le if kind == "wav" else be
+    part = lambda name, content: chunk(name, content, None, number)
+    whole, torn = form(kind), part(b"\1\2\3\4", b"")
+    yield "torn", resized(whole + torn + part(b"ID3 ", id3(TITLE)), number)
+    yield "rest", resized(whole + b"dat", number)
+    yield "cut", whole[:-20]
+    yield "of-nothing", resized(whole[:12], number)
+    yield "of-another-kind", whole[:8] + b"X" + whole[9:]
+    yield "of-a-sister-kind", whole[:11] + b"C" + whole[12:]
+    # Taking the tag away moves the pad bytes behind it to wrong places.
+    odd = whole.replace(part(b"ID3 ", id3(TITLE)), b"")
+    yield "odd-tag-without-a-pad-byte", resized(odd[:12] + part(b"ID3 ", id3(TITLE + b"\0"))[:-1] + odd[12:] + b"\0" + torn, number)
+
+
+def resized(file, number):
+    return file[:4] + number(len(file) - 8) + file[8:]
+
+
 def audio_files():
     """The name of every file and its content."""
+    for kind in ("mp3", "wav", "aiff", "m4a", "flac"):
+        yield f"empty.{kind}", b""
+        yield f"text.{kind}", b"x" * 5000
+    for name, content in mp3_files():
+        yield f"{name}.mp3", content
+    for name, content in mp4_files():
+        yield f"{name}.m4a", content
+    for kind in ("wav", "aiff"):
+        for name, content in form_files(kind):
+            yield f"form-{name}.{kind}", content
     for name, tag in tags():
         yield f"id3-{name}.mp3", tag + AUDIO
         yield f"id3-{name}.wav", form("wav", tag=tag)
@@ -209,11 +314,17 @@ def audio_files():
     text = lambda length, count: le(length) + b"x" + le(count) + le(length) + b"A=b"
     for name, blocks in (("comment-count", block(4, text(1, 0x20000000))), ("comment-length", block(4, text(0xFFFFFFFC, 1))),
                          ("comment-empty", block(4, b"")), ("past-file", block(4, b"x", 0xFFFFFF)),
-                         ("second-info", block(0, bytes(3))), ("100000-of-them", block(1, b"") * 100000),
+                         ("second-info", block(0, bytes(3))),
+                         ("comment-back-to-itself", block(4, bytes(4) + le(255) + le(0xFFFFFFFC) + b"a=" + bytes(2000))),
+                         ("maker-back-to-itself", block(4, le(0xFFFFFFFC) + le(4) + bytes(2000))),
+                         ("comment-too-long", block(4, bytes(4) + le(1) + le(0xFFFF) + b"a=b")), ("100000-of-them", block(1, b"") * 100000),
                          ("picture-lengths", block(6, be(3) + be(0x20000000) + bytes(40))),
                          ("picture-data", block(6, be(3) + be(0) * 2 + bytes(16) + be(0xFFFFFFFF) + b"x"))):
         yield f"block-{name}.flac", flac(blocks)
     yield "block-never-last.flac", flac(last=block(1, b"", 0xFFFFFF))
+    for name, content in (("frames-in-front", AUDIO + flac()), ("junk-behind-the-tag", id3(TITLE) + bytes(5) + flac()),
+                          ("tag-alone", id3(TITLE)), ("two-tags", id3(TITLE) * 2 + flac()), ("cut-in-a-block", flac()[:30])):
+        yield f"{name}.flac", content
     for name, picture in pictures():
         described = be(3) + be(0) * 2 + be(100000) * 2 + bytes(8) + be(len(picture)) + picture
         yield f"picture-{name}.flac", flac(block(6, described))
@@ -230,6 +341,16 @@ def audio_files():
         yield f"long-places-{count:x}.m4a", mp4(atom(b"trak", atom(b"co64", bytes(4) + be(count) + bytes(8))) + item())
     yield "values-300000.m4a", mp4(item(atom(b"data", bytes(8)) * 300000))
     yield "atoms-300000.m4a", mp4(atom(b"free", b"") * 300000)
+
+
+def long_files():
+    """Files with holes: (name, pieces by their offset, length)."""
+    tag, rest = 0x0FFFFFFF + 10, (1 << 32) - 15 * (0x0FFFFFFF + 10)  # of which 15 and one add up to 4 GiB
+    tags = {min(i, 15) * tag + (i == 16) * rest: id3(b"", size=syncsafe((rest if i > 14 else tag) - 10)) for i in range(17)}
+    yield "tags-without-end.mp3", tags, 0x100001000
+    for kind in ("wav", "aiff"):
+        yield f"of-4-gb.{kind}", {0: form(kind)}, 1 << 32
+    yield "list-of-285-mb.wav", {0: form("wav") + b"LIST" + le(0x11000000)}, 1 << 29
 
 
 # Collections, with one track under the path that is given

@@ -1,16 +1,20 @@
-// Opens one audio file, reads everything, sets a field and saves. Prints what became of it: "null", "refused"
-// or "saved"; ends with 0 when that is as it must be.
+// Opens one audio file, reads everything, sets some fields and saves. Prints what became of it, "null",
+// "refused" or "saved", and the number of allocations; ends with 0 when what it printed is so.
 
 #include "support/ReadEverything.h"
 
 #include <zaltag/platform/ZALHost.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <new>
 
 namespace {
 
+long allocations = 0;
+
 int said(const char* word, bool isRight = true) {
-    std::puts(word);
+    std::printf("%s %ld\n", word, allocations);
     return isRight ? 0 : 3;
 }
 
@@ -33,6 +37,19 @@ int tryLibrary(const std::string& path) {
 }
 
 }  // namespace
+
+// Those of the libraries are counted, too.
+void* operator new(std::size_t size) {
+    ++allocations;
+    if (void* memory = std::malloc(size)) return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
 
 int main(int argc, char** argv) {
     return argc == 2 ? tryLibrary(argv[1]) : 2;

@@ -1,8 +1,5 @@
-#include <zaltag/base/ZALProgrammingError.h>
-#include <zaltag/base/ZALTagSyncSafeInteger.h>
 #include <zaltag/id3/ZALTagID3.h>
 
-#include "base/Endian.h"
 #include "support/AudioFixtures.h"
 #include "support/Hex.h"
 #include "support/LogCapture.h"
@@ -10,12 +7,8 @@
 #include <attachedpictureframe.h>
 #include <gmock/gmock.h>
 #include <id3v2tag.h>
-#include <sys/stat.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <random>
 
 namespace {
 
@@ -30,138 +23,33 @@ std::string mp3(const ZALData& tag, const ZALData& v1 = {}) {
     return folder().write("song " + std::to_string(++count) + ".mp3", joined({tag, mpegFrames(), v1}));
 }
 
-// A file of these bytes alone.
-std::string bare(const ZALData& bytes) {
-    static int count = 0;
-    return folder().write("bare " + std::to_string(++count) + ".mp3", bytes);
-}
-
 std::string textOf(const std::string& path) {
     const ZALData bytes = contentsOf(path);
     return {bytes.begin(), bytes.end()};
 }
 
-std::shared_ptr<ZALTagID3> opened(const std::string& path, bool readOnly = false) {
-    auto tag = ZALTagID3::tagAtPath(path, readOnly);
+std::shared_ptr<ZALTagID3> opened(const std::string& path) {
+    auto tag = ZALTagID3::tagAtPath(path);
     if (tag == nullptr) throw std::runtime_error("does not open: " + path);
     return tag;
 }
 
-TEST(Opening, refusesWhatIsNoMP3) {
-    const std::string base = folder().path().string() + "/";
-    ::mkdir((base + "folder.mp3").c_str(), 0755);
-    ::mkfifo((base + "fifo.mp3").c_str(), 0644);
-    const ZALData text(5000, 'x'), cut = fromHex("FF FB 90 64" + std::string(400, '0'));
-    for (const std::string& path :
-         {base + "missing.mp3", base + "folder.mp3", base + "fifo.mp3", bare({}), bare(text), bare(cut),
-          bare(joined({text, fromHex("FF FB 90 64"), text}))}) {
-        EXPECT_EQ(ZALTagID3::tagAtPath(path), nullptr) << path;
-    }
-}
-
-TEST(Opening, refusesATagOfMoreFramesThanAnyRealOne) {
-    for (const auto& [count, opens] : {std::pair(10000, true), std::pair(10001, false)}) {
-        const ZALData frame = id3Comment("und", "", "x");
-        ZALData frames;
-        for (int i = 0; i < count; ++i) {
-            frames.insert(frames.end(), frame.begin(), frame.end());
-        }
-        EXPECT_EQ(ZALTagID3::tagAtPath(mp3(id3Tag({frames}))) != nullptr, opens) << count;
-    }
-}
-
-// TagLib reads chapters by recursion; those that stand within one another are in the hostile set.
-TEST(Opening, refusesChaptersThatCannotBeCounted) {
-    const ZALData chapter = id3Frame("CHAP", joined({{'a', 0}, ZALData(16)}));
-    const ZALData packed = id3Frame("CHAP", fromHex("00000014 789C 0000"), 0x0008);
-    const ZALData text =
-        joined({bytesOf("a"), ZALData(3), bytesOf("CHAP"), ZALData(3), bytesOf("\x22TIT2"), ZALData(20)});
-    EXPECT_EQ(ZALTagID3::tagAtPath(mp3(id3Tag({packed}))), nullptr);
-    EXPECT_NE(ZALTagID3::tagAtPath(mp3(id3Tag({id3Frame("CHAP", text)}))), nullptr);
-    EXPECT_NE(ZALTagID3::tagAtPath(mp3(id3Tag({chapter, chapter, id3Text("TIT2", "CHAPTER ONE")}))), nullptr);
-    // Chapters with pictures: anything can stand in these.
-    ZALData noise(300000);
-    std::generate(noise.begin(), noise.end(), std::minstd_rand());
-    const ZALData picture = id3Frame("APIC", joined({fromHex("00 69 00 03 00"), noise}));
-    const ZALData seen = id3Frame("CHAP", joined({{'a', 0}, ZALData(16), picture}));
-    EXPECT_NE(ZALTagID3::tagAtPath(mp3(id3Tag({seen, seen, chapter, picture}))), nullptr);
-}
-
-TEST(Opening, takesATagOrAFrame) {
-    const ZALData junk(3000);
-    const ZALData apeFooter =
-        joined({bytesOf("APETAGEX"), fromHex("D0070000 20000000 00000000 00000000"), ZALData(8)});
-    for (const ZALData& file :
-         {mpegFrames(1), joined({junk, mpegFrames(2), junk}), id3Tag({id3Text("TIT2", "x")}),
-          joined({junk, id3v1Tag("t", "", "")}), joined({junk, apeFooter})}) {
-        EXPECT_NE(ZALTagID3::tagAtPath(bare(file)), nullptr) << file.size();
-    }
-}
-
-// Tags whose lengths add up to 2^32, so that adding them up in 32 bits goes round and round.
-TEST(Opening, refusesTagsWithoutEnd) {
-    const std::string path = folder().write("row.mp3", {});
-    constexpr std::uint64_t lengths[] = {0x0FFFFFFF + 10, 0x100000000 - 15 * (0x0FFFFFFF + 10ULL)};
-    std::filesystem::resize_file(path, 0x100001000);  // with holes
-    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-    std::uint64_t at = 0;
-    for (int i = 0; i <= 16; ++i) {
-        const std::uint64_t length = lengths[i < 15 ? 0 : 1];
-        ZALData header = id3Tag({});
-        ZALTagSyncSafe4(static_cast<std::uint32_t>(length - 10), &header[6]);
-        file.seekp(static_cast<std::streamoff>(at));
-        file.write(reinterpret_cast<const char*>(header.data()), 10);
-        at += length;
-    }
-    file.close();
-    EXPECT_EQ(ZALTagID3::tagAtPath(path), nullptr);
-    std::filesystem::remove(path);
-}
-
-TEST(Saving, isRefusedWhereATagReachesIntoWhatIsNotIts) {
-    const ZALData title = id3Text("TIT2", "x");
-    const auto tag = [&title](std::uint8_t flags, std::uint8_t longer) {
-        ZALData bytes = id3Tag({title}, 20);
-        bytes[5] = flags;
-        bytes[9] = static_cast<std::uint8_t>(bytes[9] + longer);
-        return bytes;
-    };
+// Which files open and save is in the hostile set. What a save strips must be known to its end.
+TEST(Saving, stripsNothingWhereAnAPETagLiesAboutItself) {
     const auto ape = [](const char* size, const char* flags) {
         return joined({bytesOf("APETAGEX"), fromHex("D0070000"), fromHex(size), fromHex("00000000"),
                        fromHex(flags), ZALData(8)});
     };
-    const ZALData audio = mpegFrames(2);
-    const ZALData footer = joined({bytesOf("3DI"), fromHex("04 00 10 00000021")});
-    const ZALData v1 = id3v1Tag("t", "", "");
-    const ZALData plain = ape("20000000", "00000000");
-    const ZALData whole = joined({ape("20000000", "000000A0"), ape("20000000", "00000080")});
-    const std::tuple<ZALData, bool, bool> cases[] = {
-        {joined({tag(0, 0), audio, v1}), true, true},
-        {joined({tag(0x10, 0), footer, audio}), true, true},
-        {joined({tag(0x10, 0), audio}), false, false},
-        {joined({tag(0, 50), ZALData(40)}), false, false},
-        {joined({audio, tag(0, 50)}), true, true},  // no reader looks there
-        {joined({tag(0, 0), tag(0, 90), ZALData(80)}), false, false},
-        {joined({tag(0, 50), v1}), false, false},
-        {joined({tag(0, 20), plain}), false, false},
-        {joined({tag(0, 0), audio, plain}), true, true},
-        {joined({tag(0, 0), audio, whole, v1}), true, true},
-        {joined({tag(0, 0), audio, ape("20000000", "00000080")}), true, false},
-        {joined({tag(0, 0), audio, ape("1F000000", "00000000")}), true, false},
-        {joined({tag(0, 0), audio, ape("FFFFFF7F", "00000000")}), true, false},
-    };
-    for (const auto& [file, saves, strips] : cases) {
+    for (const ZALData& behind :
+         {ape("20000000", "00000080"), ape("1F000000", "00000000"), ape("FFFFFF7F", "00000000")}) {
         for (const bool strip : {false, true}) {
-            const std::string path = folder().write("lies.mp3", file);
-            const auto opened = ZALTagID3::tagAtPath(path);
-            ASSERT_NE(opened, nullptr);
-            opened->setShouldStripID3v1Tag(strip);
-            opened->setTitle("another");
-            const LogCapture log;
-            const bool expected = strip ? strips : saves;
-            EXPECT_EQ(opened->save(), expected) << toHex(file) << strip;
-            EXPECT_EQ(log.lines().size(), expected ? 0U : 1U);
-            EXPECT_EQ(contentsOf(path) == file, !expected);
+            const std::string path = mp3(id3Tag({id3Text("TIT2", "x")}), behind);
+            const ZALData before = contentsOf(path);
+            const auto tag = opened(path);
+            tag->setShouldStripID3v1Tag(strip);
+            tag->setTitle("another");
+            EXPECT_EQ(tag->save(), !strip) << toHex(behind);
+            EXPECT_EQ(contentsOf(path) == before, strip);
         }
     }
 }
@@ -182,8 +70,6 @@ TEST(Fields, numbersAtTheirEdges) {
     EXPECT_TRUE(tag->year() == 1987 && tag->tempo() == 128);
     tag->setYear(-5);
     EXPECT_EQ(tag->year(), 0);
-    tag->setTempo(-3);
-    EXPECT_EQ(tag->tempo(), -3);
     tag->setTempo(0);
     tag->setEnergyLevel(3);
     tag->setEnergyLevel(-1);
@@ -194,13 +80,6 @@ TEST(Fields, numbersAtTheirEdges) {
         << "0 is written as text";
     EXPECT_EQ(text.find("EnergyLevel"), std::string::npos);
     EXPECT_EQ(text.find("TDRC"), std::string::npos);
-    EXPECT_THROW(tag->valueForKey("nonsense"), ZALProgrammingError);
-}
-
-TEST(Fields, textThatIsNotUTF8IsReplacedNotLost) {
-    const auto tag = opened(mp3({}));
-    tag->setTitle("a\xFFz");
-    EXPECT_EQ(tag->title(), "a\uFFFDz");
 }
 
 // TagLib alone would write the empty text, no frame at all, or the frame as it was.

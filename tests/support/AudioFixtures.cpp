@@ -1,6 +1,7 @@
 #include "support/AudioFixtures.h"
 
 #include "base/Endian.h"
+#include "support/Hex.h"
 
 #include <zaltag/base/ZALTagSyncSafeInteger.h>
 
@@ -94,6 +95,10 @@ ZALData id3Comment(std::string_view language, std::string_view description, std:
     payload.u8(0);
     payload.text(text);
     return id3Frame("COMM", payload.take());
+}
+
+ZALData id3Object(std::string_view description, std::string_view mimeType, const ZALData& data) {
+    return id3Frame("GEOB", joined({{0}, bytesOf(mimeType), {0, 0}, bytesOf(description), {0}, data}));
 }
 
 ZALData id3Tag(std::initializer_list<ZALData> frames, std::size_t padding) {

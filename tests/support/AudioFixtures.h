@@ -38,6 +38,8 @@ ZALData id3Frame(std::string_view id, const ZALData& payload, std::uint16_t flag
 ZALData id3Text(std::string_view id, std::string_view text, std::uint8_t encoding = 0);
 /// A comment frame in Latin-1.
 ZALData id3Comment(std::string_view language, std::string_view description, std::string_view text);
+/// An object frame.
+ZALData id3Object(std::string_view description, std::string_view mimeType, const ZALData& data);
 /// An ID3v2.4 tag of these frames with some padding behind them.
 ZALData id3Tag(std::initializer_list<ZALData> frames, std::size_t padding = 0);
 /// A 128-byte ID3v1 tag.

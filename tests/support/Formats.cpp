@@ -27,21 +27,48 @@ ZALData iffContent(const std::string& path, std::string_view id) {
     return {};
 }
 
+ZALData seratoFrames(const ZALData& markers, const ZALData& grid) {
+    return id3Tag({id3Object("Serato Markers2", "a/b", markers), id3Object("Serato BeatGrid", "a/b", grid)});
+}
+
 }  // namespace
 
 const std::vector<Format>& formats() {
     static const std::vector<Format> all{
-        {"MP3", "mp3", "ZALTagID3", [] { return mpegFrames(); }, mp3Audio},
-        {"MP4", "m4a", "ZALTagMP4", [] { return mp4File(); }, mp4Audio, {"modifiedBy"}, {}},
+        {"MP3", "mp3", "ZALTagID3", [] { return mpegFrames(); }, mp3Audio,
+         [](const ZALData& markers, const ZALData& grid) {
+             return joined({seratoFrames(markers, grid), mpegFrames()});
+         }},
+        {"MP4",
+         "m4a",
+         "ZALTagMP4",
+         [] { return mp4File(); },
+         mp4Audio,
+         [](const ZALData& markers, const ZALData& grid) {
+             return mp4File({mp4Tag({mp4Freeform("com.serato.dj", "markersv2", {seratoText(markers)}),
+                                     mp4Freeform("com.serato.dj", "beatgrid", {seratoText(grid)})})});
+         },
+         {"modifiedBy"},
+         {}},
         {"WAV", "wav", "ZALTagWAV", [] { return wavFile(); },
-         [](const std::string& path) { return contentOf(contentsOf(path), "data"); }},
+         [](const std::string& path) { return contentOf(contentsOf(path), "data"); },
+         [](const ZALData& markers, const ZALData& grid) {
+             return wavFile({riffChunk("ID3 ", seratoFrames(markers, grid))});
+         }},
         {"AIFF", "aiff", "ZALTagAIFF", [] { return aiffFile(); },
-         [](const std::string& path) { return iffContent(path, "SSND"); }},
+         [](const std::string& path) { return iffContent(path, "SSND"); },
+         [](const ZALData& markers, const ZALData& grid) {
+             return aiffFile({iffChunk("ID3 ", seratoFrames(markers, grid))});
+         }},
         {"FLAC",
          "flac",
          "ZALTagFLAC",
          [] { return flacFile(); },
          flacAudio,
+         [](const ZALData& markers, const ZALData& grid) {
+             return flacFile({flacComment(
+                 {"serato_markers_v2=" + seratoText(markers), "serato_beatgrid=" + seratoText(grid)})});
+         },
          {"grouping", "modifiedBy"},
          {"comment"}},
     };

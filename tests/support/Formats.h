@@ -3,6 +3,7 @@
 #include <zaltag/base/ZALData.h>
 #include <zaltag/base/ZALText.h>
 
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,10 +15,16 @@ struct Format {
     const char* className;
     ZALData (*file)();                          ///< a small file without tags
     ZALData (*audio)(const std::string& path);  ///< what a save must not change
-    std::vector<std::string> missingFields{};   ///< those that setting leaves null
+    /// A file with these records of Serato: markers of the second version, and a grid.
+    ZALData (*withSerato)(const ZALData& markers, const ZALData& grid);
+    std::vector<std::string> missingFields{};  ///< those that setting leaves null
     /// Those that read as the empty text, not null, when the file holds none.
     std::vector<std::string> emptyFields{"initialKey", "comment"};
 };
+
+inline void PrintTo(const Format& format, std::ostream* out) {
+    *out << format.name;
+}
 
 /// Every format the library opens.
 const std::vector<Format>& formats();
