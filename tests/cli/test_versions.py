@@ -11,7 +11,10 @@ from support import ProgramTest
 class Handler(http.server.BaseHTTPRequestHandler):
     def do_GET(self):
         self.server.asked.append(self.path)
-        self.send_response(500)  # not looked at
+        self.send_response(302 if self.server.target else 500)  # not looked at
+        if self.server.target:
+            self.send_header("Location", self.server.target)
+            self.server.target = None
         self.end_headers()
         self.wfile.write(self.server.body)
 
@@ -25,20 +28,25 @@ class Server(http.server.HTTPServer):
 
 
 class Versions(ProgramTest):
+    def serve(self, context=None):
+        server = Server(("127.0.0.1", 0), Handler)
+        if context:
+            server.socket = context.wrap_socket(server.socket, server_side=True)
+        server.asked, server.body, server.target = [], b"{}", None
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        self.addCleanup(server.server_close)
+        self.addCleanup(server.shutdown)
+        return server
+
     def setUp(self):
         super().setUp()
         key, self.certificate = self.path("key.pem"), self.path("certificate.pem")
         subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", key, "-out",
                         self.certificate, "-days", "2", "-subj", "/CN=localhost", "-addext",
                         "subjectAltName=DNS:localhost"], check=True, capture_output=True)
-        self.server = Server(("127.0.0.1", 0), Handler)
         context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
         context.load_cert_chain(self.certificate, key)
-        self.server.socket = context.wrap_socket(self.server.socket, server_side=True)
-        self.server.asked = []
-        threading.Thread(target=self.server.serve_forever, daemon=True).start()
-        self.addCleanup(self.server.server_close)
-        self.addCleanup(self.server.shutdown)
+        self.server = self.serve(context)
         self.service = f"https://localhost:{self.server.server_address[1]}"
 
     def versions(self, body, status=0):
@@ -61,6 +69,17 @@ class Versions(ProgramTest):
         self.server.body = b"{}"
         self.assertIn(message, self.zaltag("versions", "--service", self.service, status=1)[1])
         self.assertEqual(self.server.asked, [], "a certificate that nobody vouches for")
-        self.assertIn(message, self.versions(b"x" * (2 << 20), 1)[1])
-        self.assertIn(message, self.zaltag("versions", "--service", "https://localhost:1", status=1)[1])
-        self.assertIn(message, self.zaltag("versions", status=1)[1])
+        self.assertIn("longer than 1 MiB", self.versions(b"x" * ((1 << 20) + 1), 1)[1])
+        plain = self.serve()
+        insecure = f"http://localhost:{plain.server_address[1]}"
+        for service in (insecure, "file:///etc/passwd"):
+            self.assertIn("only https", self.zaltag("versions", "--service", service, status=2)[1])
+        for words in (("--service", "https://localhost:1"), ()):
+            self.assertIn(message, self.zaltag("versions", *words, status=1)[1])
+        self.server.target = insecure
+        self.assertIn(message, self.versions(b"{}", 1)[1])
+        self.assertEqual(plain.asked, [], "nothing is fetched without a certificate")
+        self.server.target = self.service + "/elsewhere"
+        self.assertEqual(json.loads(self.versions(b'{"Key": 3}')[0])["Key"], 3)
+        self.assertEqual(self.server.asked[-1], "/elsewhere")
+        self.assertIn("parse", self.versions(b" " * (1 << 20), 1)[1], "this long it may be")

@@ -115,11 +115,17 @@ V1 = b"TAG" + b"title".ljust(124, b"\0") + b"\xff"
 
 # Pictures and payloads
 
+PIXEL = bytes.fromhex("89504E470D0A1A0A0000000D4948445200000001000000010802000000907753DE"
+                      "0000000F494441547801010400FBFF00FF0000030101008D1DE5820000000049454E44AE426082")
+
+
 def pictures():
     """Pictures of the largest size that their format can claim."""
     wide, chunk = 100000, lambda name, content: be(len(content)) + name + content + be(zlib.crc32(name + content))
     yield "png", (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", be(wide) * 2 + bytes((8, 6, 0, 0, 0))) +
                   chunk(b"IDAT", zlib.compress(bytes(1000))) + chunk(b"IEND", b""))
+    texts = chunk(b"zTXt", b"k\0\0" + zlib.compress(bytes(7000000))) * 60
+    yield "png-of-texts", PIXEL[:33] + texts + PIXEL[33:]
     yield "bmp", b"BM" + le(1000) + bytes(4) + le(54) + le(40) + le(wide) * 2 + struct.pack("<HH", 1, 24) + bytes(900)
     yield "gif", b"GIF89a" + b"\xff" * 4 + b"\xf0\0\0" + bytes(6) + b"," + bytes(4) + b"\xff" * 4 + b"\0\2\2\x44\1\0;"
     yield "jpeg", (b"\xff\xd8\xff\xc2\0\x11\x08\xff\xff\xff\xff\3\1\x22\0\2\x11\0\3\x11\0" +

@@ -19,15 +19,9 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-std::string threadName() {
-    char name[16] = {};
-    ::pthread_getname_np(::pthread_self(), name, sizeof name);
-    return name;
-}
-
 TEST(SerialQueue, runsBlocksInOrderOnItsOwnThread) {
     std::vector<int> seen;  // touched on the queue only
-    std::string name;
+    char name[16] = {};
     {
         zal::SerialQueue queue("com.quorvantis.RekordboxQueue");
         const auto submit = [&](int first) {
@@ -38,13 +32,12 @@ TEST(SerialQueue, runsBlocksInOrderOnItsOwnThread) {
         std::thread other([&] { submit(1000); });
         submit(0);
         other.join();
-        queue.async([&] { name = queue.isCurrent() ? threadName() : "elsewhere"; });
+        queue.async([&] { queue.isCurrent() && ::pthread_getname_np(::pthread_self(), name, sizeof name); });
         EXPECT_FALSE(queue.isCurrent());
     }
-    EXPECT_EQ(name, "RekordboxQueue");
+    EXPECT_STREQ(name, "RekordboxQueue");
     std::stable_partition(seen.begin(), seen.end(), [](int number) { return number < 1000; });
-    EXPECT_EQ(seen.size(), 1000u);
-    EXPECT_TRUE(std::ranges::is_sorted(seen));
+    EXPECT_TRUE(seen.size() == 1000 && std::ranges::is_sorted(seen));
 }
 
 TEST(SerialQueue, shuttingDownRunsWhatWasSubmittedAndNoMore) {

@@ -37,15 +37,16 @@ TEST(JSON, aDescriptionShowsWhatJSONCannotHold) {
 }
 
 TEST(JSONValue, readsEveryTypeAsANumber) {
-    EXPECT_EQ(ZALJSONValue(2.9).integerValue(), 2);
-    EXPECT_EQ(ZALJSONValue(1e300).integerValue(), std::numeric_limits<std::int64_t>::max());
-    EXPECT_EQ(ZALJSONValue(true).integerValue(), 1);
-    EXPECT_EQ(ZALJSONValue(" 42x").integerValue(), 42);
-    EXPECT_EQ(ZALJSONValue(ZALJSONValue::Array{1}).integerValue(), 0);
-    EXPECT_EQ(ZALJSONValue("1.5").doubleValue(), 1.5);
-    EXPECT_TRUE(ZALJSONValue("YES").boolValue());
-    EXPECT_FALSE(ZALJSONValue("0").boolValue());
-    EXPECT_EQ(ZALJSONValue(5).stringValue(), std::nullopt);
+    const std::pair<ZALJSONValue, std::int64_t> rows[] = {{2.9, 2},
+                                                          {1e300, std::numeric_limits<std::int64_t>::max()},
+                                                          {true, 1},
+                                                          {" 42x", 42},
+                                                          {ZALJSONValue::Array{1}, 0}};
+    for (const auto& [value, number] : rows) {
+        EXPECT_EQ(value.integerValue(), number) << ZALJSON::description(value);
+    }
+    EXPECT_TRUE(ZALJSONValue("YES").boolValue() && !ZALJSONValue("0").boolValue());
+    EXPECT_TRUE(ZALJSONValue("1.5").doubleValue() == 1.5 && !ZALJSONValue(5).stringValue());
 }
 
 }  // namespace
