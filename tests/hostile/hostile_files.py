@@ -192,10 +192,14 @@ def mp4(movie=b"", behind=b""):
     return atom(b"ftyp", b"M4A ") + atom(b"moov", movie) + atom(b"mdat", AUDIO) + behind
 
 
+def user_data(items):
+    """The atom of a tag with these items."""
+    return atom(b"udta", atom(b"meta", bytes(4) + atom(b"hdlr", bytes(8) + b"mdirappl" + bytes(9)) + atom(b"ilst", items)))
+
+
 def item(*values):
     """A tag with one item of these values."""
-    tagged = atom(b"ilst", atom(b"\xa9nam", b"".join(values)))
-    return atom(b"udta", atom(b"meta", bytes(4) + atom(b"hdlr", bytes(8) + b"mdirappl" + bytes(9)) + tagged))
+    return user_data(atom(b"\xa9nam", b"".join(values)))
 
 
 def song(user=b"", behind=b""):

@@ -24,15 +24,11 @@ std::vector<double> timesOf(const ZALArray<ZALTagCuePoint>& cues) {
 }
 
 TEST(CuePoint, timesMayDifferByLessThanAMillisecond) {
-    EXPECT_EQ(cue(10, "a"), cue(10.0009, "a"));
-    EXPECT_NE(cue(10, "a"), cue(10.002, "a"));
-    EXPECT_NE(cue(0, "a"), cue(0.001, "a"));
-    EXPECT_NE(cue(10, "a"), cue(10, "b"));
-    EXPECT_NE(cue(10, ""), cue(10)) << "an empty name is a name";
-    EXPECT_EQ(cue(10), cue(10));
+    EXPECT_TRUE(cue(10, "a") == cue(10.0009, "a") && cue(10) == cue(10));
+    EXPECT_TRUE(cue(10, "a") != cue(10.002, "a") && cue(0, "a") != cue(0.001, "a"));
+    EXPECT_TRUE(cue(10, "a") != cue(10, "b") && cue(10, "") != cue(10)) << "an empty name is a name";
     EXPECT_NE(cue(10.0004).hash(), cue(10.0009).hash()) << "the hash is of the time as printed";
     EXPECT_EQ(cue(10.0001).hash(), cue(10.0004).hash());
-    EXPECT_EQ(cue(12.5, "Drop").description(), "name: Drop, time: 12.5");
 }
 
 TEST(CuePoint, sortingKeepsEqualTimesInOrderAndNaNLast) {

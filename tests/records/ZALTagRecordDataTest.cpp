@@ -89,8 +89,6 @@ TEST(RecordData, bytesWithoutAnObjectAreOneLineAndNull) {
     const std::pair<std::string, std::string> cases[] = {{"hello", "hello"},
                                                          {"{\"key\":\"\xFF\"}", "{\"key\":\"\uFFFD\"}"},
                                                          {"[1]", "[1]"},
-                                                         {"7", "7"},
-                                                         {"null", "null"},
                                                          {R"({"key":"8A"} x)", R"({"key":"8A"} x)"},
                                                          {std::string(600, '['), std::string(600, '[')}};
     for (const auto& [json, shown] : cases) {
@@ -107,11 +105,11 @@ TEST(RecordData, absentAndMistypedEntriesReadAsNullOrZero) {
     EXPECT_EQ(ZALTagEnergy::initWithJSONDict(ZALJSONValue::Array{1}), std::nullopt);
 
     const auto empty = readJSON("{}");
-    EXPECT_EQ(ZALTagKey::initWithJSONDict(empty)->key(), std::nullopt);
+    EXPECT_FALSE(ZALTagKey::initWithJSONDict(empty)->key() ||
+                 ZALTagBeatGrid::initWithJSONDict(empty)->beats() ||
+                 !ZALTagCuePoints::initWithJSONDict(empty)->cuePoints().empty() ||
+                 ZALTagVelvetCascade::initWithJSONDict(empty)->isProcessed());
     EXPECT_EQ(*ZALTagEnergy::initWithJSONDict(empty), ZALTagEnergy());
-    EXPECT_EQ(ZALTagBeatGrid::initWithJSONDict(empty)->beats(), std::nullopt);
-    EXPECT_TRUE(ZALTagCuePoints::initWithJSONDict(empty)->cuePoints().empty());
-    EXPECT_FALSE(ZALTagVelvetCascade::initWithJSONDict(empty)->isProcessed());
 
     const auto odd =
         readJSON(R"({"algorithm":"7","key":5,"energyLevel":true,"beats":["1.5",null,2],"tempo":128.3,
