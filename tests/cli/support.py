@@ -10,6 +10,12 @@ ZALTAG = os.environ["ZALTAG"]
 FRAME = bytes.fromhex("FFFB9064") + bytes(413)  # one silent MPEG 1 layer III frame
 
 
+def audio_of(path):
+    """A digest of the packets, by ffmpeg."""
+    return subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-map", "0:a", "-c", "copy", "-f", "md5", "-"],
+                          capture_output=True, check=True).stdout
+
+
 class ProgramTest(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="zaltag-")
@@ -42,3 +48,16 @@ class ProgramTest(unittest.TestCase):
 
     def show(self, path):
         return json.loads(self.zaltag("show", "--json", path)[0])[0]
+
+    def make(self, name, *options):
+        """An audio file of a second, by ffmpeg."""
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "sine=f=330:d=1", *options, self.path(name)], check=True)
+        return self.path(name)
+
+    def check_audio(self, song, before):
+        """The audio is what it was, and others find nothing wrong with the file."""
+        self.assertEqual(audio_of(song), before)
+        done = subprocess.run(["ffprobe", "-v", "error", song], capture_output=True)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        if song.endswith(".flac"):
+            subprocess.run(["flac", "-t", "-s", song], check=True)

@@ -59,18 +59,15 @@ class Fields(ProgramTest):
                  ("set", song): "NAME=VALUE is missing",
                  ("set", "title=a"): "no file",
                  ("show",): "FILE is required",
-                 ("nonsense",): "",
+                 ("shwo", "a.mp3"): "did you mean 'show'?\nTry 'zaltag --help'.",
+                 ("cues", "lst"): "did you mean 'list'?\nTry 'zaltag cues --help'.",
+                 ("cues", "set", "a.mp3"): "--to is required\nTry 'zaltag cues set --help'.",
                  (): ""}
         for arguments, message in cases.items():
             out, err = self.zaltag(*arguments, status=2)
             self.assertEqual(out, "")
             self.assertIn(message, err)
         self.assertEqual(self.content(song), before)
-
-    def test_help_and_version_are_everywhere(self):
-        for command in ((), ("show",), ("set",), ("scan",)):
-            self.assertIn("--help", self.zaltag(*command, "--help")[0])
-            self.assertRegex(self.zaltag(*command, "--version")[0], r"^zaltag \d+\.\d+\.\d+\n$")
 
 
 class Failures(ProgramTest):
@@ -93,11 +90,7 @@ class Failures(ProgramTest):
                 self.assertTrue(line.startswith(f"zaltag: {path}: "), line)
                 self.assertIn(reason, line)
         self.assertEqual(self.show(good)["title"], "done")
-
-    def test_json_holds_the_failures(self):
-        bad = self.bad_files()
-        out, _ = self.zaltag("show", "--json", *bad, status=1)
-        shown = json.loads(out)
+        shown = json.loads(self.zaltag("show", "--json", *bad, status=1)[0])
         self.assertEqual([one["path"] for one in shown], list(bad))
         self.assertTrue(all(set(one) == {"path", "error"} for one in shown))
 
@@ -130,25 +123,22 @@ class Failures(ProgramTest):
 
 
 class Scan(ProgramTest):
-    def test_a_thousand_files_and_their_failures(self):
+    def test_many_files_and_their_failures(self):
+        self.assertEqual(json.loads(self.zaltag("scan", "--json", self.folder)[0]), [])
+        self.zaltag("scan", self.path("missing"), status=1)
         os.makedirs(self.path("a/b"))
-        for i in range(1000):
-            self.write(f"a/{'b/' if i % 2 else ''}{i:04}.mp3", b"" if i % 100 == 7 else FRAME * 2)
+        for i in range(200):
+            self.write(f"a/{'b/' if i % 2 else ''}{i:04}.mp3", b"" if i % 20 == 7 else FRAME * 2)
         self.write("a/notes.txt", b"not audio")
         os.symlink(self.path("a"), self.path("a/loop"))
-        bad = {i for i in range(1000) if i % 100 == 7}
         for jobs in ("1", "4"):
             out, err = self.zaltag("scan", "--json", "--jobs", jobs, self.folder, status=1)
             shown = json.loads(out)
-            self.assertEqual(len(shown), 1000)
+            self.assertEqual(len(shown), 200)
             failed = {int(os.path.basename(one["path"])[:4]) for one in shown if "error" in one}
-            self.assertEqual(failed, bad)
+            self.assertEqual(failed, set(range(7, 200, 20)))
             self.assertEqual([one["path"] for one in shown], sorted(one["path"] for one in shown))
-            self.assertIn("1000 files, 10 failures", err)
-        out, _ = self.zaltag("scan", self.folder, status=1)
-        self.assertEqual(len(out.splitlines()), 991)
-        self.assertRegex(out.splitlines()[-1], r"^1000 files, 10 failures, \d+ files per second$")
-
-    def test_nothing_to_scan(self):
-        self.assertEqual(json.loads(self.zaltag("scan", "--json", self.folder)[0]), [])
-        self.zaltag("scan", self.path("missing"), status=1)
+            self.assertIn("200 files, 10 failures", err)
+        lines = self.zaltag("scan", self.folder, status=1)[0].splitlines()
+        self.assertEqual(len(lines), 191)
+        self.assertRegex(lines[-1], r"^200 files, 10 failures, \d+ files per second$")

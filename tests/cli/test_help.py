@@ -88,10 +88,3 @@ class Help(ProgramTest):
                 options = told["options"] if name == "_zaltag" else {option[2:] for option in told["options"]}
                 missing = options.union(command.split(), *told["names"].values()) - words
                 self.assertEqual(missing, set(), f"{name}: {command}")
-
-    def test_mistakes(self):
-        for arguments, told in ((["shwo", "a.mp3"], "did you mean 'show'?\nTry 'zaltag --help'."),
-                                (["cues", "lst"], "did you mean 'list'?\nTry 'zaltag cues --help'."),
-                                (["cues", "set", "a.mp3"], "--to is required\nTry 'zaltag cues set --help'.")):
-            _, err = self.zaltag(*arguments, status=2)
-            self.assertIn(told, err)

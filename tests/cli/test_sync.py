@@ -4,12 +4,11 @@ import os
 import re
 import shutil
 import subprocess
-import time
 
 import mutagen
 
 from collection_files import rekordbox, rekordbox_marks, serato_cues, traktor, traktor_cues, tree
-from support import ZALTAG, ProgramTest
+from support import ProgramTest
 
 FORMATS = ("mp3", "m4a", "flac", "wav", "aiff")
 
@@ -41,18 +40,17 @@ class Sync(ProgramTest):
         return [hashlib.md5(self.content(song)).hexdigest() for song in songs]
 
     def test_a_whole_folder_into_both_collections(self):
-        folder, songs = self.make(500)
+        folder, songs = self.make(20)
         before = self.digests(songs)
-        rekordbox_file, traktor_file = self.collections(songs[:-7])
+        rekordbox_file, traktor_file = self.collections(songs[:-3])
         sync = ("sync", folder, "--from", "serato", "--to", "rekordbox-hot", "--to", "traktor",
                 "--rekordbox", rekordbox_file, "--traktor", traktor_file)
         unchanged = self.content(rekordbox_file), self.content(traktor_file)
         self.assertIn("to be written", self.zaltag(*sync, "--dry-run")[0])
         self.assertEqual((self.content(rekordbox_file), self.content(traktor_file)), unchanged)
         out = self.zaltag(*sync)[0]
-        self.assertEqual(out, "500 files, 450 with cue points, 0 failed; "
-                         "rekordbox-hot: 444 written, 0 unchanged, 6 not in the collection, 0 newer, 0 failed; "
-                         "traktor: 444 written, 0 unchanged, 6 not in the collection, 0 newer, 0 failed\n")
+        counts = "16 written, 0 unchanged, 2 not in the collection, 0 newer, 0 failed"
+        self.assertEqual(out, f"20 files, 18 with cue points, 0 failed; rekordbox-hot: {counts}; traktor: {counts}\n")
         tracks = tree(rekordbox_file).findall("COLLECTION/TRACK")
         entries = tree(traktor_file).findall("COLLECTION/ENTRY")
         for i, (song, track, entry) in enumerate(zip(songs, tracks, entries)):
@@ -63,25 +61,8 @@ class Sync(ProgramTest):
         self.assertEqual(self.digests(songs), before)
         once = self.content(rekordbox_file), self.content(traktor_file)
         out = self.zaltag(*sync)[0]
-        self.assertEqual(re.findall(r"(\d+) written, (\d+) unchanged", out), [("0", "444"), ("0", "444")])
+        self.assertEqual(re.findall(r"(\d+) written, (\d+) unchanged", out), [("0", "16")] * 2)
         self.assertEqual((self.content(rekordbox_file), self.content(traktor_file)), once)
-        self.check_kills(sync, rekordbox_file, traktor_file)
-
-    def check_kills(self, sync, rekordbox_file, traktor_file):
-        """Whenever the program is killed, both collections are the old ones or the new ones."""
-        new = {rekordbox_file: None, traktor_file: None}
-        for n in range(12):
-            for file in new:
-                text = re.sub(rb'Name="late|NAME="late', lambda m: m[0].replace(b"late", b"Late"), self.content(file))
-                self.write(os.path.basename(file), text)
-            with subprocess.Popen([ZALTAG, *sync], stdout=subprocess.DEVNULL) as running:
-                time.sleep(0.01 + 0.012 * n)
-                running.kill()
-            for file in new:
-                self.assertEqual(len(tree(file).findall("COLLECTION/*")), 493)
-        self.zaltag(*sync)
-        left = [name for name in os.listdir(self.folder) if name.endswith(".tmp")]
-        self.assertEqual(left, [])
 
     def test_files_as_targets_and_nothing_cleared_by_accident(self):
         folder, songs = self.make(10)
@@ -157,19 +138,16 @@ class Sync(ProgramTest):
             self.zaltag("sync", song, "--from", "rekordbox-hot", *words, *collections, status=2)
         self.zaltag("sync", song, "--from", "serato", "--to", "rekordbox", "--rekordbox", "", status=2)
 
-    def test_files_that_a_collection_knows_as_one_are_told(self):
+    def test_what_has_no_room_is_named(self):
         songs = [self.mp3(name) for name in ("e\u0301.mp3", "\u00e9.mp3")]
-        for i, song in enumerate(songs):
-            self.zaltag("cues", "set", song, "--to", "serato", f"{i + 1}=a")
+        for song in songs:
+            self.zaltag("cues", "set", song, "--to", "zal", *(f"{i}=c{i}" for i in range(10)))
         file = self.write("rekordbox.xml", rekordbox([(songs[0], "")]))
-        out, err = self.zaltag("sync", self.folder, "--from", "serato", "--to", "rekordbox", "--rekordbox", file, status=1)
+        sync = ("sync", self.folder, "--from", "zal", "--to")
+        out, err = self.zaltag(*sync, "rekordbox", "--rekordbox", file, status=1)
         self.assertIn("rekordbox: 1 written, 0 unchanged, 0 not in the collection, 0 newer, 1 failed", out)
         self.assertIn("knows it and another file as one", err)
-
-    def test_what_serato_has_no_room_for_is_named(self):
-        song = self.mp3()
-        self.zaltag("cues", "set", song, "--to", "zal", *(f"{i}=c{i}" for i in range(10)))
-        out, err = self.zaltag("sync", self.folder, "--from", "zal", "--to", "serato")
+        _, err = self.zaltag("sync", songs[0], "--from", "zal", "--to", "serato")
         self.assertEqual([line.split(": ", 2)[2] for line in err.splitlines() if line.startswith("zaltag:")],
                          ["serato has no room for 8 'c8'", "serato has no room for 9 'c9'"])
-        self.assertEqual(len(serato_cues(song)), 8)
+        self.assertEqual(len(serato_cues(songs[0])), 8)

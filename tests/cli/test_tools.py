@@ -8,8 +8,8 @@ from mutagen.id3 import APIC, COMM, GEOB, ID3, PRIV, TALB, TBPM, TCMP, TCON, TIT
 from mutagen.mp4 import MP4, AtomDataType, MP4Cover, MP4FreeForm
 from mutagen.wave import WAVE
 
+from support import ProgramTest, audio_of
 from test_artwork import png
-from test_containers import ContainerTest, audio_of
 
 OLD_AUDIO = {"COMM:iTunNORM:eng", "GEOB:Serato Autotags"}
 
@@ -23,7 +23,7 @@ def frames():
             APIC(encoding=0, mime="image/png", type=3, data=png(1))]
 
 
-class Dump(ContainerTest):
+class Dump(ProgramTest):
     def test_reports(self):
         song, plain = self.make("a.flac", "-metadata", "title=Ü"), self.mp3("b.mp3")
         out, _ = self.zaltag("dump", song)
@@ -53,13 +53,13 @@ class Dump(ContainerTest):
             self.assertNotIn("UNREADABLE", out)
 
 
-class Copy(ContainerTest):
+class Copy(ProgramTest):
     def copy(self, source, destination):
         """Copies, and sees that neither the source nor any audio changed. Gives the destination."""
         before, audio = self.content(source), audio_of(destination)
         self.zaltag("copy", source, destination)
         self.assertEqual(self.content(source), before)
-        self.check(destination, audio)
+        self.check_audio(destination, audio)
         return destination
 
     def check_frames(self, tags):
