@@ -8,26 +8,12 @@ import re
 import shutil
 import subprocess
 import sys
+import time
 import unittest
 
 import zaltag
 from collection_files import rekordbox, serato_cues, traktor
 from test_files import FilesTest
-
-PROGRAM = os.environ["ZALTAG"]
-
-
-def sync(folder):
-    """What `zaltag sync FOLDER --from serato --to rekordbox-hot --to traktor` does."""
-    collections = [zaltag.rekordbox(), zaltag.traktor()]
-    for path in zaltag.walk(folder):
-        with zaltag.open(path, read_only=True) as tag:
-            cues = tag.serato_cue_points
-        for collection in collections:
-            if cues and path in collection:
-                collection.set_cue_points(path, cues)
-    for collection in collections:
-        collection.save()
 
 
 class Collections(FilesTest):
@@ -45,27 +31,17 @@ class Collections(FilesTest):
         self.files[1].write_bytes(traktor([str(song) for song in self.songs]))
         self.use(*self.files)
 
+    def wait(self, condition):
+        """Runs what comes for the main queue until something is true."""
+        end = time.monotonic() + 60
+        while not condition():
+            self.assertLess(time.monotonic(), end, "waited a minute")
+            zaltag.run_pending()
+
     def use(self, rekordbox_file, traktor_file):
         zaltag.use_collections(rekordbox=rekordbox_file, traktor=traktor_file)
         for collection in (zaltag.rekordbox(), zaltag.traktor()):
             collection.load()
-
-    def content(self, path):
-        """A collection without the times at which it was written."""
-        return re.sub(rb' (DateModified|MODIFIED_TIME|MODIFIED_DATE|Date|Version|AppVersion|Name="(?:python3|zaltag)[^"]*")="[^"]*"', b"",
-                      re.sub(rb"<PRODUCT[^>]*>|<DJ_PLAYLISTS[^>]*>|<!--.*?-->", b"", path.read_bytes()))
-
-    def test_sync_in_ten_lines_does_what_the_program_does(self):
-        theirs = self.folder / "theirs"
-        theirs.mkdir()
-        for file in self.files:
-            shutil.copy(file, theirs)
-        sync(self.music)
-        subprocess.run([PROGRAM, "sync", self.music, "--from", "serato", "--to", "rekordbox-hot", "--to", "traktor", "--rekordbox",
-                        theirs / "rekordbox.xml", "--traktor", theirs / "collection.nml"], check=True, stdout=subprocess.DEVNULL)
-        for file in self.files:
-            self.assertIn(b"early", file.read_bytes())
-            self.assertEqual(self.content(file), self.content(theirs / file.name))
 
     def test_the_blocks_of_the_guide_run(self):
         guide = pathlib.Path(__file__).parents[2] / "docs" / "guides" / "python.md"
@@ -94,26 +70,18 @@ class Collections(FilesTest):
         with self.assertRaises(KeyError):
             collection[self.songs[5]]
         collection.set_cue_points(self.songs[0], [zaltag.CuePoint(2.1, "a"), zaltag.CuePoint(1)], hot=True, memory=True)
-        while collection.stage != 1:
-            zaltag.run_pending()
+        self.wait(lambda: collection.stage == 1)
         collection.save()
         self.assertEqual([(cue.time, cue.name, cue.slot) for cue in collection[self.songs[0]].cues],
                          [(1, "", -1), (2, "a", -1), (1, "", 0), (2, "a", 1)])
 
     def test_playlists(self):
-        nodes = ('<NODE Type="0" Name="Sets é"><NODE Type="1" Name="Late" KeyType="0"><TRACK Key="3"/><TRACK Key="99"/>'
-                 '<TRACK Key="1"/></NODE></NODE><NODE Type="1" Name="All" KeyType="1"/></NODE></PLAYLISTS>')
-        rekordbox_file, traktor_file = self.files
-        rekordbox_file.write_bytes(rekordbox_file.read_bytes().replace(b'Count="0"/></PLAYLISTS>', b'Count="2">' + nodes.encode()))
-        key = "Macintosh HD" + "".join("/:" + part for part in self.songs[2].parts[1:])
-        traktor_file.write_bytes(traktor_file.read_bytes().replace(b"</NML>", (
-            '<PLAYLISTS><NODE TYPE="FOLDER"><SUBNODES><NODE TYPE="PLAYLIST" NAME="Night"><PLAYLIST><ENTRY><PRIMARYKEY TYPE="TRACK" KEY="'
-            f'{key}"/></ENTRY></PLAYLIST></NODE></SUBNODES></NODE></PLAYLISTS></NML>').encode()))
+        nodes = b'<NODE Type="0" Name="Sets"><NODE Type="1" Name="Late" KeyType="0"><TRACK Key="3"/><TRACK Key="99"/></NODE></NODE>'
+        self.files[0].write_bytes(self.files[0].read_bytes().replace(b'Count="0"/></PLAYLISTS>', b'Count="2">' + nodes + b"</NODE></PLAYLISTS>"))
         self.use(*self.files)
         self.assertEqual([(one.folders, one.name, [track.path for track in one]) for one in zaltag.rekordbox().playlists],
-                         [([], "All", []), (["Sets é"], "Late", [self.songs[0], self.songs[2]])])
-        self.assertEqual([(one.name, [track.path for track in one]) for one in zaltag.traktor().playlists],
-                         [("Night", [self.songs[2]])])
+                         [(["Sets"], "Late", [self.songs[2]])])
+        self.assertEqual(list(zaltag.traktor().playlists), [])
 
     def test_progress_is_told(self):
         stages = []
@@ -121,11 +89,9 @@ class Collections(FilesTest):
         collection.set_progress_sink(stages.append)
         self.addCleanup(collection.set_progress_sink, None)
         collection.set_cue_points(self.songs[0], [zaltag.CuePoint(1)])
-        while stages != [1]:
-            zaltag.run_pending()
+        self.wait(lambda: stages == [1])
         collection.save()
-        while stages[-1] != 0:
-            zaltag.run_pending()
+        self.wait(lambda: stages[-1] == 0)
         self.assertEqual(stages, sorted(stages[:-1]) + [0])
         collection.set_progress_sink(None)
         told = len(stages)
@@ -182,19 +148,6 @@ class Collections(FilesTest):
             done = subprocess.run([sys.executable, "-c", text, self.files[0], self.songs[0]], capture_output=True, timeout=60, check=False)
             self.assertEqual(done.returncode, 0, done.stderr)
             self.assertNotIn(b"Traceback", done.stderr)
-
-
-class Stubs(unittest.TestCase):
-    def test_stubs_are_right_and_pass_strict_checks(self):
-        if subprocess.run([sys.executable, "-c", "import mypy"], capture_output=True, check=False).returncode:
-            self.skipTest("mypy is not installed")
-        package = pathlib.Path(zaltag.__file__).parent
-        environment = dict(os.environ, MYPYPATH=str(package.parent), MYPY_CACHE_DIR="/dev/null")
-        allowed = pathlib.Path(__file__).parent / "stubtest_allowed.txt"
-        for command in (["mypy", "--strict", package], ["mypy.stubtest", "--allowlist", allowed, "zaltag._core"]):
-            done = subprocess.run([sys.executable, "-m", *command], capture_output=True, text=True, env=environment, check=False,
-                                  cwd=package.parent)
-            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
 
 
 if __name__ == "__main__":

@@ -2,7 +2,6 @@
 import json
 import os
 import pathlib
-import resource
 import shutil
 import subprocess
 import tempfile
@@ -14,8 +13,6 @@ import mutagen
 import zaltag
 from collection_files import serato_cues
 from support import FRAME
-
-FORMATS = ("mp3", "m4a", "flac", "wav", "aiff")
 
 
 class FilesTest(unittest.TestCase):
@@ -35,31 +32,23 @@ class FilesTest(unittest.TestCase):
 
 
 class Files(FilesTest):
-    def test_five_formats_are_changed_and_seen_by_mutagen(self):
-        for extension in FORMATS:
+    def test_what_is_changed_is_seen_by_mutagen(self):
+        for extension, title in (("mp3", "TIT2"), ("m4a", "\xa9nam")):
             path = self.encoded(extension)
             with zaltag.open(path) as tag:
-                self.assertEqual((tag.title, tag.tempo, tag.read_only, tag.path), (None, 0, False, path), extension)
-                tag.title, tag.artist, tag.tempo, tag.initial_key = "Été 🎧", "Zoë", 124, "8A"
+                self.assertEqual((tag.title, tag.tempo, tag.read_only, tag.path), (None, 0, False, path))
+                tag.title, tag.tempo, tag.initial_key = "Été 🎧", 124, "8A"
                 tag.serato_cue_points = [zaltag.CuePoint(1.5, "Drop"), zaltag.CuePoint(3)]
-                tag.zal_key = zaltag.Key("8A", 3)
-                tag.zal_beat_grid = zaltag.BeatGrid([0.5, 1.0], 120.5, algorithm=2)
+                tag.zal_key, tag.zal_beat_grid = zaltag.Key("8A", 3), zaltag.BeatGrid([0.5, 1.0], 120.5, algorithm=2)
                 self.assertTrue(tag.changed)
             self.assertTrue(tag.closed)
-            file = mutagen.File(path)
-            title = {"m4a": "\xa9nam", "flac": "title"}.get(extension, "TIT2")
-            self.assertEqual(str(file[title][0]), "Été 🎧", extension)
-            self.assertEqual(serato_cues(str(path)), [(1500, "Drop"), (3000, "")], extension)
+            self.assertEqual(str(mutagen.File(path)[title][0]), "Été 🎧")
+            self.assertEqual(serato_cues(str(path)), [(1500, "Drop"), (3000, "")])
             with zaltag.open(str(path), read_only=True) as tag:
-                self.assertEqual((tag.title, tag.artist, tag.tempo, tag.initial_key), ("Été 🎧", "Zoë", 124, "8A"))
-                self.assertEqual(tag.serato_cue_points[0], zaltag.CuePoint(1.5, "Drop"))
-                self.assertEqual((tag.zal_key.key, tag.zal_key.algorithm, tag.zal_energy), ("8A", 3, None))
+                self.assertEqual((tag.tempo, tag.initial_key, tag.zal_key.key, tag.zal_energy), (124, "8A", "8A", None))
                 self.assertEqual((tag.zal_beat_grid.beats, tag.zal_beat_grid.tempo), ([0.5, 1.0], 120.5))
                 self.assertEqual([cue.position for cue in tag.serato_marker.cue_points], [1500, 3000])
-                tag_type = tag.type
-                self.assertEqual([(cue.index, cue.position) for cue in tag.serato_marker_old.cue_points] if extension != "flac" else
-                                 tag.serato_marker_old, [(0, 1500), (1, 3000)] if extension != "flac" else None, extension)
-            self.assertTrue(tag_type.startswith("ZALTag"))
+                self.assertEqual([cue.position for cue in tag.serato_marker_old.cue_points], [1500, 3000])
             self.assertIn("Drop", zaltag.describe(path))
 
     def test_what_cannot_be_opened(self):
@@ -87,20 +76,6 @@ class Files(FilesTest):
         with self.assertRaises(ValueError):
             print(tag.title)
         self.assertEqual(path.read_bytes(), before)
-
-    def test_a_disk_that_is_full(self):
-        path = self.mp3()
-        before = path.read_bytes()
-        limits = resource.getrlimit(resource.RLIMIT_FSIZE)
-        with zaltag.open(path) as tag:
-            tag.title = "long " * 1000
-            resource.setrlimit(resource.RLIMIT_FSIZE, (len(before) + 100, limits[1]))
-            try:
-                self.assertRaises(zaltag.SaveError, tag.save)
-            finally:
-                resource.setrlimit(resource.RLIMIT_FSIZE, limits)
-            self.assertEqual(path.read_bytes(), before)
-        self.assertEqual(str(mutagen.File(path)["TIT2"]), "long " * 1000)
 
     def test_a_block_that_fails_saves_nothing(self):
         path = self.mp3()
@@ -152,15 +127,11 @@ class Files(FilesTest):
     def test_all_tags_are_copied(self):
         source, other = self.mp3("a.mp3"), self.mp3("b.mp3")
         with zaltag.open(source) as tag:
-            tag.title, tag.serato_cue_points = "copied", [zaltag.CuePoint(1.5, "Drop")]
+            tag.title = "copied"
         zaltag.copy_tags(source, other)
-        self.assertEqual((str(mutagen.File(other)["TIT2"]), serato_cues(str(other))), ("copied", [(1500, "Drop")]))
-        flac = self.encoded("flac")
-        for destination, error in ((source, shutil.SameFileError), (flac, zaltag.UnsupportedOperation),
-                                   (self.folder / "none.mp3", FileNotFoundError)):
-            self.assertRaises(error, zaltag.copy_tags, source, destination)
-        os.link(source, self.folder / "linked.mp3")
-        self.assertRaises(shutil.SameFileError, zaltag.copy_tags, source, self.folder / "linked.mp3")
+        self.assertEqual(str(mutagen.File(other)["TIT2"]), "copied")
+        self.assertRaises(shutil.SameFileError, zaltag.copy_tags, source, source)
+        self.assertRaises(FileNotFoundError, zaltag.copy_tags, source, self.folder / "none.mp3")
 
     def test_pictures(self):
         picture = self.folder / "cover.png"

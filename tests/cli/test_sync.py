@@ -4,6 +4,7 @@ import os
 import re
 import shutil
 import subprocess
+import tempfile
 
 import mutagen
 
@@ -95,8 +96,9 @@ class Sync(ProgramTest):
             self.assertRegex(out, "traktor: 1 (to be )?written, 0 unchanged, 0 not in the collection, 2 newer, 0 failed")
             self.assertEqual(len(re.findall("was left alone: its entry in the Traktor collection (?:is newer|has no date)",
                                             err)), 2)
-        program = self.path("Traktor")
-        shutil.copy("/bin/sleep", program)
+        folder = tempfile.mkdtemp(prefix="zaltag-")  # from which programs may be started
+        self.addCleanup(shutil.rmtree, folder)
+        program = shutil.copy("/bin/sleep", os.path.join(folder, "Traktor"))
         before = self.content(file)
         with subprocess.Popen([program, "60"]) as running:
             for dry in ("--dry-run",), ():

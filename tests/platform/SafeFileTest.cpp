@@ -126,7 +126,7 @@ TEST_F(SafeFileTest, writesInPlaceOnlyWhatLiesInOnePage) {
 }
 
 TEST_F(SafeFileTest, keepsModeOwnerAndAttributes) {
-    if (::geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+    if (::geteuid() != 0) GTEST_SKIP() << "LEFT OUT: only root may give files away";
     // Access for one more user than the bits tell; and a folder that gives new files such a list.
     const ZALData list = fromHex(
         "02000000 01000600 FFFFFFFF 02000400 E7030000 04000400 FFFFFFFF 10000400 FFFFFFFF 20000000 FFFFFFFF");
@@ -285,7 +285,7 @@ TEST_F(SafeFileTest, opensRegularFilesOnly) {
 }
 
 TEST_F(SafeFileTest, refusedPermissionsLeaveTheFileWhole) {
-    if (::geteuid() != 0) GTEST_SKIP() << "only root may become another user";
+    if (::geteuid() != 0) GTEST_SKIP() << "LEFT OUT: only root may become another user";
     ASSERT_EQ(::chmod(folder_.path().c_str(), 0777), 0);
     const std::tuple<const char*, mode_t, mode_t, bool, bool, bool> rows[] = {
         {"its own", 0644, 0777, true, true, true},
