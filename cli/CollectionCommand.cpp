@@ -72,7 +72,11 @@ ZALJSONValue jsonOf(const ZALRekordboxPlaylistFolder& folder) {
     Array playlists;
     for (const auto& playlist : folder.playlists()) {
         Array keys;
-        if (const auto& ids = playlist->tracksAsId()) keys.assign(ids->begin(), ids->end());
+        if (const auto& ids = playlist->tracksAsId()) {
+            for (const std::uint64_t id : *ids) {
+                keys.push_back(static_cast<std::int64_t>(id));
+            }
+        }
         if (const auto& locations = playlist->tracksAsLocation())
             keys.assign(locations->begin(), locations->end());
         playlists.push_back(Object{{"name", playlist->name()}, {"tracks", keys}});

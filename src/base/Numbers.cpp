@@ -33,6 +33,14 @@ std::int64_t integerValue(std::string_view text) {
     return value;
 }
 
+std::uint64_t unsignedValue(std::string_view text) {
+    text = numberStart(text);
+    if (text.starts_with('-')) return static_cast<std::uint64_t>(integerValue(text));
+    std::uint64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc::result_out_of_range ? std::numeric_limits<std::uint64_t>::max() : value;
+}
+
 double doubleValue(std::string_view text) {
     text = numberStart(text);
     const std::size_t digit = text.find_first_not_of("-.");

@@ -10,6 +10,9 @@ namespace zal {
 /// digits, saturated at 64 bits. Independent of the locale.
 std::int64_t integerValue(std::string_view text);
 
+/// The same as an unsigned number: a negative one as 2^64 less.
+std::uint64_t unsignedValue(std::string_view text);
+
 /// The number a text begins with, by the same rule, with fraction and exponent. 0 without digits.
 double doubleValue(std::string_view text);
 

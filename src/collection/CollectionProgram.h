@@ -1,19 +1,45 @@
 #pragma once
 
 #include "platform/XML.h"
+#include "platform/XMLMarkup.h"
 
 #include <zaltag/base/ZALError.h>
 #include <zaltag/base/ZALText.h>
 #include <zaltag/collection/ZALCollectionTrack.h>
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace zal {
+
+/// What a track's element says, as far as the index is made of it.
+struct TrackDraft {
+    std::uint64_t begin = 0;  ///< of the element
+    std::uint64_t end = 0;
+    std::int32_t id = 0;
+    std::uint32_t cues = 0;
+    bool hasMarks = false;    ///< marks that are no cues count, too
+    bool hasDuration = false;
+    bool hasPlace = false;  ///< what comes next has been read
+    std::array<ZALNullableString, 3> place;  ///< where the audio file is, in the program's own words
+};
+
+/// What tracks are looked up by.
+struct TrackKeys {
+    std::string path;  ///< in Unicode canonical decomposition; empty when there is none
+    std::string name;  ///< what playlists know the track by
+};
+
+/// Names and values that follow one another, up to a null.
+using XMLAttributes = const char* const*;
+
+/// The value of an attribute; null when the element lacks it.
+const char* valueOf(XMLAttributes attributes, std::string_view name);
 
 /// In what the collections of the DJ programs differ, as far as one line can say it.
 struct CollectionProgram {
@@ -35,30 +61,21 @@ struct CollectionProgram {
     /// The file in a folder that the user has opened to this process; null when it is not there.
     ZALNullableString (*fileInFolder)(const std::string& folder);
     XMLStyle style;
+
+    // The file.
+    const char* rootName;
+    const char* trackName;  ///< of the elements of /root/COLLECTION
+    const char* markName;
+    /// What a save notes in the root's tag, of its maker; null for nothing.
+    std::vector<XMLAttributeEdit> (*stamp)();
+    void (*readTrack)(XMLAttributes attributes, TrackDraft& draft);
+    void (*readChild)(const char* name, XMLAttributes attributes, TrackDraft& draft);
+    TrackKeys (*keysOf)(const TrackDraft& draft);
+    /// The track of an element, which it belongs to.
+    std::unique_ptr<ZALCollectionTrack> (*trackOf)(const XMLElement& element);
+    /// A copy that stands for itself.
+    std::shared_ptr<const ZALCollectionTrack> (*copyOf)(const ZALCollectionTrack& track);
 };
-
-/// A collection in memory: the document and what was made of it.
-struct CollectionContents {
-    virtual ~CollectionContents() = default;
-    /// Takes the tracks and makes the index of them: of several tracks with one path, the last is found.
-    void setTracks(std::vector<std::unique_ptr<ZALCollectionTrack>> all);
-
-    std::unique_ptr<XMLDocument> document;
-    std::vector<std::unique_ptr<ZALCollectionTrack>> tracks;  ///< in the order of the document
-    std::unordered_map<std::string_view, ZALCollectionTrack*> byPath;  ///< by indexKey()
-};
-
-/// Copies of all tracks, for whoever asks a database.
-template <typename Track>
-std::vector<std::shared_ptr<const Track>> copiesOfTracks(const CollectionContents* contents) {
-    std::vector<std::shared_ptr<const Track>> copies;
-    if (contents == nullptr) return copies;
-    copies.reserve(contents->tracks.size());
-    for (const auto& track : contents->tracks) {
-        copies.push_back(static_cast<const Track&>(*track).copy());
-    }
-    return copies;
-}
 
 /// Calls a function for every element that a path of names leads to, in the order of the document.
 template <typename Function>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "collection/TrackEdit.h"
 #include "platform/XML.h"
 
 #include <zaltag/base/ZALProgrammingError.h>
@@ -36,7 +37,7 @@ template <typename Cue>
 void ZALTrackWithCues<Cue>::insertObject(const Cue& cue, std::size_t inCuesAtIndex) {
     if (inCuesAtIndex > cues_.size()) throw ZALProgrammingError("a cue was inserted beyond the end");
     cues_.insert(cues_.begin() + static_cast<std::ptrdiff_t>(inCuesAtIndex),
-                 {nullptr, std::make_shared<const Cue>(cue.copyAsStored())});
+                 {nullptr, std::make_shared<const Cue>(cue.copyAsStored()), cue.number()});
     setNeedsUpdate(true);
 }
 
@@ -73,6 +74,73 @@ bool ZALTrackWithCues<Cue>::replaceCues(const std::function<bool(const Cue& cue)
 }
 
 template <typename Cue>
+bool ZALTrackWithCues<Cue>::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) {
+    return replaceCues([&](const Cue& cue) { return isReplaced(cue, kind); },
+                       newCues(onBeats(cuePoints), kind));
+}
+
+// Each cue that is wanted takes one that is there, if there is one like it.
+template <typename Cue>
+auto ZALTrackWithCues<Cue>::match(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const -> Match {
+    std::vector<Cue> values;
+    Match match;
+    for (const StoredCue& stored : cues_) {
+        values.push_back(valueOf(stored));
+        match.isRemoved.push_back(isReplaced(values.back(), kind));
+    }
+    for (const Cue& made : newCues(onBeats(cuePoints), kind)) {
+        const Cue wanted = made.copyAsStored();
+        std::size_t at = 0;
+        while (at < cues_.size() && !(match.isRemoved[at] && cues_[at].number == made.number() &&
+                                      wanted.isSameMark(values[at]))) {
+            ++at;
+        }
+        at < cues_.size() ? match.isRemoved[at] = false : (match.added.push_back(wanted), false);
+    }
+    return match;
+}
+
+template <typename Cue>
+std::size_t ZALTrackWithCues<Cue>::Match::kept() const {
+    return static_cast<std::size_t>(std::count(isRemoved.begin(), isRemoved.end(), false));
+}
+
+template <typename Cue>
+bool ZALTrackWithCues<Cue>::hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const {
+    const Match found = match(cuePoints, kind);
+    return found.added.empty() && found.kept() == cues_.size();
+}
+
+template <typename Cue>
+zal::TrackEdit ZALTrackWithCues<Cue>::editOfMarks(const char* elementName, const zal::XMLStyle& style,
+                                                  const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                                                  zal::XMLDocument* scratch) const {
+    const Match found = match(cuePoints, kind);
+    zal::TrackEdit edit;
+    edit.style = style;
+    edit.cues = found.kept() + found.added.size();
+    edit.isChanged = !found.added.empty() || found.kept() != cues_.size();
+    std::vector<std::pair<const void*, bool>> cues;
+    for (std::size_t i = 0; i < cues_.size(); ++i) {
+        cues.emplace_back(cues_[i].element, found.isRemoved[i]);
+    }
+    std::sort(cues.begin(), cues.end());
+    for (auto mark = element().firstChild(elementName); mark; mark = mark.next(elementName)) {
+        const auto cue = std::lower_bound(cues.begin(), cues.end(), std::pair<const void*, bool>(mark.handle(), false));
+        const bool isCue = cue != cues.end() && cue->first == mark.handle();
+        edit.isRemoved.push_back(isCue ? cue->second : edit.cues > 0);
+    }
+    for (const Cue& cue : found.added) {
+        edit.added.emplace_back();
+        if (scratch == nullptr) continue;
+        const zal::XMLElement made = scratch->makeRoot(elementName);
+        cue.writeTo(made);
+        edit.added.back() = zal::markupOf(made, edit.style, 0);
+    }
+    return edit;
+}
+
+template <typename Cue>
 bool ZALTrackWithCues<Cue>::readCues(const char* elementName) {
     struct Found {
         std::int64_t order;
@@ -88,7 +156,7 @@ bool ZALTrackWithCues<Cue>::readCues(const char* elementName) {
     std::stable_sort(found.begin(), found.end(), isBefore);
     cues_.reserve(found.size());
     for (const Found& cue : found) {
-        cues_.push_back({cue.element, nullptr});
+        cues_.push_back({cue.element, nullptr, cue.order});
     }
     if (!cues_.empty()) setNeedsUpdate(true);
     return hasElements && cues_.empty();
@@ -116,7 +184,7 @@ void ZALTrackWithCues<Cue>::writeCues(const char* elementName) {
         } else {
             const zal::XMLElement made = parent.appendChild(elementName);
             stored.value->writeTo(made);
-            stored = {made.handle(), nullptr};
+            stored = {made.handle(), nullptr, stored.number};
         }
     }
 }
@@ -124,7 +192,8 @@ void ZALTrackWithCues<Cue>::writeCues(const char* elementName) {
 template <typename Cue>
 void ZALTrackWithCues<Cue>::leaveDocument() {
     for (StoredCue& stored : cues_) {
-        if (stored.element != nullptr) stored = {nullptr, std::make_shared<const Cue>(valueOf(stored))};
+        if (stored.element != nullptr) 
+            stored = {nullptr, std::make_shared<const Cue>(valueOf(stored)), stored.number};
     }
     ZALCollectionTrack::leaveDocument();
 }

@@ -1,6 +1,6 @@
 #include <zaltag/collection/ZALCollectionDatabase.h>
 
-#include "collection/CollectionProgram.h"
+#include "collection/CollectionWriter.h"
 #include "platform/Log.h"
 #include "platform/NFD.h"
 
@@ -44,24 +44,31 @@ std::string zal::describeError(const ZALError& error) {
     return text;
 }
 
-void zal::CollectionContents::setTracks(std::vector<std::unique_ptr<ZALCollectionTrack>> all) {
-    tracks = std::move(all);
-    byPath.clear();
-    byPath.reserve(tracks.size());
-    for (const auto& track : tracks) {
-        if (!track->indexKey().empty()) byPath[track->indexKey()] = track.get();
-    }
-}
-
 ZALCollectionDatabase::ZALCollectionDatabase(const zal::CollectionProgram& program) : program_(program) {}
 
 ZALCollectionDatabase::~ZALCollectionDatabase() = default;
 
-void ZALCollectionDatabase::updateXMLDocument(zal::CollectionContents&) {}
-
 bool ZALCollectionDatabase::isLoaded() const {
     const std::shared_lock guard(lock_);
     return loaded_;
+}
+
+ZALNullableString ZALCollectionDatabase::fileURL() const {
+    {
+        const std::shared_lock guard(lock_);
+        if (ownURL_) return ownURL_;
+    }
+    return zal::collectionFileURL(program_);
+}
+
+std::shared_ptr<const zal::CollectionIndex> ZALCollectionDatabase::index() const {
+    const std::shared_lock guard(lock_);
+    return index_;
+}
+
+void ZALCollectionDatabase::askForReload() const {
+    const std::unique_lock guard(lock_);
+    asksForReload_ = true;
 }
 
 ZALNullableString ZALCollectionDatabase::openedURL() const {
@@ -75,7 +82,7 @@ std::optional<TimePoint> ZALCollectionDatabase::openedModificationDate() const {
 }
 
 std::optional<TimePoint> ZALCollectionDatabase::fileModificationDate() const {
-    const ZALNullableString url = zal::collectionFileURL(program_);
+    const ZALNullableString url = fileURL();
     if (!url) return std::nullopt;
     const auto bookmarks = ZALHost::shared().folderBookmarks();
     const ZALNullableString folder = zal::isSandboxed() ? zal::collectionBookmarkURL(program_) : std::nullopt;
@@ -91,13 +98,18 @@ std::optional<TimePoint> ZALCollectionDatabase::fileModificationDate() const {
 
 bool ZALCollectionDatabase::needsReloading() const {
     const ZALNullableString opened = openedURL();
-    const ZALNullableString current = zal::collectionFileURL(program_);
+    const ZALNullableString current = fileURL();
+    {
+        const std::shared_lock guard(lock_);
+        if (asksForReload_) return true;
+    }
+    if (!isLoaded() && current && zal::existingFile(*current)) return true;
     if (!opened && !current) return false;
     if (opened != current) return true;
     const auto date = fileModificationDate();
     if (!date) return true;
     const auto openedDate = openedModificationDate();
-    return openedDate && *openedDate != *date;
+    return openedDate && (*openedDate != *date || !isFileThatWasRead(*current));
 }
 
 void ZALCollectionDatabase::openFileAtURL(const ZALNullableString& url) {
@@ -112,135 +124,154 @@ void ZALCollectionDatabase::openFileAtURL(const ZALNullableString& url) {
     });
 }
 
+void ZALCollectionDatabase::stayWithFileAtURL(const std::string& url) {
+    {
+        const std::unique_lock guard(lock_);
+        ownURL_ = url;
+    }
+    openFileAtURL(url);
+}
+
 bool ZALCollectionDatabase::reload(ZALError* error) {
-    const ZALNullableString url = zal::collectionFileURL(program_);
-    return url && loadFileAtURL(url, error);
-}
-
-std::unique_ptr<zal::CollectionContents> ZALCollectionDatabase::read(const std::string& url,
-                                                                     zal::XMLReadError& fault) const {
-    std::unique_ptr<zal::CollectionContents> contents;
-    auto document = zal::XMLDocument::read(
-        url, fault, [&](const zal::XMLDocument& unchecked) { contents = tracksOf(unchecked); });
-    if (!document) return nullptr;
-    contents->document = std::move(document);
-    readPlaylists(*contents);
-    return contents;
-}
-
-bool ZALCollectionDatabase::loadFileAtURL(const ZALNullableString& url, ZALError* error) {
+    const ZALNullableString url = fileURL();
     if (!url) return false;
-    const std::lock_guard operation(operation_);
-    zal::XMLReadError fault;
-    std::shared_ptr<zal::CollectionContents> loaded;
-    try {
-        loaded = read(*url, fault);
-    } catch (const std::exception& exception) {  // memory ran out
-        fault = {zal::XMLReadError::Stage::document, exception.what()};
-    }
-    if (loaded) {
-        const TimePoint date{std::chrono::nanoseconds(loaded->document->modified())};
-        {
-            const std::unique_lock guard(lock_);
-            contents_.swap(loaded);
-            loaded_ = true;
-        }
-        adoptFile(url, date);
-        return true;
-    }
-    if (fault.stage == zal::XMLReadError::Stage::document) {
-        if (error != nullptr) *error = *errorOf("XML", fault.text);
-    } else {
-        fill(error, program_.unreadable, errorOf("XML", fault.text));
-    }
+    if (loadFileAtURL(url, error)) return true;
     const std::unique_lock guard(lock_);
     loaded_ = false;
     return false;
 }
 
-// Remembers which file the contents agree with.
-void ZALCollectionDatabase::adoptFile(const ZALNullableString& url, std::optional<TimePoint> date) {
-    const std::unique_lock guard(lock_);
-    openedURL_ = url;
-    openedModificationDate_ = date;
+bool ZALCollectionDatabase::loadFileAtURL(const ZALNullableString& url, ZALError* error) {
+    if (!url) return false;
+    const std::lock_guard operation(operation_);
+    std::string reason;
+    try {
+        if (auto read = zal::CollectionIndex::read(program_, *url, reason)) {
+            adopt(std::move(read), *url);
+            return true;
+        }
+        fill(error, program_.unreadable, errorOf("XML", reason));
+    } catch (const std::exception& exception) {  // memory ran out
+        if (error != nullptr) *error = *errorOf("XML", exception.what());
+    }
+    return false;
 }
 
-// Another program may have written the file while this one was at work.
+// Remembers what is loaded, and which file it agrees with.
+void ZALCollectionDatabase::adopt(std::shared_ptr<const zal::CollectionIndex> index, const std::string& url) {
+    const TimePoint date{std::chrono::nanoseconds(index->attributes().modified)};
+    const std::unique_lock guard(lock_);
+    index_.swap(index);
+    openedURL_ = url;
+    openedModificationDate_ = date;
+    loaded_ = true;
+    asksForReload_ = false;
+}
+
+// Whether the path names the very file that is open, as it was read.
+bool ZALCollectionDatabase::isFileThatWasRead(const std::string& url) const {
+    const auto read = index();
+    ZALFileAttributes now;
+    if (read == nullptr || ZALHost::shared().fileSystem()->attributes(url, now)) return false;
+    const ZALFileAttributes& then = read->attributes();
+    return now.device == then.device && now.inode == then.inode && now.size == then.size &&
+           now.modified == then.modified;
+}
+
+// Another program may have written the file while this one was at work, or the user chosen another one.
 std::string ZALCollectionDatabase::whyNotToReplace(const std::string& url) const {
-    const auto date = openedModificationDate();
-    ZALFileAttributes attributes;
-    if (openedURL() != url || !date || ZALHost::shared().fileSystem()->attributes(url, attributes)) return {};
-    const bool isSame = TimePoint(std::chrono::nanoseconds(attributes.modified)) == *date;
-    return isSame ? "" : "another program has changed it since it was read";
+    if (!zal::existingFile(url) || isFileThatWasRead(url)) return {};
+    return openedURL() == url ? "another program has changed it since it was read"
+                              : "it is another collection than the one that was read";
 }
 
 bool ZALCollectionDatabase::save(ZALError* error) {
-    const std::lock_guard operation(operation_);
-    if (!isLoaded() || !canExport(error)) return false;
-    try {
-        {
-            const std::unique_lock guard(lock_);
-            for (const auto& track : contents_->tracks) {
-                track->updateXMLElement();
-            }
-            updateXMLDocument(*contents_);
-        }
-        const ZALNullableString url = zal::collectionFileURL(program_);
-        return write(url.value_or(""), error);
-    } catch (const std::exception& exception) {  // memory ran out
-        zal::logf("{} (): {}", program_.writeFailure, exception.what());
-        fill(error, program_.unwritable, errorOf("memory", exception.what()));
-        return false;
-    }
+    zal::CollectionChanges changes;
+    changes.mode = ZALHost::shared().collectionSaveMode();
+    return saveChanges(changes, error);
 }
 
-bool ZALCollectionDatabase::write(const std::string& url, ZALError* error) {
-    const auto writeDocument = [this](const zal::ChunkSink& sink) {
-        const std::shared_lock guard(lock_);
-        return contents_->document->write(sink, program_.style);
-    };
-    ZALFileAttributes written;
-    const std::string reason = url.empty()
-                                   ? "there is no collection file"
-                                   : zal::whyNotReplaced(
-                                         url, writeDocument, [&] { return whyNotToReplace(url); }, &written);
-    if (reason.empty()) {
-        adoptFile(url, TimePoint(std::chrono::nanoseconds(written.modified)));
-        return true;
-    }
-    std::string text;
-    writeDocument([&text](ZALDataView bytes) {
-        text.append(bytes.begin(), bytes.end());
-        return true;
-    });
-    zal::logf("{} ({}): {}", program_.writeFailure, text, reason);
+bool ZALCollectionDatabase::saveChanges(const zal::CollectionChanges& changes, ZALError* error) {
+    const std::lock_guard operation(operation_);
+    if (!isLoaded() || !canExport(error)) return false;
+    const std::string url = fileURL().value_or("");
+    const std::string reason = url.empty() ? "there is no collection file" : write(url, changes);
+    return reason.empty() || failSave(reason, error);
+}
+
+bool ZALCollectionDatabase::failSave(const std::string& reason, ZALError* error) const {
+    zal::logf("{} ({}): {}", program_.writeFailure, fileURL().value_or(""), reason);
     fill(error, program_.unwritable, errorOf("file system", reason));
     if (error != nullptr) error->localizedDescription = ZALHost::shared().localized(program_.saveErrorText);
     return false;
 }
 
-ZALCollectionTrack* ZALCollectionDatabase::liveTrackForSongFileAtURL(const ZALNullableString& path) const {
-    if (!path || !contents_) return nullptr;
-    const auto found = contents_->byPath.find(keyOf(*path));
-    return found == contents_->byPath.end() ? nullptr : found->second;
+// Why it was not written, or an empty text.
+std::string ZALCollectionDatabase::write(const std::string& url, const zal::CollectionChanges& changes) {
+    const auto mayReplace = [&] { return whyNotToReplace(url); };
+    std::string refusal = mayReplace();
+    const bool isChange = changes.mode == ZALCollectionSaveMode::everyTrackWithCues ||
+                          !changes.tracks.empty() || changes.playlists;
+    if (!refusal.empty() || (!isChange && zal::existingFile(url))) return refusal;
+    const auto read = index();
+    if (changes.index && changes.index != read) return "it was loaded anew meanwhile";
+    try {
+        zal::CollectionWriter writer(read, changes);
+        std::shared_ptr<const zal::CollectionIndex> written;
+        const std::string reason = zal::whyNotReplacedBy(
+            url, [&writer](zal::FileReplacement& out) { return writer.write(out); }, mayReplace,
+            [&](std::unique_ptr<ZALFileHandle> file, const ZALFileAttributes& attributes) {
+                written = writer.index(std::move(file), attributes);
+            });
+        if (!reason.empty()) {
+            if (!writer.reason().empty()) askForReload();
+            return writer.reason().empty() ? reason : writer.reason();
+        }
+        std::string unread;
+        if (!written) written = zal::CollectionIndex::read(program_, url, unread);
+        written ? adopt(std::move(written), url) : askForReload();
+        return {};
+    } catch (const std::exception& exception) {  // memory ran out
+        return exception.what();
+    }
+}
+
+std::shared_ptr<const ZALCollectionTrack> ZALCollectionDatabase::track(const ZALNullableString& path) const {
+    const auto held = index();
+    if (!path || !held) return nullptr;
+    zal::ElementReader reader(held);
+    std::uint32_t number = 0;
+    const auto found = reader.find(keyOf(*path), number);
+    if (reader.hasFailed()) askForReload();
+    return found ? program_.copyOf(*found) : nullptr;
 }
 
 bool ZALCollectionDatabase::hasTrackForSongFileAtURL(const ZALNullableString& path) const {
-    const std::shared_lock guard(lock_);
-    return liveTrackForSongFileAtURL(path) != nullptr;
+    return track(path) != nullptr;
+}
+
+bool ZALCollectionDatabase::forEachTrack(
+    const std::function<void(const std::shared_ptr<const ZALCollectionTrack>& track)>& function) const {
+    const auto held = index();
+    if (!held) return true;
+    zal::ElementReader reader(held);
+    for (std::uint32_t number = 0; number < held->tracks().size(); ++number) {
+        const auto track = reader.track(number);
+        if (!track) {
+            askForReload();
+            return false;
+        }
+        function(program_.copyOf(*track));
+    }
+    return true;
 }
 
 std::size_t ZALCollectionDatabase::trackCount() const {
-    const std::shared_lock guard(lock_);
-    return contents_ ? contents_->tracks.size() : 0;
+    const auto held = index();
+    return held ? held->tracks().size() : 0;
 }
 
 std::size_t ZALCollectionDatabase::cueCount() const {
-    const std::shared_lock guard(lock_);
-    std::size_t count = 0;
-    if (!contents_) return 0;
-    for (const auto& track : contents_->tracks) {
-        count += track->cueCount();
-    }
-    return count;
+    const auto held = index();
+    return held ? held->cueCount() : 0;
 }

@@ -1,8 +1,11 @@
 #include <zaltag/collection/ZALCollectionQueue.h>
 
 #include "base/Assert.h"
-#include "collection/CollectionProgram.h"
+#include "base/Paths.h"
+#include "collection/CollectionWriter.h"
+#include "collection/TrackEdit.h"
 #include "platform/Log.h"
+#include "platform/NFD.h"
 #include "platform/SerialQueue.h"
 
 #include <zaltag/collection/ZALCollectionDatabase.h>
@@ -11,6 +14,7 @@
 #include <zaltag/platform/ZALMainQueue.h>
 #include <zaltag/platform/ZALNotificationCenter.h>
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -59,10 +63,9 @@ struct ZALCollectionQueue::State {
     // All but the first two belong to the serial queue.
     const std::unique_ptr<zal::SerialQueue> processingQueue;
     const std::shared_ptr<Progress> progress = std::make_shared<Progress>();
-    std::map<std::string, std::shared_ptr<ZALCollectionQueueItem>> itemQueue;
+    std::map<std::string, std::shared_ptr<ZALCollectionQueueItem>> itemQueue;  // by decomposed path
     std::shared_ptr<ZALTimer> processTimer;
     std::uint64_t exportStage = idle;
-    bool shouldSave = false;
 };
 
 ZALCollectionQueue::ZALCollectionQueue(const zal::CollectionProgram& program,
@@ -101,7 +104,7 @@ void ZALCollectionQueue::enqueue(const ZALNullableString& path, std::shared_ptr<
     item->path = *path;
     // A block keeps the queue until it has run.
     state_->processingQueue->async([this, self = shared_from_this(), item = std::move(item)] {
-        state_->itemQueue[item->path] = item;
+        state_->itemQueue[zal::canonicalDecomposition(item->path)] = item;
         updateProgress();
         startTimerIfNeeded();
     });
@@ -188,44 +191,65 @@ ZALCollectionQueue::Outcome ZALCollectionQueue::batch() {
         return Outcome{success, error.domain.empty() ? std::nullopt : std::optional(error)};
     };
     if (!database().canExport(&error) || !error.domain.empty()) return failure(false);
-    if (!database().isLoaded()) {
-        dropRequests();
-        return outcome;
-    }
+    const bool wasLoaded = database().isLoaded();
     if (database().needsReloading()) {
         setExportStage(loading);
         const bool reloaded = database().reload(&error);
-        if (!reloaded || !error.domain.empty()) {
+        if (wasLoaded && (!reloaded || !error.domain.empty())) {
             zal::logf("-[{} processQueueAndSave:] {}: {}", program_.queueClass, program_.reloadFailure,
                       zal::describeError(error));
             return failure(reloaded);
         }
-        state_->shouldSave = false;
+    }
+    if (!database().isLoaded()) {
+        dropRequests();
+        return outcome;
     }
     setExportStage(applying);
-    applyRequests();
+    zal::CollectionChanges changes;
+    bool shouldSave = false;
+    if (!applyRequests(changes, shouldSave)) {
+        database().askForReload();
+        return failure(database().failSave("the file was changed since it was read", &error));
+    }
     setExportStage(saving);
-    if (state_->shouldSave && (!database().save(&error) || !error.domain.empty())) return failure(false);
-    state_->shouldSave = false;
-    finishBatch();
+    if (shouldSave && (!database().saveChanges(changes, &error) || !error.domain.empty())) return failure(false);
+    const bool isQuiet = changes.mode == ZALCollectionSaveMode::changedTracks && !shouldSave;
+    if (!isQuiet) finishBatch();
     dropRequests();
     return outcome;
 }
 
-void ZALCollectionQueue::applyRequests() {
-    const std::unique_lock guard(database().lock());
-    beginBatch();
+// What the requests change, by the collection as it is loaded. False when its file was changed under it.
+bool ZALCollectionQueue::applyRequests(zal::CollectionChanges& changes, bool& shouldSave) {
+    changes.index = database().index();
+    changes.mode = ZALHost::shared().collectionSaveMode();
+    const bool isEvery = changes.mode == ZALCollectionSaveMode::everyTrackWithCues;
+    zal::ElementReader reader(changes.index);
+    std::vector<std::uint32_t> listed;
     for (const auto& [path, item] : state_->itemQueue) {
-        ZALCollectionTrack* track = database().liveTrackForSongFileAtURL(path);
-        if (track != nullptr && apply(*item, *track)) state_->shouldSave = true;
+        std::uint32_t number = 0;
+        const auto track = reader.find(path, number);
+        if (!track) continue;
+        if (!track->whyLeftOut(item->modificationDate).empty()) {
+            zal::logf("Skipping track '{}' (modified)", zal::lastPathComponent(item->path));
+            continue;
+        }
+        const bool isChanged = isEvery ? track->replaceCuePoints(item->cuePoints, item->kind)
+                                       : track->editFor(item->cuePoints, item->kind, nullptr).isChanged;
+        shouldSave = shouldSave || isChanged;
+        if (isChanged || (isEvery && track->xmlNeedsUpdate())) changes.tracks.push_back({number, item.get()});
+        if (isChanged || isEvery) listed.push_back(number);
     }
+    std::sort(changes.tracks.begin(), changes.tracks.end(),
+              [](const auto& one, const auto& other) { return one.number < other.number; });
+    listTracks(reader, listed, changes);
+    shouldSave = shouldSave || changes.playlists.has_value();
+    return !reader.hasFailed();
 }
 
-ZALArray<ZALTagCuePoint> ZALCollectionQueue::cuePointsFor(const ZALCollectionQueueItem& item,
-                                                          const ZALCollectionTrack& track) {
-    return cuePointsAdjustedToBeatTimes(sortedCuePoints(item.cuePoints),
-                                        track.beatTimes().value_or(ZALArray<double>()));
-}
+void ZALCollectionQueue::listTracks(zal::ElementReader&, const std::vector<std::uint32_t>&,
+                                    zal::CollectionChanges&) const {}
 
 void ZALCollectionQueue::dropRequests() {
     state_->itemQueue.clear();

@@ -26,6 +26,14 @@ std::optional<ZALArray<double>> ZALCollectionTrack::beatTimes() const {
     return tempo ? zal::beatTimesOf(*tempo) : std::nullopt;
 }
 
+ZALArray<ZALTagCuePoint> ZALCollectionTrack::onBeats(const ZALArray<ZALTagCuePoint>& cuePoints) const {
+    return cuePointsAdjustedToBeatTimes(sortedCuePoints(cuePoints), beatTimes().value_or(ZALArray<double>()));
+}
+
+std::string ZALCollectionTrack::whyLeftOut(std::chrono::system_clock::time_point) const {
+    return {};
+}
+
 void ZALCollectionTrack::setPath(ZALNullableString path) {
     path_ = std::move(path);
     decomposed_.clear();

@@ -183,8 +183,8 @@ bool FileReplacement::nameIsOurs() {
 
 namespace {
 
-std::string replace(const std::string& path, const std::function<bool(const ChunkSink&)>& write,
-                    const std::function<std::string()>& mayReplace, ZALFileAttributes* attributes) {
+std::string replace(const std::string& path, const FileWriter& write,
+                    const std::function<std::string()>& mayReplace, const NewFileKeeper& keep) {
     const auto files = ZALHost::shared().fileSystem();
     std::string target;
     if (const auto error = files->canonicalPath(path, target)) return describe(error);
@@ -196,29 +196,45 @@ std::string replace(const std::string& path, const std::function<bool(const Chun
 
     FileReplacement replacement(files, target);
     if (!replacement.begin(old.get(), old ? 0600 : newFileMode)) return replacement.reason();
-    bool sinkFailed = false;
-    const bool written = write([&](ZALDataView bytes) {
-        sinkFailed = sinkFailed || !replacement.append(bytes);
-        return !sinkFailed;
-    });
-    if (sinkFailed) return replacement.reason();
-    if (!written) return "its new content could not be made";
+    if (!write(replacement)) {
+        return replacement.reason().empty() ? "its new content could not be made" : replacement.reason();
+    }
     if (!replacement.finish([&] { return mayReplace ? mayReplace() : std::string(); }))
         return replacement.reason();
-    if (attributes != nullptr) *attributes = replacement.attributes();
     replacement.syncFolder();
+    if (keep) {
+        auto handle = replacement.takeHandle();
+        handle->unlock();
+        keep(std::move(handle), replacement.attributes());
+    }
     return {};
 }
 
 }  // namespace
 
-std::string whyNotReplaced(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write,
-                           const std::function<std::string()>& mayReplace, ZALFileAttributes* written) {
+std::string whyNotReplacedBy(const std::string& path, const FileWriter& write,
+                             const std::function<std::string()>& mayReplace, const NewFileKeeper& keep) {
     try {
-        return replace(path, write, mayReplace, written);
+        return replace(path, write, mayReplace, keep);
     } catch (const std::exception& exception) {  // memory ran out, or the writer gave up this way
         return exception.what();
     }
+}
+
+std::string whyNotReplaced(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write,
+                           const std::function<std::string()>& mayReplace, ZALFileAttributes* written) {
+    const auto writeChunks = [&write](FileReplacement& replacement) {
+        bool sinkFailed = false;
+        const bool isWritten = write([&](ZALDataView bytes) {
+            sinkFailed = sinkFailed || !replacement.append(bytes);
+            return !sinkFailed;
+        });
+        return isWritten && !sinkFailed;
+    };
+    return whyNotReplacedBy(path, writeChunks, mayReplace,
+                            [written](std::unique_ptr<ZALFileHandle>, const ZALFileAttributes& attributes) {
+                                if (written != nullptr) *written = attributes;
+                            });
 }
 
 bool replaceFileContents(const std::string& path, const std::function<bool(const ChunkSink& sink)>& write) {

@@ -1,10 +1,6 @@
 #pragma once
 
-#include "platform/FileReplacement.h"
-
 #include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -66,61 +62,33 @@ class XMLElement {
     void* node_ = nullptr;
 };
 
-/// Why a file gave no document.
-struct XMLReadError {
-    enum class Stage { file, wellFormedness, document };
-    Stage stage = Stage::file;
-    std::string text;
-};
-
-/// How a document is laid out when it is written.
+/// How an element is laid out when it is written.
 struct XMLStyle {
     const char* indent = "  ";
     bool emptyElementTags = true;  ///< "<A/>" for an element without content, not "<A></A>"
 };
 
-/// A document as a tree that can be changed and written back with everything it held. Takes some 32 KB at
-/// least: never one per track or cue.
+/// Elements as a tree that can be changed and written back with everything it held. Takes some 32 KB at least:
+/// never one per track or cue.
 class XMLDocument {
   public:
-    /// An empty document, in UTF-8.
     XMLDocument();
     ~XMLDocument();
 
-    using Reader = std::function<void(const XMLDocument& document)>;
-
-    /// Reads a file: a stream parser checks that it is well-formed while the tree is built beside it. Refused
-    /// are also files that declare entities, since those would not survive, and elements nested deeper than
-    /// 1000. Null on failure.
-    ///
-    /// The check takes longer than the tree: `meanwhile` may use the tree before it has ended, on the thread of
-    /// the caller. It cannot count on any depth, on being called only once, or on a document in the end.
-    static std::unique_ptr<XMLDocument> read(const std::string& path, XMLReadError& error,
-                                             const Reader& meanwhile = {});
-
-    /// When the file that was read had been changed, in nanoseconds since 1970.
-    std::int64_t modified() const { return modified_; }
-
-    /// The root element when it has this name.
-    XMLElement root(const char* name) const;
-    XMLElement appendRoot(const char* name);
-
-    /// Gives the document the header of a standalone document in UTF-8.
-    void setHeader();
-
-    /// Writes the document in the encoding it was read in, with its byte-order mark. False when the sink gave
-    /// up.
-    bool write(const ChunkSink& sink, const XMLStyle& style) const;
+    /// Makes the tree of an element from its text and gives the element, in the place of what the document
+    /// held. None for a text that is no element.
+    XMLElement load(std::string_view text);
+    /// Makes a new root element in the place of what the document held.
+    XMLElement makeRoot(const char* name);
 
   private:
-    /// `wasChanged` tells that the file changed meanwhile, which is worth another try.
-    static std::unique_ptr<XMLDocument> readOnce(const std::string& path, XMLReadError& error,
-                                                 const Reader& meanwhile, bool& wasChanged);
-
     struct Tree;
     std::unique_ptr<Tree> tree_;
-    std::int64_t modified_ = 0;
 };
+
+/// An element as text, in the style of a file where it stands `depth` elements deep: without the white space in
+/// front of it and behind it.
+std::string markupOf(const XMLElement& element, const XMLStyle& style, unsigned depth);
 
 /// A text as an attribute keeps it.
 std::string textForXML(std::string_view text);

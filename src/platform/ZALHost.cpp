@@ -81,6 +81,7 @@ struct ZALHost::Services {
     ZALNullableString serviceHost;
     ZALNullableString certificateAuthorityFile;
     ZALSaveMode saveMode = ZALSaveMode::safe;
+    ZALCollectionSaveMode collectionSaveMode = ZALCollectionSaveMode::everyTrackWithCues;
     std::string name = program_invocation_short_name;
     std::string version = ZALHost::libraryVersion();
 
@@ -219,6 +220,13 @@ void ZALHost::setSaveMode(ZALSaveMode mode) {
 }
 ZALSaveMode ZALHost::saveMode() const {
     return services_->get(services_->saveMode);
+}
+
+void ZALHost::setCollectionSaveMode(ZALCollectionSaveMode mode) {
+    services_->set(services_->collectionSaveMode, mode);
+}
+ZALCollectionSaveMode ZALHost::collectionSaveMode() const {
+    return services_->get(services_->collectionSaveMode);
 }
 
 void ZALHost::setName(std::string name) {

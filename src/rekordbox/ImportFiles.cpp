@@ -1,28 +1,49 @@
 #include "rekordbox/ImportFiles.h"
 
-#include "base/Numbers.h"
-#include "platform/FileReplacement.h"
+#include "platform/XMLMarkup.h"
 #include "rekordbox/RekordboxProgram.h"
 
+#include <zaltag/platform/ZALHost.h>
+#include <zaltag/rekordbox/ZALRekordboxPlaylistFolder.h>
 #include <zaltag/rekordbox/ZALRekordboxTrack.h>
 
 #include <fmt/format.h>
+
+#include <algorithm>
 
 namespace zal {
 
 namespace {
 
 constexpr std::size_t tracksPerFile = 5000;
-constexpr const char* trackName = "TRACK";
+constexpr std::size_t chunkSize = 65536;
 constexpr const char* markName = "POSITION_MARK";
 
-std::string idOf(const XMLElement& track) {
-    return std::to_string(ZALRekordboxTrack::idOfXMLElement(track));
-}
+// Text that is handed on in chunks.
+class Chunks {
+  public:
+    explicit Chunks(const ChunkSink& sink) : sink_(sink) {}
 
-void copyTrack(const XMLElement& track, XMLElement collection) {
-    XMLElement copy = collection.appendChild(trackName);
-    copy.setAttribute("TrackID", idOf(track));
+    void add(std::string_view text) {
+        text_ += text;
+        if (text_.size() >= chunkSize) flush();
+    }
+    bool flush() {
+        const ZALDataView view(reinterpret_cast<const std::uint8_t*>(text_.data()), text_.size());
+        isTaken_ = isTaken_ && sink_(view);
+        text_.clear();
+        return isTaken_;
+    }
+
+  private:
+    const ChunkSink& sink_;
+    std::string text_;
+    bool isTaken_ = true;
+};
+
+// The track as it stands in the collection, or as a save of every track would write it.
+void copyTrack(const XMLElement& track, XMLElement copy) {
+    copy.setAttribute("TrackID", std::to_string(ZALRekordboxTrack::idOfXMLElement(track)));
     copy.setAttribute("Location", track.attributeText("Location"));
     copy.setAttribute("TotalTime", track.attributeText("TotalTime"));
     for (auto mark = track.firstChild(markName); mark; mark = mark.next(markName)) {
@@ -45,9 +66,8 @@ std::string getPlaylistNameForSplitXml(std::uint32_t) {
     return ZALRekordboxCuepointsPlaylistName;
 }
 
-bool isImportCandidate(const XMLElement& track) {
-    return track.firstChild(markName) && track.attribute("TotalTime") != nullptr &&
-           track.attribute("Location") != nullptr;
+bool isImportCandidate(const IndexedTrack& track) {
+    return track.hasMarks && track.isImportable;
 }
 
 std::vector<std::size_t> importGroupEnds(std::size_t candidates) {
@@ -60,37 +80,42 @@ std::vector<std::size_t> importGroupEnds(std::size_t candidates) {
     return ends;
 }
 
-std::unique_ptr<XMLDocument> importDocument(std::span<const XMLElement> tracks,
-                                            const std::string& playlistName) {
-    auto document = std::make_unique<XMLDocument>();
-    XMLElement root = document->appendRoot("DJ_PLAYLISTS");
-    document->setHeader();
-    root.setAttribute("Version", "1.0.0");
-    stampRoot(root);
-    const std::string count = std::to_string(tracks.size());
-
-    XMLElement collection = root.appendChild("COLLECTION");
-    collection.setAttribute("Entries", count);
-    for (const XMLElement& track : tracks) {
-        copyTrack(track, collection);
+bool writeImportFile(ElementReader& reader, std::span<const std::uint32_t> tracks,
+                     const std::string& playlistName, const ChunkSink& sink) {
+    const bool isEvery =
+        ZALHost::shared().collectionSaveMode() == ZALCollectionSaveMode::everyTrackWithCues;
+    const std::vector<IndexedTrack>& all = reader.index().tracks();
+    std::vector<XMLAttributeEdit> ofRoot{{"Version", "1.0.0"}};
+    for (XMLAttributeEdit& attribute : makersStamp()) {
+        ofRoot.push_back(std::move(attribute));
     }
-
-    XMLElement folder = root.appendChild("PLAYLISTS").appendChild("NODE");
-    const XMLAttribute ofFolder[] = {{"Type", "0"}, {"Name", "ROOT"}, {"Count", "1"}};
-    folder.setAttributes(ofFolder);
-    XMLElement playlist = folder.appendChild("NODE");
-    const XMLAttribute ofPlaylist[] = {
-        {"Type", "1"}, {"Name", playlistName}, {"KeyType", "0"}, {"Entries", count}};
-    playlist.setAttributes(ofPlaylist);
-    for (const XMLElement& track : tracks) {
-        playlist.appendChild(trackName).setAttribute("Key", idOf(track));
+    Chunks chunks(sink);
+    chunks.add("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n");
+    chunks.add(withAttributes("<DJ_PLAYLISTS>", ofRoot));
+    chunks.add(fmt::format("\n  <COLLECTION Entries=\"{}\">\n", tracks.size()));
+    XMLDocument scratch;
+    for (const std::uint32_t number : tracks) {
+        const XMLElement element = reader.element(all[number].span());
+        if (!element) return false;
+        if (isEvery && all[number].isMarked) ZALRekordboxTrack::initWithXMLElement(element)->updateXMLElement();
+        const XMLElement copy = scratch.makeRoot("TRACK");
+        copyTrack(element, copy);
+        chunks.add("    " + markupOf(copy, rekordboxProgram().style, 2) + "\n");
     }
-    return document;
+    chunks.add("  </COLLECTION>\n  <PLAYLISTS>\n    <NODE Type=\"0\" Name=\"ROOT\" Count=\"1\">\n");
+    chunks.add(fmt::format("      <NODE Type=\"1\" Name=\"{}\" KeyType=\"0\" Entries=\"{}\">\n",
+                           attributeValue(playlistName), tracks.size()));
+    for (const std::uint32_t number : tracks) {
+        chunks.add(fmt::format("        <TRACK Key=\"{}\" />\n", all[number].id));
+    }
+    chunks.add("      </NODE>\n    </NODE>\n  </PLAYLISTS>\n</DJ_PLAYLISTS>\n");
+    return chunks.flush();
 }
 
-bool saveSingleSplitXmlFile(const XMLDocument& document, const std::string& filename) {
-    return replaceFileContents(filename, [&document](const ChunkSink& sink) {
-        return document.write(sink, rekordboxProgram().style);
+bool saveSingleSplitXmlFile(ElementReader& reader, std::span<const std::uint32_t> tracks,
+                            const std::string& filename, const std::string& playlistName) {
+    return replaceFileContents(filename, [&](const ChunkSink& sink) {
+        return writeImportFile(reader, tracks, playlistName, sink);
     });
 }
 

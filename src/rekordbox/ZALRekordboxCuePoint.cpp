@@ -37,6 +37,11 @@ bool ZALRekordboxCuePoint::isEqualToRekordboxCuePoint(const ZALRekordboxCuePoint
     return name_ == other.name_;
 }
 
+bool ZALRekordboxCuePoint::isSameMark(const ZALRekordboxCuePoint& other) const {
+    return type_ == other.type_ && zal::microseconds(start_) == zal::microseconds(other.start_) &&
+           name_ == other.name_;
+}
+
 std::size_t ZALRekordboxCuePoint::hash() const {
     return zal::formattedHash("{}-{}-{}-{}-{}", name_, type_, zal::microseconds(start_),
                               zal::microseconds(end_), num_);

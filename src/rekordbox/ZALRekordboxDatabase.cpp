@@ -1,7 +1,9 @@
 #include <zaltag/rekordbox/ZALRekordboxDatabase.h>
 
 #include "base/Paths.h"
+#include "collection/CollectionIndex.h"
 #include "platform/Dates.h"
+#include "platform/NFD.h"
 #include "rekordbox/PlaylistNode.h"
 #include "rekordbox/RekordboxProgram.h"
 #include "rekordbox/TrackLocation.h"
@@ -10,7 +12,8 @@
 #include <zaltag/platform/ZALHost.h>
 #include <zaltag/rekordbox/ZALRekordboxQueue.h>
 
-#include <mutex>
+#include <algorithm>
+#include <cstring>
 #include <set>
 
 const std::string ZALRekordboxDatabaseFileUserSetLocationURL = "RekordboxFileUserSetLocationURL";
@@ -20,21 +23,24 @@ const std::string ZALRekordboxFileFolderSandboxedBookmarkDataKey =
 namespace {
 
 constexpr const char* fileName = "rekordbox.xml";
+constexpr const char* markName = "POSITION_MARK";
 
-zal::XMLElement rootOf(const zal::XMLDocument& document) {
-    return document.root("DJ_PLAYLISTS");
+void readTrack(zal::XMLAttributes attributes, zal::TrackDraft& draft) {
+    const char* const id = zal::valueOf(attributes, "TrackID");
+    draft.id = ZALRekordboxTrack::idOfText(id == nullptr ? "" : id);
+    draft.hasDuration = zal::valueOf(attributes, "TotalTime") != nullptr;
+    if (const char* const location = zal::valueOf(attributes, "Location")) draft.place[0] = location;
 }
 
-zal::XMLElement rootNode(const zal::XMLDocument& document) {
-    const auto root = rootOf(document);
-    for (auto all = root.firstChild("PLAYLISTS"); all; all = all.next("PLAYLISTS")) {
-        if (const auto node = all.firstChild(zal::playlistNodeName)) return node;
-    }
-    return {};
+void readChild(const char* name, zal::XMLAttributes attributes, zal::TrackDraft& draft) {
+    if (std::strcmp(name, markName) != 0) return;
+    draft.hasMarks = true;
+    if (zal::valueOf(attributes, "Start") != nullptr) ++draft.cues;
 }
 
-zal::RekordboxContents& rekordbox(zal::CollectionContents& contents) {
-    return static_cast<zal::RekordboxContents&>(contents);
+zal::TrackKeys keysOf(const zal::TrackDraft& draft) {
+    const ZALNullableString path = draft.place[0] ? zal::pathOfLocation(*draft.place[0]) : std::nullopt;
+    return {path ? zal::canonicalDecomposition(*path) : std::string(), {}};
 }
 
 }  // namespace
@@ -57,16 +63,29 @@ const zal::CollectionProgram& zal::rekordboxProgram() {
         .defaultFile = ZALRekordboxDatabase::pathToMostLikelyActiveRekordboxCollectionFile,
         .fileInFolder = ZALRekordboxDatabase::rekordboxDBPathInPermittedFolder,
         .style = {},
+        .rootName = "DJ_PLAYLISTS",
+        .trackName = "TRACK",
+        .markName = markName,
+        .stamp = makersStamp,
+        .readTrack = readTrack,
+        .readChild = readChild,
+        .keysOf = keysOf,
+        .trackOf = [](const XMLElement& element) -> std::unique_ptr<ZALCollectionTrack> {
+            return ZALRekordboxTrack::initWithXMLElement(element);
+        },
+        .copyOf = [](const ZALCollectionTrack& track) -> std::shared_ptr<const ZALCollectionTrack> {
+            return static_cast<const ZALRekordboxTrack&>(track).copy();
+        },
     };
     return program;
 }
 
-void zal::stampRoot(XMLElement root) {
+std::vector<zal::XMLAttributeEdit> zal::makersStamp() {
     const ZALHost& host = ZALHost::shared();
-    root.setAttribute("CreatedByApp", host.name());
-    root.setAttribute("CreatedByVersion", host.version());
-    root.setAttribute("CreationPlatform", "Mac");
-    root.setAttribute("ModificationDate", stampDate(host.clock()->now()));
+    return {{"CreatedByApp", host.name()},
+            {"CreatedByVersion", host.version()},
+            {"CreationPlatform", "Mac"},
+            {"ModificationDate", stampDate(host.clock()->now())}};
 }
 
 ZALRekordboxDatabase::ZALRekordboxDatabase() : ZALCollectionDatabase(zal::rekordboxProgram()) {}
@@ -82,6 +101,12 @@ std::shared_ptr<ZALRekordboxDatabase> ZALRekordboxDatabase::initWithRekordboxDat
     const ZALNullableString& url) {
     std::shared_ptr<ZALRekordboxDatabase> database(new ZALRekordboxDatabase);
     database->openFileAtURL(url);
+    return database;
+}
+
+std::shared_ptr<ZALRekordboxDatabase> ZALRekordboxDatabase::databaseOfFileAtURL(const std::string& url) {
+    std::shared_ptr<ZALRekordboxDatabase> database(new ZALRekordboxDatabase);
+    database->stayWithFileAtURL(url);
     return database;
 }
 
@@ -136,81 +161,65 @@ bool ZALRekordboxDatabase::loadRekordboxDatabaseFromFileAtURL(const ZALNullableS
     return loadFileAtURL(url, error);
 }
 
-std::unique_ptr<zal::CollectionContents> ZALRekordboxDatabase::tracksOf(
-    const zal::XMLDocument& document) const {
-    auto contents = std::make_unique<zal::RekordboxContents>();
-    std::vector<std::unique_ptr<ZALCollectionTrack>> all;
-    zal::forEachTrackElement(document, [&all](const zal::XMLElement& element) {
-        all.push_back(ZALRekordboxTrack::initWithXMLElement(element));
-    });
-    contents->setTracks(std::move(all));
-    return contents;
-}
-
-void ZALRekordboxDatabase::readPlaylists(zal::CollectionContents& contents) const {
-    rekordbox(contents).playlist = ZALRekordboxPlaylistFolder::initWithXMLElement(rootNode(*contents.document));
-}
-
-void ZALRekordboxDatabase::updateXMLDocument(zal::CollectionContents& contents) {
-    if (const auto& playlist = rekordbox(contents).playlist) playlist->updateXMLElement();
-    contents.document->setHeader();
-    if (const auto root = rootOf(*contents.document)) zal::stampRoot(root);
-}
-
-ZALRekordboxPlaylistFolder* ZALRekordboxDatabase::getRootPlaylistFolder(bool create) {
-    if (contents() == nullptr) return nullptr;
-    auto& held = rekordbox(*contents());
-    if (held.playlist || !create) return held.playlist.get();
-    const zal::XMLDocument& document = *held.document;
-    auto root = rootOf(document);
-    if (const auto node = rootNode(document)) {
-        held.playlist = ZALRekordboxPlaylistFolder::initWithXMLElement(node);
-    } else if (root) {
-        auto playlists = root.firstChild("PLAYLISTS");
-        if (!playlists) playlists = root.appendChild("PLAYLISTS");
-        held.playlist = ZALRekordboxPlaylistFolder::rekordboxPlaylistFolderWithName("ROOT");
-        held.playlist->xmlElement(playlists);
-    }
-    return held.playlist.get();
-}
-
 std::vector<std::shared_ptr<const ZALRekordboxTrack>> ZALRekordboxDatabase::tracks() const {
-    const std::shared_lock guard(lock());
-    return zal::copiesOfTracks<ZALRekordboxTrack>(contents().get());
+    std::vector<std::shared_ptr<const ZALRekordboxTrack>> all;
+    all.reserve(trackCount());
+    forEachTrack([&all](const auto& track) { all.push_back(track); });
+    return all;
+}
+
+bool ZALRekordboxDatabase::forEachTrack(
+    const std::function<void(const std::shared_ptr<const ZALRekordboxTrack>& track)>& function) const {
+    return ZALCollectionDatabase::forEachTrack([&function](const auto& track) {
+        function(std::static_pointer_cast<const ZALRekordboxTrack>(track));
+    });
 }
 
 std::shared_ptr<const ZALRekordboxTrack> ZALRekordboxDatabase::trackForSongFileAtURL(
     const ZALNullableString& path) const {
-    const std::shared_lock guard(lock());
-    const auto* track = static_cast<const ZALRekordboxTrack*>(liveTrackForSongFileAtURL(path));
-    return track == nullptr ? nullptr : track->copy();
+    return std::static_pointer_cast<const ZALRekordboxTrack>(track(path));
 }
 
 std::shared_ptr<const ZALRekordboxPlaylistFolder> ZALRekordboxDatabase::playlist() const {
-    const std::shared_lock guard(lock());
-    if (contents() == nullptr) return nullptr;
-    const auto& playlist = rekordbox(*contents()).playlist;
-    return playlist ? playlist->copy() : nullptr;
+    const auto held = index();
+    if (!held || !held->frame().firstNode) return nullptr;
+    zal::ElementReader reader(held);
+    const auto root = ZALRekordboxPlaylistFolder::initWithXMLElement(reader.element(*held->frame().firstNode));
+    if (reader.hasFailed()) askForReload();
+    return root ? root->copy() : nullptr;
 }
 
 std::vector<std::shared_ptr<const ZALRekordboxTrack>> ZALRekordboxDatabase::tracksOfPlaylist(
     const ZALRekordboxPlaylist& playlist) const {
-    std::set<std::string> paths;
-    if (playlist.tracksAsLocation()) {
-        for (const std::string& location : *playlist.tracksAsLocation()) {
-            if (auto path = zal::pathOfLocation(location)) paths.insert(std::move(*path));
-        }
-    }
-    const auto isNamed = [&](const ZALRekordboxTrack& track) {
-        if (playlist.tracksAsId()) return playlist.tracksAsId()->contains(track.trackId());
-        return track.path() && paths.contains(*track.path());
-    };
     std::vector<std::shared_ptr<const ZALRekordboxTrack>> copies;
-    const std::shared_lock guard(lock());
-    if (contents() == nullptr) return copies;
-    for (const auto& live : contents()->tracks) {
-        const auto& track = static_cast<const ZALRekordboxTrack&>(*live);
-        if (isNamed(track)) copies.push_back(track.copy());
+    const auto held = index();
+    if (!held) return copies;
+    std::set<std::string> paths;
+    std::vector<std::uint32_t> numbers;
+    if (const auto& locations = playlist.tracksAsLocation()) {
+        for (const std::string& location : *locations) {
+            const auto path = zal::pathOfLocation(location);
+            if (!path || !paths.insert(*path).second) continue;
+            const auto found = held->withPath(zal::canonicalDecomposition(*path));
+            numbers.insert(numbers.end(), found.begin(), found.end());
+        }
+        std::sort(numbers.begin(), numbers.end());
+        numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    }
+    for (std::uint32_t number = 0; playlist.tracksAsId() && number < held->tracks().size(); ++number) {
+        const auto id = static_cast<std::uint64_t>(std::int64_t{held->tracks()[number].id});
+        if (playlist.tracksAsId()->contains(id)) numbers.push_back(number);
+    }
+    zal::ElementReader reader(held);
+    for (const std::uint32_t number : numbers) {
+        const auto track = reader.track(number);
+        if (!track) {
+            askForReload();
+            break;
+        }
+        if (playlist.tracksAsId() || paths.contains(track->path().value_or(""))) {
+            copies.push_back(static_cast<const ZALRekordboxTrack&>(*track).copy());
+        }
     }
     return copies;
 }

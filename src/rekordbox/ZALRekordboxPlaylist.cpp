@@ -23,14 +23,14 @@ std::shared_ptr<ZALRekordboxPlaylist> ZALRekordboxPlaylist::initWithXMLElement(
     playlist->element_ = element.handle();
     const bool isByLocation = zal::numberOf(element, "KeyType").value_or(0) != 0;
     std::set<std::string> locations;
-    std::set<std::int64_t> ids;
+    std::set<std::uint64_t> ids;
     for (auto track = element.firstChild(trackName); track; track = track.next(trackName)) {
         const char* key = track.attribute("Key");
         if (key == nullptr) continue;
         if (isByLocation) {
             locations.emplace(key);
         } else {
-            ids.insert(zal::integerValue(key));
+            ids.insert(zal::unsignedValue(key));
         }
     }
     if (isByLocation) {
@@ -54,7 +54,7 @@ std::size_t ZALRekordboxPlaylist::trackCount() const {
 bool ZALRekordboxPlaylist::addTrackAsId(std::int32_t trackId) {
     if (tracksAsLocation_) return false;
     if (!tracksAsId_) tracksAsId_.emplace();
-    if (!tracksAsId_->insert(trackId).second) return false;
+    if (!tracksAsId_->insert(static_cast<std::uint64_t>(std::int64_t{trackId})).second) return false;
     xmlNeedsUpdate_ = true;
     return true;
 }
@@ -87,7 +87,7 @@ void ZALRekordboxPlaylist::updateXMLElement() {
             append(location);
         }
     } else if (tracksAsId_) {
-        for (const std::int64_t id : *tracksAsId_) {
+        for (const std::uint64_t id : *tracksAsId_) {
             append(std::to_string(id));
         }
     }

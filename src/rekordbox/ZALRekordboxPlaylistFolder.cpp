@@ -41,10 +41,14 @@ std::shared_ptr<ZALRekordboxPlaylist> ZALRekordboxPlaylistFolder::getPlaylist(co
     for (const auto& playlist : playlists_) {
         if (playlist->name() == name) return playlist;
     }
-    if (!createIfNotExist || element_ == nullptr) return nullptr;
+    if (!createIfNotExist) return nullptr;
+    auto playlist = ZALRekordboxPlaylist::rekordboxPlaylistWithName(name);
+    if (element_ == nullptr) {
+        playlists_.push_back(playlist);
+        return playlist;
+    }
     updateXMLElement();
     auto element = zal::XMLElement::ofHandle(element_);
-    auto playlist = ZALRekordboxPlaylist::rekordboxPlaylistWithName(name);
     playlist->xmlElement(element);
     playlists_.push_back(playlist);
     element.setAttribute("Count", std::to_string(playlists_.size() + folders_.size()));

@@ -2,13 +2,13 @@
 
 #include "platform/FileReplacement.h"
 #include "rekordbox/ImportFiles.h"
+#include "rekordbox/PlaylistEdit.h"
 #include "rekordbox/RekordboxProgram.h"
 
 #include <zaltag/platform/ZALClock.h>
 #include <zaltag/platform/ZALHost.h>
 #include <zaltag/rekordbox/ZALRekordboxDatabase.h>
 
-#include <mutex>
 #include <utility>
 
 const std::string ZALRekordboxQueueProgressChangedNotification =
@@ -16,28 +16,9 @@ const std::string ZALRekordboxQueueProgressChangedNotification =
 
 namespace {
 
-constexpr std::int64_t memoryCueNum = -1;
-
-bool isMemoryCue(const ZALRekordboxCuePoint& cue) {
-    return cue.num() == memoryCueNum;
-}
-
-// Memory cues before hot ones: the order that the program lists them in.
-std::vector<ZALRekordboxCuePoint> newCues(const ZALRekordboxQueueItem& item,
-                                          const ZALArray<ZALTagCuePoint>& cuePoints) {
-    std::vector<ZALRekordboxCuePoint> cues;
-    if (item.writeMemoryCues) {
-        for (const ZALTagCuePoint& cuePoint : cuePoints) {
-            cues.push_back(ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cuePoint, memoryCueNum));
-        }
-    }
-    if (item.writeHotCues) {
-        for (std::size_t i = 0; i < cuePoints.size(); ++i) {
-            cues.push_back(
-                ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cuePoints[i], static_cast<std::int64_t>(i)));
-        }
-    }
-    return cues;
+ZALCueKind kindOf(bool hotCues, bool memoryCues) {
+    if (hotCues) return memoryCues ? ZALCueKind::all : ZALCueKind::hot;
+    return memoryCues ? ZALCueKind::memory : ZALCueKind::none;
 }
 
 }  // namespace
@@ -75,39 +56,29 @@ ZALRekordboxDatabase& ZALRekordboxQueue::rekordboxDatabase() const {
 void ZALRekordboxQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
                                      const ZALNullableString& forTrackWithPath, bool hotCues,
                                      bool memoryCues) {
+    setCuePoints(cuePoints, forTrackWithPath, kindOf(hotCues, memoryCues));
+}
+
+void ZALRekordboxQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
+                                     ZALCueKind kind) {
     auto item = std::make_shared<ZALRekordboxQueueItem>();
     item->modificationDate = ZALHost::shared().clock()->now();
     item->cuePoints = cuePoints;
-    item->writeHotCues = hotCues;
-    item->writeMemoryCues = memoryCues;
-    enqueue(forTrackWithPath, std::move(item),
-            "-[ZALRekordboxQueue setCuePoints:forTrackWithPath:hotCues:memoryCues:]");
+    item->kind = kind;
+    enqueue(path, std::move(item), "-[ZALRekordboxQueue setCuePoints:forTrackWithPath:hotCues:memoryCues:]");
 }
 
-void ZALRekordboxQueue::beginBatch() {
-    ZALRekordboxPlaylistFolder* root = rekordboxDatabase().getRootPlaylistFolder(true);
-    playlist_ = root == nullptr ? nullptr : root->getPlaylist(ZALRekordboxCuepointsPlaylistName, true);
-}
-
-bool ZALRekordboxQueue::apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) {
-    const auto& request = static_cast<const ZALRekordboxQueueItem&>(item);
-    auto& changed = static_cast<ZALRekordboxTrack&>(track);
-    const auto isReplaced = [&request](const ZALRekordboxCuePoint& cue) {
-        return isMemoryCue(cue) ? request.writeMemoryCues : request.writeHotCues;
-    };
-    const bool isChanged = changed.replaceCues(isReplaced, newCues(request, cuePointsFor(item, track)));
-    changed.setForceDummyCuePoint(true);
-    const bool isListed = playlist_ && playlist_->addTrackAsId(changed.trackId());
-    return isListed || isChanged;
+void ZALRekordboxQueue::listTracks(zal::ElementReader& reader, const std::vector<std::uint32_t>& numbers,
+                                   zal::CollectionChanges& changes) const {
+    changes.playlists = zal::playlistEdit(reader, ZALRekordboxCuepointsPlaylistName, numbers);
 }
 
 void ZALRekordboxQueue::finishBatch() {
-    playlist_ = nullptr;
     saveSplitXmlFiles();
 }
 
 void ZALRekordboxQueue::saveSplitXmlFiles() {
-    const ZALNullableString file = ZALRekordboxDatabase::rekordboxDatabaseFileURL();
+    const ZALNullableString file = database().fileURL();
     if (!file) return;
     const auto files = ZALHost::shared().fileSystem();
     for (std::uint32_t index = 0; index < zal::maximalImportFiles; ++index) {
@@ -115,39 +86,34 @@ void ZALRekordboxQueue::saveSplitXmlFiles() {
         files->unlink(old);
         zal::FileReplacement::clearLeftOver(*files, old);
     }
-    // The documents are made under the lock, but written without it: lookups do not wait for the disk.
-    ZALRekordboxDatabase& database = rekordboxDatabase();
-    std::shared_ptr<zal::CollectionContents> contents;
-    const std::vector<zal::XMLElement> candidates = importCandidates(contents);
+    zal::ElementReader reader(rekordboxDatabase().index());
+    const std::vector<std::uint32_t> candidates = importCandidates(reader.index());
     std::size_t begin = 0;
     std::uint32_t index = 0;
     for (const std::size_t end : zal::importGroupEnds(candidates.size())) {
-        std::unique_lock guard(database.lock());
-        const auto document = zal::importDocument(std::span(candidates).subspan(begin, end - begin),
-                                                  zal::getPlaylistNameForSplitXml(index));
-        guard.unlock();
-        zal::saveSingleSplitXmlFile(*document, zal::getPathForSplitXml(index, *file));
+        zal::saveSingleSplitXmlFile(reader, std::span(candidates).subspan(begin, end - begin),
+                                    zal::getPathForSplitXml(index, *file),
+                                    zal::getPlaylistNameForSplitXml(index));
         begin = end;
         ++index;
     }
+    if (reader.hasFailed()) rekordboxDatabase().askForReload();
 }
 
-// The elements of the tracks that the playlist lists, brought up to date; `contents` keeps them.
-std::vector<zal::XMLElement> ZALRekordboxQueue::importCandidates(
-    std::shared_ptr<zal::CollectionContents>& contents) {
-    ZALRekordboxDatabase& database = rekordboxDatabase();
-    const std::unique_lock guard(database.lock());
-    contents = database.contents();
-    ZALRekordboxPlaylistFolder* root = database.getRootPlaylistFolder(false);
-    const auto playlist =
-        root == nullptr ? nullptr : root->getPlaylist(ZALRekordboxCuepointsPlaylistName, false);
-    std::vector<zal::XMLElement> candidates;
-    if (!playlist || !playlist->tracksAsId()) return candidates;
-    for (const auto& track : contents->tracks) {
-        auto& listed = static_cast<ZALRekordboxTrack&>(*track);
-        if (!playlist->tracksAsId()->contains(listed.trackId())) continue;
-        const zal::XMLElement element = listed.xmlElement();
-        if (zal::isImportCandidate(element)) candidates.push_back(element);
+// The tracks that the playlist lists.
+std::vector<std::uint32_t> ZALRekordboxQueue::importCandidates(const zal::CollectionIndex& index) const {
+    const auto root = rekordboxDatabase().playlist();
+    std::vector<std::uint32_t> candidates;
+    if (!root) return candidates;
+    for (const auto& playlist : root->playlists()) {
+        if (playlist->name() != ZALRekordboxCuepointsPlaylistName) continue;
+        const auto& ids = playlist->tracksAsId();
+        for (std::uint32_t number = 0; ids && number < index.tracks().size(); ++number) {
+            const zal::IndexedTrack& track = index.tracks()[number];
+            const auto id = static_cast<std::uint64_t>(std::int64_t{track.id});
+            if (ids->contains(id) && zal::isImportCandidate(track)) candidates.push_back(number);
+        }
+        break;
     }
     return candidates;
 }

@@ -20,6 +20,8 @@ template class ZALTrackWithCues<ZALRekordboxCuePoint>;
 namespace {
 
 constexpr const char* markName = "POSITION_MARK";
+constexpr const char* placeholder = R"(<POSITION_MARK Num="0" />)";
+constexpr std::int64_t memoryCueNum = -1;
 // A beat that would fall so close before a change of tempo is left to the new segment.
 constexpr double beatMargin = 0.1;
 
@@ -35,12 +37,20 @@ std::string stampNow() {
     return text;
 }
 
+bool includes(ZALCueKind kind, ZALCueKind part) {
+    return (static_cast<unsigned>(kind) & static_cast<unsigned>(part)) != 0;
+}
+
 }  // namespace
 
-std::int32_t ZALRekordboxTrack::idOfXMLElement(const zal::XMLElement& element) {
+std::int32_t ZALRekordboxTrack::idOfText(std::string_view text) {
     using Limits = std::numeric_limits<std::int32_t>;
-    const std::int64_t id = zal::integerValue(element.attributeText("TrackID"));
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(id, Limits::min(), Limits::max()));
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(zal::integerValue(text), Limits::min(), Limits::max()));
+}
+
+std::int32_t ZALRekordboxTrack::idOfXMLElement(const zal::XMLElement& element) {
+    return idOfText(element.attributeText("TrackID"));
 }
 
 std::unique_ptr<ZALRekordboxTrack> ZALRekordboxTrack::initWithXMLElement(const zal::XMLElement& element) {
@@ -56,7 +66,7 @@ std::unique_ptr<ZALRekordboxTrack> ZALRekordboxTrack::initWithXMLElement(const z
 
 void ZALRekordboxTrack::removeAllCues(bool removeHotCues, bool removeMemoryCues) {
     removeCues(
-        [=](const ZALRekordboxCuePoint& cue) { return cue.num() == -1 ? removeMemoryCues : removeHotCues; });
+        [=](const ZALRekordboxCuePoint& cue) { return cue.num() == memoryCueNum ? removeMemoryCues : removeHotCues; });
     forceDummyCuePoint_ = true;
     setNeedsUpdate(true);
 }
@@ -74,6 +84,54 @@ void ZALRekordboxTrack::updateXMLElement() {
     writeCues(markName);
     if (forceDummyCuePoint_ && cueCount() == 0) track.appendChild(markName).setAttribute("Num", "0");
     setNeedsUpdate(false);
+}
+
+bool ZALRekordboxTrack::isReplaced(const ZALRekordboxCuePoint& cue, ZALCueKind kind) const {
+    return includes(kind, cue.num() == memoryCueNum ? ZALCueKind::memory : ZALCueKind::hot);
+}
+
+// Memory cues before hot ones: the order that the program lists them in.
+std::vector<ZALRekordboxCuePoint> ZALRekordboxTrack::newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                             ZALCueKind kind) const {
+    std::vector<ZALRekordboxCuePoint> made;
+    if (includes(kind, ZALCueKind::memory)) {
+        for (const ZALTagCuePoint& cuePoint : cuePoints) {
+            made.push_back(ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cuePoint, memoryCueNum));
+        }
+    }
+    if (includes(kind, ZALCueKind::hot)) {
+        for (std::size_t i = 0; i < cuePoints.size(); ++i) {
+            made.push_back(
+                ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cuePoints[i], static_cast<std::int64_t>(i)));
+        }
+    }
+    return made;
+}
+
+ZALArray<ZALTagCuePoint> ZALRekordboxTrack::cuePoints(ZALCueKind kind) const {
+    std::vector<ZALTagCuePoint> found;
+    for (const ZALRekordboxCuePoint& cue : cues()) {
+        if (isReplaced(cue, kind)) found.push_back(ZALTagCuePoint::cuePointWithTime(cue.start(), cue.name()));
+    }
+    return found;
+}
+
+bool ZALRekordboxTrack::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) {
+    const bool isChanged = ZALTrackWithCues::replaceCuePoints(cuePoints, kind);
+    setForceDummyCuePoint(true);
+    return isChanged;
+}
+
+zal::TrackEdit ZALRekordboxTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                                          zal::XMLDocument* scratch) const {
+    zal::TrackEdit edit = editOfMarks(markName, {}, cuePoints, kind, scratch);
+    const bool keepsNone = std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) == edit.isRemoved.end();
+    if (edit.cues == 0 && keepsNone) {
+        edit.added.emplace_back(placeholder);
+        edit.isChanged = true;
+    }
+    edit.attributes.push_back({"DateModified", stampNow()});
+    return edit;
 }
 
 zal::XMLElement ZALRekordboxTrack::xmlElement() {

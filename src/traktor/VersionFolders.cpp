@@ -7,13 +7,13 @@
 #include <zaltag/traktor/ZALTraktorDatabase.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace zal {
 
 namespace {
 
 constexpr const char* fileName = "collection.nml";
-constexpr std::string_view programName = "Traktor";
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -43,10 +43,18 @@ ZALNullableString fileOfOldestVersion(const std::string& folder) {
 
 }  // namespace
 
-bool isTraktor(std::string_view name) {
-    if (asciiLowercase(name.substr(0, programName.size())) != asciiLowercase(programName)) return false;
-    return name.size() == programName.size() || name[programName.size()] == ' ' ||
-           name[programName.size()] == '.';
+bool isTraktor(std::string_view program) {
+    std::string name = asciiLowercase(program);
+    if (name.ends_with(".exe")) name.resize(name.size() - 4);
+    for (const char* product : {"traktor pro", "traktor"}) {
+        if (!std::string_view(name).starts_with(product)) continue;
+        const std::string_view rest = std::string_view(name).substr(std::strlen(product));
+        // A version number: digits and points behind a blank.
+        const bool isVersion = rest.size() > 1 && rest[0] == ' ' && isDigit(rest[1]) &&
+                               rest.find_first_not_of("0123456789.", 1) == rest.npos;
+        if (rest.empty() || isVersion) return true;
+    }
+    return false;
 }
 
 std::string_view versionOfFolder(std::string_view name) {

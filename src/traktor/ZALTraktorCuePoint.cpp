@@ -85,6 +85,11 @@ bool ZALTraktorCuePoint::isEqualToTraktorCuePoint(const ZALTraktorCuePoint& othe
     return microseconds(length_) == microseconds(other.length_) && name_ == other.name_;
 }
 
+bool ZALTraktorCuePoint::isSameMark(const ZALTraktorCuePoint& other) const {
+    return type_ == other.type_ && zal::microseconds(startTime_) == zal::microseconds(other.startTime_) &&
+           name_ == other.name_;
+}
+
 std::size_t ZALTraktorCuePoint::hash() const {
     return zal::formattedHash("{}-{}-{}-{}-{}", name_, type_, zal::microseconds(startTime_),
                               zal::microseconds(length_), index());

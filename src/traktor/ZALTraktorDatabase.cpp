@@ -1,31 +1,68 @@
 #include <zaltag/traktor/ZALTraktorDatabase.h>
 
+#include "collection/CollectionIndex.h"
+#include "platform/NFD.h"
+#include "traktor/TrackLocation.h"
 #include "traktor/TraktorProgram.h"
 
 #include <zaltag/platform/ZALHost.h>
 #include <zaltag/traktor/ZALTraktorQueue.h>
 
 #include <algorithm>
-#include <mutex>
+#include <cstring>
+#include <set>
 
 const std::string ZALTraktorDatabaseFileUserSetLocationURL = "TraktorFileUserSetLocationURL";
 const std::string ZALTraktorFileFolderSandboxedBookmarkDataKey = "TraktorFileFolderSandboxedBookmarkDataKey";
 
 namespace {
 
-using TrackCopies = std::unordered_map<const ZALTraktorTrack*, std::shared_ptr<const ZALTraktorTrack>>;
+constexpr const char* cueName = "CUE_V2";
 
-struct TraktorContents : zal::CollectionContents {
-    // Their tracks are those of the collection, which owns them.
-    std::vector<std::shared_ptr<const ZALTraktorPlaylist>> playlists;
-};
+void readTrack(zal::XMLAttributes, zal::TrackDraft&) {}
 
-ZALTraktorTrackMap mapOf(const std::vector<std::unique_ptr<ZALCollectionTrack>>& tracks) {
+// The first place is the one that counts.
+void readChild(const char* name, zal::XMLAttributes attributes, zal::TrackDraft& draft) {
+    if (std::strcmp(name, cueName) == 0) {
+        draft.hasMarks = true;
+        ++draft.cues;
+    } else if (!draft.hasPlace && std::strcmp(name, "LOCATION") == 0) {
+        draft.hasPlace = true;
+        constexpr const char* parts[] = {"VOLUME", "DIR", "FILE"};
+        for (std::size_t i = 0; i < std::size(parts); ++i) {
+            if (const char* const part = zal::valueOf(attributes, parts[i])) draft.place[i] = part;
+        }
+    }
+}
+
+zal::TrackKeys keysOf(const zal::TrackDraft& draft) {
+    const zal::TraktorLocation location{draft.place[0], draft.place[1], draft.place[2]};
+    const ZALNullableString path = zal::pathOf(location, ZALTraktorTrack::bootVolumeName());
+    return {path ? zal::canonicalDecomposition(*path) : std::string(), zal::keyOf(location)};
+}
+
+template <typename Function>
+void forEachPlaylist(const zal::XMLElement& playlists, const Function& function) {
+    static constexpr const char* nodes[] = {"NODE", "SUBNODES", "NODE"};
+    zal::forEachElement(playlists, nodes, [&](const zal::XMLElement& node) {
+        if (node.attributeText("TYPE") == "PLAYLIST") function(node);
+    });
+}
+
+// The tracks that playlists name, of several with one name the last.
+ZALTraktorTrackMap tracksNamed(const std::set<std::string>& names, zal::ElementReader& reader) {
+    std::set<std::uint64_t> hashes;
+    for (const std::string& name : names) {
+        hashes.insert(reader.index().hashOf(name));
+    }
     ZALTraktorTrackMap map;
-    map.reserve(tracks.size());
-    for (const auto& track : tracks) {
-        const auto* mapped = static_cast<const ZALTraktorTrack*>(track.get());
-        map[mapped->uniqueID()] = std::shared_ptr<const ZALTraktorTrack>(std::shared_ptr<void>(), mapped);
+    const auto& tracks = reader.index().tracks();
+    for (auto number = static_cast<std::uint32_t>(tracks.size()); number-- > 0 && map.size() < names.size();) {
+        if (!hashes.contains(tracks[number].nameHash)) continue;
+        const auto track = reader.track(number);
+        if (!track) break;
+        const auto copy = static_cast<const ZALTraktorTrack&>(*track).copy();
+        if (names.contains(copy->uniqueID())) map.emplace(copy->uniqueID(), copy);
     }
     return map;
 }
@@ -50,6 +87,19 @@ const zal::CollectionProgram& zal::traktorProgram() {
         .defaultFile = ZALTraktorDatabase::pathToMostLikelyActiveTraktorCollectionFile,
         .fileInFolder = ZALTraktorDatabase::traktorDBPathInPermittedFolder,
         .style = {.indent = "", .emptyElementTags = false},
+        .rootName = "NML",
+        .trackName = "ENTRY",
+        .markName = cueName,
+        .stamp = nullptr,
+        .readTrack = readTrack,
+        .readChild = readChild,
+        .keysOf = keysOf,
+        .trackOf = [](const XMLElement& element) -> std::unique_ptr<ZALCollectionTrack> {
+            return ZALTraktorTrack::initWithXMLElement(element);
+        },
+        .copyOf = [](const ZALCollectionTrack& track) -> std::shared_ptr<const ZALCollectionTrack> {
+            return static_cast<const ZALTraktorTrack&>(track).copy();
+        },
     };
     return program;
 }
@@ -67,6 +117,12 @@ std::shared_ptr<ZALTraktorDatabase> ZALTraktorDatabase::initWithTraktorDatabaseF
     const ZALNullableString& url) {
     std::shared_ptr<ZALTraktorDatabase> database(new ZALTraktorDatabase);
     database->openFileAtURL(url);
+    return database;
+}
+
+std::shared_ptr<ZALTraktorDatabase> ZALTraktorDatabase::databaseOfFileAtURL(const std::string& url) {
+    std::shared_ptr<ZALTraktorDatabase> database(new ZALTraktorDatabase);
+    database->stayWithFileAtURL(url);
     return database;
 }
 
@@ -121,52 +177,44 @@ bool ZALTraktorDatabase::loadTraktorDatabaseFromFileAtURL(const ZALNullableStrin
     return loadFileAtURL(url, error);
 }
 
-std::unique_ptr<zal::CollectionContents> ZALTraktorDatabase::tracksOf(
-    const zal::XMLDocument& document) const {
-    auto contents = std::make_unique<TraktorContents>();
-    std::vector<std::unique_ptr<ZALCollectionTrack>> all;
-    static constexpr const char* tracks[] = {"COLLECTION", "ENTRY"};
-    zal::forEachElement(document.root("NML"), tracks, [&all](const zal::XMLElement& element) {
-        all.push_back(ZALTraktorTrack::initWithXMLElement(element));
-    });
-    contents->setTracks(std::move(all));
-    return contents;
-}
-
-void ZALTraktorDatabase::readPlaylists(zal::CollectionContents& contents) const {
-    const ZALTraktorTrackMap map = mapOf(contents.tracks);
-    static constexpr const char* nodes[] = {"PLAYLISTS", "NODE", "SUBNODES", "NODE"};
-    zal::forEachElement(contents.document->root("NML"), nodes, [&](const zal::XMLElement& node) {
-        if (node.attributeText("TYPE") != "PLAYLIST") return;
-        static_cast<TraktorContents&>(contents).playlists.push_back(
-            ZALTraktorPlaylist::initWithXMLElement(node, map));
-    });
-}
-
 std::vector<std::shared_ptr<const ZALTraktorTrack>> ZALTraktorDatabase::tracks() const {
-    const std::shared_lock guard(lock());
-    return zal::copiesOfTracks<ZALTraktorTrack>(contents().get());
+    std::vector<std::shared_ptr<const ZALTraktorTrack>> all;
+    all.reserve(trackCount());
+    forEachTrack([&all](const auto& track) { all.push_back(track); });
+    return all;
+}
+
+bool ZALTraktorDatabase::forEachTrack(
+    const std::function<void(const std::shared_ptr<const ZALTraktorTrack>& track)>& function) const {
+    return ZALCollectionDatabase::forEachTrack([&function](const auto& track) {
+        function(std::static_pointer_cast<const ZALTraktorTrack>(track));
+    });
 }
 
 std::shared_ptr<const ZALTraktorTrack> ZALTraktorDatabase::trackForSongFileAtURL(
     const ZALNullableString& path) const {
-    const std::shared_lock guard(lock());
-    const auto* track = static_cast<const ZALTraktorTrack*>(liveTrackForSongFileAtURL(path));
-    return track == nullptr ? nullptr : track->copy();
+    return std::static_pointer_cast<const ZALTraktorTrack>(track(path));
 }
 
 std::vector<std::shared_ptr<const ZALTraktorPlaylist>> ZALTraktorDatabase::playlists() const {
-    const std::shared_lock guard(lock());
     std::vector<std::shared_ptr<const ZALTraktorPlaylist>> all;
-    if (contents() == nullptr) return all;
-    TrackCopies copies;
-    const auto copyOf = [&copies](const std::shared_ptr<const ZALTraktorTrack>& track) {
-        auto& copy = copies[track.get()];
-        if (!copy) copy = track->copy();
-        return copy;
-    };
-    for (const auto& playlist : static_cast<const TraktorContents&>(*contents()).playlists) {
-        all.push_back(playlist->copy(copyOf));
+    const auto held = index();
+    if (!held) return all;
+    zal::ElementReader nodes(held);
+    zal::ElementReader tracks(held);
+    for (const zal::Span& span : held->frame().playlists) {
+        const zal::XMLElement playlists = nodes.element(span);
+        std::set<std::string> names;
+        forEachPlaylist(playlists, [&](const zal::XMLElement& node) {
+            ZALTraktorPlaylist::forEachKey(node, [&](const char* key) {
+                if (key != nullptr) names.insert(key);
+            });
+        });
+        const ZALTraktorTrackMap map = tracksNamed(names, tracks);
+        forEachPlaylist(playlists, [&](const zal::XMLElement& node) {
+            all.push_back(ZALTraktorPlaylist::initWithXMLElement(node, map));
+        });
     }
+    if (nodes.hasFailed() || tracks.hasFailed()) askForReload();
     return all;
 }

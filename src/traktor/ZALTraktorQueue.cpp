@@ -1,7 +1,5 @@
 #include <zaltag/traktor/ZALTraktorQueue.h>
 
-#include "base/Paths.h"
-#include "platform/Log.h"
 #include "traktor/TraktorProgram.h"
 
 #include <zaltag/platform/ZALClock.h>
@@ -40,23 +38,14 @@ std::shared_ptr<ZALTraktorQueue> ZALTraktorQueue::queueOver(
 
 void ZALTraktorQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
                                    const ZALNullableString& forTrackWithPath) {
+    setCuePoints(cuePoints, forTrackWithPath, ZALCueKind::all);
+}
+
+void ZALTraktorQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
+                                   ZALCueKind kind) {
     auto item = std::make_shared<ZALTraktorQueueItem>();
     item->modificationDate = ZALHost::shared().clock()->now();
     item->cuePoints = cuePoints;
-    enqueue(forTrackWithPath, std::move(item), "-[ZALTraktorQueue setCuePoints:forTrackWithPath:]");
-}
-
-bool ZALTraktorQueue::apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) {
-    auto& changed = static_cast<ZALTraktorTrack&>(track);
-    const auto entryDate = changed.modificationDate();
-    if (!entryDate || *entryDate > item.modificationDate) {
-        zal::logf("Skipping track '{}' (modified)", zal::lastPathComponent(item.path));
-        return false;
-    }
-    std::vector<ZALTraktorCuePoint> added;
-    for (const ZALTagCuePoint& cuePoint : cuePointsFor(item, track)) {
-        const auto slot = static_cast<std::int64_t>(added.size());
-        added.push_back(ZALTraktorCuePoint::traktorCueWithCuePoint(cuePoint, slot));
-    }
-    return changed.replaceCues([](const ZALTraktorCuePoint& cue) { return !cue.isGrid(); }, added);
+    item->kind = kind;
+    enqueue(path, std::move(item), "-[ZALTraktorQueue setCuePoints:forTrackWithPath:]");
 }

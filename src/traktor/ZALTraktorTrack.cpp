@@ -7,6 +7,7 @@
 #include "platform/FileReplacement.h"
 #include "platform/Log.h"
 #include "traktor/TrackLocation.h"
+#include "traktor/TraktorProgram.h"
 
 #include <zaltag/platform/ZALClock.h>
 #include <zaltag/platform/ZALHost.h>
@@ -97,7 +98,9 @@ void ZALTraktorTrack::removeAllCues() {
 void ZALTraktorTrack::updateXMLElement() {
     if (!element() || !xmlNeedsUpdate()) return;
     writeCues(cueName);
-    writeDate();
+    const DateText date = newDate();
+    element().setExistingAttribute("MODIFIED_DATE", date.day.value_or(""));
+    element().setExistingAttribute("MODIFIED_TIME", date.seconds);
     setNeedsUpdate(false);
 }
 
@@ -105,11 +108,49 @@ zal::XMLElement ZALTraktorTrack::xmlElement() const {
     return element();
 }
 
-void ZALTraktorTrack::writeDate() {
+ZALTraktorTrack::DateText ZALTraktorTrack::newDate() const {
     const TimePoint date = dateForEntry(path());
     const auto time = std::chrono::floor<seconds>(date - zal::startOfDayUTC(date));
-    element().setExistingAttribute("MODIFIED_DATE", zal::slashDate(date));
-    element().setExistingAttribute("MODIFIED_TIME", std::to_string(time.count()));
+    return {zal::slashDate(date), std::to_string(time.count())};
+}
+
+std::string ZALTraktorTrack::whyLeftOut(TimePoint requested) const {
+    const auto date = modificationDate();
+    if (!date) return "its entry in the Traktor collection has no date";
+    return *date > requested ? "its entry in the Traktor collection is newer" : "";
+}
+
+bool ZALTraktorTrack::isReplaced(const ZALTraktorCuePoint& cue, ZALCueKind kind) const {
+    return kind != ZALCueKind::none && !cue.isGrid();
+}
+
+std::vector<ZALTraktorCuePoint> ZALTraktorTrack::newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                         ZALCueKind kind) const {
+    std::vector<ZALTraktorCuePoint> made;
+    for (std::size_t i = 0; i < cuePoints.size() && kind != ZALCueKind::none; ++i) {
+        made.push_back(
+            ZALTraktorCuePoint::traktorCueWithCuePoint(cuePoints[i], static_cast<std::int64_t>(i)));
+    }
+    return made;
+}
+
+ZALArray<ZALTagCuePoint> ZALTraktorTrack::cuePoints(ZALCueKind kind) const {
+    std::vector<ZALTagCuePoint> found;
+    for (const ZALTraktorCuePoint& cue : cues()) {
+        if (!isReplaced(cue, kind)) continue;
+        found.push_back(ZALTagCuePoint::cuePointWithTime(cue.startTime(), cue.name()));
+    }
+    return found;
+}
+
+zal::TrackEdit ZALTraktorTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                                        zal::XMLDocument* scratch) const {
+    zal::TrackEdit edit = editOfMarks(cueName, zal::traktorProgram().style, cuePoints, kind, scratch);
+    if (!edit.isChanged || scratch == nullptr) return edit;
+    const DateText date = newDate();
+    edit.attributes.push_back({"MODIFIED_DATE", date.day.value_or(""), false});
+    edit.attributes.push_back({"MODIFIED_TIME", date.seconds, false});
+    return edit;
 }
 
 std::optional<ZALTrackTempo> ZALTraktorTrack::readTempo() const {

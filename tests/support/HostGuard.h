@@ -26,6 +26,7 @@ class HostGuard {
         host.setCertificateAuthorityFile(std::nullopt);
         host.setName(name_);
         host.setVersion(version_);
+        host.setCollectionSaveMode(ZALCollectionSaveMode::everyTrackWithCues);
         ZALMainQueue::shared().setExecutor({});
     }
 

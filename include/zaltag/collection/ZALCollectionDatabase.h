@@ -6,32 +6,44 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
 #include <string>
-#include <vector>
 
 class ZALCollectionTrack;
 
 namespace zal {
+struct CollectionChanges;
 struct CollectionProgram;
-struct CollectionContents;
-class XMLDocument;
-struct XMLReadError;
+class CollectionIndex;
 }  // namespace zal
 
-/// The collection file of a DJ program, held in memory: what the databases of all programs do alike.
+/// The collection file of a DJ program: what the databases of all programs do alike.
 ///
-/// A load reads the file whole and replaces what was held before only when it succeeded. Every operation may
-/// be called from any thread: lookups take a lock for a moment and copy values out, so nothing they give is
-/// touched by a load; loads and saves wait for each other. The write queue makes all changes.
+/// A load goes through the whole file once, keeps an index of what stands where (some 50 bytes a track) and the
+/// file open; it replaces what was there before only when it succeeded. Tracks and playlists are made from the
+/// file when they are asked for, also when its name is gone or another file's by then. When the file itself was
+/// written over, so that a track does not stand where it stood, there is no such track, one line is logged, and
+/// needsReloading() is true.
+///
+/// Every operation may be called from any thread, and nothing that one gives is touched by a load or a save, which
+/// wait for each other. The write queue makes all changes.
 class ZALTAG_EXPORT ZALCollectionDatabase {
   public:
     virtual ~ZALCollectionDatabase();
     ZALCollectionDatabase(const ZALCollectionDatabase&) = delete;
     ZALCollectionDatabase& operator=(const ZALCollectionDatabase&) = delete;
+
+    /// True after the last load succeeded, or failed of another file than the one that is to be used.
+    bool isLoaded() const;
+    /// The file that is to be used now: found by the program's own rules, or the one that this database was made
+    /// for. Null when there is none.
+    ZALNullableString fileURL() const;
+    /// False, with an error, when the collection must not be written now.
+    virtual bool canExport(ZALError* error = nullptr) const = 0;
 
     /// The file last read or written; null before.
     ZALNullableString openedURL() const;
@@ -41,16 +53,27 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     /// its attributes cannot be read.
     std::optional<std::chrono::system_clock::time_point> fileModificationDate() const;
     /// True when the file to be used now is another one than the opened one, has another modification date,
-    /// or cannot be looked at.
+    /// or cannot be looked at; when it is there and nothing is loaded; and when a track was not found in it where
+    /// it stood.
     bool needsReloading() const;
 
     /// Loads the file that is to be used now. False when there is none, then without an error, and when it
     /// could not be loaded: the database then is not loaded, and keeps what it held for lookups.
     bool reload(ZALError* error = nullptr);
-    /// Writes what has changed into the file that is to be used now, whole or not at all. False without an
-    /// error when nothing is loaded. The opened file is left alone, too, when another program has changed it
-    /// since it was read: reload first. A failed write is logged with the whole document.
+    /// Writes the file that is to be used now, whole or not at all, in the host's mode (setCollectionSaveMode();
+    /// in `changedTracks`, without requests, there is nothing to write). False without an error when nothing is
+    /// loaded. A file that is there is left alone when it is another one than the one that was read, or has been
+    /// changed since: reload first. A failure is one log line, with the file and the reason.
     bool save(ZALError* error = nullptr);
+
+    /// A copy of the track of an audio file, by its path in any Unicode normalization; null without one. Of
+    /// several tracks with one path it is the last.
+    std::shared_ptr<const ZALCollectionTrack> track(const ZALNullableString& path) const;
+    /// Calls a function with a copy of every track, one after the other, in the order of the file. They are those
+    /// of the moment of the call, whatever is loaded or saved meanwhile, and no lock is held: the function may
+    /// use the database. False when the file turns out to have been changed: the rest is left out.
+    bool forEachTrack(
+        const std::function<void(const std::shared_ptr<const ZALCollectionTrack>& track)>& function) const;
 
     /// True when the collection holds a track for an audio file.
     bool hasTrackForSongFileAtURL(const ZALNullableString& path) const;
@@ -64,35 +87,30 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     /// Makes the file present, then loads it; a failure is one log line. Null leaves the database unloaded.
     void openFileAtURL(const ZALNullableString& url);
     bool loadFileAtURL(const ZALNullableString& url, ZALError* error);
-    bool isLoaded() const;
+    /// Makes this the database of one file, whatever the rules say, and loads it.
+    void stayWithFileAtURL(const std::string& url);
 
-    /// False, with an error, when the collection must not be written now.
-    virtual bool canExport(ZALError* error) const = 0;
-    /// Makes the tracks of a document, which may turn out to be refused.
-    virtual std::unique_ptr<zal::CollectionContents> tracksOf(const zal::XMLDocument& document) const = 0;
-    /// Adds what else the database holds of its document.
-    virtual void readPlaylists(zal::CollectionContents& contents) const = 0;
-    /// Writes what has changed besides the tracks into the document.
-    virtual void updateXMLDocument(zal::CollectionContents& contents);
-
-    /// The track for an audio file, in the collection itself. Only under the lock.
-    ZALCollectionTrack* liveTrackForSongFileAtURL(const ZALNullableString& path) const;
-    /// What is loaded; it outlives a load while somebody holds it. Only under the lock.
-    const std::shared_ptr<zal::CollectionContents>& contents() const { return contents_; }
-    std::shared_mutex& lock() const { return lock_; }
+    /// What is loaded; null before. It outlives a load while somebody holds it.
+    std::shared_ptr<const zal::CollectionIndex> index() const;
+    /// Has the next needsReloading() say so.
+    void askForReload() const;
 
   private:
     friend class ZALCollectionQueue;
-    std::unique_ptr<zal::CollectionContents> read(const std::string& url, zal::XMLReadError& fault) const;
-    bool write(const std::string& url, ZALError* error);
-    void adoptFile(const ZALNullableString& url, std::optional<std::chrono::system_clock::time_point> date);
+    bool saveChanges(const zal::CollectionChanges& changes, ZALError* error);
+    bool failSave(const std::string& reason, ZALError* error) const;
+    std::string write(const std::string& url, const zal::CollectionChanges& changes);
+    void adopt(std::shared_ptr<const zal::CollectionIndex> index, const std::string& url);
+    bool isFileThatWasRead(const std::string& url) const;
     std::string whyNotToReplace(const std::string& url) const;
 
     const zal::CollectionProgram& program_;
-    mutable std::shared_mutex lock_;  // guards everything below
-    std::shared_ptr<zal::CollectionContents> contents_;
+    mutable std::shared_mutex lock_;  // guards everything below, for a moment at a time
+    std::shared_ptr<const zal::CollectionIndex> index_;
     ZALNullableString openedURL_;
     std::optional<std::chrono::system_clock::time_point> openedModificationDate_;
+    ZALNullableString ownURL_;
     bool loaded_ = false;
+    mutable bool asksForReload_ = false;
     std::mutex operation_;  // one load or save at a time
 };

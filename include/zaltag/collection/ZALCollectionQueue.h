@@ -4,6 +4,7 @@
 #include <zaltag/base/ZALCompletion.h>
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/base/ZALText.h>
+#include <zaltag/collection/ZALCollectionTrack.h>
 #include <zaltag/records/ZALTagCuePoint.h>
 
 #include <chrono>
@@ -12,13 +13,15 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 class ZALCollectionDatabase;
-class ZALCollectionTrack;
 
 namespace zal {
+struct CollectionChanges;
 struct CollectionProgram;
-}
+class ElementReader;
+}  // namespace zal
 
 /// What a queue is doing, for those who watch it.
 struct ZALCollectionProgress {
@@ -35,6 +38,7 @@ struct ZALTAG_EXPORT ZALCollectionQueueItem {
     std::string path;                                        ///< of the audio file
     std::chrono::system_clock::time_point modificationDate;  ///< when the request was made
     ZALArray<ZALTagCuePoint> cuePoints;
+    ZALCueKind kind = ZALCueKind::all;  ///< which cues they replace
 };
 
 /// Collects requests to replace the cue points of audio files in a collection, and applies them in batches,
@@ -49,10 +53,18 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     ZALCollectionQueue(const ZALCollectionQueue&) = delete;
     ZALCollectionQueue& operator=(const ZALCollectionQueue&) = delete;
 
+    /// Asks for the cues of a track to be replaced. The cue points are sorted and moved to the track's own beat
+    /// grid when they are written. A later request for the same path, in any Unicode normalization, replaces this
+    /// one. A null or empty path is one log line.
+    virtual void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
+                              ZALCueKind kind) = 0;
+
     /// Loads the collection if its file changed.
     void reload(ZALCompletion completion = nullptr);
-    /// Runs a batch now. Success says that the queue is done with the requests, not that the collection holds
-    /// them: those for files that it does not hold are dropped, and all of them when no collection is loaded.
+    /// Runs a batch now, in the host's mode (setCollectionSaveMode()). It begins with the file as it is: one that
+    /// was away and is back, or was changed, is loaded first. Success says that the queue is done with the
+    /// requests, not that the collection holds them: those for files that it does not hold are dropped, and all of
+    /// them when no collection can be loaded.
     void save(ZALCompletion completion = nullptr);
     /// Drops all waiting requests.
     void cancel();
@@ -74,18 +86,12 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     void enqueue(const ZALNullableString& path, std::shared_ptr<ZALCollectionQueueItem> item,
                  const char* method);
 
-    // On the serial queue, with the database locked for changes:
+    // On the serial queue:
 
-    /// Before the first request of a batch.
-    virtual void beginBatch() {}
-    /// Applies one request to the track of its file; true when the collection has to be written for it.
-    virtual bool apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) = 0;
-
-    /// The cue points of a request, sorted and moved to the beats of its track, if that has any.
-    static ZALArray<ZALTagCuePoint> cuePointsFor(const ZALCollectionQueueItem& item,
-                                                 const ZALCollectionTrack& track);
-
-    /// After a batch that left the collection's file as the database has it. Without the lock.
+    /// Adds what the batch changes besides its tracks; the numbers are those of the tracks that it lists.
+    virtual void listTracks(zal::ElementReader& reader, const std::vector<std::uint32_t>& numbers,
+                            zal::CollectionChanges& changes) const;
+    /// After a batch that left the collection's file as the database has it.
     virtual void finishBatch() {}
 
     /// Ends a queue with the process, whoever else still holds it.
@@ -111,7 +117,7 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     Outcome reloadIfNeeded();
     Outcome processQueueAndSave();
     Outcome batch();
-    void applyRequests();
+    bool applyRequests(zal::CollectionChanges& changes, bool& shouldSave);
     void dropRequests();
     void startTimerIfNeeded();
     void processTimerFired();

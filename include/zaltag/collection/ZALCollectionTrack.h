@@ -3,8 +3,11 @@
 #include <zaltag/base/ZALArray.h>
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/base/ZALText.h>
+#include <zaltag/records/ZALTagCuePoint.h>
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -13,8 +16,15 @@
 #include <vector>
 
 namespace zal {
+class XMLDocument;
 class XMLElement;
-}
+struct TrackEdit;
+struct XMLStyle;
+}  // namespace zal
+
+/// Which of a track's cues are meant. Traktor has one list, which stands for every kind but `none`; its grid
+/// markers are never meant.
+enum class ZALCueKind : unsigned { none = 0, hot = 1, memory = 2, all = 3 };
 
 /// Where the beats of a track lie: segments of one tempo each, all times in seconds.
 struct ZALTrackTempo {
@@ -48,16 +58,34 @@ class ZALTAG_EXPORT ZALCollectionTrack {
 
     /// How many cues the track has.
     virtual std::size_t cueCount() const = 0;
+    /// The cues of a kind as cue points, in the order of the track's list.
+    virtual ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const = 0;
+    /// True when a request for these cue points, sorted and moved to the track's beats as the queue does it, finds
+    /// the cues of that kind as it wants them: as many, each with its name, type, time in whole microseconds and
+    /// number.
+    virtual bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const = 0;
+    /// Why a queue leaves out a request of that time for this track; empty when it does not.
+    virtual std::string whyLeftOut(std::chrono::system_clock::time_point requested) const;
+
+    // For elements of the document:
 
     /// True when the track has changed since its element was last written.
     bool xmlNeedsUpdate() const { return xmlNeedsUpdate_; }
-    /// Writes what has changed into the track's element of the document.
+    /// Writes what has changed into the track's element.
     virtual void updateXMLElement() = 0;
+    /// Replaces the cues of a kind by new ones for these cue points. True when the list is another one then.
+    virtual bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) = 0;
+    /// What the same changes in the text of the element, when nothing else may change. Without a document to make
+    /// new marks in, the result has empty ones.
+    virtual zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                                   zal::XMLDocument* scratch) const = 0;
 
   protected:
     ZALCollectionTrack() = default;
     ZALCollectionTrack(const ZALCollectionTrack&) = default;
 
+    /// Cue points as a queue writes them: by time, moved to the beats of the track.
+    ZALArray<ZALTagCuePoint> onBeats(const ZALArray<ZALTagCuePoint>& cuePoints) const;
     /// Reads the grid from the element; null without one.
     virtual std::optional<ZALTrackTempo> readTempo() const = 0;
 
@@ -83,6 +111,8 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
     /// The cues in their order: as in the collection, by ascending number, until they are changed.
     ZALArray<Cue> cues() const;
     std::size_t cueCount() const override { return cues_.size(); }
+    bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const override;
+    bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) override;
 
     // Every change marks the track for writing, and an insertion stores a copy that has been through the
     // text of the file: what XML cannot hold is replaced.
@@ -102,6 +132,16 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
     ZALTrackWithCues() = default;
     ZALTrackWithCues(const ZALTrackWithCues&) = default;
 
+    /// True for a cue that a request of that kind replaces.
+    virtual bool isReplaced(const Cue& cue, ZALCueKind kind) const = 0;
+    /// New cues for cue points, in the order in which they are added.
+    virtual std::vector<Cue> newCues(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const = 0;
+
+    /// What a request changes in the marks, the child elements of that name. Marks that are no cues go when there
+    /// are cues.
+    zal::TrackEdit editOfMarks(const char* elementName, const zal::XMLStyle& style,
+                               const ZALArray<ZALTagCuePoint>& cuePoints,
+                               ZALCueKind kind, zal::XMLDocument* scratch) const;
     /// Reads the cues from the child elements of that name and marks the track when there are any. True when
     /// there were elements, but no cue among them.
     bool readCues(const char* elementName);
@@ -116,8 +156,17 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
     struct StoredCue {
         void* element = nullptr;
         std::shared_ptr<const Cue> value;  // when there is no element
+        std::int64_t number = 0;           // as it is stored, also where the cue has another one
     };
     static Cue valueOf(const StoredCue& stored);
+
+    // How a request meets the cues of the track.
+    struct Match {
+        std::vector<bool> isRemoved;  // of cues_
+        std::vector<Cue> added;
+        std::size_t kept() const;
+    };
+    Match match(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const;
 
     std::vector<StoredCue> cues_;
 };

@@ -37,6 +37,18 @@ enum class ZALSaveMode {
     inPlace,
 };
 
+/// Which tracks a save of a DJ program's collection writes.
+enum class ZALCollectionSaveMode {
+    /// Every track that has cues: its cues and its date are written anew, and Rekordbox's file in UTF-8. What the
+    /// library does not know of a mark (Rekordbox's colours) is dropped then, and cues of Traktor that are on no
+    /// pad are put on the first one.
+    everyTrackWithCues,
+    /// Those that requests changed, and of those what they changed: everything else in the file keeps every byte,
+    /// but for the note of the maker and the playlist "ZAL Cue Points" of Rekordbox's. A save that changes
+    /// nothing writes nothing.
+    changedTracks,
+};
+
 /// The services of the machine that the library works with, each with a default that a host or a test can
 /// replace. Replace them before the library is used for other things; every operation here may be called from
 /// any thread.
@@ -115,6 +127,10 @@ class ZALTAG_EXPORT ZALHost {
     /// How saves of audio files are written from now on; `safe` until it is set.
     void setSaveMode(ZALSaveMode mode);
     ZALSaveMode saveMode() const;
+
+    /// Which tracks a save of a collection writes from now on; `everyTrackWithCues` until it is set.
+    void setCollectionSaveMode(ZALCollectionSaveMode mode);
+    ZALCollectionSaveMode collectionSaveMode() const;
 
     /// The host program's name and version, as they are written into files that name their maker. Until they
     /// are set, the running program's name and this library's version.

@@ -51,6 +51,11 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
     /// sign: that of a memory cue is 2^64 - 1.
     std::string description() const;
 
+    /// The number that the file has for the cue's place.
+    std::int64_t number() const { return num_; }
+    /// Equal name and type, and times that are the same in whole microseconds.
+    bool isSameMark(const ZALRekordboxCuePoint& other) const;
+
     // For elements of the document:
 
     /// Null for an element without a start: a placeholder.

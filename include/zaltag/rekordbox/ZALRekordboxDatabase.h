@@ -17,8 +17,9 @@ ZALTAG_EXPORT extern const std::string ZALRekordboxFileFolderSandboxedBookmarkDa
 /// The collection that Rekordbox exports as XML ("rekordbox.xml"). URLs are absolute paths. What holds for
 /// every collection stands in ZALCollectionDatabase.
 ///
-/// A save stamps the root element with the host's name and version and the time, and rewrites the marks and
-/// the DateModified of every track that has cues; everything else in the file stays. Errors:
+/// A save stamps the root element with the host's name and version and the time. Of the tracks it writes the marks
+/// and the DateModified, in the host's mode: of every track that has cues, or what requests changed; everything
+/// else in the file stays. Errors:
 /// rekordboxCollectionUnreadable of a load, rekordboxCollectionUnwritable of a save.
 class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
   public:
@@ -27,6 +28,10 @@ class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
     /// Another database, for the same file rules; loads the file, if one is given. A failure is one log line.
     static std::shared_ptr<ZALRekordboxDatabase> initWithRekordboxDatabaseFileAtURL(
         const ZALNullableString& url);
+
+    /// A database of that very file: it is loaded from there and saved there, whatever the user's settings say, and
+    /// they stay as they are. A failure is one log line.
+    static std::shared_ptr<ZALRekordboxDatabase> databaseOfFileAtURL(const std::string& url);
 
     /// True: nothing keeps Rekordbox's file from being written. The error stays as it is.
     static bool canExportToRekordbox(ZALError* error = nullptr);
@@ -54,10 +59,12 @@ class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
     /// Loads a file. False without an error for null.
     bool loadRekordboxDatabaseFromFileAtURL(const ZALNullableString& url, ZALError* error = nullptr);
 
-    /// Copies of all tracks, in the order of the file.
+    /// Copies of all tracks, in the order of the file. forEachTrack() takes less memory.
     std::vector<std::shared_ptr<const ZALRekordboxTrack>> tracks() const;
-    /// A copy of the track of an audio file, by its path in any Unicode normalization; null without one. Of
-    /// several tracks with one path it is the last.
+    /// As in ZALCollectionDatabase.
+    bool forEachTrack(
+        const std::function<void(const std::shared_ptr<const ZALRekordboxTrack>& track)>& function) const;
+    /// track().
     std::shared_ptr<const ZALRekordboxTrack> trackForSongFileAtURL(const ZALNullableString& path) const;
     /// A copy of the root of the playlists; null without one.
     std::shared_ptr<const ZALRekordboxPlaylistFolder> playlist() const;
@@ -66,16 +73,10 @@ class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
     std::vector<std::shared_ptr<const ZALRekordboxTrack>> tracksOfPlaylist(
         const ZALRekordboxPlaylist& playlist) const;
 
+    bool canExport(ZALError* error = nullptr) const override;
+
   private:
     friend class ZALRekordboxQueue;
     ZALRekordboxDatabase();
 
-    bool canExport(ZALError* error) const override;
-    std::unique_ptr<zal::CollectionContents> tracksOf(const zal::XMLDocument& document) const override;
-    void readPlaylists(zal::CollectionContents& contents) const override;
-    void updateXMLDocument(zal::CollectionContents& contents) override;
-
-    /// The root of the playlists in the document, made on demand; null when there is none. Only under the
-    /// lock.
-    ZALRekordboxPlaylistFolder* getRootPlaylistFolder(bool create);
 };

@@ -14,8 +14,9 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
     /// A track of an element of the document.
     static std::unique_ptr<ZALRekordboxTrack> initWithXMLElement(const zal::XMLElement& element);
 
-    /// The id in a track's element; 0 without one.
+    /// The id in a track's element; 0 without one, and the nearest one where it is too large.
     static std::int32_t idOfXMLElement(const zal::XMLElement& element);
+    static std::int32_t idOfText(std::string_view text);
 
     /// 0 when the collection gives none.
     std::int32_t trackId() const { return trackId_; }
@@ -28,7 +29,12 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
     void setForceDummyCuePoint(bool forced);
     bool forceDummyCuePoint() const { return forceDummyCuePoint_; }
 
+    ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const override;
+
     void updateXMLElement() override;
+    bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) override;
+    zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                           zal::XMLDocument* scratch) const override;
     /// The element, brought up to date.
     zal::XMLElement xmlElement();
 
@@ -39,10 +45,12 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
     std::shared_ptr<const ZALRekordboxTrack> copy() const;
 
   private:
-    friend class ZALRekordboxQueue;
     ZALRekordboxTrack() = default;
     ZALRekordboxTrack(const ZALRekordboxTrack&) = default;
     std::optional<ZALTrackTempo> readTempo() const override;
+    bool isReplaced(const ZALRekordboxCuePoint& cue, ZALCueKind kind) const override;
+    std::vector<ZALRekordboxCuePoint> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                              ZALCueKind kind) const override;
 
     std::int32_t trackId_ = 0;
     bool forceDummyCuePoint_ = false;

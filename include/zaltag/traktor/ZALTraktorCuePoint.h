@@ -49,6 +49,11 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     /// "<ZALTraktorCuePoint: 0x...> - Drop (i:0 s: 12.500000 l: 0.000000 t: Cue)".
     std::string description() const;
 
+    /// The number that the file has for the cue's place.
+    std::int64_t number() const { return isGrid() ? -1 : index_; }
+    /// Equal name and type, and times that are the same in whole microseconds.
+    bool isSameMark(const ZALTraktorCuePoint& other) const;
+
     // For elements of the document:
 
     /// Null for an element of another name than CUE_V2, in any case.

@@ -17,8 +17,8 @@ ZALTAG_EXPORT extern const std::string ZALTraktorFileFolderSandboxedBookmarkData
 /// Traktor's own collection ("collection.nml"). URLs are absolute paths. What holds for every collection
 /// stands in ZALCollectionDatabase.
 ///
-/// A save rewrites the cues of every track that has some, and the date of its entry; everything else in the
-/// file stays, its encoding too. Nothing is saved while Traktor runs. Errors: traktorCollectionUnreadable of
+/// A save writes the cues of tracks and the dates of their entries, in the host's mode: of every track that has
+/// cues, or what requests changed; everything else in the file stays, its encoding too. Nothing is saved while Traktor runs. Errors: traktorCollectionUnreadable of
 /// a load, traktorRunning and traktorCollectionUnwritable of a save.
 class ZALTAG_EXPORT ZALTraktorDatabase final : public ZALCollectionDatabase {
   public:
@@ -27,9 +27,13 @@ class ZALTAG_EXPORT ZALTraktorDatabase final : public ZALCollectionDatabase {
     /// Another database, for the same file rules; loads the file, if one is given. A failure is one log line.
     static std::shared_ptr<ZALTraktorDatabase> initWithTraktorDatabaseFileAtURL(const ZALNullableString& url);
 
+    /// A database of that very file: it is loaded from there and saved there, whatever the user's settings say, and
+    /// they stay as they are. A failure is one log line.
+    static std::shared_ptr<ZALTraktorDatabase> databaseOfFileAtURL(const std::string& url);
+
     /// False, with an error and a recovery suggestion in it, while Traktor runs: when another process runs an
-    /// executable whose name is "Traktor", in any case, alone or with a blank or "." behind it ("Traktor",
-    /// "Traktor Pro 3", "Traktor Pro 4.exe"). The host knows the running programs.
+    /// executable whose name is "Traktor" or "Traktor Pro", in any case, alone or with a version number or ".exe"
+    /// behind it ("Traktor Pro 4.exe"). The host knows the running programs.
     static bool canExportToTraktor(ZALError* error = nullptr);
 
     /// The file to use now: the user's, or the default one; in a sandbox (the environment variable
@@ -57,19 +61,20 @@ class ZALTAG_EXPORT ZALTraktorDatabase final : public ZALCollectionDatabase {
     /// Loads a file. False without an error for null.
     bool loadTraktorDatabaseFromFileAtURL(const ZALNullableString& url, ZALError* error = nullptr);
 
-    /// Copies of all tracks, in the order of the file.
+    /// Copies of all tracks, in the order of the file. forEachTrack() takes less memory.
     std::vector<std::shared_ptr<const ZALTraktorTrack>> tracks() const;
-    /// A copy of the track of an audio file, by its path in any Unicode normalization; null without one. Of
-    /// several tracks with one path it is the last.
+    /// As in ZALCollectionDatabase.
+    bool forEachTrack(
+        const std::function<void(const std::shared_ptr<const ZALTraktorTrack>& track)>& function) const;
+    /// track().
     std::shared_ptr<const ZALTraktorTrack> trackForSongFileAtURL(const ZALNullableString& path) const;
     /// Copies of the playlists, in the order of the file: those directly below a top folder, not those in
-    /// folders below it. A track that several entries name is one object.
+    /// folders below it. A track that several entries name is one object; an entry whose track the collection does
+    /// not hold is left out, with a log line.
     std::vector<std::shared_ptr<const ZALTraktorPlaylist>> playlists() const;
+
+    bool canExport(ZALError* error = nullptr) const override;
 
   private:
     ZALTraktorDatabase();
-
-    bool canExport(ZALError* error) const override;
-    std::unique_ptr<zal::CollectionContents> tracksOf(const zal::XMLDocument& document) const override;
-    void readPlaylists(zal::CollectionContents& contents) const override;
 };

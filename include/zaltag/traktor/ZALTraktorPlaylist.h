@@ -30,10 +30,8 @@ class ZALTAG_EXPORT ZALTraktorPlaylist {
     /// In the order of the playlist; a track that is listed twice is here twice.
     const std::vector<std::shared_ptr<const ZALTraktorTrack>>& tracks() const { return tracks_; }
 
-    /// The same playlist with what the function gives for its tracks.
-    using TrackCopy =
-        std::function<std::shared_ptr<const ZALTraktorTrack>(const std::shared_ptr<const ZALTraktorTrack>&)>;
-    std::shared_ptr<const ZALTraktorPlaylist> copy(const TrackCopy& copyOf) const;
+    /// Calls a function with the key of every track that the node lists; null where an entry has none.
+    static void forEachKey(const zal::XMLElement& element, const std::function<void(const char* key)>& function);
 
   private:
     ZALNullableString name_;

@@ -26,13 +26,12 @@ class ZALTAG_EXPORT ZALTraktorQueue final : public ZALCollectionQueue {
     static std::shared_ptr<ZALTraktorQueue> queueWithDatabase(std::shared_ptr<ZALTraktorDatabase> database);
     ~ZALTraktorQueue() override;
 
-    /// Asks for all cues of a track but its grid markers to be replaced by hot cues. The cue points are
-    /// sorted and moved to the track's own beat grid when they are written. A later request for the same path
-    /// replaces this one. A null or empty path is one log line.
+    /// All cues of a track but its grid markers are replaced by hot cues; as in ZALCollectionQueue.
     void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& forTrackWithPath);
+    void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
+                      ZALCueKind kind) override;
 
   private:
     explicit ZALTraktorQueue(std::function<ZALCollectionDatabase&()> database);
     static std::shared_ptr<ZALTraktorQueue> queueOver(std::function<ZALCollectionDatabase&()> database);
-    bool apply(const ZALCollectionQueueItem& item, ZALCollectionTrack& track) override;
 };

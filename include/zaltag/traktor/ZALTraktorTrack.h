@@ -31,9 +31,15 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
     /// Removes all cues, grid markers too; the track is written then.
     void removeAllCues();
 
+    ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const override;
+    /// A reason when the entry has no date that can be read, with a log line, or a later one.
+    std::string whyLeftOut(std::chrono::system_clock::time_point requested) const override;
+
     /// Writes the cues of a changed track and its date: one second before the audio file's, or, with a log
     /// line when that cannot be looked at, an hour ago.
     void updateXMLElement() override;
+    zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                           zal::XMLDocument* scratch) const override;
 
     /// The element, as it is: updateXMLElement() brings it up to date.
     zal::XMLElement xmlElement() const;
@@ -55,7 +61,10 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
         std::string seconds;
     };
     DateText readDate() const;
-    void writeDate();
+    DateText newDate() const;
+    bool isReplaced(const ZALTraktorCuePoint& cue, ZALCueKind kind) const override;
+    std::vector<ZALTraktorCuePoint> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                            ZALCueKind kind) const override;
 
     std::string uniqueID_;
     std::shared_ptr<const DateText> keptDate_;  // of a copy

@@ -1,0 +1,110 @@
+#include "collection/CollectionIndex.h"
+
+#include "platform/Checksum.h"
+#include "platform/Log.h"
+
+#include <algorithm>
+
+namespace zal {
+
+const char* valueOf(XMLAttributes attributes, std::string_view name) {
+    for (; *attributes != nullptr; attributes += 2) {
+        if (name == *attributes) return attributes[1];
+    }
+    return nullptr;
+}
+
+CollectionIndex::CollectionIndex(const CollectionProgram& program, std::shared_ptr<SharedFile> file)
+    : program_(program), file_(std::move(file)) {}
+
+std::size_t CollectionIndex::cueCount() const {
+    std::size_t count = 0;
+    for (const IndexedTrack& track : tracks_) {
+        count += track.cues;
+    }
+    return count;
+}
+
+std::uint64_t CollectionIndex::hashOf(std::string_view key) const {
+    return Checksum::of(key, seed_);
+}
+
+void CollectionIndex::sortByPath() {
+    byPath_.clear();
+    byPath_.reserve(tracks_.size());
+    for (std::uint32_t number = 0; number < tracks_.size(); ++number) {
+        if (tracks_[number].hasPath) byPath_.push_back(number);
+    }
+    std::sort(byPath_.begin(), byPath_.end(), [this](std::uint32_t one, std::uint32_t other) {
+        const std::uint64_t hash = tracks_[one].pathHash;
+        const std::uint64_t otherHash = tracks_[other].pathHash;
+        return hash != otherHash ? hash < otherHash : one < other;
+    });
+}
+
+std::vector<std::uint32_t> CollectionIndex::withPath(std::string_view path) const {
+    const std::uint64_t hash = hashOf(path);
+    const auto isBefore = [this](std::uint32_t number, std::uint64_t wanted) {
+        return tracks_[number].pathHash < wanted;
+    };
+    std::vector<std::uint32_t> found;
+    auto at = std::lower_bound(byPath_.begin(), byPath_.end(), hash, isBefore);
+    for (; at != byPath_.end() && tracks_[*at].pathHash == hash; ++at) {
+        found.push_back(*at);
+    }
+    std::reverse(found.begin(), found.end());
+    return found;
+}
+
+bool CollectionIndex::isUnchanged() const {
+    ZALFileAttributes now;
+    return !file_->attributes(now) && now.size == attributes_.size && now.modified == attributes_.modified;
+}
+
+const std::string* ElementReader::text(const Span& span) {
+    const bool isRead = index_->file().read(span.begin, span.end, bytes_);
+    if (!isRead || Checksum::of(bytes_) != span.checksum) {
+        if (!hasFailed_) {
+            logf("the {} collection was changed since it was read: it has to be loaded anew",
+                 index_->program().name);
+        }
+        hasFailed_ = true;
+        return nullptr;
+    }
+    const XMLEncoding encoding = index_->form().encoding;
+    isDecoded_ = encoding != XMLEncoding::utf8 && encoding != XMLEncoding::ascii;
+    if (isDecoded_) text_ = decodedXML(bytes_, encoding);
+    return &lastText();
+}
+
+XMLElement ElementReader::element(const Span& span) {
+    const std::string* held = text(span);
+    return held == nullptr ? XMLElement() : document_.load(*held);
+}
+
+std::unique_ptr<ZALCollectionTrack> ElementReader::track(std::uint32_t number) {
+    return index_->program().trackOf(element(index_->tracks()[number].span()));
+}
+
+std::unique_ptr<ZALCollectionTrack> ElementReader::find(std::string_view path, std::uint32_t& number) {
+    for (const std::uint32_t candidate : index_->withPath(path)) {
+        auto found = track(candidate);
+        if (found && found->indexKey() == path) {
+            number = candidate;
+            return found;
+        }
+        if (hasFailed_) return nullptr;
+    }
+    return nullptr;
+}
+
+std::string ElementReader::blankInFrontOf(std::uint64_t place) const {
+    constexpr std::uint64_t longest = 128;  // what is laid out deeper is not followed
+    std::string bytes;
+    const std::uint64_t begin = place > longest ? place - longest : place % 2;
+    if (!index_->file().read(begin, place, bytes)) return {};
+    const std::string text = decodedXML(bytes, index_->form().encoding);
+    return std::string(blankBefore(text, text.size()));
+}
+
+}  // namespace zal

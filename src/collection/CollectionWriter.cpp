@@ -1,0 +1,269 @@
+#include "collection/CollectionWriter.h"
+
+#include "collection/TrackEdit.h"
+#include "platform/Checksum.h"
+
+#include <algorithm>
+#include <future>
+#include <limits>
+
+namespace zal {
+
+namespace {
+
+constexpr std::size_t windowTracks = 512;   // made at once
+constexpr std::size_t tracksWorthAThread = 32;
+constexpr std::size_t copyBlock = std::size_t{1} << 20;
+constexpr unsigned trackDepth = 2;
+constexpr const char* changedReason = "the file was changed since it was read";
+
+ZALDataView viewOf(std::string_view bytes) {
+    return {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()};
+}
+
+}  // namespace
+
+TrackRenderer::Result TrackRenderer::render(const TrackChange& change) {
+    const XMLElement element = reader_.element(reader_.index().tracks()[change.number].span());
+    if (!element) return {};
+    return mode_ == ZALCollectionSaveMode::changedTracks ? splice(change, element)
+                                                         : renderAnew(change, element);
+}
+
+TrackRenderer::Result TrackRenderer::renderAnew(const TrackChange& change, const XMLElement& element) {
+    const CollectionProgram& program = reader_.index().program();
+    const auto track = program.trackOf(element);
+    const ZALCollectionQueueItem* request = change.request;
+    if (request != nullptr) track->replaceCuePoints(request->cuePoints, request->kind);
+    track->updateXMLElement();
+    return {markupOf(element, program.style, trackDepth), track->cueCount(),
+            static_cast<bool>(element.firstChild(program.markName)), true};
+}
+
+TrackRenderer::Result TrackRenderer::splice(const TrackChange& change, const XMLElement& element) {
+    const CollectionIndex& index = reader_.index();
+    const CollectionProgram& program = index.program();
+    // What does not come back as it was cannot be kept.
+    if (encodedXML(reader_.lastText(), index.form().encoding) != reader_.lastBytes()) return {};
+    const std::string text = reader_.lastText();
+    const TrackEdit edit = program.trackOf(element)->editFor(change.request->cuePoints, change.request->kind,
+                                                             &scratch_);
+    const std::string blank = reader_.blankInFrontOf(index.tracks()[change.number].begin);
+    const bool keepsMark =
+        std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) != edit.isRemoved.end();
+    return {splicedTrack(text, blank, program.markName, edit), edit.cues, keepsMark || !edit.added.empty(),
+            true};
+}
+
+CollectionWriter::CollectionWriter(std::shared_ptr<const CollectionIndex> index,
+                                   const CollectionChanges& changes)
+    : source_(std::move(index)),
+      changes_(changes),
+      isEvery_(changes.mode == ZALCollectionSaveMode::everyTrackWithCues),
+      encoding_(isEvery_ && source_->program().stamp != nullptr ? XMLEncoding::utf8 : source_->form().encoding),
+      renderers_{{source_, changes.mode}, {source_, changes.mode}},
+      frame_(source_->frame()),
+      form_(source_->form()) {
+    made_.reserve(source_->tracks().size());
+}
+
+bool CollectionWriter::fail(const char* reason) {
+    reason_ = reason;
+    return false;
+}
+
+bool CollectionWriter::write(FileReplacement& out) {
+    if (!source_->isUnchanged()) return fail(changedReason);
+    if (isEvery_ && source_->program().stamp != nullptr) addHeaderEdit();
+    if (!addStampEdit()) return fail(changedReason);
+    if (changes_.playlists) edits_.push_back(*changes_.playlists);
+    gatherMarks();
+    if (encoding_ != source_->form().encoding && source_->form().hasMark) {
+        position_ = source_->form().markSize();
+        if (!append(out, "\xEF\xBB\xBF")) return false;
+    }
+    for (const FrameEdit& edit : edits_) {
+        if (!writeTracks(out, edit.begin) || !copyUpTo(out, edit.begin) || !writeEdit(out, edit)) return false;
+    }
+    const std::uint64_t end = source_->attributes().size;
+    if (!writeTracks(out, end) || !copyUpTo(out, end)) return false;
+    return source_->isUnchanged() || fail(changedReason);
+}
+
+// The header of a standalone document in UTF-8.
+void CollectionWriter::addHeaderEdit() {
+    const XMLForm& form = source_->form();
+    FrameEdit edit;
+    edit.before = R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)";
+    edit.begin = form.declarationBegin;
+    edit.end = form.declarationEnd;
+    if (edit.begin == edit.end) edit.begin = edit.end = form.markSize();
+    form_.declarationBegin = edit.begin;
+    form_.declarationEnd = edit.begin + edit.before.size();
+    if (edit.begin == edit.end) edit.before += '\n';
+    edits_.push_back(std::move(edit));
+}
+
+// Who wrote the file, and when.
+bool CollectionWriter::addStampEdit() {
+    const CollectionFrame& frame = source_->frame();
+    if (!frame.hasRoot || source_->program().stamp == nullptr) return true;
+    ElementReader reader(source_);
+    const std::string* tag = reader.text(frame.rootTag);
+    if (tag == nullptr) return false;
+    FrameEdit edit;
+    edit.begin = frame.rootTag.begin;
+    edit.end = frame.rootTag.end;
+    edit.part = withAttributes(*tag, source_->program().stamp());
+    edit.names = FrameEdit::Part::rootTag;
+    edits_.push_back(std::move(edit));
+    return true;
+}
+
+void CollectionWriter::gatherMarks() {
+    marks_ = {&frame_.rootEnd};
+    for (Span& span : frame_.playlists) {
+        marks_.insert(marks_.end(), {&span.begin, &span.end});
+    }
+    if (frame_.firstNode && !changes_.playlists) marks_.insert(marks_.end(), {&frame_.firstNode->begin, &frame_.firstNode->end});
+    std::stable_sort(marks_.begin(), marks_.end(), [](const auto* one, const auto* other) { return *one < *other; });
+}
+
+// The tracks in front of a place, a window of them at a time.
+bool CollectionWriter::writeTracks(FileReplacement& out, std::uint64_t end) {
+    std::vector<TrackChange> window;
+    TrackChange change;
+    while (nextTrack(change)) {
+        if (source_->tracks()[change.number].begin >= end) {
+            nextWritten_ = change.number;  // it comes again
+            if (change.request != nullptr) --nextChange_;
+            break;
+        }
+        window.push_back(change);
+        if (window.size() < windowTracks) continue;
+        if (!writeWindow(out, window)) return false;
+        window.clear();
+    }
+    return writeWindow(out, window);
+}
+
+bool CollectionWriter::nextTrack(TrackChange& change) {
+    const std::vector<TrackChange>& changes = changes_.tracks;
+    if (!isEvery_) {
+        if (nextChange_ == changes.size()) return false;
+        change = changes[nextChange_++];
+        return true;
+    }
+    for (; nextWritten_ < source_->tracks().size(); ++nextWritten_) {
+        const bool isAsked = nextChange_ < changes.size() && changes[nextChange_].number == nextWritten_;
+        if (!isAsked && !source_->tracks()[nextWritten_].isMarked) continue;
+        change = isAsked ? changes[nextChange_++] : TrackChange{nextWritten_, nullptr};
+        ++nextWritten_;
+        return true;
+    }
+    return false;
+}
+
+bool CollectionWriter::writeWindow(FileReplacement& out, const std::vector<TrackChange>& window) {
+    std::vector<TrackRenderer::Result> results(window.size());
+    const auto render = [&](TrackRenderer& renderer, std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i) {
+            results[i] = renderer.render(window[i]);
+        }
+    };
+    const std::size_t half = window.size() >= tracksWorthAThread ? window.size() / 2 : window.size();
+    std::future<void> other;
+    if (half < window.size()) {
+        other = std::async(std::launch::async, [&] { render(renderers_[1], half, window.size()); });
+    }
+    render(renderers_[0], 0, half);
+    if (other.valid()) other.get();
+    for (std::size_t i = 0; i < window.size(); ++i) {
+        if (!results[i].isDone) return fail(changedReason);
+        IndexedTrack track = source_->tracks()[window[i].number];
+        if (!copyUpTo(out, track.begin)) return false;
+        constexpr auto longest = std::numeric_limits<std::uint32_t>::max();
+        const std::string bytes = encodedXML(results[i].markup, encoding_);
+        if (bytes.size() > longest) return fail("a track would be too large");
+        position_ = track.begin + track.length;
+        track.begin = written_;
+        track.length = static_cast<std::uint32_t>(bytes.size());
+        track.checksum = Checksum::of(bytes);
+        track.cues = static_cast<std::uint32_t>(results[i].cues);
+        track.hasMarks = results[i].hasMarks;
+        track.isMarked = false;
+        made_.push_back(track);
+        next_ = window[i].number + 1;
+        written_ += bytes.size();
+        if (!out.append(viewOf(bytes))) return false;
+        results[i].markup = {};
+    }
+    return true;
+}
+
+bool CollectionWriter::writeEdit(FileReplacement& out, const FrameEdit& edit) {
+    if (!append(out, edit.before)) return false;
+    const std::string part = encodedXML(edit.part, encoding_);
+    const Span span{written_, written_ + part.size(), Checksum::of(part)};
+    if (edit.names == FrameEdit::Part::rootTag) frame_.rootTag = span;
+    if (edit.names == FrameEdit::Part::firstNode) frame_.firstNode = span;
+    written_ += part.size();
+    if (!out.append(viewOf(part)) || !append(out, edit.after)) return false;
+    position_ = edit.end;
+    return true;
+}
+
+bool CollectionWriter::append(FileReplacement& out, const std::string& markup) {
+    const std::string bytes = encodedXML(markup, encoding_);
+    written_ += bytes.size();
+    return out.append(viewOf(bytes));
+}
+
+// Copies the source to there, and notes where what it holds has come to.
+bool CollectionWriter::copyUpTo(FileReplacement& out, std::uint64_t end) {
+    if (encoding_ != source_->form().encoding) return copyDecoded(out, end);
+    const std::vector<IndexedTrack>& tracks = source_->tracks();
+    for (; next_ < tracks.size() && tracks[next_].begin < end; ++next_) {
+        made_.push_back(tracks[next_]);
+        made_.back().begin += written_ - position_;
+    }
+    for (; nextMark_ < marks_.size() && *marks_[nextMark_] < end; ++nextMark_) {
+        *marks_[nextMark_] += written_ - position_;
+    }
+    const std::uint64_t length = end - position_;
+    if (length > 0 && !out.appendCopy(source_->file(), position_, length)) return false;
+    position_ = end;
+    written_ += length;
+    return true;
+}
+
+bool CollectionWriter::copyDecoded(FileReplacement& out, std::uint64_t end) {
+    std::string bytes;
+    while (position_ < end) {
+        const std::uint64_t most = std::min<std::uint64_t>(end, position_ + copyBlock);
+        if (!source_->file().read(position_, most, bytes)) return fail(changedReason);
+        const std::size_t whole =
+            most == end ? bytes.size() : wholeCharacters(bytes, source_->form().encoding);
+        bytes.resize(whole);
+        if (!append(out, decodedXML(bytes, source_->form().encoding))) return false;
+        position_ += whole;
+    }
+    return true;
+}
+
+std::shared_ptr<const CollectionIndex> CollectionWriter::index(std::unique_ptr<ZALFileHandle> file,
+                                                               const ZALFileAttributes& attributes) {
+    if (encoding_ != source_->form().encoding) return nullptr;
+    const auto made =
+        std::make_shared<CollectionIndex>(source_->program(), std::make_shared<SharedFile>(std::move(file)));
+    made->attributes_ = attributes;
+    made->form_ = form_;
+    made->frame_ = std::move(frame_);
+    if (changes_.playlists) made->frame_.playlists.clear();  // the first node is what counts
+    made->seed_ = source_->seed_;
+    made->tracks_ = std::move(made_);
+    made->byPath_ = source_->byPath_;
+    return made;
+}
+
+}  // namespace zal

@@ -1,0 +1,69 @@
+#include "collection/TrackEdit.h"
+
+namespace zal {
+
+namespace {
+
+void appendAll(std::string& out, std::string_view blank, const std::vector<std::string>& elements) {
+    for (const std::string& element : elements) {
+        out.append(blank).append(element);
+    }
+}
+
+// For an element without any: as those beside it would be laid out.
+std::string withFirstChildren(std::string_view element, const XMLParts& parts, std::string_view blank,
+                              const char* indent, const std::vector<std::string>& children) {
+    const std::string_view tag = element.substr(0, parts.startTag.end);
+    std::string out = parts.isEmpty ? startTagOf(tag) : std::string(tag);
+    const bool isLaidOut = blank.find('\n') != blank.npos;
+    appendAll(out, isLaidOut ? std::string(blank) + indent : std::string(), children);
+    if (parts.isEmpty) {
+        if (isLaidOut) out += blank;
+        const std::string_view name = tag.substr(1, tag.find_first_of(" \t\r\n/") - 1);
+        return out.append("</").append(name) += '>';
+    }
+    return out.append(element.substr(parts.startTag.end));
+}
+
+}  // namespace
+
+std::string withChildren(std::string_view element, std::string_view blank, const char* indent,
+                         const std::vector<std::string>& children) {
+    const XMLParts parts = partsOf(element);
+    if (parts.children.empty()) return withFirstChildren(element, parts, blank, indent, children);
+    const XMLRange last = parts.children.back().range;
+    std::string out(element.substr(0, last.end));
+    appendAll(out, blankBefore(element, last.begin), children);
+    return out.append(element.substr(last.end));
+}
+
+std::string splicedTrack(std::string_view element, std::string_view blank, const char* markName,
+                         const TrackEdit& edit) {
+    const std::size_t tagEnd = partsOf(element).startTag.end;
+    const std::string text = withAttributes(element.substr(0, tagEnd), edit.attributes)
+                                 .append(element.substr(tagEnd));
+    const XMLParts parts = partsOf(text);
+    std::vector<XMLRange> marks;
+    for (const auto& child : parts.children) {
+        if (child.name == markName) marks.push_back(child.range);
+    }
+    if (marks.empty()) {
+        return edit.added.empty() ? text : withChildren(text, blank, edit.style.indent, edit.added);
+    }
+    std::string out;
+    std::size_t copied = 0;
+    for (std::size_t i = 0; i < marks.size(); ++i) {
+        const std::string_view before = blankBefore(text, marks[i].begin);
+        if (i < edit.isRemoved.size() && edit.isRemoved[i]) {
+            out.append(std::string_view(text).substr(copied, marks[i].begin - before.size() - copied));
+            copied = marks[i].end;
+        }
+        if (i + 1 < marks.size()) continue;
+        out.append(std::string_view(text).substr(copied, marks[i].end - copied));
+        copied = marks[i].end;
+        appendAll(out, before, edit.added);
+    }
+    return out.append(std::string_view(text).substr(copied));
+}
+
+}  // namespace zal
