@@ -5,6 +5,10 @@
 #include "support/Formats.h"
 #include "support/ReadEverything.h"
 
+#include "collection/CollectionIndex.h"
+#include "rekordbox/RekordboxProgram.h"
+#include "traktor/TraktorProgram.h"
+
 #include <zaltag/rekordbox/ZALRekordboxDatabase.h>
 #include <zaltag/rekordbox/ZALRekordboxQueue.h>
 #include <zaltag/tools/ZALTagDescription.h>
@@ -91,13 +95,6 @@ void copy(ZALDataView data) {
     require(copied ? opened(destination) != nullptr : destination.holds(both.subspan(length)));
 }
 
-void request(ZALRekordboxQueue& queue, const ZALArray<ZALTagCuePoint>& cues, const ZALNullableString& path) {
-    queue.setCuePoints(cues, path, true, true);
-}
-void request(ZALTraktorQueue& queue, const ZALArray<ZALTagCuePoint>& cues, const ZALNullableString& path) {
-    queue.setCuePoints(cues, path);
-}
-
 template <typename Database>
 void readTracks(const Database& database) {
     for (const auto& track : database.tracks()) {
@@ -108,41 +105,92 @@ void readTracks(const Database& database) {
     }
 }
 
+// A collection file taken apart: its tracks, and the rest without what a save notes around them.
+struct Parts {
+    std::vector<std::string> tracks;
+    std::string around;
+};
+
+Parts partsOf(const std::string& path, const zal::CollectionProgram& program) {
+    std::string reason;
+    const auto index = zal::CollectionIndex::read(program, path, reason);
+    require(index != nullptr);
+    const ZALData bytes = contentsOf(path);
+    Parts parts{{}, std::string(bytes.begin(), bytes.end())};
+    std::vector<zal::Span> spans;
+    for (const zal::IndexedTrack& track : index->tracks()) {
+        spans.push_back(track.span());
+        parts.tracks.push_back(parts.around.substr(track.begin, track.length));
+    }
+    const zal::CollectionFrame& frame = index->frame();
+    if (program.stamp != nullptr && frame.hasRoot) spans.push_back(frame.rootTag);
+    if (program.stamp != nullptr && frame.firstNode) spans.push_back(*frame.firstNode);
+    std::sort(spans.begin(), spans.end(), [](const auto& a, const auto& b) { return a.begin > b.begin; });
+    for (const zal::Span& span : spans) {
+        parts.around.erase(span.begin, span.size());
+    }
+    return parts;
+}
+
+// A batch asks for every n-th track. In the mode `changedTracks` nothing but those changes, and what stands
+// around the tracks at one place, where a playlist had no root.
+template <typename Database, typename Queue>
+void changeTracks(const std::string& path, const zal::CollectionProgram& program, std::size_t n) {
+    const auto database = Database::databaseOfFileAtURL(path);
+    const std::shared_ptr<ZALCollectionQueue> queue = Queue::queueWithDatabase(database);
+    const Parts before = partsOf(path, program);
+    std::string reason;
+    zal::ElementReader reader(zal::CollectionIndex::read(program, path, reason));
+    std::set<std::uint32_t> asked;
+    for (std::uint32_t i = 0, number = 0; i < before.tracks.size(); i += static_cast<std::uint32_t>(n)) {
+        const auto track = reader.track(i);
+        if (!reader.find(track->indexKey(), number)) continue;
+        asked.insert(number);
+        queue->setCuePoints(
+            {ZALTagCuePoint::cuePointWithTime(12.5, "a"), ZALTagCuePoint::cuePointWithTime(1, "&<\xC3\xA9>")},
+            track->path(), ZALCueKind::all);
+    }
+    if (!saved(*queue).success) return;
+    const Parts after = partsOf(path, program);
+    require(after.tracks.size() == before.tracks.size());
+    readTracks(*database);
+    readTracks(*Database::databaseOfFileAtURL(path));
+    if (ZALHost::shared().collectionSaveMode() == ZALCollectionSaveMode::everyTrackWithCues) return;
+    for (std::uint32_t number = 0; number < before.tracks.size(); ++number) {
+        require(asked.contains(number) || before.tracks[number] == after.tracks[number]);
+    }
+    const auto& [one, other] =
+        std::mismatch(before.around.begin(), before.around.end(), after.around.begin(), after.around.end());
+    require(after.around.size() >= before.around.size());
+    require(std::string_view(after.around).ends_with(std::string(one, before.around.end())));
+}
+
 // What a save wrote loads; from the second save on nothing changes any more. (The first one may give cues
-// another number, by which the second sorts them.) A batch of the queue changes every track.
-template <typename Database, typename Queue, auto open, auto choose>
+// another number, by which the second sorts them.)
+template <typename Database, typename Queue, const zal::CollectionProgram& (*program)()>
 void collection(ZALDataView data) {
-    const FuzzedFile file(data, "collection.xml");
     QuietHost host;
     host.clock->advance(600'000'000);  // behind the dates of most collections
-    choose(file.path());
+    const FuzzedFile changed(data, "collection.xml");
+    host.host->setCollectionSaveMode(ZALCollectionSaveMode::changedTracks);
+    if (Database::databaseOfFileAtURL(changed.path())->isLoaded()) {
+        changeTracks<Database, Queue>(changed.path(), program(), 2);
+    }
+    const FuzzedFile file(data, "collection.xml");
+    host.host->setCollectionSaveMode(ZALCollectionSaveMode::everyTrackWithCues);
     ZALData last;
     for (int round = 0; round < 3; ++round) {
-        const auto database = open(file.path());
+        const auto database = Database::databaseOfFileAtURL(file.path());
         readTracks(*database);
         if (!database->save()) return require(round == 0);
         require(round < 2 || file.holds(last));
         last = contentsOf(file.path());
     }
-    const auto database = open(file.path());
-    const auto queue = Queue::queueWithDatabase(database);
-    const ZALArray<ZALTagCuePoint> cues{ZALTagCuePoint::cuePointWithTime(12.5, "a"),
-                                        ZALTagCuePoint::cuePointWithTime(1, "&<é>")};
-    for (const auto& track : database->tracks()) {
-        request(*queue, cues, track->path());
-    }
-    const bool succeeded = saved(*queue).success;
-    const auto again = open(file.path());
-    require(!succeeded || again->trackCount() == database->trackCount());
-    readTracks(*again);
+    changeTracks<Database, Queue>(file.path(), program(), 1);
 }
 
-constexpr auto rekordbox = collection<ZALRekordboxDatabase, ZALRekordboxQueue,
-                                      &ZALRekordboxDatabase::initWithRekordboxDatabaseFileAtURL,
-                                      &ZALRekordboxDatabase::setUserRekordboxDatabaseFileURL>;
-constexpr auto traktor =
-    collection<ZALTraktorDatabase, ZALTraktorQueue, &ZALTraktorDatabase::initWithTraktorDatabaseFileAtURL,
-               &ZALTraktorDatabase::setUserTraktorDatabaseFileURL>;
+constexpr auto rekordbox = collection<ZALRekordboxDatabase, ZALRekordboxQueue, zal::rekordboxProgram>;
+constexpr auto traktor = collection<ZALTraktorDatabase, ZALTraktorQueue, zal::traktorProgram>;
 
 }  // namespace
 

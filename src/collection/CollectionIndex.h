@@ -42,18 +42,20 @@ struct CollectionFrame {
     bool hasRoot = false;  ///< the root has the program's name; without it nothing else is here
     Span rootTag;
     bool rootIsEmpty = false;
-    std::uint64_t rootEnd = 0;  ///< where the root's end tag begins
-    std::vector<Span> playlists;      ///< the elements PLAYLISTS of the root
-    std::optional<Span> firstNode;    ///< the first NODE in them
+    std::uint64_t rootEnd = 0;      ///< where the root's end tag begins
+    std::vector<Span> playlists;    ///< the elements PLAYLISTS of the root
+    std::optional<Span> firstNode;  ///< the first NODE in them
 };
 
-/// Where everything in a collection file stands. It never changes, and it keeps the file open: what it says holds
-/// for the bytes that were read, also when their name is gone or another file's.
+/// Where everything in a collection file stands. It never changes, and it keeps the file open: what it says
+/// holds for the bytes that were read, also when their name is gone or another file's.
 class CollectionIndex {
   public:
-    /// Reads the file. Null when it cannot be read or is not well-formed, with the reason.
+    /// Reads the file. Null when it cannot be read or is not well-formed, with the reason. The tracks of a
+    /// file that was just saved need no other save.
     static std::shared_ptr<const CollectionIndex> read(const CollectionProgram& program,
-                                                       const std::string& path, std::string& reason);
+                                                       const std::string& path, std::string& reason,
+                                                       bool isSaved = false);
     /// The index of a file that was written, which is open.
     CollectionIndex(const CollectionProgram& program, std::shared_ptr<SharedFile> file);
 
@@ -65,7 +67,8 @@ class CollectionIndex {
     const std::vector<IndexedTrack>& tracks() const { return tracks_; }
     std::size_t cueCount() const;
 
-    /// The tracks that may have this path, in canonical decomposition: those with its hash, the last one first.
+    /// The tracks that may have this path, in canonical decomposition: those with its hash, the last one
+    /// first.
     std::vector<std::uint32_t> withPath(std::string_view path) const;
     /// The hash that a track with this name in playlists has.
     std::uint64_t hashOf(std::string_view key) const;
@@ -94,8 +97,8 @@ class ElementReader {
     explicit ElementReader(std::shared_ptr<const CollectionIndex> index) : index_(std::move(index)) {}
     const CollectionIndex& index() const { return *index_; }
 
-    /// The bytes of a span as UTF-8, valid until the next call. Null, with a log line, when the file no longer
-    /// holds what the index says; hasFailed() then.
+    /// The bytes of a span as UTF-8, valid until the next call. Null, with a log line, when the file no
+    /// longer holds what the index says; hasFailed() then.
     const std::string* text(const Span& span);
     /// The element in it, valid until the next call; none without a text.
     XMLElement element(const Span& span);

@@ -23,9 +23,9 @@ struct TrackDraft {
     std::uint64_t end = 0;
     std::int32_t id = 0;
     std::uint32_t cues = 0;
-    bool hasMarks = false;    ///< marks that are no cues count, too
+    bool hasMarks = false;  ///< marks that are no cues count, too
     bool hasDuration = false;
-    bool hasPlace = false;  ///< what comes next has been read
+    bool hasPlace = false;                   ///< what comes next has been read
     std::array<ZALNullableString, 3> place;  ///< where the audio file is, in the program's own words
 };
 

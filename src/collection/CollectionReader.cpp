@@ -1,5 +1,5 @@
-// How an index is made: the stream parser notes where tracks stand, and a second thread beside it decodes their
-// paths and sums up their bytes.
+// How an index is made: the stream parser notes where tracks stand, and a second thread beside it decodes
+// their paths and sums up their bytes.
 
 #include "base/Unicode.h"
 #include "collection/CollectionIndex.h"
@@ -98,7 +98,8 @@ std::uint64_t newSeed() {
 
 class CollectionReader final : public XMLStream::Reader {
   public:
-    explicit CollectionReader(CollectionIndex& index) : index_(index), program_(index.program_) {}
+    CollectionReader(CollectionIndex& index, bool isSaved)
+        : index_(index), program_(index.program_), isSaved_(isSaved) {}
 
     /// Why the file cannot be used, or an empty text.
     std::string read();
@@ -118,6 +119,7 @@ class CollectionReader final : public XMLStream::Reader {
 
     CollectionIndex& index_;
     const CollectionProgram& program_;
+    const bool isSaved_;
     Batches batches_;
     int depth_ = 0;
     Section section_ = Section::none;
@@ -244,7 +246,7 @@ void CollectionReader::add(const TrackDraft& draft, Summer& summer) {
     track.cues = draft.cues;
     track.id = draft.id;
     track.hasMarks = draft.hasMarks;
-    track.isMarked = draft.cues > 0;
+    track.isMarked = draft.cues > 0 && !isSaved_;
     track.isImportable = draft.hasDuration && draft.place[0].has_value();
 }
 
@@ -258,7 +260,8 @@ void CollectionReader::sumFrame(Summer& summer) {
 
 namespace {
 
-std::shared_ptr<SharedFile> opened(const std::string& path, ZALFileAttributes& attributes, std::string& reason) {
+std::shared_ptr<SharedFile> opened(const std::string& path, ZALFileAttributes& attributes,
+                                   std::string& reason) {
     const auto files = ZALHost::shared().fileSystem();
     if (files->kindOfFile(path) == ZALFileKind::folder) {
         reason = "it is a folder";
@@ -275,14 +278,15 @@ std::shared_ptr<SharedFile> opened(const std::string& path, ZALFileAttributes& a
 }  // namespace
 
 std::shared_ptr<const CollectionIndex> CollectionIndex::read(const CollectionProgram& program,
-                                                             const std::string& path, std::string& reason) {
+                                                             const std::string& path, std::string& reason,
+                                                             bool isSaved) {
     for (int again = 0;; ++again) {
         ZALFileAttributes attributes;
         const auto file = opened(path, attributes, reason);
         if (!file) return nullptr;
         const auto index = std::make_shared<CollectionIndex>(program, file);
         index->attributes_ = attributes;
-        reason = CollectionReader(*index).read();
+        reason = CollectionReader(*index, isSaved).read();
         const bool isSame = index->isUnchanged() && isFileAt(*ZALHost::shared().fileSystem(), path, *file);
         if (isSame) return reason.empty() ? index : nullptr;
         reason = "the file was changed while it was read";

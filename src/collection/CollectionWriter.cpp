@@ -11,7 +11,7 @@ namespace zal {
 
 namespace {
 
-constexpr std::size_t windowTracks = 512;   // made at once
+constexpr std::size_t windowTracks = 512;  // made at once
 constexpr std::size_t tracksWorthAThread = 32;
 constexpr std::size_t copyBlock = std::size_t{1} << 20;
 constexpr unsigned trackDepth = 2;
@@ -46,8 +46,8 @@ TrackRenderer::Result TrackRenderer::splice(const TrackChange& change, const XML
     // What does not come back as it was cannot be kept.
     if (encodedXML(reader_.lastText(), index.form().encoding) != reader_.lastBytes()) return {};
     const std::string text = reader_.lastText();
-    const TrackEdit edit = program.trackOf(element)->editFor(change.request->cuePoints, change.request->kind,
-                                                             &scratch_);
+    const TrackEdit edit =
+        program.trackOf(element)->editFor(change.request->cuePoints, change.request->kind, &scratch_);
     const std::string blank = reader_.blankInFrontOf(index.tracks()[change.number].begin);
     const bool keepsMark =
         std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) != edit.isRemoved.end();
@@ -60,7 +60,8 @@ CollectionWriter::CollectionWriter(std::shared_ptr<const CollectionIndex> index,
     : source_(std::move(index)),
       changes_(changes),
       isEvery_(changes.mode == ZALCollectionSaveMode::everyTrackWithCues),
-      encoding_(isEvery_ && source_->program().stamp != nullptr ? XMLEncoding::utf8 : source_->form().encoding),
+      encoding_(isEvery_ && source_->program().stamp != nullptr ? XMLEncoding::utf8
+                                                                : source_->form().encoding),
       renderers_{{source_, changes.mode}, {source_, changes.mode}},
       frame_(source_->frame()),
       form_(source_->form()) {
@@ -83,7 +84,8 @@ bool CollectionWriter::write(FileReplacement& out) {
         if (!append(out, "\xEF\xBB\xBF")) return false;
     }
     for (const FrameEdit& edit : edits_) {
-        if (!writeTracks(out, edit.begin) || !copyUpTo(out, edit.begin) || !writeEdit(out, edit)) return false;
+        if (!writeTracks(out, edit.begin) || !copyUpTo(out, edit.begin) || !writeEdit(out, edit))
+            return false;
     }
     const std::uint64_t end = source_->attributes().size;
     if (!writeTracks(out, end) || !copyUpTo(out, end)) return false;
@@ -125,8 +127,10 @@ void CollectionWriter::gatherMarks() {
     for (Span& span : frame_.playlists) {
         marks_.insert(marks_.end(), {&span.begin, &span.end});
     }
-    if (frame_.firstNode && !changes_.playlists) marks_.insert(marks_.end(), {&frame_.firstNode->begin, &frame_.firstNode->end});
-    std::stable_sort(marks_.begin(), marks_.end(), [](const auto* one, const auto* other) { return *one < *other; });
+    if (frame_.firstNode && !changes_.playlists)
+        marks_.insert(marks_.end(), {&frame_.firstNode->begin, &frame_.firstNode->end});
+    std::stable_sort(marks_.begin(), marks_.end(),
+                     [](const auto* one, const auto* other) { return *one < *other; });
 }
 
 // The tracks in front of a place, a window of them at a time.

@@ -33,7 +33,7 @@ struct FrameEdit {
 struct CollectionChanges {
     ZALCollectionSaveMode mode = ZALCollectionSaveMode::everyTrackWithCues;
     std::shared_ptr<const CollectionIndex> index;  ///< of what; null for what is loaded, without any tracks
-    std::vector<TrackChange> tracks;   ///< in the order of the file
+    std::vector<TrackChange> tracks;               ///< in the order of the file
     std::optional<FrameEdit> playlists;
 };
 

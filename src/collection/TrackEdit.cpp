@@ -40,8 +40,8 @@ std::string withChildren(std::string_view element, std::string_view blank, const
 std::string splicedTrack(std::string_view element, std::string_view blank, const char* markName,
                          const TrackEdit& edit) {
     const std::size_t tagEnd = partsOf(element).startTag.end;
-    const std::string text = withAttributes(element.substr(0, tagEnd), edit.attributes)
-                                 .append(element.substr(tagEnd));
+    const std::string text =
+        withAttributes(element.substr(0, tagEnd), edit.attributes).append(element.substr(tagEnd));
     const XMLParts parts = partsOf(text);
     std::vector<XMLRange> marks;
     for (const auto& child : parts.children) {

@@ -91,8 +91,8 @@ auto ZALTrackWithCues<Cue>::match(const ZALArray<ZALTagCuePoint>& cuePoints, ZAL
     for (const Cue& made : newCues(onBeats(cuePoints), kind)) {
         const Cue wanted = made.copyAsStored();
         std::size_t at = 0;
-        while (at < cues_.size() && !(match.isRemoved[at] && cues_[at].number == made.number() &&
-                                      wanted.isSameMark(values[at]))) {
+        while (at < cues_.size() &&
+               !(match.isRemoved[at] && cues_[at].number == made.number() && wanted.isSameMark(values[at]))) {
             ++at;
         }
         at < cues_.size() ? match.isRemoved[at] = false : (match.added.push_back(wanted), false);
@@ -126,7 +126,8 @@ zal::TrackEdit ZALTrackWithCues<Cue>::editOfMarks(const char* elementName, const
     }
     std::sort(cues.begin(), cues.end());
     for (auto mark = element().firstChild(elementName); mark; mark = mark.next(elementName)) {
-        const auto cue = std::lower_bound(cues.begin(), cues.end(), std::pair<const void*, bool>(mark.handle(), false));
+        const auto cue =
+            std::lower_bound(cues.begin(), cues.end(), std::pair<const void*, bool>(mark.handle(), false));
         const bool isCue = cue != cues.end() && cue->first == mark.handle();
         edit.isRemoved.push_back(isCue ? cue->second : edit.cues > 0);
     }
@@ -192,7 +193,7 @@ void ZALTrackWithCues<Cue>::writeCues(const char* elementName) {
 template <typename Cue>
 void ZALTrackWithCues<Cue>::leaveDocument() {
     for (StoredCue& stored : cues_) {
-        if (stored.element != nullptr) 
+        if (stored.element != nullptr)
             stored = {nullptr, std::make_shared<const Cue>(valueOf(stored)), stored.number};
     }
     ZALCollectionTrack::leaveDocument();

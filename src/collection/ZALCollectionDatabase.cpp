@@ -228,7 +228,7 @@ std::string ZALCollectionDatabase::write(const std::string& url, const zal::Coll
             return writer.reason().empty() ? reason : writer.reason();
         }
         std::string unread;
-        if (!written) written = zal::CollectionIndex::read(program_, url, unread);
+        if (!written) written = zal::CollectionIndex::read(program_, url, unread, true);
         written ? adopt(std::move(written), url) : askForReload();
         return {};
     } catch (const std::exception& exception) {  // memory ran out

@@ -213,9 +213,11 @@ ZALCollectionQueue::Outcome ZALCollectionQueue::batch() {
         return failure(database().failSave("the file was changed since it was read", &error));
     }
     setExportStage(saving);
-    if (shouldSave && (!database().saveChanges(changes, &error) || !error.domain.empty())) return failure(false);
+    if (shouldSave && (!database().saveChanges(changes, &error) || !error.domain.empty()))
+        return failure(false);
     const bool isQuiet = changes.mode == ZALCollectionSaveMode::changedTracks && !shouldSave;
-    if (!isQuiet) finishBatch();
+    if (shouldSave) changes.tracks.clear();
+    if (!isQuiet) finishBatch(changes);
     dropRequests();
     return outcome;
 }
@@ -250,6 +252,8 @@ bool ZALCollectionQueue::applyRequests(zal::CollectionChanges& changes, bool& sh
 
 void ZALCollectionQueue::listTracks(zal::ElementReader&, const std::vector<std::uint32_t>&,
                                     zal::CollectionChanges&) const {}
+
+void ZALCollectionQueue::finishBatch(const zal::CollectionChanges&) {}
 
 void ZALCollectionQueue::dropRequests() {
     state_->itemQueue.clear();

@@ -96,10 +96,12 @@ std::string whyNotReplaced(const std::string& path, const std::function<bool(con
                            const std::function<std::string()>& mayReplace = {},
                            ZALFileAttributes* written = nullptr);
 
-/// The same for who copies ranges of other files: `write` appends to the replacement itself, and gives false when
-/// that did, or throws. `keep`, when given, is handed the new file, no longer locked, and its attributes.
+/// The same for who copies ranges of other files: `write` appends to the replacement itself, and gives false
+/// when that did, or throws. `keep`, when given, is handed the new file, no longer locked, and its
+/// attributes.
 using FileWriter = std::function<bool(FileReplacement& replacement)>;
-using NewFileKeeper = std::function<void(std::unique_ptr<ZALFileHandle> file, const ZALFileAttributes& attributes)>;
+using NewFileKeeper =
+    std::function<void(std::unique_ptr<ZALFileHandle> file, const ZALFileAttributes& attributes)>;
 std::string whyNotReplacedBy(const std::string& path, const FileWriter& write,
                              const std::function<std::string()>& mayReplace, const NewFileKeeper& keep);
 

@@ -146,8 +146,8 @@ XMLDocument::XMLDocument() : tree_(std::make_unique<Tree>()) {}
 XMLDocument::~XMLDocument() = default;
 
 XMLElement XMLDocument::load(std::string_view text) {
-    // Everything in the text becomes a node; without these flags comments, instructions and white space that is
-    // an element's only content would be lost.
+    // Everything in the text becomes a node; without these flags comments, instructions and white space that
+    // is an element's only content would be lost.
     constexpr unsigned everything = pugi::parse_full | pugi::parse_ws_pcdata_single;
     const auto parsed =
         tree_->document.load_buffer(text.data(), text.size(), everything, pugi::encoding_utf8);

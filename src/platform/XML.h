@@ -68,8 +68,8 @@ struct XMLStyle {
     bool emptyElementTags = true;  ///< "<A/>" for an element without content, not "<A></A>"
 };
 
-/// Elements as a tree that can be changed and written back with everything it held. Takes some 32 KB at least:
-/// never one per track or cue.
+/// Elements as a tree that can be changed and written back with everything it held. Takes some 32 KB at
+/// least: never one per track or cue.
 class XMLDocument {
   public:
     XMLDocument();
@@ -86,8 +86,8 @@ class XMLDocument {
     std::unique_ptr<Tree> tree_;
 };
 
-/// An element as text, in the style of a file where it stands `depth` elements deep: without the white space in
-/// front of it and behind it.
+/// An element as text, in the style of a file where it stands `depth` elements deep: without the white space
+/// in front of it and behind it.
 std::string markupOf(const XMLElement& element, const XMLStyle& style, unsigned depth);
 
 /// A text as an attribute keeps it.

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-// Markup as text, for changes that must leave every other character as it is. All of it is UTF-8 that a parser
-// has found well-formed.
+// Markup as text, for changes that must leave every other character as it is. All of it is UTF-8 that a
+// parser has found well-formed.
 
 namespace zal {
 
@@ -43,7 +43,7 @@ class XMLTags {
 /// An element's tags, and the elements in it.
 struct XMLParts {
     XMLRange startTag;
-    bool isEmpty = false;  ///< "<A/>": there is no other tag
+    bool isEmpty = false;    ///< "<A/>": there is no other tag
     std::size_t endTag = 0;  ///< where the end tag begins
     struct Child {
         XMLRange range;

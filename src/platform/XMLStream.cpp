@@ -132,8 +132,7 @@ std::string XMLStream::parse(ZALFileHandle& handle) {
         position += count;
         last = count < size;
         if (XML_ParseBuffer(parser_, static_cast<int>(count), last) != XML_STATUS_OK) {
-            const char* reason =
-                refusal_ != nullptr ? refusal_ : XML_ErrorString(XML_GetErrorCode(parser_));
+            const char* reason = refusal_ != nullptr ? refusal_ : XML_ErrorString(XML_GetErrorCode(parser_));
             return fmt::format("{} (line {}, column {})", reason, XML_GetCurrentLineNumber(parser_),
                                XML_GetCurrentColumnNumber(parser_));
         }

@@ -41,7 +41,12 @@ class Chunks {
     bool isTaken_ = true;
 };
 
-// The track as it stands in the collection, or as a save of every track would write it.
+void bringUpToDate(const XMLElement& element, const ZALCollectionQueueItem* request) {
+    const auto track = ZALRekordboxTrack::initWithXMLElement(element);
+    if (request != nullptr) track->replaceCuePoints(request->cuePoints, request->kind);
+    track->updateXMLElement();
+}
+
 void copyTrack(const XMLElement& track, XMLElement copy) {
     copy.setAttribute("TrackID", std::to_string(ZALRekordboxTrack::idOfXMLElement(track)));
     copy.setAttribute("Location", track.attributeText("Location"));
@@ -66,10 +71,6 @@ std::string getPlaylistNameForSplitXml(std::uint32_t) {
     return ZALRekordboxCuepointsPlaylistName;
 }
 
-bool isImportCandidate(const IndexedTrack& track) {
-    return track.hasMarks && track.isImportable;
-}
-
 std::vector<std::size_t> importGroupEnds(std::size_t candidates) {
     const std::size_t files =
         std::min<std::size_t>((candidates + tracksPerFile - 1) / tracksPerFile, maximalImportFiles);
@@ -80,10 +81,9 @@ std::vector<std::size_t> importGroupEnds(std::size_t candidates) {
     return ends;
 }
 
-bool writeImportFile(ElementReader& reader, std::span<const std::uint32_t> tracks,
+bool writeImportFile(ElementReader& reader, std::span<const TrackChange> tracks,
                      const std::string& playlistName, const ChunkSink& sink) {
-    const bool isEvery =
-        ZALHost::shared().collectionSaveMode() == ZALCollectionSaveMode::everyTrackWithCues;
+    const bool isEvery = ZALHost::shared().collectionSaveMode() == ZALCollectionSaveMode::everyTrackWithCues;
     const std::vector<IndexedTrack>& all = reader.index().tracks();
     std::vector<XMLAttributeEdit> ofRoot{{"Version", "1.0.0"}};
     for (XMLAttributeEdit& attribute : makersStamp()) {
@@ -94,10 +94,10 @@ bool writeImportFile(ElementReader& reader, std::span<const std::uint32_t> track
     chunks.add(withAttributes("<DJ_PLAYLISTS>", ofRoot));
     chunks.add(fmt::format("\n  <COLLECTION Entries=\"{}\">\n", tracks.size()));
     XMLDocument scratch;
-    for (const std::uint32_t number : tracks) {
+    for (const auto& [number, request] : tracks) {
         const XMLElement element = reader.element(all[number].span());
         if (!element) return false;
-        if (isEvery && all[number].isMarked) ZALRekordboxTrack::initWithXMLElement(element)->updateXMLElement();
+        if (isEvery && (request != nullptr || all[number].isMarked)) bringUpToDate(element, request);
         const XMLElement copy = scratch.makeRoot("TRACK");
         copyTrack(element, copy);
         chunks.add("    " + markupOf(copy, rekordboxProgram().style, 2) + "\n");
@@ -105,18 +105,17 @@ bool writeImportFile(ElementReader& reader, std::span<const std::uint32_t> track
     chunks.add("  </COLLECTION>\n  <PLAYLISTS>\n    <NODE Type=\"0\" Name=\"ROOT\" Count=\"1\">\n");
     chunks.add(fmt::format("      <NODE Type=\"1\" Name=\"{}\" KeyType=\"0\" Entries=\"{}\">\n",
                            attributeValue(playlistName), tracks.size()));
-    for (const std::uint32_t number : tracks) {
-        chunks.add(fmt::format("        <TRACK Key=\"{}\" />\n", all[number].id));
+    for (const TrackChange& track : tracks) {
+        chunks.add(fmt::format("        <TRACK Key=\"{}\" />\n", all[track.number].id));
     }
     chunks.add("      </NODE>\n    </NODE>\n  </PLAYLISTS>\n</DJ_PLAYLISTS>\n");
     return chunks.flush();
 }
 
-bool saveSingleSplitXmlFile(ElementReader& reader, std::span<const std::uint32_t> tracks,
+bool saveSingleSplitXmlFile(ElementReader& reader, std::span<const TrackChange> tracks,
                             const std::string& filename, const std::string& playlistName) {
-    return replaceFileContents(filename, [&](const ChunkSink& sink) {
-        return writeImportFile(reader, tracks, playlistName, sink);
-    });
+    return replaceFileContents(
+        filename, [&](const ChunkSink& sink) { return writeImportFile(reader, tracks, playlistName, sink); });
 }
 
 }  // namespace zal

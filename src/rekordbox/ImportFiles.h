@@ -1,7 +1,6 @@
 #pragma once
 
-#include "collection/CollectionIndex.h"
-#include "platform/FileReplacement.h"
+#include "collection/CollectionWriter.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,19 +18,17 @@ constexpr std::uint32_t maximalImportFiles = 100;
 std::string getPathForSplitXml(std::uint32_t index, const std::string& rekordboxDatabaseFile);
 std::string getPlaylistNameForSplitXml(std::uint32_t index);
 
-/// True for a track that can go into an import file: one with a mark, a duration and a location.
-bool isImportCandidate(const IndexedTrack& track);
-
 /// Where each group of the candidates ends: as few files of at most 5000 as possible, evenly filled.
 std::vector<std::size_t> importGroupEnds(std::size_t candidates);
 
-/// Writes the content of one import file, a collection of its own, track by track. False when the sink gave up or
-/// a track could not be read.
-bool writeImportFile(ElementReader& reader, std::span<const std::uint32_t> tracks,
+/// Writes the content of one import file, a collection of its own, track by track: as they stand in the file,
+/// but in the mode `everyTrackWithCues` as a save would write them. False when the sink gave up or a track
+/// could not be read.
+bool writeImportFile(ElementReader& reader, std::span<const TrackChange> tracks,
                      const std::string& playlistName, const ChunkSink& sink);
 
 /// Writes one import file. False when it was not written, with a log line.
-bool saveSingleSplitXmlFile(ElementReader& reader, std::span<const std::uint32_t> tracks,
+bool saveSingleSplitXmlFile(ElementReader& reader, std::span<const TrackChange> tracks,
                             const std::string& filename, const std::string& playlistName);
 
 }  // namespace zal

@@ -51,8 +51,8 @@ std::string withNewPlaylist(const std::string& text, std::string_view blank,
                             const ZALRekordboxPlaylistFolder& folder, const std::string& playlist) {
     const std::size_t tagEnd = partsOf(text).startTag.end;
     const std::size_t count = folder.playlists().size() + folder.folders().size() + 1;
-    const std::string tag = withAttributes(std::string_view(text).substr(0, tagEnd),
-                                           {{"Count", std::to_string(count)}});
+    const std::string tag =
+        withAttributes(std::string_view(text).substr(0, tagEnd), {{"Count", std::to_string(count)}});
     return withChildren(tag + text.substr(tagEnd), blank, indent, {playlist});
 }
 

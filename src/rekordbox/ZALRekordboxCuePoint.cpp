@@ -49,8 +49,8 @@ std::size_t ZALRekordboxCuePoint::hash() const {
 
 std::string ZALRekordboxCuePoint::description() const {
     return fmt::format("{} - {} (i:{} t: {:.6f} t: {})",
-                       zal::defaultDescription("ZALRekordboxCuePoint", this), name_, static_cast<std::uint64_t>(num_), start_,
-                       zal::describe(typeName()));
+                       zal::defaultDescription("ZALRekordboxCuePoint", this), name_,
+                       static_cast<std::uint64_t>(num_), start_, zal::describe(typeName()));
 }
 
 std::optional<ZALRekordboxCuePoint> ZALRekordboxCuePoint::initWithXMLElement(const zal::XMLElement& element) {

@@ -184,7 +184,8 @@ std::shared_ptr<const ZALRekordboxPlaylistFolder> ZALRekordboxDatabase::playlist
     const auto held = index();
     if (!held || !held->frame().firstNode) return nullptr;
     zal::ElementReader reader(held);
-    const auto root = ZALRekordboxPlaylistFolder::initWithXMLElement(reader.element(*held->frame().firstNode));
+    const auto root =
+        ZALRekordboxPlaylistFolder::initWithXMLElement(reader.element(*held->frame().firstNode));
     if (reader.hasFailed()) askForReload();
     return root ? root->copy() : nullptr;
 }

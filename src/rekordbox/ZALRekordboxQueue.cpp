@@ -73,11 +73,11 @@ void ZALRekordboxQueue::listTracks(zal::ElementReader& reader, const std::vector
     changes.playlists = zal::playlistEdit(reader, ZALRekordboxCuepointsPlaylistName, numbers);
 }
 
-void ZALRekordboxQueue::finishBatch() {
-    saveSplitXmlFiles();
+void ZALRekordboxQueue::finishBatch(const zal::CollectionChanges& unsaved) {
+    saveSplitXmlFiles(unsaved);
 }
 
-void ZALRekordboxQueue::saveSplitXmlFiles() {
+void ZALRekordboxQueue::saveSplitXmlFiles(const zal::CollectionChanges& unsaved) {
     const ZALNullableString file = database().fileURL();
     if (!file) return;
     const auto files = ZALHost::shared().fileSystem();
@@ -87,7 +87,7 @@ void ZALRekordboxQueue::saveSplitXmlFiles() {
         zal::FileReplacement::clearLeftOver(*files, old);
     }
     zal::ElementReader reader(rekordboxDatabase().index());
-    const std::vector<std::uint32_t> candidates = importCandidates(reader.index());
+    const std::vector<zal::TrackChange> candidates = importCandidates(reader.index(), unsaved);
     std::size_t begin = 0;
     std::uint32_t index = 0;
     for (const std::size_t end : zal::importGroupEnds(candidates.size())) {
@@ -100,20 +100,22 @@ void ZALRekordboxQueue::saveSplitXmlFiles() {
     if (reader.hasFailed()) rekordboxDatabase().askForReload();
 }
 
-// The tracks that the playlist lists.
-std::vector<std::uint32_t> ZALRekordboxQueue::importCandidates(const zal::CollectionIndex& index) const {
+// The tracks that the playlist lists, with what is asked of them and not in the file.
+std::vector<zal::TrackChange> ZALRekordboxQueue::importCandidates(
+    const zal::CollectionIndex& index, const zal::CollectionChanges& unsaved) const {
+    std::vector<zal::TrackChange> candidates;
     const auto root = rekordboxDatabase().playlist();
-    std::vector<std::uint32_t> candidates;
-    if (!root) return candidates;
-    for (const auto& playlist : root->playlists()) {
-        if (playlist->name() != ZALRekordboxCuepointsPlaylistName) continue;
-        const auto& ids = playlist->tracksAsId();
-        for (std::uint32_t number = 0; ids && number < index.tracks().size(); ++number) {
-            const zal::IndexedTrack& track = index.tracks()[number];
-            const auto id = static_cast<std::uint64_t>(std::int64_t{track.id});
-            if (ids->contains(id) && zal::isImportCandidate(track)) candidates.push_back(number);
-        }
-        break;
+    const auto playlist = root ? root->playlistNamed(ZALRekordboxCuepointsPlaylistName) : nullptr;
+    if (!playlist || !playlist->tracksAsId()) return candidates;
+    auto change = unsaved.tracks.begin();
+    for (std::uint32_t number = 0; number < index.tracks().size(); ++number) {
+        const bool isAsked = change != unsaved.tracks.end() && change->number == number;
+        const zal::TrackChange candidate = isAsked ? *change++ : zal::TrackChange{number, nullptr};
+        const zal::IndexedTrack& track = index.tracks()[number];
+        const auto id = static_cast<std::uint64_t>(std::int64_t{track.id});
+        const bool hasMarks = track.hasMarks || isAsked;
+        if (hasMarks && track.isImportable && playlist->tracksAsId()->contains(id))
+            candidates.push_back(candidate);
     }
     return candidates;
 }

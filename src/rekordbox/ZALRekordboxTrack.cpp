@@ -65,8 +65,9 @@ std::unique_ptr<ZALRekordboxTrack> ZALRekordboxTrack::initWithXMLElement(const z
 }
 
 void ZALRekordboxTrack::removeAllCues(bool removeHotCues, bool removeMemoryCues) {
-    removeCues(
-        [=](const ZALRekordboxCuePoint& cue) { return cue.num() == memoryCueNum ? removeMemoryCues : removeHotCues; });
+    removeCues([=](const ZALRekordboxCuePoint& cue) {
+        return cue.num() == memoryCueNum ? removeMemoryCues : removeHotCues;
+    });
     forceDummyCuePoint_ = true;
     setNeedsUpdate(true);
 }
@@ -125,7 +126,8 @@ bool ZALRekordboxTrack::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoin
 zal::TrackEdit ZALRekordboxTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
                                           zal::XMLDocument* scratch) const {
     zal::TrackEdit edit = editOfMarks(markName, {}, cuePoints, kind, scratch);
-    const bool keepsNone = std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) == edit.isRemoved.end();
+    const bool keepsNone =
+        std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) == edit.isRemoved.end();
     if (edit.cues == 0 && keepsNone) {
         edit.added.emplace_back(placeholder);
         edit.isChanged = true;

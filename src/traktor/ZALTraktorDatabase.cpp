@@ -57,7 +57,8 @@ ZALTraktorTrackMap tracksNamed(const std::set<std::string>& names, zal::ElementR
     }
     ZALTraktorTrackMap map;
     const auto& tracks = reader.index().tracks();
-    for (auto number = static_cast<std::uint32_t>(tracks.size()); number-- > 0 && map.size() < names.size();) {
+    for (auto number = static_cast<std::uint32_t>(tracks.size());
+         number-- > 0 && map.size() < names.size();) {
         if (!hashes.contains(tracks[number].nameHash)) continue;
         const auto track = reader.track(number);
         if (!track) break;
@@ -186,9 +187,8 @@ std::vector<std::shared_ptr<const ZALTraktorTrack>> ZALTraktorDatabase::tracks()
 
 bool ZALTraktorDatabase::forEachTrack(
     const std::function<void(const std::shared_ptr<const ZALTraktorTrack>& track)>& function) const {
-    return ZALCollectionDatabase::forEachTrack([&function](const auto& track) {
-        function(std::static_pointer_cast<const ZALTraktorTrack>(track));
-    });
+    return ZALCollectionDatabase::forEachTrack(
+        [&function](const auto& track) { function(std::static_pointer_cast<const ZALTraktorTrack>(track)); });
 }
 
 std::shared_ptr<const ZALTraktorTrack> ZALTraktorDatabase::trackForSongFileAtURL(

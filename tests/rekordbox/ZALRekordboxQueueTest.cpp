@@ -88,49 +88,12 @@ class RekordboxQueue : public testing::Test, protected CollectionHost {
 
 TEST_F(RekordboxQueue, replacesHotCuesMemoryCuesOrBoth) {
     EXPECT_EQ(after({3, 1}), (Pairs{{-1, 8}, {0, 1}, {1, 3}}));
-    EXPECT_EQ(after({5}, false, true), (Pairs{{0, 1}, {1, 3}, {-1, 5}}));
+    EXPECT_EQ(after({5}, false, true), (Pairs{{-1, 5}, {0, 1}, {1, 3}}));
     EXPECT_EQ(after({2, 1}, true, true), (Pairs{{-1, 1}, {-1, 2}, {0, 1}, {1, 2}}));
     EXPECT_EQ(after({}, true, true), Pairs());
     EXPECT_EQ(countOf(contentOf(path()), "<POSITION_MARK Num=\"0\" />"), 1U);
     EXPECT_EQ(countOf(contentOf(path()), "<POSITION_MARK"), 1U);
     EXPECT_EQ(countOf(contentOf(importFile(1)), "<POSITION_MARK Num=\"0\" />"), 1U) << "placeholders too";
-}
-
-TEST_F(RekordboxQueue, movesCuesToTheTracksGridAndWritesTheWholeRoad) {
-    queue->setCuePoints(cuesAt({50}), "/b.mp3", true, false);
-    queue->setCuePoints(cuesAt({2.3, 0.6}), "/b.mp3", true, false);  // replaces the first request
-    queue->setCuePoints(cuesAt({1}), "/not-there.mp3", true, true);
-    ASSERT_TRUE(saved(*queue).success);
-    EXPECT_EQ(cues("/b.mp3"), (Pairs{{0, 1}, {1, 2}}));
-    const std::string text = contentOf(path());
-    EXPECT_THAT(text, HasSubstr("<POSITION_MARK Name=\"n\" Start=\"1\" Type=\"0\" Num=\"0\" />"));
-    EXPECT_THAT(text, HasSubstr(R"(<PLAYLISTS>
-    <NODE Type="0" Name="ROOT" Count="1">
-      <NODE Type="1" Name="ZAL Cue Points" Entries="1" KeyType="0">
-        <TRACK Key="8" />
-      </NODE>
-    </NODE>
-  </PLAYLISTS>)"));
-    const auto date = contentOf(importFile(1)).find("ModificationDate=\"") + 18;
-    const std::string stamp = contentOf(importFile(1)).substr(date, 24);
-    EXPECT_EQ(contentOf(importFile(1)), fmt::format(R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>
-<DJ_PLAYLISTS Version="1.0.0" CreatedByApp="Host" CreatedByVersion="1.2" CreationPlatform="Mac" ModificationDate="{}">
-  <COLLECTION Entries="1">
-    <TRACK TrackID="8" Location="file://localhost/b.mp3" TotalTime="100">
-      <POSITION_MARK Name="n" Start="1" Type="0" Num="0" />
-      <POSITION_MARK Name="n" Start="2" Type="0" Num="1" />
-    </TRACK>
-  </COLLECTION>
-  <PLAYLISTS>
-    <NODE Type="0" Name="ROOT" Count="1">
-      <NODE Type="1" Name="ZAL Cue Points" KeyType="0" Entries="1">
-        <TRACK Key="8" />
-      </NODE>
-    </NODE>
-  </PLAYLISTS>
-</DJ_PLAYLISTS>
-)",
-                                                    stamp));
 }
 
 TEST_F(RekordboxQueue, anUnchangedBatchWritesImportFilesAlone) {
@@ -218,58 +181,6 @@ TEST_F(RekordboxQueue, aFailedSaveKeepsTheRequestsAndIsTriedAgain) {
     EXPECT_EQ(clock->pending(), 0U);
 }
 
-TEST_F(RekordboxQueue, whatAnotherProgramWroteIsNeverOverwritten) {
-    const std::string theirs = std::string(twoTracks) + "<!-- theirs -->";
-    replaceFile(theirs);
-    const LogCapture log;
-    ZALError error;
-    EXPECT_FALSE(database->save(&error)) << "it was read before";
-    EXPECT_EQ(error.code, ZALErrorCode::rekordboxCollectionUnwritable);
-    EXPECT_EQ(contentOf(path()), theirs);
-    request({1});
-    EXPECT_TRUE(saved(*queue).success) << "a batch reads it first";
-    EXPECT_THAT(contentOf(path()), HasSubstr("<!-- theirs -->"));
-    EXPECT_EQ(cues("/a.mp3"), (Pairs{{-1, 8}, {0, 1}}));
-}
-
-TEST_F(RekordboxQueue, aReloadForgetsThatABatchHadToBeSaved) {
-    const std::string blocked = zal::FileReplacement::temporaryPath(path());
-    std::filesystem::create_directory(blocked);
-    const LogCapture log;
-    request({9});
-    EXPECT_FALSE(saved(*queue).success);
-    std::filesystem::remove(blocked);
-    queue->cancel();
-    const std::string listed =
-        R"(<DJ_PLAYLISTS><COLLECTION><TRACK TrackID="7" Location="file:///a.mp3">)"
-        R"(<POSITION_MARK Name="n" Start="9" Num="0"/></TRACK></COLLECTION><PLAYLISTS>)"
-        R"(<NODE Type="0" Name="ROOT"><NODE Type="1" Name="ZAL Cue Points">)"
-        R"(<TRACK Key="7"/></NODE></NODE></PLAYLISTS></DJ_PLAYLISTS>)";
-    replaceFile(listed);
-    after({9});
-    EXPECT_EQ(contentOf(path()), listed) << "the file has the cues already";
-    EXPECT_FALSE(std::filesystem::exists(importFile(1))) << "a track without a duration";
-}
-
-TEST_F(RekordboxQueue, anUnchangedBatchBringsListedTracksUpToDateInImportFiles) {
-    replaceFile(
-        R"(<DJ_PLAYLISTS><COLLECTION><TRACK TrackID="7" Location="file:///a.mp3" TotalTime="9"/>)"
-        R"(<TRACK TrackID="8" Location="file:///b.mp3" TotalTime="9"><POSITION_MARK Start="2" Num="1"/>)"
-        R"(<POSITION_MARK Num="4"/><POSITION_MARK Start="1" Num="0" Red="3"/></TRACK></COLLECTION>)"
-        R"(<PLAYLISTS><NODE Type="0" Name="ROOT"><NODE Type="1" Name="ZAL Cue Points"><TRACK Key="7"/>)"
-        R"(<TRACK Key="8"/></NODE></NODE></PLAYLISTS></DJ_PLAYLISTS>)");
-    const std::string before = contentOf(path());
-    after({}, true, true);
-    EXPECT_EQ(contentOf(path()), before);
-    EXPECT_THAT(contentOf(importFile(1)), HasSubstr(R"(TotalTime="9">
-      <POSITION_MARK Num="0" />
-    </TRACK>
-    <TRACK TrackID="8" Location="file:///b.mp3" TotalTime="9">
-      <POSITION_MARK Start="1" Type="0" Num="0" />
-      <POSITION_MARK Start="2" Type="0" Num="1" />
-    </TRACK>)"));
-}
-
 // The last reference goes while blocks wait, and inside of a completion.
 TEST_F(RekordboxQueue, livesAsLongAsItsBlocks) {
     bool isDone = false;
@@ -325,79 +236,4 @@ TEST_F(RekordboxQueue, completionsArriveOnceAlsoWhenNothingIsThereAndAfterShutDo
     queue->shutDown();
     EXPECT_FALSE(saved(*queue).success);
     EXPECT_FALSE(reloaded(*queue).success);
-}
-
-TEST_F(RekordboxQueue, aPlaylistAtTheRootLeavesOutPlaylistAndImportFiles) {
-    replaceFile(
-        "<DJ_PLAYLISTS><COLLECTION><TRACK TrackID='7' Location='file:///a.mp3' TotalTime='1'/></COLLECTION>"
-        "<PLAYLISTS><NODE Type='1' Name='p'/></PLAYLISTS></DJ_PLAYLISTS>");
-    EXPECT_EQ(after({0.5}), (Pairs{{0, 0.5}}));
-    EXPECT_THAT(contentOf(path()), Not(HasSubstr("ZAL Cue Points")));
-    EXPECT_FALSE(std::filesystem::exists(importFile(1)));
-}
-
-TEST_F(RekordboxQueue, playlistsAreRewrittenOnlyWhenTheyChanged) {
-    replaceFile(
-        R"(<DJ_PLAYLISTS><COLLECTION><TRACK TrackID="7" Location="file:///a.mp3"/></COLLECTION><PLAYLISTS>
-<NODE Type="0" Name="ROOT" Count="9" Odd="1"><NODE Type="0" Name="f"><NODE Type="1" Name="ZAL Cue Points"/></NODE>
-<NODE Type="1" Name="by place" KeyType="2" Odd="1"><TRACK Key="x"/><TRACK Key="x"/></NODE>
-<NODE Type="1" Name="ZAL Cue Points" Odd="1"><TRACK Key="9"/><TRACK Key="3"/><TRACK Key="9"/></NODE></NODE></PLAYLISTS></DJ_PLAYLISTS>)");
-    after({});
-    EXPECT_THAT(contentOf(path()), HasSubstr(R"(    <NODE Type="0" Name="ROOT" Count="9" Odd="1">
-      <NODE Type="0" Name="f">
-        <NODE Type="1" Name="ZAL Cue Points" />
-      </NODE>
-      <NODE Type="1" Name="by place" KeyType="2" Odd="1">
-        <TRACK Key="x" />
-        <TRACK Key="x" />
-      </NODE>
-      <NODE Type="1" Name="ZAL Cue Points" Entries="3" KeyType="0">
-        <TRACK Key="3" />
-        <TRACK Key="7" />
-        <TRACK Key="9" />
-      </NODE>
-    </NODE>)"));
-}
-
-// Requests, batches, reloads and lookups from many threads; worth most under the thread sanitizer.
-TEST_F(RekordboxQueue, servesManyThreadsAtOnce) {
-    constexpr int threads = 8;
-    constexpr int requests = 1000;
-    std::atomic<int> asked = 0;
-    std::atomic<int> arrived = 0;
-    std::atomic<bool> stop = false;
-    const auto count = [&](bool, const ZALError*) { ++arrived; };
-    std::thread looking([&] {
-        while (!stop) {
-            if (const auto track = database->trackForSongFileAtURL("/a.mp3")) track->cues();
-            database->needsReloading();
-        }
-    });
-    std::vector<std::thread> senders;
-    for (int t = 0; t < threads; ++t) {
-        senders.emplace_back([&, t] {
-            for (int i = 0; i < requests; ++i) {
-                queue->setCuePoints(cuesAt({double(i % 7)}), t % 2 == 0 ? "/a.mp3" : "/b.mp3", true,
-                                    i % 2 == 0);
-                if (i % 50 == 0) ++asked, queue->save(count);
-                if (i % 70 == 0) ++asked, queue->reload(count);
-                if (i % 170 == 0) queue->cancel();
-            }
-        });
-    }
-    for (int i = 0; i < 5; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        std::error_code ignored;
-        std::filesystem::last_write_time(
-            path(), std::filesystem::file_time_type::clock::now() + std::chrono::seconds(i), ignored);
-    }
-    for (std::thread& sender : senders)
-        sender.join();
-    ++asked, queue->save(count);
-    EXPECT_TRUE(ZALMainQueue::shared().runUntil([&] { return arrived == asked; }, std::chrono::seconds(60)));
-    stop = true;
-    looking.join();
-    ZALMainQueue::shared().runPending();
-    EXPECT_EQ(arrived, asked);
-    EXPECT_TRUE(reloaded(*queue).success) << "the file is whole";
 }

@@ -29,6 +29,14 @@ std::string contentOf(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+std::string traktorFolder(const std::string& path) {
+    std::string folder;
+    for (const char c : path + "/") {
+        folder += c == '/' ? "/:" : std::string(1, c);
+    }
+    return folder;
+}
+
 std::size_t countOf(const std::string& text, const std::string& part) {
     std::size_t count = 0;
     for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {

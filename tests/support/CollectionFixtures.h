@@ -33,6 +33,8 @@ struct CollectionHost : QuietHost {
 };
 
 std::string contentOf(const std::string& path);
+/// A folder as Traktor's collection names it.
+std::string traktorFolder(const std::string& path);
 /// How often a text stands in another one.
 std::size_t countOf(const std::string& text, const std::string& part);
 

@@ -6,10 +6,13 @@
 #include "support/WavFixtures.h"
 
 #include "rekordbox/ImportFiles.h"
+#include "rekordbox/RekordboxProgram.h"
 
 #include <zaltag/containers/ZALTagWAV.h>
 #include <zaltag/rekordbox/ZALRekordboxDatabase.h>
+#include <zaltag/rekordbox/ZALRekordboxQueue.h>
 #include <zaltag/traktor/ZALTraktorDatabase.h>
+#include <zaltag/traktor/ZALTraktorQueue.h>
 
 #include <memory>
 #include <utility>
@@ -65,56 +68,70 @@ SaveCase recordCase() {
     return {"record.wav", file, edit("New title", true), edit("New title", std::nullopt), record};
 }
 
-// A collection of 2000 such tracks, which takes more than one write. They are saved anew.
-template <auto load, auto choose>
-SaveCase collectionCase(const char* name, const std::string& head, const std::string& track,
-                        const std::string& end) {
-    const auto file = [=] {
-        std::string text = head;
-        for (int i = 0; i < 2000; ++i) {
-            text += track;
-        }
-        return bytesOf(text + end);
-    };
-    const auto open = [](const std::string& path) -> std::function<bool()> {
+std::string times2000(const std::string& track) {
+    std::string all;
+    for (int i = 0; i < 2000; ++i) {
+        all += track;
+    }
+    return all;
+}
+
+// A collection that takes more than one write. In one mode all tracks are saved anew, in the other a queue
+// changes the one of an audio file.
+template <typename Database, typename Queue>
+SaveCase collectionCase(const std::string& name, const std::string& text, const std::string& audio,
+                        ZALCollectionSaveMode mode) {
+    const auto open = [mode, audio](const std::string& path) -> std::function<bool()> {
         const auto host = std::make_shared<QuietHost>();
-        choose(path);
-        const auto database = load(path);
+        host->host->setCollectionSaveMode(mode);
+        const auto database = Database::databaseOfFileAtURL(path);
         if (database->trackCount() == 0) return {};
-        return [host, database] { return database->save(); };
+        if (mode == ZALCollectionSaveMode::everyTrackWithCues)
+            return [host, database] { return database->save(); };
+        const std::shared_ptr<ZALCollectionQueue> queue = Queue::queueWithDatabase(database);
+        queue->setCuePoints({ZALTagCuePoint::cuePointWithTime(1, "n")}, audio, ZALCueKind::all);
+        return [host, queue] { return saved(*queue).success; };
     };
-    return {name, file, open};
+    return {name, [text] { return bytesOf(text); }, open};
 }
 
-SaveCase rekordboxCase() {
-    return collectionCase<&ZALRekordboxDatabase::initWithRekordboxDatabaseFileAtURL,
-                          &ZALRekordboxDatabase::setUserRekordboxDatabaseFileURL>(
-        "rekordbox.xml", "<DJ_PLAYLISTS><COLLECTION>", "<TRACK><POSITION_MARK Start='1.50'/></TRACK>",
-        "</COLLECTION></DJ_PLAYLISTS>");
+void addCollectionCases(std::vector<SaveCase>& rows) {
+    // The date of the audio file gives the entry the one that it also has when that cannot be looked at.
+    static const TemporaryFolder folder;
+    const std::string audio = folder.write("a.mp3", {});
+    const auto hourAgo = std::chrono::sys_seconds(std::chrono::seconds(1'700'000'000 - 3599));
+    std::filesystem::last_write_time(audio, std::chrono::file_clock::from_sys(hourAgo));
+    const std::string xml = "<DJ_PLAYLISTS><COLLECTION><TRACK Location='file://" + audio + "'/>" +
+                            times2000("<TRACK><POSITION_MARK Start='1.50'/></TRACK>") +
+                            "</COLLECTION></DJ_PLAYLISTS>";
+    const std::string nml = "<NML><COLLECTION><ENTRY MODIFIED_DATE='2000/1/1'><LOCATION DIR='" +
+                            traktorFolder(folder.path()) + "' FILE='a.mp3'/><CUE_V2 HOTCUE='-1'/></ENTRY>" +
+                            times2000("<ENTRY A='" + std::string(200, 'x') + "'/>") + "</COLLECTION></NML>";
+    for (const auto& [mode, kind] : {std::pair(ZALCollectionSaveMode::everyTrackWithCues, "every."),
+                                     std::pair(ZALCollectionSaveMode::changedTracks, "changed.")}) {
+        const std::string name = kind;
+        rows.push_back(
+            collectionCase<ZALRekordboxDatabase, ZALRekordboxQueue>(name + "xml", xml, audio, mode));
+        rows.push_back(collectionCase<ZALTraktorDatabase, ZALTraktorQueue>(name + "nml", nml, audio, mode));
+    }
 }
 
-// One entry names a file, whose date is asked for; it is always there and has none to write.
-SaveCase traktorCase() {
-    return collectionCase<&ZALTraktorDatabase::initWithTraktorDatabaseFileAtURL,
-                          &ZALTraktorDatabase::setUserTraktorDatabaseFileURL>(
-        "collection.nml",
-        "<NML><COLLECTION><ENTRY><LOCATION DIR='/:dev/:' FILE='null'/><CUE_V2 HOTCUE='-1'/></ENTRY>",
-        "<ENTRY A='" + std::string(200, 'x') + "'/>", "</COLLECTION></NML>");
-}
-
-// An import file of that program, over an older one.
+// An import file of Rekordbox's, over an older one.
 SaveCase importCase() {
     const auto open = [](const std::string& path) -> std::function<bool()> {
         const auto host = std::make_shared<QuietHost>();
-        const auto collection = std::make_shared<zal::XMLDocument>();
-        std::vector<zal::XMLElement> tracks(500);
-        zal::XMLElement all = collection->appendRoot("COLLECTION");
-        for (zal::XMLElement& track : tracks) {
-            track = all.appendChild("TRACK");
-            track.appendChild("POSITION_MARK").setAttribute("Start", "1.5");
-        }
-        const std::shared_ptr<zal::XMLDocument> document = zal::importDocument(tracks, "list");
-        return [host, document, path] { return zal::saveSingleSplitXmlFile(*document, path); };
+        const TemporaryFolder folder;
+        std::string reason;
+        const auto index = zal::CollectionIndex::read(
+            zal::rekordboxProgram(),
+            folder.write("all.xml", bytesOf("<DJ_PLAYLISTS><COLLECTION>" +
+                                            times2000("<TRACK><POSITION_MARK Start='1.5'/></TRACK>") +
+                                            "</COLLECTION></DJ_PLAYLISTS>")),
+            reason);
+        if (!index) return {};
+        const auto reader = std::make_shared<zal::ElementReader>(index);
+        const std::vector<zal::TrackChange> tracks(500);
+        return [=] { return zal::saveSingleSplitXmlFile(*reader, tracks, path, "list"); };
     };
     return {"import.xml", [] { return ZALData(3000, 'o'); }, open};
 }
@@ -148,9 +165,8 @@ const std::vector<SaveCase>& saveCases() {
         std::vector<SaveCase> rows{
             {"two tags.mp3", twoTags, [](const std::string& path) { return retitled(path, "New title"); }},
             recordCase(),
-            rekordboxCase(),
-            importCase(),
-            traktorCase()};
+            importCase()};
+        addCollectionCases(rows);
         for (const Format& format : formats()) {
             const std::string long_(20000, 't');
             rows.push_back(libraryCase(format, "the library grows it", "Old title", long_));

@@ -1,8 +1,6 @@
 #include "support/CollectionFixtures.h"
 #include "support/LogCapture.h"
 
-#include <zaltag/rekordbox/ZALRekordboxDatabase.h>
-#include <zaltag/rekordbox/ZALRekordboxQueue.h>
 #include <zaltag/traktor/ZALTraktorDatabase.h>
 #include <zaltag/traktor/ZALTraktorQueue.h>
 
@@ -10,8 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <fmt/format.h>
-
-#include <thread>
 
 namespace {
 
@@ -99,42 +95,4 @@ TEST_F(TraktorQueue, keepsItsRequestsWhileTraktorRuns) {
     EXPECT_TRUE(saved(*queue).success);
     EXPECT_EQ(cues().size(), 3U);
     EXPECT_EQ(queue->progress().first, 0U);
-}
-
-TEST_F(TraktorQueue, bothCollectionsAreWrittenAtOnceFromSeveralThreads) {
-    constexpr int trackCount = 20;
-    const LogCapture log;
-    std::string nml = "<NML><COLLECTION>";
-    std::string xml = "<DJ_PLAYLISTS><COLLECTION>";
-    for (int i = 0; i < trackCount; ++i) {
-        nml += fmt::format("<ENTRY MODIFIED_DATE='2000/1/1'><LOCATION DIR='/:' FILE='{}'/></ENTRY>", i);
-        xml += fmt::format("<TRACK TrackID='{0}' Location='file:///{0}'/>", i);
-    }
-    open(nml + "</COLLECTION></NML>");
-    const std::string other = file("rekordbox.xml", xml + "</COLLECTION></DJ_PLAYLISTS>");
-    const auto rekordbox = ZALRekordboxDatabase::initWithRekordboxDatabaseFileAtURL(other);
-    const auto rekordboxQueue = ZALRekordboxQueue::queueWithDatabase(rekordbox);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = t; i < trackCount; i += 4) {
-                const std::string track = fmt::format("/{}", i);
-                queue->setCuePoints(request, track);
-                rekordboxQueue->setCuePoints(request, track, true, true);
-                queue->save();
-                rekordboxQueue->save();
-                database->trackForSongFileAtURL(track)->beatTimes();
-                database->playlists();
-                rekordbox->tracks();
-                queue->reload();
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_TRUE(saved(*queue).success);
-    EXPECT_TRUE(saved(*rekordboxQueue).success);
-    EXPECT_EQ(countOf(contentOf(path()), "<CUE_V2 "), 2U * trackCount);
-    EXPECT_EQ(countOf(contentOf(other), "<POSITION_MARK "), 4U * trackCount);
 }

@@ -29,18 +29,14 @@ class TraktorTrack : public testing::Test, protected CollectionHost {
   protected:
     std::shared_ptr<const ZALTraktorTrack> track(const std::string& content,
                                                  const std::string& attributes = "") {
-        zal::XMLReadError error;
-        document_ = zal::XMLDocument::read(
-            file("entry.xml", "<ENTRY " + attributes + ">" + content + "</ENTRY>"), error);
-        return ZALTraktorTrack::initWithXMLElement(document_->root("ENTRY"))->copy();
+        zal::XMLDocument document;
+        const auto element = document.load("<ENTRY " + attributes + ">" + content + "</ENTRY>");
+        return ZALTraktorTrack::initWithXMLElement(element)->copy();
     }
     std::vector<double> beats(const std::string& content) {
         const auto times = track(content)->beatTimes();
         return times ? times->elements() : std::vector<double>{-1};
     }
-
-  private:
-    std::unique_ptr<zal::XMLDocument> document_;
 };
 
 }  // namespace
@@ -62,7 +58,7 @@ TEST(ZALTraktorCuePoint, comparesAllValuesTimesInMicroseconds) {
 
 TEST(ZALTraktorCuePoint, isWrittenWithSixDecimalsAndReadsBackAsItsCopy) {
     zal::XMLDocument document;
-    const zal::XMLElement entry = document.appendRoot("ENTRY");
+    const zal::XMLElement entry = document.makeRoot("ENTRY");
     const std::pair<ZALTraktorCuePoint, const char*> rows[] = {
         {cue(0, 12.5, 0, 2),
          "NAME=a DISPL_ORDER=0 TYPE=0 START=12500.000000 LEN=0.000000 REPEATS=-1 HOTCUE=2 "},
@@ -104,10 +100,12 @@ TEST(TraktorLocation, makesPathAndKey) {
 }
 
 TEST(TraktorProgram, isKnownByTheNameOfItsExecutable) {
-    for (const char* name : {"Traktor", "traktor", "Traktor Pro 3", "Traktor Pro 4.exe", "TRAKTOR.EXE"}) {
+    for (const char* name :
+         {"Traktor", "traktor", "Traktor Pro 3", "Traktor Pro 4.exe", "TRAKTOR.EXE", "Traktor 2.11.3"}) {
         EXPECT_TRUE(zal::isTraktor(name)) << name;
     }
-    for (const char* name : {"", "zaltag", "trak", "traktor2rekordbox", "my Traktor", "Traktor-backup"}) {
+    for (const char* name : {"", "zaltag", "trak", "traktor2rekordbox", "my Traktor", "Traktor-backup",
+                             "Traktor Pro x", "Traktor Audio 6 Control Panel.exe"}) {
         EXPECT_FALSE(zal::isTraktor(name)) << name;
     }
 }

@@ -23,14 +23,14 @@ class CollectionIndex;
 
 /// The collection file of a DJ program: what the databases of all programs do alike.
 ///
-/// A load goes through the whole file once, keeps an index of what stands where (some 50 bytes a track) and the
-/// file open; it replaces what was there before only when it succeeded. Tracks and playlists are made from the
-/// file when they are asked for, also when its name is gone or another file's by then. When the file itself was
-/// written over, so that a track does not stand where it stood, there is no such track, one line is logged, and
-/// needsReloading() is true.
+/// A load goes through the whole file once, keeps an index of what stands where (some 50 bytes a track) and
+/// the file open; it replaces what was there before only when it succeeded. Tracks and playlists are made
+/// from the file when they are asked for, also when its name is gone or another file's by then. When the file
+/// itself was written over, so that a track does not stand where it stood, there is no such track, one line
+/// is logged, and needsReloading() is true.
 ///
-/// Every operation may be called from any thread, and nothing that one gives is touched by a load or a save, which
-/// wait for each other. The write queue makes all changes.
+/// Every operation may be called from any thread, and nothing that one gives is touched by a load or a save,
+/// which wait for each other. The write queue makes all changes.
 class ZALTAG_EXPORT ZALCollectionDatabase {
   public:
     virtual ~ZALCollectionDatabase();
@@ -39,8 +39,8 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
 
     /// True after the last load succeeded, or failed of another file than the one that is to be used.
     bool isLoaded() const;
-    /// The file that is to be used now: found by the program's own rules, or the one that this database was made
-    /// for. Null when there is none.
+    /// The file that is to be used now: found by the program's own rules, or the one that this database was
+    /// made for. Null when there is none.
     ZALNullableString fileURL() const;
     /// False, with an error, when the collection must not be written now.
     virtual bool canExport(ZALError* error = nullptr) const = 0;
@@ -53,25 +53,27 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     /// its attributes cannot be read.
     std::optional<std::chrono::system_clock::time_point> fileModificationDate() const;
     /// True when the file to be used now is another one than the opened one, has another modification date,
-    /// or cannot be looked at; when it is there and nothing is loaded; and when a track was not found in it where
-    /// it stood.
+    /// or cannot be looked at; when it is there and nothing is loaded; and when a track was not found in it
+    /// where it stood.
     bool needsReloading() const;
 
     /// Loads the file that is to be used now. False when there is none, then without an error, and when it
     /// could not be loaded: the database then is not loaded, and keeps what it held for lookups.
     bool reload(ZALError* error = nullptr);
-    /// Writes the file that is to be used now, whole or not at all, in the host's mode (setCollectionSaveMode();
-    /// in `changedTracks`, without requests, there is nothing to write). False without an error when nothing is
-    /// loaded. A file that is there is left alone when it is another one than the one that was read, or has been
-    /// changed since: reload first. A failure is one log line, with the file and the reason.
+    /// Writes the file that is to be used now, whole or not at all, in the host's mode
+    /// (setCollectionSaveMode(); in `changedTracks`, without requests, there is nothing to write). False
+    /// without an error when nothing is loaded. A file that is there is left alone when it is another one
+    /// than the one that was read, or has been changed since: reload first. A failure is one log line, with
+    /// the file and the reason.
     bool save(ZALError* error = nullptr);
 
     /// A copy of the track of an audio file, by its path in any Unicode normalization; null without one. Of
     /// several tracks with one path it is the last.
     std::shared_ptr<const ZALCollectionTrack> track(const ZALNullableString& path) const;
-    /// Calls a function with a copy of every track, one after the other, in the order of the file. They are those
-    /// of the moment of the call, whatever is loaded or saved meanwhile, and no lock is held: the function may
-    /// use the database. False when the file turns out to have been changed: the rest is left out.
+    /// Calls a function with a copy of every track, one after the other, in the order of the file. They are
+    /// those of the moment of the call, whatever is loaded or saved meanwhile, and no lock is held: the
+    /// function may use the database. False when the file turns out to have been changed: the rest is left
+    /// out.
     bool forEachTrack(
         const std::function<void(const std::shared_ptr<const ZALCollectionTrack>& track)>& function) const;
 

@@ -53,18 +53,18 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     ZALCollectionQueue(const ZALCollectionQueue&) = delete;
     ZALCollectionQueue& operator=(const ZALCollectionQueue&) = delete;
 
-    /// Asks for the cues of a track to be replaced. The cue points are sorted and moved to the track's own beat
-    /// grid when they are written. A later request for the same path, in any Unicode normalization, replaces this
-    /// one. A null or empty path is one log line.
+    /// Asks for the cues of a track to be replaced. The cue points are sorted and moved to the track's own
+    /// beat grid when they are written. A later request for the same path, in any Unicode normalization,
+    /// replaces this one. A null or empty path is one log line.
     virtual void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
                               ZALCueKind kind) = 0;
 
     /// Loads the collection if its file changed.
     void reload(ZALCompletion completion = nullptr);
-    /// Runs a batch now, in the host's mode (setCollectionSaveMode()). It begins with the file as it is: one that
-    /// was away and is back, or was changed, is loaded first. Success says that the queue is done with the
-    /// requests, not that the collection holds them: those for files that it does not hold are dropped, and all of
-    /// them when no collection can be loaded.
+    /// Runs a batch now, in the host's mode (setCollectionSaveMode()). It begins with the file as it is: one
+    /// that was away and is back, or was changed, is loaded first. Success says that the queue is done with
+    /// the requests, not that the collection holds them: those for files that it does not hold are dropped,
+    /// and all of them when no collection can be loaded.
     void save(ZALCompletion completion = nullptr);
     /// Drops all waiting requests.
     void cancel();
@@ -91,8 +91,9 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     /// Adds what the batch changes besides its tracks; the numbers are those of the tracks that it lists.
     virtual void listTracks(zal::ElementReader& reader, const std::vector<std::uint32_t>& numbers,
                             zal::CollectionChanges& changes) const;
-    /// After a batch that left the collection's file as the database has it.
-    virtual void finishBatch() {}
+    /// After a batch that left the collection's file as the database has it, with what of its changes was not
+    /// worth a save.
+    virtual void finishBatch(const zal::CollectionChanges& unsaved);
 
     /// Ends a queue with the process, whoever else still holds it.
     class AtExit {

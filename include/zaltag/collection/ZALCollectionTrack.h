@@ -60,9 +60,9 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     virtual std::size_t cueCount() const = 0;
     /// The cues of a kind as cue points, in the order of the track's list.
     virtual ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const = 0;
-    /// True when a request for these cue points, sorted and moved to the track's beats as the queue does it, finds
-    /// the cues of that kind as it wants them: as many, each with its name, type, time in whole microseconds and
-    /// number.
+    /// True when a request for these cue points, sorted and moved to the track's beats as the queue does it,
+    /// finds the cues of that kind as it wants them: as many, each with its name, type, time in whole
+    /// microseconds and number.
     virtual bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const = 0;
     /// Why a queue leaves out a request of that time for this track; empty when it does not.
     virtual std::string whyLeftOut(std::chrono::system_clock::time_point requested) const;
@@ -75,8 +75,8 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     virtual void updateXMLElement() = 0;
     /// Replaces the cues of a kind by new ones for these cue points. True when the list is another one then.
     virtual bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) = 0;
-    /// What the same changes in the text of the element, when nothing else may change. Without a document to make
-    /// new marks in, the result has empty ones.
+    /// What the same changes in the text of the element, when nothing else may change. Without a document to
+    /// make new marks in, the result has empty ones.
     virtual zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
                                    zal::XMLDocument* scratch) const = 0;
 
@@ -137,11 +137,11 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
     /// New cues for cue points, in the order in which they are added.
     virtual std::vector<Cue> newCues(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const = 0;
 
-    /// What a request changes in the marks, the child elements of that name. Marks that are no cues go when there
-    /// are cues.
+    /// What a request changes in the marks, the child elements of that name. Marks that are no cues go when
+    /// there are cues.
     zal::TrackEdit editOfMarks(const char* elementName, const zal::XMLStyle& style,
-                               const ZALArray<ZALTagCuePoint>& cuePoints,
-                               ZALCueKind kind, zal::XMLDocument* scratch) const;
+                               const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                               zal::XMLDocument* scratch) const;
     /// Reads the cues from the child elements of that name and marks the track when there are any. True when
     /// there were elements, but no cue among them.
     bool readCues(const char* elementName);

@@ -17,10 +17,10 @@ ZALTAG_EXPORT extern const std::string ZALRekordboxFileFolderSandboxedBookmarkDa
 /// The collection that Rekordbox exports as XML ("rekordbox.xml"). URLs are absolute paths. What holds for
 /// every collection stands in ZALCollectionDatabase.
 ///
-/// A save stamps the root element with the host's name and version and the time. Of the tracks it writes the marks
-/// and the DateModified, in the host's mode: of every track that has cues, or what requests changed; everything
-/// else in the file stays. Errors:
-/// rekordboxCollectionUnreadable of a load, rekordboxCollectionUnwritable of a save.
+/// A save stamps the root element with the host's name and version and the time. Of the tracks it writes the
+/// marks and the DateModified, in the host's mode: of every track that has cues, or what requests changed;
+/// everything else in the file stays. Errors: rekordboxCollectionUnreadable of a load,
+/// rekordboxCollectionUnwritable of a save.
 class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
   public:
     /// The one database of this process; the first call loads rekordboxDatabaseFileURL() before it returns.
@@ -29,8 +29,8 @@ class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
     static std::shared_ptr<ZALRekordboxDatabase> initWithRekordboxDatabaseFileAtURL(
         const ZALNullableString& url);
 
-    /// A database of that very file: it is loaded from there and saved there, whatever the user's settings say, and
-    /// they stay as they are. A failure is one log line.
+    /// A database of that very file: it is loaded from there and saved there, whatever the user's settings
+    /// say, and they stay as they are. A failure is one log line.
     static std::shared_ptr<ZALRekordboxDatabase> databaseOfFileAtURL(const std::string& url);
 
     /// True: nothing keeps Rekordbox's file from being written. The error stays as it is.
@@ -78,5 +78,4 @@ class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
   private:
     friend class ZALRekordboxQueue;
     ZALRekordboxDatabase();
-
 };

@@ -28,7 +28,8 @@ class ZALTAG_EXPORT ZALRekordboxPlaylist {
     const std::string& name() const { return name_; }
     /// Marks the playlist for writing.
     void setName(std::string name);
-    /// The ids of the tracks, a negative one as 2^64 less; null while there are none, and for a playlist keyed by location.
+    /// The ids of the tracks, a negative one as 2^64 less; null while there are none, and for a playlist
+    /// keyed by location.
     const std::optional<std::set<std::uint64_t>>& tracksAsId() const { return tracksAsId_; }
     /// The locations of the tracks; null for a playlist keyed by id.
     const std::optional<std::set<std::string>>& tracksAsLocation() const { return tracksAsLocation_; }

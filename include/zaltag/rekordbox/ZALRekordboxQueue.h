@@ -10,6 +10,7 @@
 
 namespace zal {
 class CollectionIndex;
+struct TrackChange;
 }  // namespace zal
 
 class ZALRekordboxDatabase;
@@ -25,10 +26,11 @@ struct ZALTAG_EXPORT ZALRekordboxQueueItem : ZALCollectionQueueItem {
 
 /// Writes cue points into the Rekordbox collection. What holds for every queue stands in ZALCollectionQueue.
 ///
-/// A batch puts every track whose cues it set, in the mode `changedTracks` every one that it changed, into the
-/// playlist "ZAL Cue Points", and writes that playlist's tracks into import files beside the collection ("rekordbox_zalcues_001.xml" and so on, at most 5000 tracks
-/// in each of up to 100 files), which Rekordbox reads cue points of known tracks from; older import files up
-/// to number 100 are deleted first. In `changedTracks` a batch that changes no track writes nothing at all.
+/// A batch puts every track whose cues it set, in the mode `changedTracks` every one that it changed, into
+/// the playlist "ZAL Cue Points", and writes that playlist's tracks into import files beside the collection
+/// ("rekordbox_zalcues_001.xml" and so on, at most 5000 tracks in each of up to 100 files), which Rekordbox
+/// reads cue points of known tracks from; older import files up to number 100 are deleted first. In
+/// `changedTracks` a batch that changes no track writes nothing at all.
 class ZALTAG_EXPORT ZALRekordboxQueue final : public ZALCollectionQueue {
   public:
     /// The one queue of this process, over the shared database.
@@ -50,9 +52,10 @@ class ZALTAG_EXPORT ZALRekordboxQueue final : public ZALCollectionQueue {
     static std::shared_ptr<ZALRekordboxQueue> queueOver(std::function<ZALCollectionDatabase&()> database);
     void listTracks(zal::ElementReader& reader, const std::vector<std::uint32_t>& numbers,
                     zal::CollectionChanges& changes) const override;
-    void finishBatch() override;
+    void finishBatch(const zal::CollectionChanges& unsaved) override;
 
     ZALRekordboxDatabase& rekordboxDatabase() const;
-    void saveSplitXmlFiles();
-    std::vector<std::uint32_t> importCandidates(const zal::CollectionIndex& index) const;
+    void saveSplitXmlFiles(const zal::CollectionChanges& unsaved);
+    std::vector<zal::TrackChange> importCandidates(const zal::CollectionIndex& index,
+                                                   const zal::CollectionChanges& unsaved) const;
 };

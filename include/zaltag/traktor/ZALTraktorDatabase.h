@@ -17,9 +17,10 @@ ZALTAG_EXPORT extern const std::string ZALTraktorFileFolderSandboxedBookmarkData
 /// Traktor's own collection ("collection.nml"). URLs are absolute paths. What holds for every collection
 /// stands in ZALCollectionDatabase.
 ///
-/// A save writes the cues of tracks and the dates of their entries, in the host's mode: of every track that has
-/// cues, or what requests changed; everything else in the file stays, its encoding too. Nothing is saved while Traktor runs. Errors: traktorCollectionUnreadable of
-/// a load, traktorRunning and traktorCollectionUnwritable of a save.
+/// A save writes the cues of tracks and the dates of their entries, in the host's mode: of every track that
+/// has cues, or what requests changed; everything else in the file stays, its encoding too. Nothing is saved
+/// while Traktor runs. Errors: traktorCollectionUnreadable of a load, traktorRunning and
+/// traktorCollectionUnwritable of a save.
 class ZALTAG_EXPORT ZALTraktorDatabase final : public ZALCollectionDatabase {
   public:
     /// The one database of this process; the first call loads traktorDatabaseFileURL() before it returns.
@@ -27,13 +28,13 @@ class ZALTAG_EXPORT ZALTraktorDatabase final : public ZALCollectionDatabase {
     /// Another database, for the same file rules; loads the file, if one is given. A failure is one log line.
     static std::shared_ptr<ZALTraktorDatabase> initWithTraktorDatabaseFileAtURL(const ZALNullableString& url);
 
-    /// A database of that very file: it is loaded from there and saved there, whatever the user's settings say, and
-    /// they stay as they are. A failure is one log line.
+    /// A database of that very file: it is loaded from there and saved there, whatever the user's settings
+    /// say, and they stay as they are. A failure is one log line.
     static std::shared_ptr<ZALTraktorDatabase> databaseOfFileAtURL(const std::string& url);
 
     /// False, with an error and a recovery suggestion in it, while Traktor runs: when another process runs an
-    /// executable whose name is "Traktor" or "Traktor Pro", in any case, alone or with a version number or ".exe"
-    /// behind it ("Traktor Pro 4.exe"). The host knows the running programs.
+    /// executable whose name is "Traktor" or "Traktor Pro", in any case, alone or with a version number or
+    /// ".exe" behind it ("Traktor Pro 4.exe"). The host knows the running programs.
     static bool canExportToTraktor(ZALError* error = nullptr);
 
     /// The file to use now: the user's, or the default one; in a sandbox (the environment variable
@@ -69,8 +70,8 @@ class ZALTAG_EXPORT ZALTraktorDatabase final : public ZALCollectionDatabase {
     /// track().
     std::shared_ptr<const ZALTraktorTrack> trackForSongFileAtURL(const ZALNullableString& path) const;
     /// Copies of the playlists, in the order of the file: those directly below a top folder, not those in
-    /// folders below it. A track that several entries name is one object; an entry whose track the collection does
-    /// not hold is left out, with a log line.
+    /// folders below it. A track that several entries name is one object; an entry whose track the collection
+    /// does not hold is left out, with a log line.
     std::vector<std::shared_ptr<const ZALTraktorPlaylist>> playlists() const;
 
     bool canExport(ZALError* error = nullptr) const override;

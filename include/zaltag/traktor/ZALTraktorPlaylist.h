@@ -31,7 +31,8 @@ class ZALTAG_EXPORT ZALTraktorPlaylist {
     const std::vector<std::shared_ptr<const ZALTraktorTrack>>& tracks() const { return tracks_; }
 
     /// Calls a function with the key of every track that the node lists; null where an entry has none.
-    static void forEachKey(const zal::XMLElement& element, const std::function<void(const char* key)>& function);
+    static void forEachKey(const zal::XMLElement& element,
+                           const std::function<void(const char* key)>& function);
 
   private:
     ZALNullableString name_;
