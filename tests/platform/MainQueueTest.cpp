@@ -58,52 +58,37 @@ TEST(MainQueue, anExecutorGetsWhatIsPendingFirst) {
     EXPECT_THAT(ran, ElementsAre(1, 2, 3, 4));
 }
 
-class Notifications : public testing::Test {
-  protected:
-    ~Notifications() override {
-        std::ranges::for_each(tokens_, [this](auto t) { center_.removeObserver(t); });
-    }
-
-    void observe(std::function<void()> then = [] {}) {
-        tokens_.push_back(center_.addObserver("a", [this, then](const ZALNotification& notification) {
-            seen_.push_back(notification.sender);
+TEST(Notifications, observersComeAndGoAndPostsAreCoalescedByNameAndSender) {
+    ZALNotificationCenter& center = ZALNotificationCenter::shared();
+    std::vector<ZALNotificationCenter::Token> tokens;
+    std::vector<const void*> seen;  // the senders
+    const auto observe = [&](std::function<void()> then) {
+        tokens.push_back(center.addObserver("a", [&seen, then](const ZALNotification& notification) {
+            seen.push_back(notification.sender);
             then();
         }));
-    }
-
-    ZALNotificationCenter& center_ = ZALNotificationCenter::shared();
-    std::vector<ZALNotificationCenter::Token> tokens_;
-    std::vector<const void*> seen_;  // the senders
-};
-
-TEST_F(Notifications, observersMayComeAndGoWhileTheyAreCalled) {
-    observe([this] {
-        center_.removeObserver(tokens_[0]);
-        center_.removeObserver(tokens_[1]);
-        observe();
+    };
+    observe([&] {
+        center.removeObserver(tokens[0]);
+        center.removeObserver(tokens[1]);
+        observe([&] {
+            if (seen.size() == 3) center.enqueueNotification("a", &seen);  // is a new one by now
+        });
     });
-    observe();
-    center_.postNotification("a", this);
-    center_.postNotification("b", this);
-    EXPECT_THAT(seen_, ElementsAre(this)) << "one removed the second, and the new one is not called yet";
-    center_.postNotification("a", nullptr);
-    EXPECT_THAT(seen_, ElementsAre(this, nullptr));
-}
-
-TEST_F(Notifications, areCoalescedByNameAndSender) {
-    observe([this] {
-        if (seen_.size() == 1) center_.enqueueNotification("a", this);  // is a new one by now
-    });
-    std::thread other([&] { center_.enqueueNotification("a", this); });
-    center_.enqueueNotification("a", this);
+    observe([] {});
+    center.postNotification("a", &seen);
+    center.postNotification("b", &seen);
+    EXPECT_THAT(seen, ElementsAre(&seen)) << "one removed the second, and the new one is not called yet";
+    center.postNotification("a", nullptr);
+    std::thread other([&] { center.enqueueNotification("a", &seen); });
+    center.enqueueNotification("a", &seen);
     other.join();
-    center_.enqueueNotification("a", &other);
-    center_.enqueueNotification("b", this);
-    EXPECT_THAT(seen_, ElementsAre());
+    center.enqueueNotification("a", &other);
+    center.enqueueNotification("b", &seen);
     EXPECT_EQ(ZALMainQueue::shared().runPending(), 3u);
-    EXPECT_THAT(seen_, ElementsAre(this, &other));
     EXPECT_EQ(ZALMainQueue::shared().runPending(), 1u);
-    EXPECT_THAT(seen_, ElementsAre(this, &other, this));
+    EXPECT_THAT(seen, ElementsAre(&seen, nullptr, &seen, &other, &seen));
+    center.removeObserver(tokens[2]);
 }
 
 }  // namespace

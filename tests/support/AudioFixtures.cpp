@@ -5,9 +5,11 @@
 
 #include <zaltag/base/ZALTagSyncSafeInteger.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <numeric>
 #include <stdexcept>
 
 namespace {
@@ -55,14 +57,28 @@ ZALData joined(std::initializer_list<ZALData> parts) {
     return out;
 }
 
+ZALData numbered(std::size_t length) {
+    ZALData out(length);
+    std::iota(out.begin(), out.end(), std::uint8_t{0});
+    return out;
+}
+
+ZALData u32(std::size_t value, bool littleEndian) {
+    zal::ByteWriter out;
+    littleEndian ? out.u32le(static_cast<std::uint32_t>(value))
+                 : out.u32be(static_cast<std::uint32_t>(value));
+    return out.take();
+}
+
+ZALData chunkOf(std::string_view id, const ZALData& content, bool littleEndian) {
+    return joined({bytesOf(id), u32(content.size(), littleEndian), content, ZALData(content.size() % 2)});
+}
+
 ZALData mpegFrames(int count) {
     ZALData out;
     for (int i = 0; i < count; ++i) {
         ZALData frame(417);
-        frame[0] = 0xFF;
-        frame[1] = 0xFB;
-        frame[2] = 0x90;
-        frame[3] = 0x64;
+        std::copy_n("\xFF\xFB\x90\x64", 4, frame.begin());
         frame[40] = static_cast<std::uint8_t>(i);  // so that a lost or moved frame shows
         out.insert(out.end(), frame.begin(), frame.end());
     }
@@ -70,31 +86,18 @@ ZALData mpegFrames(int count) {
 }
 
 ZALData id3Frame(std::string_view id, const ZALData& payload, std::uint16_t flags) {
-    zal::ByteWriter out;
     ZALData size(4);
     ZALTagSyncSafe4(static_cast<std::uint32_t>(payload.size()), size.data());
-    out.text(id);
-    out.bytes(size);
-    out.u16be(flags);
-    out.bytes(payload);
-    return out.take();
+    const ZALData flagBytes{static_cast<std::uint8_t>(flags >> 8), static_cast<std::uint8_t>(flags)};
+    return joined({bytesOf(id), size, flagBytes, payload});
 }
 
 ZALData id3Text(std::string_view id, std::string_view text, std::uint8_t encoding) {
-    zal::ByteWriter payload;
-    payload.u8(encoding);
-    payload.text(text);
-    return id3Frame(id, payload.take());
+    return id3Frame(id, joined({{encoding}, bytesOf(text)}));
 }
 
 ZALData id3Comment(std::string_view language, std::string_view description, std::string_view text) {
-    zal::ByteWriter payload;
-    payload.u8(0);
-    payload.text(language);
-    payload.text(description);
-    payload.u8(0);
-    payload.text(text);
-    return id3Frame("COMM", payload.take());
+    return id3Frame("COMM", joined({{0}, bytesOf(language), bytesOf(description), {0}, bytesOf(text)}));
 }
 
 ZALData id3Object(std::string_view description, std::string_view mimeType, const ZALData& data) {
@@ -138,22 +141,12 @@ ZALData id3v1Of(const std::string& path) {
 }
 
 ZALData iffChunk(std::string_view id, const ZALData& content) {
-    zal::ByteWriter out;
-    out.text(id);
-    out.u32be(static_cast<std::uint32_t>(content.size()));
-    out.bytes(content);
-    if (content.size() % 2 != 0) out.u8(0);
-    return out.take();
+    return chunkOf(id, content, false);
 }
 
 ZALData aiffFile(std::initializer_list<ZALData> chunks) {
     // One channel, 100 sample frames of 16 bits, 44100 Hz as an 80-bit number.
-    ZALData common{0, 1, 0, 0, 0, 100, 0, 16, 0x40, 0x0E, 0xAC, 0x44, 0, 0, 0, 0, 0, 0};
-    ZALData sound(8 + 200);
-    for (std::size_t i = 8; i < sound.size(); ++i) {
-        sound[i] = static_cast<std::uint8_t>(i);
-    }
-    return iffChunk(
-        "FORM",
-        joined({{'A', 'I', 'F', 'F'}, iffChunk("COMM", common), iffChunk("SSND", sound), joined(chunks)}));
+    const ZALData common{0, 1, 0, 0, 0, 100, 0, 16, 0x40, 0x0E, 0xAC, 0x44, 0, 0, 0, 0, 0, 0};
+    return iffChunk("FORM", joined({bytesOf("AIFF"), iffChunk("COMM", common),
+                                    iffChunk("SSND", joined({ZALData(8), numbered(200)})), joined(chunks)}));
 }

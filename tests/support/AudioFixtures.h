@@ -28,6 +28,12 @@ ZALData contentsOf(const std::string& path);
 
 /// Bytes put together.
 ZALData joined(std::initializer_list<ZALData> parts);
+/// 0, 1, 2 and so on.
+ZALData numbered(std::size_t length);
+/// A number of 32 bits, big-endian unless asked.
+ZALData u32(std::size_t value, bool littleEndian = false);
+/// A chunk: id, size, content, and a pad byte behind an odd content.
+ZALData chunkOf(std::string_view id, const ZALData& content, bool littleEndian);
 
 /// Silent MPEG 1 layer III frames of 128 kbit/s at 44.1 kHz.
 ZALData mpegFrames(int count = 3);

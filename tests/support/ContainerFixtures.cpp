@@ -12,29 +12,6 @@ namespace {
 
 constexpr std::size_t chunkSize = 64;
 
-ZALData u32(std::size_t value) {
-    ZALData out(4);
-    for (std::uint8_t& byte : out) {
-        byte = static_cast<std::uint8_t>(value >> 24);
-        value <<= 8;
-    }
-    return out;
-}
-
-ZALData u32le(std::size_t value) {
-    ZALData out = u32(value);
-    std::reverse(out.begin(), out.end());
-    return out;
-}
-
-ZALData numbered(std::size_t length) {
-    ZALData out(length);
-    for (std::size_t i = 0; i < length; ++i) {
-        out[i] = static_cast<std::uint8_t>(i);
-    }
-    return out;
-}
-
 // A reader that stands on the first place of a word; at the end without one.
 zal::ByteReader found(ZALDataView file, std::string_view word) {
     zal::ByteReader in(file);
@@ -114,12 +91,6 @@ std::string seratoText(const ZALData& payload) {
     return {text.begin(), text.end()};
 }
 
-ZALData seratoPayload(std::string_view text) {
-    const ZALData decoded = dataByDecodingBase64(bytesOf(text)).value_or(ZALData());
-    if (decoded.size() < 44) return {};
-    return dataByDecodingBase64(ZALData(decoded.begin() + 44, decoded.end())).value_or(ZALData());
-}
-
 ZALData flacBlock(std::uint8_t type, const ZALData& content) {
     ZALData header = u32(content.size());
     header[0] = type;
@@ -127,9 +98,9 @@ ZALData flacBlock(std::uint8_t type, const ZALData& content) {
 }
 
 ZALData flacComment(const std::vector<std::string>& fields) {
-    ZALData content = joined({u32le(4), bytesOf("test"), u32le(fields.size())});
+    ZALData content = joined({u32(4, true), bytesOf("test"), u32(fields.size(), true)});
     for (const std::string& field : fields) {
-        content = joined({content, u32le(field.size()), bytesOf(field)});
+        content = joined({content, u32(field.size(), true), bytesOf(field)});
     }
     return flacBlock(4, content);
 }

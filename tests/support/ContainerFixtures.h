@@ -30,8 +30,6 @@ ZALData mp4Audio(const std::string& path);
 
 /// A payload of Serato as MP4 and FLAC carry it.
 std::string seratoText(const ZALData& payload);
-/// The payload in such a text, and what a Markers2 payload holds.
-ZALData seratoPayload(std::string_view text);
 
 /// A metadata block of a FLAC file, behind which others follow.
 ZALData flacBlock(std::uint8_t type, const ZALData& content);

@@ -1,6 +1,5 @@
 #include "support/Formats.h"
 
-#include "base/Endian.h"
 #include "support/AudioFixtures.h"
 #include "support/ContainerFixtures.h"
 #include "support/WavFixtures.h"
@@ -10,22 +9,6 @@
 #include <algorithm>
 
 namespace {
-
-// The content of the first chunk with this id in an IFF file.
-ZALData iffContent(const std::string& path, std::string_view id) {
-    const ZALData bytes = contentsOf(path);
-    zal::ByteReader in(bytes);
-    in.skip(12);
-    while (in.remaining() >= 8) {
-        const ZALDataView name = in.take(4);
-        const std::uint32_t size = in.u32be();
-        const ZALDataView content = in.take(size);
-        if (std::equal(name.begin(), name.end(), id.begin(), id.end()))
-            return {content.begin(), content.end()};
-        in.skip(size % 2);
-    }
-    return {};
-}
 
 ZALData seratoFrames(const ZALData& markers, const ZALData& grid) {
     return id3Tag({id3Object("Serato Markers2", "a/b", markers), id3Object("Serato BeatGrid", "a/b", grid)});
@@ -56,7 +39,7 @@ const std::vector<Format>& formats() {
              return wavFile({riffChunk("ID3 ", seratoFrames(markers, grid))});
          }},
         {"AIFF", "aiff", "ZALTagAIFF", [] { return aiffFile(); },
-         [](const std::string& path) { return iffContent(path, "SSND"); },
+         [](const std::string& path) { return contentOf(contentsOf(path), "SSND"); },
          [](const ZALData& markers, const ZALData& grid) {
              return aiffFile({iffChunk("ID3 ", seratoFrames(markers, grid))});
          }},

@@ -62,13 +62,10 @@ ZALData jpegOf(const ZALImage& image, JPEGKind kind) {
     return out;
 }
 
-ZALData webpOf(const ZALImage& image, bool lossless) {
-    const auto width = static_cast<int>(image.width());
-    const auto height = static_cast<int>(image.height());
+ZALData webpOf(const ZALImage& image) {
+    const auto width = static_cast<int>(image.width()), height = static_cast<int>(image.height());
     std::uint8_t* bytes = nullptr;
-    const std::size_t size =
-        lossless ? WebPEncodeLosslessRGBA(image.pixels().data(), width, height, width * 4, &bytes)
-                 : WebPEncodeRGBA(image.pixels().data(), width, height, width * 4, 80, &bytes);
+    const std::size_t size = WebPEncodeLosslessRGBA(image.pixels().data(), width, height, width * 4, &bytes);
     const ZALData out(bytes, bytes + size);
     WebPFree(bytes);
     return out;

@@ -18,8 +18,8 @@ ZALData png(std::uint8_t seed = 0);
 enum class JPEGKind { baseline, progressive, grey, cmyk };
 /// The picture as a JPEG file of some quality; the pixels come back nearly the same.
 ZALData jpegOf(const ZALImage& image, JPEGKind kind = JPEGKind::baseline);
-/// The picture as a lossless WebP file, or one with losses.
-ZALData webpOf(const ZALImage& image, bool lossless = true);
+/// The picture as a lossless WebP file.
+ZALData webpOf(const ZALImage& image);
 /// A chunk of a PNG file, with its check sum.
 ZALData pngChunk(std::string_view type, const ZALData& content);
 /// The file with a chunk in front of the pixels.

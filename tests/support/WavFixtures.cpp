@@ -10,19 +10,20 @@ namespace {
 
 std::vector<std::pair<std::string, ZALData>> chunksOf(ZALDataView file) {
     zal::ByteReader in(file);
-    const auto text = [&in](std::size_t count) {
-        const ZALDataView bytes = in.take(count);
+    const auto text = [&in] {
+        const ZALDataView bytes = in.take(4);
         return std::string(bytes.begin(), bytes.end());
     };
-    const bool isRIFF = text(4) == "RIFF";
-    if (!isRIFF || in.u32le() != file.size() - 8 || text(4) != "WAVE")
-        throw std::runtime_error("no WAV file");
+    const bool isRIFF = text() == "RIFF";
+    const auto size = [&] { return isRIFF ? in.u32le() : in.u32be(); };
+    if (size() != file.size() - 8) throw std::runtime_error("no file of chunks");
+    text();
     std::vector<std::pair<std::string, ZALData>> chunks;
     while (in.remaining() > 0) {
-        const std::string id = text(4);
-        const std::uint32_t size = in.u32le();
-        const ZALDataView content = in.take(size);
-        if (size % 2 != 0) in.skip(1);
+        const std::string id = text();
+        const std::uint32_t length = size();
+        const ZALDataView content = in.take(length);
+        in.skip(length % 2);
         if (in.failed()) throw std::runtime_error("a damaged chunk " + id);
         chunks.emplace_back(id, ZALData(content.begin(), content.end()));
     }
@@ -32,12 +33,7 @@ std::vector<std::pair<std::string, ZALData>> chunksOf(ZALDataView file) {
 }  // namespace
 
 ZALData riffChunk(std::string_view id, const ZALData& content) {
-    zal::ByteWriter out;
-    out.text(id);
-    out.u32le(static_cast<std::uint32_t>(content.size()));
-    out.bytes(content);
-    if (content.size() % 2 != 0) out.u8(0);
-    return out.take();
+    return chunkOf(id, content, true);
 }
 
 ZALData riffForm(std::initializer_list<ZALData> chunks) {
@@ -49,11 +45,7 @@ ZALData wavFormat() {
 }
 
 ZALData wavAudio() {
-    ZALData samples(200);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] = static_cast<std::uint8_t>(i);
-    }
-    return riffChunk("data", samples);
+    return riffChunk("data", numbered(200));
 }
 
 ZALData wavFile(std::initializer_list<ZALData> chunks) {

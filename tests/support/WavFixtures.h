@@ -20,8 +20,8 @@ ZALData wavFile(std::initializer_list<ZALData> chunks = {});
 /// An INFO list of fields with an id and a text, each with a final NUL.
 ZALData infoList(std::initializer_list<std::pair<std::string_view, std::string_view>> fields);
 
-/// The ids of the chunks of a WAV file, each as its four letters, with a blank between. Throws unless all
-/// sizes are right and reach to the end of the file.
+/// The ids of the chunks of a WAV or AIFF file, each as its four letters, with a blank between. Throws unless
+/// all sizes are right and reach to the end of the file.
 std::string idsOf(ZALDataView file);
 /// The content of the only chunk with this id; throws when there is none or another one.
 ZALData contentOf(ZALDataView file, std::string_view id);
