@@ -133,3 +133,9 @@ class Dump(ProgramTest):
                 ("a.flac", flac(), f"no Xiph tag found\nSUMMARY\n-------\n{fields}CUSTOM\n------\nno ID3v2 tag found\n"
                                    "no ID3v1 tag found\nno images found\n")):
             self.assertEqual(self.dump(name, content), report, name)
+
+    def test_reports_of_several_files(self):
+        song, plain = self.write("a.flac", flac()), self.mp3("b.mp3")
+        out, err = self.zaltag("dump", plain, self.path("missing.mp3"), song, status=1)
+        self.assertTrue(out.startswith(f"{plain}:\nno ID3V1 or ID3V2 tag found\n{song}:\nno Xiph tag found\n"))
+        self.assertEqual(err, f"zaltag: {self.path('missing.mp3')}: no such file\n")

@@ -19,10 +19,9 @@ class Page(html.parser.HTMLParser):
         self.feed(text)
 
     def handle_starttag(self, tag, attrs):
-        attributes = dict(attrs)
-        self.addresses += [attributes[name] for name in ("src", "href", "action") if name in attributes]
+        self.addresses += [value for name, value in attrs if name in ("src", "href", "action")]
         if tag == "script":
-            self.current = attributes.get("id", "code")
+            self.current = dict(attrs).get("id", "code")
             assert self.current not in self.scripts, "a script element too many"
             self.scripts[self.current] = ""
 
@@ -32,9 +31,6 @@ class Page(html.parser.HTMLParser):
     def handle_data(self, data):
         if self.current:
             self.scripts[self.current] += data
-
-    def data(self, name):
-        return json.loads(self.scripts[name])
 
 
 class Report(ProgramTest):
@@ -62,7 +58,7 @@ class Report(ProgramTest):
         self.assertEqual(set(page.scripts), {"tracks", "covers", "about", "code"})
         self.assertEqual(page.addresses, [])
         self.assertNotIn("<", page.scripts["tracks"] + page.scripts["about"])
-        tracks = page.data("tracks")
+        tracks = json.loads(page.scripts["tracks"])
         self.assertEqual([track["file"] for track in tracks], [self.show(song) for song in songs])
         self.assertEqual(tracks[0]["file"]["title"], HOSTILE)
         for name, option in (("rekordbox", collections[:2]), ("traktor", collections[2:])):
@@ -73,7 +69,7 @@ class Report(ProgramTest):
                 self.assertEqual(lane, held.get(song))
                 beats = json.loads(self.zaltag(name, "track", song, "--json", *option)[0])["beatTimes"] if lane else None
                 self.check_runs(runs, beats)
-            self.assertEqual(page.data("about")[name], option[1])
+            self.assertEqual(json.loads(page.scripts["about"])[name], option[1])
         self.assertEqual(len(tracks[0]["rekordbox"]["beatRuns"]), 1)
 
     def check_runs(self, runs, beats):
@@ -90,8 +86,8 @@ class Report(ProgramTest):
         for song in songs[:2]:
             self.zaltag("artwork", "replace", song, "--image", image)
         page, _ = self.report(folder)
-        self.assertEqual([track["cover"] for track in page.data("tracks")], [0, 0, None])
-        (cover,) = page.data("covers")
+        self.assertEqual([track["cover"] for track in json.loads(page.scripts["tracks"])], [0, 0, None])
+        (cover,) = json.loads(page.scripts["covers"])
         kind, text = cover.split(",")
         self.assertEqual(kind, "data:image/png;base64")
         raw = subprocess.run(["ffmpeg", "-v", "error", "-i", "-", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"], check=True,
@@ -109,10 +105,10 @@ class Report(ProgramTest):
         page, (out, err) = self.report(folder, "--rekordbox", self.path("missing.xml"), status=1)
         self.assertEqual(len(err.splitlines()), 2, err)
         self.assertIn("3 files, 1 failures", out)
-        tracks = page.data("tracks")
+        tracks = json.loads(page.scripts["tracks"])
         self.assertEqual([set(track["file"]) == {"path", "error"} for track in tracks], [False, True, False])
         self.assertTrue(tracks[2]["file"]["path"].endswith("z\ufffd.mp3"))
-        self.assertIsNone(page.data("about")["rekordbox"])
+        self.assertIsNone(json.loads(page.scripts["about"])["rekordbox"])
 
     def test_where_the_page_goes(self):
         folder, (song,) = self.folder_with(1)

@@ -1,16 +1,16 @@
-"""dump and copy; what was copied is read by mutagen."""
+"""Copies of tags, read by mutagen."""
 import os
 
-from mutagen.aiff import AIFF
+import mutagen
 from mutagen.flac import FLAC, Picture
 from mutagen.id3 import APIC, COMM, GEOB, ID3, PRIV, TALB, TBPM, TCON, TIT2, TPE1, TRCK, TXXX
 from mutagen.mp4 import MP4, AtomDataType, MP4Cover, MP4FreeForm
-from mutagen.wave import WAVE
 
 from support import ProgramTest, audio_of
 from test_artwork import png
 
 OLD_AUDIO = {"COMM:iTunNORM:eng", "GEOB:Serato Autotags"}
+V1 = b"TAG" + b"V1".ljust(30, b"\0") + bytes(94) + b"\x11"
 
 
 def frames():
@@ -22,15 +22,7 @@ def frames():
             APIC(encoding=0, mime="image/png", type=3, data=png(1))]
 
 
-class Dump(ProgramTest):
-    def test_reports(self):
-        song, plain = self.make("a.flac", "-metadata", "title=Ü"), self.mp3("b.mp3")
-        out, _ = self.zaltag("dump", song)
-        self.assertIn("TITLE - 'Ü'\nSUMMARY\n-------\ntitle   - 'Ü'\n", out)
-        self.assertTrue(out.endswith("no images found\n") and not out.endswith("\n\n"))
-        out, err = self.zaltag("dump", plain, self.path("missing.mp3"), song, status=1)
-        self.assertTrue(out.startswith(f"{plain}:\nno ID3V1 or ID3V2 tag found\n{song}:\nXiph Tag\n"))
-        self.assertEqual(err, f"zaltag: {self.path('missing.mp3')}: no such file\n")
+OWN = [TPE1(encoding=3, text="Own artist"), TCON(encoding=3, text="House")]
 
 
 class Copy(ProgramTest):
@@ -42,67 +34,39 @@ class Copy(ProgramTest):
         self.check_audio(destination, audio)
         return destination
 
+    def tagged(self, name, with_frames):
+        song = self.make(name, "-bitexact", *(("-write_id3v2", "0", "-write_id3v1", "0") if name.endswith("mp3") else ()))
+        file = mutagen.File(song)
+        if file.tags is None:
+            file.add_tags()
+        file.tags.clear()
+        for frame in with_frames:
+            file.tags.add(frame)
+        file.save()
+        return song
+
     def check_frames(self, tags):
         """Behind the destination's own frames stand those of frames(), each as it was."""
-        expected = {frame.HashKey: frame for frame in frames() if frame.HashKey not in OLD_AUDIO}
-        self.assertEqual(str(tags.pop("TPE1")), "Own artist")
-        self.assertEqual(str(tags.pop("TCON")), "Rock")
-        expected.pop("TCON")
+        expected = {frame.HashKey: frame for frame in frames() if frame.HashKey not in {"TCON", *OLD_AUDIO}}
+        self.assertEqual([str(tags.pop(name)) for name in ("TPE1", "TCON")], ["Own artist", "Rock"])
         self.assertEqual(tags.keys(), expected.keys())
         for key, frame in expected.items():
             for name in ("text", "data", "mime", "desc", "owner", "type"):
                 self.assertEqual(getattr(tags[key], name, None), getattr(frame, name, None), key)
 
-    def tagged(self, kind, path, with_frames):
-        file = kind(path)
-        if file.tags is None:
-            file.add_tags()
-        for key in list(file.tags):
-            del file.tags[key]
-        for frame in with_frames:
-            file.tags.add(frame)
-        file.save()
-        return path
-
-    def mp3_with(self, name, with_frames):
-        song = self.make(name, "-write_id3v2", "0", "-write_id3v1", "0")
-        tags = ID3()
-        for frame in with_frames:
-            tags.add(frame)
-        tags.save(song, v1=0)
-        return song
-
-    def test_mp3(self):
-        source = self.mp3_with("old.mp3", frames())
-        own = [TPE1(encoding=3, text="Own artist"), TCON(encoding=3, text="House")]
-        song = self.copy(source, self.mp3_with("new.mp3", own))
-        self.check_frames(ID3(song))
+    def test_id3(self):
+        for extension in ("aiff", "wav", "mp3"):
+            source = self.tagged(f"old.{extension}", frames())
+            song = self.copy(source, self.tagged(f"new.{extension}", OWN))
+            self.check_frames(mutagen.File(song).tags)
         self.assertEqual(ID3(song).version, (2, 4, 0))
         self.assertNotEqual(self.content(song)[-128:-125], b"TAG")
         with open(source, "ab") as file:
-            file.write(b"TAG" + b"V1".ljust(30, b"\0") + bytes(94) + b"\x11")
+            file.write(V1)
         self.copy(source, song)
-        self.assertEqual(self.content(song)[-128:-123], b"TAGV1")
-        self.assertEqual(self.content(song)[-1], 0x11)
+        self.assertEqual((self.content(song)[-128:-123], self.content(song)[-1]), (b"TAGV1", 0x11))
         self.assertEqual(len(ID3(song).getall("TXXX")), 1)
         self.assertEqual(self.content(song).count(b"TRAKTOR4"), 2, "frames are added")
-
-    def test_aiff_and_wav(self):
-        own = [TPE1(encoding=3, text="Own artist")]
-        songs = [self.tagged(AIFF, self.make(f"{name}.aiff"), tags) for name, tags in (("old", frames()), ("new", own))]
-        self.check_frames(AIFF(self.copy(*songs)).tags)
-        songs = [self.tagged(WAVE, self.make(f"{name}.wav", "-bitexact"), tags)
-                 for name, tags in (("old", frames()), ("new", own))]
-        self.check_frames(WAVE(self.copy(*songs)).tags)
-
-    def frames_of(self, song):
-        """What follows the metadata blocks."""
-        data = self.content(song)
-        at, last = data.index(b"fLaC") + 4, False
-        while not last:
-            last = data[at] >= 0x80
-            at += 4 + int.from_bytes(data[at + 1:at + 4], "big")
-        return data[at:]
 
     def test_flac(self):
         source, song = self.make("old.flac"), self.make("new.flac")
@@ -116,14 +80,14 @@ class Copy(ProgramTest):
             file.add_picture(picture)
             file.save()
         id3 = ID3()
-        for frame in [*frames(), TPE1(encoding=3, text="Own artist")]:
+        for frame in [*frames(), OWN[0]]:
             id3.add(frame)
         id3.save(source)
         with open(source, "ab") as file:
-            file.write(b"TAG" + b"V1".ljust(30, b"\0") + bytes(94) + b"\x11")
-        before, audio = self.content(source), self.frames_of(song)
+            file.write(V1)
+        before, audio = self.content(source), self.content(song)[-3000:]
         self.zaltag("copy", source, song)
-        self.assertEqual((self.content(source), self.frames_of(song)[:-128]), (before, audio))
+        self.assertEqual((self.content(source), self.content(song)[-3128:-128]), (before, audio))
         self.assertEqual(dict(FLAC(song).tags), {"title": ["Ü"], "artist": ["A", "B"], "x y": ["z"]})
         self.assertEqual([picture.data for picture in FLAC(song).pictures], [png(2)])
         self.check_frames(ID3(song))
@@ -155,18 +119,18 @@ class Copy(ProgramTest):
         own = [TALB(encoding=3, text="gone"), TRCK(encoding=3, text="9"), TBPM(encoding=3, text="99"),
                COMM(encoding=3, lang="deu", desc="", text="gone"), TXXX(encoding=3, desc="X", text="stays"),
                APIC(encoding=0, mime="image/png", type=3, desc="own", data=png(3))]
-        tags = ID3(self.copy(source, self.mp3_with("new.mp3", own)))
+        tags = ID3(self.copy(source, self.tagged("new.mp3", own)))
         texts = {"TIT2": "Ü", "TPE1": "A", "TCON": "House", "TDRC": "1999", "TRCK": "3/12", "TBPM": "128", "TCMP": "1",
                  "COMM::eng": "note", "TXXX:X": "stays"}
         self.assertEqual({key: str(frame) for key, frame in tags.items() if not key.startswith("APIC")}, texts)
         pictures = [(picture.mime, picture.data) for picture in tags.getall("APIC")]
         self.assertEqual(pictures, [("image/png", png(3)), ("image/jpeg", png(1)), ("image/png", png(2))])
         source = self.mp4_with("zero.m4a", **{"trkn": [(3, 0)], "tmpo": [0], "cpil": False})
-        tags = ID3(self.copy(source, self.mp3_with("zero.mp3", [TPE1(encoding=3, text="gone"), TXXX(desc="X", text="y")])))
+        tags = ID3(self.copy(source, self.tagged("zero.mp3", [TPE1(encoding=3, text="gone"), TXXX(desc="X", text="y")])))
         self.assertEqual({key: str(frame) for key, frame in tags.items()}, {"TRCK": "3/0", "TXXX:X": "y"})
 
     def test_what_cannot_be_copied(self):
-        song = self.mp3_with("a.mp3", frames())
+        song = self.tagged("a.mp3", frames())
         wav, before = self.make("a.wav"), self.content(song)
         os.link(song, self.path("hard.mp3"))
         os.symlink(song, self.path("soft.mp3"))
