@@ -105,42 +105,23 @@ class Artwork(ProgramTest):
             tags.pop("SourceFile")
         self.assertEqual(after, before)
 
-    def test_list_and_show(self):
-        broken = encoded(png(1), "mjpeg")[:-20]
-        song = self.song((3, encoded(png(1), "mjpeg")), (5, broken), (4, b"no picture"), (6, png(2, 5, 7)))
-        expected = [(3, "jpeg", 24, 16), (5, None, None, None), (4, None, None, None), (6, "png", 5, 7)]
+    def test_list_export_replace_and_clear(self):
+        jpeg = encoded(png(1), "mjpeg")
+        song, empty = self.song((3, jpeg), (4, b"no picture"), (6, png(2, 5, 7)), name="a song.mp3"), self.mp3("none.mp3")
         shown = self.show(song)["allImages"]
-        self.assertEqual([(p["type"], p["format"], p["width"], p["height"]) for p in shown], expected)
-        self.assertEqual([p["bytes"] for p in shown], [len(f.data) for f in self.frames(song)])
-        self.assertTrue(self.show(song)["supportsImages"])
-        listed = json.loads(self.zaltag("artwork", "list", "--json", song, self.mp3("none.mp3"))[0])
+        self.assertEqual([(p["type"], p["format"], p["width"], p["height"], p["bytes"]) for p in shown],
+                         [(3, "jpeg", 24, 16, len(jpeg)), (4, None, None, None, 10), (6, "png", 5, 7, len(png(2, 5, 7)))])
+        listed = json.loads(self.zaltag("artwork", "list", "--json", song, empty)[0])
         self.assertEqual([one["allImages"] for one in listed], [shown, []])
-        out, _ = self.zaltag("artwork", "list", song)
-        self.assertEqual(out.splitlines()[1:3], ["2\t5\t-\t-\t206\t-", "3\t4\t-\t-\t10\t-"])
-        self.assertIn("  allImages           6 png 5x7 ", self.zaltag("show", song)[0])
-
-    def test_export_overwrites_nothing(self):
-        jpeg, folder = encoded(png(1), "mjpeg"), self.path("out/deep")
-        song = self.song((3, jpeg), (4, b"no picture"), name="a song.mp3")
-        self.zaltag("artwork", "backup", song, "--image", self.write("c.png", png(3)))
+        self.assertIn("2\t4\t-\t-\t10\t-", self.zaltag("artwork", "list", song)[0])
+        image, folder = self.write("c.png", png(3)), self.path("out/deep")
+        self.zaltag("artwork", "backup", song, empty, "--image", image)
+        names = [f"a song.{name}" for name in ("1.customized.png", "2.original.jpg", "3.bin", "4.png")]
         out, _ = self.zaltag("artwork", "export", song, "--out", folder)
-        names = ["a song.1.customized.png", "a song.2.original.jpg", "a song.3.bin"]
         self.assertEqual(out.splitlines(), [os.path.join(folder, name) for name in names])
-        self.assertEqual([self.content(os.path.join(folder, name)) for name in names],
-                         [frame.data for frame in self.frames(song)])
-        os.remove(os.path.join(folder, names[1]))
-        self.write(os.path.join(folder, names[0]), b"mine")
+        self.assertEqual([self.content(os.path.join(folder, name)) for name in names], [f.data for f in self.frames(song)])
         _, err = self.zaltag("artwork", "export", song, "--out", folder, status=1)
-        self.assertEqual(err.count("exists already"), 2)
-        self.assertEqual(self.content(os.path.join(folder, names[0])), b"mine")
-        self.assertEqual(len(os.listdir(folder)), 3)
-
-    def test_replace_and_clear(self):
-        song, empty, image = self.song((6, png(1)), (4, png(2))), self.mp3("empty.mp3"), self.write("new.png", png(9))
-        self.zaltag("artwork", "replace", song, empty, "--image", image)
-        self.assertEqual([(f.type, f.desc) for f in self.frames(song)], [(6, "0"), (4, "1")])
-        self.assertEqual(self.marks(empty), [None])
-        self.zaltag("artwork", "backup", song, "--image", image)
+        self.assertIn("exists", err, "nothing is overwritten")
         _, err = self.zaltag("artwork", "replace", "--image", image, song, status=1)
         self.assertEqual(err, f"zaltag: {song}: holds a customised picture; restore the original one first\n")
         self.zaltag("artwork", "clear", song, empty)
@@ -154,30 +135,22 @@ class Artwork(ProgramTest):
                      (("raw", "rgb24"), ("packbits", "gray"), ("deflate", "rgba"), ("lzw", "rgb24"), ("lzw", "monob"),
                       ("lzw", "pal8"), ("lzw", "rgb48le"))]
         for codec, *options in variants:
-            data = encoded(picture, codec, *options)
-            song = self.mp3("one.mp3")
-            done = subprocess.run([os.environ["ZALTAG"], "artwork", "replace", song, "--image", "-"], input=data,
-                                  capture_output=True)
-            self.assertEqual(done.returncode, 0, (codec, options, done.stderr))
-            if codec in ("mjpeg", "gif"):  # decoders round differently
-                self.assertEqual(self.show(song)["allImages"][0]["width"], 150)
-            elif "rgb48" in str(options):
-                self.assertEqual(len(self.frames(song)), 1)
-            else:
-                source = self.write("one.tiff", data) if codec == "tiff" else "-"
+            data, song = encoded(picture, codec, *options), self.mp3("one.mp3")
+            self.zaltag("artwork", "replace", song, "--image", self.write("one.tiff", data))
+            shown = self.show(song)["allImages"][0]
+            self.assertEqual((shown["width"], shown["height"]), (150, 100))
+            if codec not in ("mjpeg", "gif") and "rgb48" not in str(options):  # which decoders round differently
+                source = self.path("one.tiff") if codec == "tiff" else "-"
                 self.assertEqual(pixels(self.frames(song)[0].data), pixels(data, source), (codec, options))
 
     def test_a_picture_that_cannot_be_read_touches_nothing(self):
         song = self.song((3, png(1)))
         before = self.content(song)
-        cases = {self.write("cut.png", png(1)[:-20]): "is not a picture",
-                 self.write("text.png", b"text"): "is not a picture",
-                 self.path("missing.png"): "No such file", self.folder: "Is a directory"}
-        for image, reason in cases.items():
+        for image, reason in ((self.write("cut.png", png(1)[:-20]), "is not a picture"), (self.folder, "Is a directory"),
+                              (self.path("missing.png"), "No such file")):
             for verb in ("replace", "backup"):
                 out, err = self.zaltag("artwork", verb, song, "--image", image, status=1)
                 self.assertEqual((out, len(err.splitlines())), ("", 1))
                 self.assertIn(reason, err)
         self.zaltag("artwork", "backup", song, status=2)
-        self.zaltag("artwork", "list", self.path("missing.mp3"), status=1)
         self.assertEqual(self.content(song), before)

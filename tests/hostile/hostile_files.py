@@ -281,7 +281,7 @@ def form_files(kind):
     yield "of-a-sister-kind", whole[:11] + b"C" + whole[12:]
     # Taking the tag away moves the pad bytes behind it to wrong places.
     odd = whole.replace(part(b"ID3 ", id3(TITLE)), b"")
-    yield "odd-tag-without-a-pad-byte", resized(odd[:12] + part(b"ID3 ", id3(TITLE + b"\0"))[:-1] + odd[12:] + b"\0" + torn, number)
+    yield "odd-tag-without-a-pad-byte", resized(odd[:12] + part(b"ID3 ", id3(TITLE + b"\0"))[:-1] + odd[12:] + b"\0" + part(b"cue ", b""), number)
 
 
 def resized(file, number):
