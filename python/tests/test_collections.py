@@ -75,17 +75,8 @@ class Collections(FilesTest):
         self.assertEqual([(cue.time, cue.name, cue.slot) for cue in collection[self.songs[0]].cues],
                          [(1, "", -1), (2, "a", -1), (1, "", 0), (2, "a", 1)])
 
-    def test_playlists(self):
-        nodes = b'<NODE Type="0" Name="Sets"><NODE Type="1" Name="Late" KeyType="0"><TRACK Key="3"/><TRACK Key="99"/></NODE></NODE>'
-        self.files[0].write_bytes(self.files[0].read_bytes().replace(b'Count="0"/></PLAYLISTS>', b'Count="2">' + nodes + b"</NODE></PLAYLISTS>"))
-        self.use(*self.files)
-        self.assertEqual([(one.folders, one.name, [track.path for track in one]) for one in zaltag.rekordbox().playlists],
-                         [(["Sets"], "Late", [self.songs[2]])])
-        self.assertEqual(list(zaltag.traktor().playlists), [])
-
     def test_progress_is_told(self):
-        stages = []
-        collection = zaltag.traktor()
+        stages, collection = [], zaltag.traktor()
         collection.set_progress_sink(stages.append)
         self.addCleanup(collection.set_progress_sink, None)
         collection.set_cue_points(self.songs[0], [zaltag.CuePoint(1)])
@@ -93,11 +84,6 @@ class Collections(FilesTest):
         collection.save()
         self.wait(lambda: stages[-1] == 0)
         self.assertEqual(stages, sorted(stages[:-1]) + [0])
-        collection.set_progress_sink(None)
-        told = len(stages)
-        collection.set_cue_points(self.songs[0], [zaltag.CuePoint(2)])
-        collection.save()
-        self.assertEqual((len(stages), collection.stage in (0, 4)), (told, True))
 
     def test_errors_have_code_and_path(self):
         missing = self.folder / "missing.xml"
@@ -112,28 +98,20 @@ class Collections(FilesTest):
 
     def test_saving_on_an_event_loop(self):
         async def main():
-            beats = 0
-
-            async def tick():
-                nonlocal beats
-                while True:
-                    beats += 1
-                    await asyncio.sleep(0.001)
-
-            ticking = asyncio.ensure_future(tick())
             with self.assertRaises(RuntimeError):
                 await zaltag.save_async(zaltag.traktor())
             with zaltag.main_queue_on():
                 for collection in (zaltag.rekordbox(), zaltag.traktor()):
                     collection.set_cue_points(self.songs[0], [zaltag.CuePoint(3, "async")])
-                await zaltag.save_async(zaltag.rekordbox(), zaltag.traktor())
+                saving = asyncio.ensure_future(zaltag.save_async(zaltag.rekordbox(), zaltag.traktor()))
+                await asyncio.sleep(0)
+                self.assertFalse(saving.done(), "the loop goes on meanwhile")
+                await saving
                 self.files[0].write_bytes(b"no collection")
                 zaltag.rekordbox().set_cue_points(self.songs[0], [zaltag.CuePoint(4)])
                 with self.assertRaises(zaltag.CollectionError):
                     await zaltag.save_async(zaltag.rekordbox())
                 zaltag.rekordbox().cancel()
-            ticking.cancel()
-            self.assertGreater(beats, 1)
 
         asyncio.run(main())
         self.assertIn(b"async", self.files[1].read_bytes())

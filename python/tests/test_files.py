@@ -77,18 +77,16 @@ class Files(FilesTest):
 
     def test_wrong_values_are_python_errors(self):
         with zaltag.open(self.mp3()) as tag:
-            for name, value in (("title", 5), ("title", b"bytes"), ("tempo", "fast"), ("zal_key", "8A"), ("serato_cue_points", [1])):
-                with self.assertRaises(TypeError, msg=name):
-                    setattr(tag, name, value)
-            with self.assertRaises(UnicodeEncodeError):
-                tag.title = "\ud800"
-            for call in (lambda: zaltag.SeratoCuePoint(8, 0), lambda: zaltag.SeratoMarker.from_bytes(b"x"),
-                         lambda: tag.replace_image(b"no picture")):
-                self.assertRaises(ValueError, call)
-            deep = current = {}
-            for _ in range(100000):
-                current["a"] = current = {}
-            self.assertRaises(ValueError, zaltag.Key.from_dict, deep)
+            for name, value in (("title", 5), ("tempo", "fast"), ("zal_key", "8A"), ("serato_cue_points", [1])):
+                self.assertRaises(TypeError, setattr, tag, name, value)
+            self.assertRaises(UnicodeEncodeError, setattr, tag, "title", "\ud800")
+            self.assertRaises(ValueError, tag.replace_image, b"no picture")
+        deep = current = {}
+        for _ in range(100000):
+            current["a"] = current = {}
+        for call in (lambda: zaltag.SeratoCuePoint(8, 0), lambda: zaltag.SeratoMarker.from_bytes(b"x"),
+                     lambda: zaltag.Key.from_dict(deep)):
+            self.assertRaises(ValueError, call)
         with zaltag.open(self.encoded("m4a")) as tag, self.assertRaises(zaltag.UnsupportedOperation):
             tag.prune_comments()
 
@@ -96,52 +94,35 @@ class Files(FilesTest):
         cues = zaltag.CuePoints([zaltag.CuePoint(1.25, "a")], algorithm=7)
         self.assertEqual(cues.as_dict()["cues"], [{"time": 1250, "name": "a"}])
         self.assertEqual(zaltag.CuePoints.from_dict(cues.as_dict()), cues)
-        self.assertNotEqual(zaltag.CuePoint(1, "a"), zaltag.CuePoint(1.1, "a"))
-        self.assertFalse(zaltag.CuePoint(1, "a") == "a")
-        self.assertIsNone(zaltag.Key().as_dict())
-        marker = zaltag.SeratoMarker()
+        self.assertFalse(zaltag.CuePoint(1, "a") == "a" or zaltag.CuePoint(1, "a") == zaltag.CuePoint(1.1, "a"))
+        marker, old = zaltag.SeratoMarker(), zaltag.SeratoMarkerOld()
         marker.cue_points = [zaltag.SeratoCuePoint(3, 1500, "é", 0x00CC0000)]
         self.assertEqual(zaltag.SeratoMarker.from_bytes(marker.to_bytes()).cue_points, marker.cue_points)
-        old = zaltag.SeratoMarkerOld()
         old.color, old.cue_points = 0x123456, [zaltag.SeratoCuePointOld(4, 1500, 0xCC0000)]
-        for file_type in ("mp3", "m4a"):
-            read = zaltag.SeratoMarkerOld.from_bytes(old.to_bytes(file_type), file_type)
-            self.assertEqual((read.color, read.cue_points), (old.color, old.cue_points), file_type)
+        read = zaltag.SeratoMarkerOld.from_bytes(old.to_bytes("m4a"), "m4a")
+        self.assertEqual((read.color, read.cue_points), (old.color, old.cue_points))
         old.color = 0xFF000000
         self.assertRaises(ValueError, old.to_bytes)
-        self.assertRaises(ValueError, zaltag.SeratoCuePointOld, 5, 0)
 
-    def test_all_tags_are_copied(self):
-        source, other = self.mp3("a.mp3"), self.mp3("b.mp3")
+    def test_copies_pictures_and_the_log(self):
+        source, other, lines = self.mp3("a.mp3"), self.mp3("b.mp3"), []
+        picture = subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc=s=32x32", "-frames:v", "1", "-c:v", "png",
+                                  "-f", "image2pipe", "-"], capture_output=True, check=True).stdout
         with zaltag.open(source) as tag:
             tag.title = "copied"
+            self.assertTrue(tag.replace_image(picture))
+            tag.set_custom_image(picture)
         zaltag.copy_tags(source, other)
-        self.assertEqual(str(mutagen.File(other)["TIT2"]), "copied")
+        with zaltag.open(other) as tag:
+            self.assertEqual(tag.title, "copied")
+            self.assertEqual([(one.is_original, one.is_customized) for one in tag.images], [(False, True), (True, False)])
         self.assertRaises(shutil.SameFileError, zaltag.copy_tags, source, source)
-        self.assertRaises(FileNotFoundError, zaltag.copy_tags, source, self.folder / "none.mp3")
-
-    def test_pictures(self):
-        picture = self.folder / "cover.png"
-        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc=s=32x32", "-frames:v", "1", picture], check=True)
-        path = self.mp3()
-        with zaltag.open(path) as tag:
-            self.assertTrue(tag.replace_image(picture.read_bytes()))
-            tag.set_custom_image(picture.read_bytes())
-        with zaltag.open(path) as tag:
-            self.assertEqual(sorted((one.is_original, one.is_customized) for one in tag.images), [(False, True), (True, False)])
-            tag.restore_image()
-        self.assertEqual(len(mutagen.File(path).tags.getall("APIC")), 1)
-
-    def test_the_log_goes_to_a_callable(self):
-        lines = []
         zaltag.set_log_sink(lines.append)
         self.addCleanup(zaltag.set_log_sink, None)
-        path = self.mp3()
-        file = mutagen.File(path)
-        file.add_tags()
+        file = mutagen.File(source)
         file.tags.add(mutagen.id3.GEOB(encoding=0, mime="", desc="Serato BeatGrid", data=b"xx"))
         file.save()
-        with zaltag.open(path) as tag:
+        with zaltag.open(source) as tag:
             self.assertIsNone(tag.serato_grid)
         self.assertEqual(len(lines), 1, lines)
 

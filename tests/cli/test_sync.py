@@ -15,13 +15,12 @@ FORMATS = ("mp3", "m4a", "flac", "wav", "aiff")
 
 
 class Sync(ProgramTest):
-    def make(self, count):
+    def make_folder(self, count):
         """That many audio files over five formats; every tenth has no cue points."""
         folder = self.path("music")
         os.makedirs(os.path.join(folder, "sub é"))
         for extension in FORMATS:
-            subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=f=330:d=0.2",
-                            self.path("seed." + extension)], check=True)
+            self.make("seed." + extension)
         songs = []
         for i in range(count):
             extension = FORMATS[i % len(FORMATS)]
@@ -41,7 +40,7 @@ class Sync(ProgramTest):
         return [hashlib.md5(self.content(song)).hexdigest() for song in songs]
 
     def test_a_whole_folder_into_both_collections(self):
-        folder, songs = self.make(20)
+        folder, songs = self.make_folder(20)
         before = self.digests(songs)
         rekordbox_file, traktor_file = self.collections(songs[:-3])
         sync = ("sync", folder, "--from", "serato", "--to", "rekordbox-hot", "--to", "traktor",
@@ -66,7 +65,7 @@ class Sync(ProgramTest):
         self.assertEqual((self.content(rekordbox_file), self.content(traktor_file)), once)
 
     def test_files_as_targets_and_nothing_cleared_by_accident(self):
-        folder, songs = self.make(10)
+        folder, songs = self.make_folder(10)
         rekordbox_file, _ = self.collections(songs[:5])
         for song in songs:
             self.zaltag("record", song, 'zalCuePoints={"algorithm": 0, "cues": [{"time": 1000, "name": "own"}]}')

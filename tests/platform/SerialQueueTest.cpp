@@ -113,14 +113,11 @@ TEST(SerialQueue, aBlockMayDropWhatItRunsOn) {
     EXPECT_EQ(done.get_future().get(), 7);
 }
 
-void print(const char* line) {
-    std::fputs(line, stderr);
-}
-
 // What is under way on every thread of the library when the process ends.
 void exitInTheMiddle() {
+    const auto print = [](const char* line) { return [line] { std::fputs(line, stderr); }; };
     static zal::SerialQueue queue("com.quorvantis.Test");
-    static const std::shared_ptr<ZALTimer> pending = queue.after(3600s, [] { print("[late] "); });
+    static const std::shared_ptr<ZALTimer> pending = queue.after(3600s, print("[late] "));
     static const std::shared_ptr<ZALTimer> running =
         ZALHost::shared().clock()->schedule(0s, [] { std::this_thread::sleep_for(50ms); });
     std::promise<void> started;
@@ -128,11 +125,11 @@ void exitInTheMiddle() {
         started.set_value();
         std::this_thread::sleep_for(50ms);
     });
-    queue.async([] {
-        static const auto timer = queue.after(0s, [] { print("[late] "); });
-        ZALMainQueue::shared().post([] { print("[late] "); });
+    queue.async([print] {
+        static const auto timer = queue.after(0s, print("[late] "));
+        ZALMainQueue::shared().post(print("[late] "));
         ZALHost::shared().clock()->schedule(0s, [] {});
-        print("[submitted] ");
+        print("[submitted] ")();
     });
     started.get_future().wait();
     std::exit(0);

@@ -27,15 +27,11 @@ TEST(Image, isMadeFromPixelsAndRenderedAsPNG) {
         const ZALImagePtr image = picture(31, 7, 5, alpha);
         const ZALData data = pngOf(*image);
         EXPECT_EQ(data.at(25), alpha ? 6 : 2) << "colour type: an alpha channel only where it is needed";
-        const ZALImagePtr decoded = ZALImage::imageWithData(data);
-        ASSERT_NE(decoded, nullptr);
-        EXPECT_EQ(*decoded, *image);
+        EXPECT_EQ(distance(ZALImage::imageWithData(data), image), 0);
     }
-    EXPECT_FALSE(*picture(16, 12, 1) == *picture(16, 12, 2));
-    EXPECT_EQ(ZALImage::imageWithPixels(2, 2, ZALData(15)), nullptr);
-    EXPECT_EQ(ZALImage::imageWithPixels(0, 2, {}), nullptr);
-    EXPECT_EQ(ZALImage::imageWithPixels(0x40000001, 4, ZALData(16)), nullptr)
-        << "the size wraps around in 32 bits";
+    EXPECT_FALSE(ZALImage::imageWithPixels(2, 2, ZALData(15)) || ZALImage::imageWithPixels(0, 2, {}) ||
+                 ZALImage::imageWithPixels(0x40000001, 4, ZALData(16)))
+        << "the last size wraps around in 32 bits";
     EXPECT_EQ(ZALImage::imageWithPixels(1000001, 1, ZALData(4000004))->PNGData(), std::nullopt);
 }
 
@@ -60,18 +56,13 @@ TEST(Image, isDecodedUnlessItIsCutOff) {
 
 TEST(Image, readsJPEGsOfGreyAndOfInks) {
     const ZALImagePtr grey = ZALImage::imageWithData(jpegOf(*picture(), JPEGKind::grey));
-    ASSERT_NE(grey, nullptr);
-    EXPECT_EQ(grey->pixels()[0], grey->pixels()[1]);
-    // Cyan, magenta, yellow, key as Adobe's programs store them: inverted.
-    const ZALData inks(4 * 64, 0xFF);
-    const auto paper =
-        ZALImage::imageWithData(jpegOf(*ZALImage::imageWithPixels(8, 8, inks), JPEGKind::cmyk));
-    ASSERT_NE(paper, nullptr);
-    EXPECT_EQ(paper->pixels(), ZALData(4 * 64, 0xFF)) << "no ink is white";
-    // A file without its end mark holds all pixels.
+    EXPECT_TRUE(grey != nullptr && grey->pixels()[0] == grey->pixels()[1]);
+    // Cyan, magenta, yellow, key as Adobe's programs store them: inverted, so that no ink is white.
+    const ZALImagePtr white = ZALImage::imageWithPixels(8, 8, ZALData(4 * 64, 0xFF));
+    EXPECT_EQ(distance(ZALImage::imageWithData(jpegOf(*white, JPEGKind::cmyk)), white), 0);
     ZALData open = jpegOf(*picture());
     open.resize(open.size() - 2);
-    EXPECT_NE(ZALImage::imageWithData(open), nullptr);
+    EXPECT_NE(ZALImage::imageWithData(open), nullptr) << "without its end mark it holds all pixels";
 }
 
 // The packings are tried on files of another maker by the program's tests; here stands what those do not
