@@ -68,21 +68,15 @@
         await type("filter", "all");
     }
 
-    // The tips of the flags, as drawn, and the slope of the line that they lie on.
+    // By lane, where the tips of the flags are drawn and how wide the drawing is.
     function drawnCues(svg) {
-        const lanes = {};
-        for (const lane of svg.querySelectorAll(".lane")) {
-            lanes[lane.dataset.lane] = [...lane.querySelectorAll(".cue .mark")].map((mark) => {
-                const shape = mark.getBBox();
-                return [shape.x, mark.ownerSVGElement.viewBox.baseVal.width];
-            });
-        }
-        return lanes;
+        const tip = (mark) => [mark.getBBox().x, mark.ownerSVGElement.viewBox.baseVal.width];
+        return Object.fromEntries([...svg.querySelectorAll(".lane")].map((lane) =>
+            [lane.dataset.lane, [...lane.querySelectorAll(".cue .mark")].map(tip)]));
     }
 
     async function draws() {
-        await type("search", "");
-        results.drawn = await list((row) => [orderOf(row), row.querySelector("svg") ? drawnCues(row.querySelector("svg")) : null]);
+        results.drawn = await list((row) => [orderOf(row), row.querySelector("svg") && drawnCues(row.querySelector("svg"))]);
         results.isClean = !document.querySelector("#rows b, #rows i, #rows script") && !window.alerted;
     }
 
@@ -94,10 +88,10 @@
         results.active = grid.getAttribute("aria-activedescendant");
         await press("Enter");
         results.dialog = [byId("details").open, byId("details-title").textContent];
-        const before = drawnCues(byId("details").querySelector("svg")).serato;
+        const drawn = () => drawnCues(byId("details").querySelector("svg")).serato;
+        results.zoomed = [drawn()];
         await press("+", byId("details"));
-        const after = drawnCues(byId("details").querySelector("svg")).serato;
-        results.zoomed = [before, after];
+        results.zoomed.push(drawn());
         byId("details").querySelector("button").click();
         await nextFrame();
         results.closed = [byId("details").open, document.activeElement === grid];

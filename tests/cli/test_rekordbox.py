@@ -46,21 +46,17 @@ class Rekordbox(ProgramTest):
         track = json.loads(self.zaltag("rekordbox", "track", "/music/b.mp3", "--rekordbox", file, "--json")[0])
         self.assertEqual(track, {"path": "/music/b.mp3", "trackId": 2, "beatTimes": None, "cues": [
             {"name": "a", "type": 0, "typeName": "Cue", "start": 1, "end": 0, "num": -1}]})
-        broken = self.write("broken.xml", b"<DJ_PLAYLISTS>")
+        broken, missing = self.write("broken.xml", b"<DJ_PLAYLISTS>"), self.path("missing.xml")
         for arguments in (("cues", "set", "/no.mp3", "--to", "rekordbox", "1=a", "--rekordbox", file),
-                          ("cues", "list", "/no.mp3", "--from", "rekordbox-hot", "--rekordbox", file),
                           ("cues", "set", "/music/b.mp3", "--to", "rekordbox", "1=a", "--rekordbox", broken),
-                          ("rekordbox", "tracks", "--rekordbox", broken),
                           ("rekordbox", "track", "/no.mp3", "--rekordbox", file),
-                          ("rekordbox", "playlists", "--rekordbox", self.path("missing.xml"))):
-            with self.subTest(arguments):
-                out, err = self.zaltag(*arguments, status=1)
-                self.assertEqual((out, err.count("\n")), ("", 1), err)
-                self.assertNotIn("ErrorDomain", err, "texts for a person")
+                          ("rekordbox", "playlists", "--rekordbox", missing)):
+            out, err = self.zaltag(*arguments, status=1)
+            self.assertEqual((out, err.count("\n")), ("", 1), err)
+            self.assertNotIn("ErrorDomain", err, "texts for a person")
         self.assertEqual(self.content(broken), b"<DJ_PLAYLISTS>")
-        out = self.zaltag("rekordbox", "info", "--rekordbox", self.path("missing.xml"), "--json", status=1)[0]
-        self.assertEqual(json.loads(out), {"path": self.path("missing.xml"), "loaded": False, "tracks": 0,
-                                           "cues": 0, "playlists": 0})
+        out = self.zaltag("rekordbox", "info", "--rekordbox", missing, "--json", status=1)[0]
+        self.assertEqual(json.loads(out), {"path": missing, "loaded": False, "tracks": 0, "cues": 0, "playlists": 0})
 
     def test_settings_are_never_stored(self):
         home = self.path("home")

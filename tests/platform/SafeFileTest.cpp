@@ -268,18 +268,6 @@ TEST_F(SafeFileTest, longNamesAndTakenNames) {
     EXPECT_TRUE(content() == old_) << "nothing is written through a link under that name";
 }
 
-TEST_F(SafeFileTest, opensRegularFilesOnly) {
-    ASSERT_EQ(::mkfifo(inFolder("fifo").c_str(), 0644), 0);
-    for (const char* name : {"missing", "fifo", "."}) {
-        EXPECT_EQ(SafeFile::open(inFolder(name), false), nullptr) << name;
-        EXPECT_EQ(SafeFile::open(inFolder(name), true), nullptr) << name;
-    }
-    const auto file = SafeFile::open(path_, true);
-    file->write(0, viewOf("X"));
-    EXPECT_TRUE(readAll(*file) == old_);
-    EXPECT_FALSE(file->commit());
-}
-
 TEST_F(SafeFileTest, refusedPermissionsLeaveTheFileWhole) {
     if (::geteuid() != 0) GTEST_SKIP() << "LEFT OUT: only root may become another user";
     ASSERT_EQ(::chmod(folder_.path().c_str(), 0777), 0);
