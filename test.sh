@@ -71,8 +71,8 @@ run fuzz
 
 echo "== queues, timers, settings and collections under the thread sanitizer"
 threaded=('platform:*Queue*' 'platform:Clock.*' 'platform:Notifications.*' 'platform:Services.*'
-    'rekordbox:*Queue*' 'traktor:*Queue*')
-build tsan zaltag_platform_tests zaltag_rekordbox_tests zaltag_traktor_tests
+    'collection:*' 'rekordbox:*Queue*' 'traktor:*Queue*')
+build tsan zaltag_platform_tests zaltag_collection_tests zaltag_rekordbox_tests zaltag_traktor_tests
 for one in "${threaded[@]}"; do
     program=build/tsan/tests/zaltag_${one%%:*}_tests
     if ! "$program" --gtest_list_tests --gtest_filter="${one#*:}" | grep -q '^  '; then

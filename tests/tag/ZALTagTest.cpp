@@ -24,21 +24,15 @@ class Plain : public ZALTag {
 };
 
 TEST(Factory, goesByTheExtensionAlone) {
-    EXPECT_TRUE(ZALTag::canInitWithPath("/music/Song.MP3") && ZALTagID3::canInitWithPath("a.b.mP3"));
     for (const char* path : {"track.ogg", "track", ".mp3", "mp3", "x.mp3/y", "track.mp3.", ""}) {
-        EXPECT_FALSE(ZALTag::canInitWithPath(path)) << path;
-        EXPECT_EQ(ZALTag::tagAtPath(path), nullptr) << path;
+        EXPECT_FALSE(ZALTag::canInitWithPath(path) || ZALTag::tagAtPath(path) != nullptr) << path;
     }
     EXPECT_EQ(ZALTag::tagAtPath(std::nullopt), nullptr);
-}
-
-TEST(Factory, makesTheBackEndOfTheFile) {
     const TemporaryFolder folder;
-    const std::string path = folder.write("Song.MP3", mpegFrames());
+    const std::string path = folder.write("a.b.mP3", mpegFrames());
     const auto tag = ZALTag::initWithPath(path);
     ASSERT_NE(std::dynamic_pointer_cast<ZALTagID3>(tag), nullptr);
-    EXPECT_EQ(tag->path(), path);
-    EXPECT_FALSE(tag->readOnly());
+    EXPECT_TRUE(ZALTag::canInitWithPath(path) && tag->path() == path && !tag->readOnly());
     EXPECT_TRUE(ZALTag::tagAtPath(path, true)->readOnly());
 }
 
