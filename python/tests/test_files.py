@@ -2,7 +2,6 @@
 import pathlib
 import shutil
 import subprocess
-import tempfile
 import threading
 import unittest
 
@@ -10,29 +9,22 @@ import mutagen
 
 import zaltag
 from collection_files import serato_cues
-from support import FRAME
+from support import ProgramTest
 
 
-class FilesTest(unittest.TestCase):
+class FilesTest(ProgramTest):
     def setUp(self):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zaltag-"))
-        self.addCleanup(shutil.rmtree, self.folder)
+        super().setUp()
+        self.folder = pathlib.Path(self.folder)
 
     def mp3(self, name="song.mp3"):
-        path = self.folder / name
-        path.write_bytes(FRAME * 20)
-        return path
-
-    def encoded(self, extension):
-        path = self.folder / f"sóng.{extension}"
-        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=f=330:d=0.2", path], check=True)
-        return path
+        return pathlib.Path(super().mp3(name))
 
 
 class Files(FilesTest):
     def test_what_is_changed_is_seen_by_mutagen(self):
         for extension, title in (("mp3", "TIT2"), ("m4a", "\xa9nam")):
-            path = self.encoded(extension)
+            path = pathlib.Path(self.make(f"sóng.{extension}"))
             with zaltag.open(path) as tag:
                 self.assertEqual((tag.title, tag.tempo, tag.read_only, tag.path), (None, 0, False, path))
                 tag.title, tag.tempo, tag.initial_key = "Été 🎧", 124, "8A"
@@ -86,7 +78,7 @@ class Files(FilesTest):
         for call in (lambda: zaltag.SeratoCuePoint(8, 0), lambda: zaltag.SeratoMarker.from_bytes(b"x"),
                      lambda: zaltag.Key.from_dict(deep)):
             self.assertRaises(ValueError, call)
-        with zaltag.open(self.encoded("m4a")) as tag, self.assertRaises(zaltag.UnsupportedOperation):
+        with zaltag.open(self.make("song.m4a")) as tag, self.assertRaises(zaltag.UnsupportedOperation):
             tag.prune_comments()
 
     def test_values(self):

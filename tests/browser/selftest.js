@@ -13,8 +13,8 @@
         await nextFrame();
     }
 
-    async function press(key, target = document.activeElement) {
-        target.dispatchEvent(new KeyboardEvent("keydown", { key, bubbles: true, cancelable: true }));
+    async function press(key) {
+        document.activeElement.dispatchEvent(new KeyboardEvent("keydown", { key, bubbles: true, cancelable: true }));
         await nextFrame();
     }
 
@@ -34,15 +34,12 @@
     }
 
     const orderOf = (row) => Number(row.dataset.order);
-    const tempoOf = (row) => row.querySelector(".tempo").textContent;
-    const columnButton = (id) => byId("columns").querySelector(`[data-column=${id}] button`);
 
     async function sorts() {
-        columnButton("tempo").click();
-        results.ascending = await list(tempoOf);
-        columnButton("tempo").click();
-        results.descending = await list(tempoOf);
-        results.ariaSort = byId("columns").querySelector("[data-column=tempo]").getAttribute("aria-sort");
+        for (const way of ["ascending", "descending"]) {
+            byId("columns").querySelector("[data-column=tempo] button").click();
+            results[way] = await list((row) => row.querySelector(".tempo").textContent);
+        }
         byId("sort").value = "path";
         byId("sort").dispatchEvent(new Event("change"));
         await nextFrame();
@@ -82,24 +79,12 @@
 
     async function keys() {
         grid.focus();
-        await press("Home");
-        await press("ArrowDown");
-        await press("ArrowDown");
-        results.active = grid.getAttribute("aria-activedescendant");
-        await press("Enter");
+        for (const key of ["Home", "ArrowDown", "ArrowDown", "Enter"]) await press(key);
         results.dialog = [byId("details").open, byId("details-title").textContent];
-        const drawn = () => drawnCues(byId("details").querySelector("svg")).serato;
-        results.zoomed = [drawn()];
-        await press("+", byId("details"));
-        results.zoomed.push(drawn());
         byId("details").querySelector("button").click();
         await nextFrame();
-        results.closed = [byId("details").open, document.activeElement === grid];
-        await press("/");
-        results.searching = document.activeElement === byId("search");
-        await press("Escape");
         await press("End");
-        results.end = grid.getAttribute("aria-activedescendant");
+        results.end = [byId("details").open, grid.getAttribute("aria-activedescendant")];
     }
 
     async function run() {
