@@ -95,7 +95,11 @@ auto ZALTrackWithCues<Cue>::match(const ZALArray<ZALTagCuePoint>& cuePoints, ZAL
                !(match.isRemoved[at] && cues_[at].number == made.number() && wanted.isSameMark(values[at]))) {
             ++at;
         }
-        at < cues_.size() ? match.isRemoved[at] = false : (match.added.push_back(wanted), false);
+        if (at < cues_.size()) {
+            match.isRemoved[at] = false;
+        } else {
+            match.added.push_back(wanted);
+        }
     }
     return match;
 }

@@ -22,7 +22,7 @@ class SaveFaults : public testing::Test {
 
 TEST_F(SaveFaults, everyFailureOrKillLeavesTheOldFileOrTheNewOne) {
     for (const auto& [mode, least] :
-         {std::pair(ZALSaveMode::safe, 1032), std::pair(ZALSaveMode::inPlace, 492)}) {
+         {std::pair(ZALSaveMode::safe, 1562), std::pair(ZALSaveMode::inPlace, 757)}) {
         ZALHost::shared().setSaveMode(mode);
         int points = 0;
         for (const SaveCase& row : saveCases()) {

@@ -131,7 +131,9 @@ SaveCase importCase() {
         if (!index) return {};
         const auto reader = std::make_shared<zal::ElementReader>(index);
         const std::vector<zal::TrackChange> tracks(500);
-        return [=] { return zal::saveSingleSplitXmlFile(*reader, tracks, path, "list"); };
+        return [host, reader, tracks, path] {
+            return zal::saveSingleSplitXmlFile(*reader, tracks, path, "list");
+        };
     };
     return {"import.xml", [] { return ZALData(3000, 'o'); }, open};
 }
