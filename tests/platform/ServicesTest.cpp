@@ -174,8 +174,7 @@ TEST_F(Services, runningProgramsAreKnownByTheirExecutables) {
     EXPECT_THAT(zal::runningPrograms(in("proc")),
                 ElementsAre("Other.EXE", "Traktor Pro 3.exe", "editor", "wine64-preloader"));
 
-    EXPECT_EQ(std::ranges::count(host_->runningPrograms(), "zaltag_platform_tests"), 0) << "not ourselves";
-    EXPECT_FALSE(host_->runningPrograms().empty()) << "but who started us";
+    EXPECT_FALSE(host_->runningPrograms().empty()) << "who started us is there";
 }
 
 TEST_F(Services, foldersAreWalkedWithoutFollowingLinks) {
