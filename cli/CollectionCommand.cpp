@@ -27,7 +27,7 @@ struct View {
     const Collection* collection;
     /// "tracks", "cues" and "playlists".
     Members (*counts)();
-    /// A line and an object for every track.
+    /// A line and an object for every track, one after the other.
     void (*eachTrack)(const std::function<void(const std::string& line, const Members& members)>& take);
     /// The object of one track, with its beats; empty when the collection does not hold it.
     Members (*track)(const std::string& path);
@@ -43,10 +43,6 @@ ZALJSONValue number(std::size_t count) {
 std::string lineOfCue(double start, const std::string& name, const ZALNullableString& type,
                       std::int64_t slot) {
     return fmt::format("{}\t{}\t{}\t{}", secondsText(start), type.value_or("-"), slot, printable(name));
-}
-
-ZALRekordboxDatabase& rekordbox() {
-    return *ZALRekordboxDatabase::sharedDatabase();
 }
 
 std::size_t playlistCount(const ZALRekordboxPlaylistFolder& folder) {
@@ -97,62 +93,58 @@ const View rekordboxView = {
     "Read a Rekordbox collection",
     collectionPlace("rekordbox")->collection,
     [] {
-        const auto root = rekordbox().playlist();
-        return Members{{"tracks", number(rekordbox().trackCount())},
-                       {"cues", number(rekordbox().cueCount())},
+        const auto root = rekordboxDatabase()->playlist();
+        return Members{{"tracks", number(rekordboxDatabase()->trackCount())},
+                       {"cues", number(rekordboxDatabase()->cueCount())},
                        {"playlists", number(root ? playlistCount(*root) : 0)}};
     },
     [](const auto& take) {
-        for (const auto& track : rekordbox().tracks()) {
+        rekordboxDatabase()->forEachTrack([&take](const auto& track) {
             take(fmt::format("{}\t{}\t{}", track->trackId(), track->cueCount(),
                              printable(track->path().value_or("-"))),
                  membersOf(*track, false));
-        }
+        });
     },
     [](const std::string& path) {
-        const auto track = rekordbox().trackForSongFileAtURL(path);
+        const auto track = rekordboxDatabase()->trackForSongFileAtURL(path);
         return track ? membersOf(*track, true) : Members();
     },
     [](const auto& take) {
-        if (const auto root = rekordbox().playlist()) eachPlaylistOf(*root, "", take);
+        if (const auto root = rekordboxDatabase()->playlist()) eachPlaylistOf(*root, "", take);
     },
     [] {
-        const auto root = rekordbox().playlist();
+        const auto root = rekordboxDatabase()->playlist();
         return root ? jsonOf(*root) : ZALJSONValue();
     },
 };
-
-ZALTraktorDatabase& traktor() {
-    return *ZALTraktorDatabase::sharedDatabase();
-}
 
 const View traktorView = {
     "traktor",
     "Read a Traktor collection",
     collectionPlace("traktor")->collection,
     [] {
-        return Members{{"tracks", number(traktor().trackCount())},
-                       {"cues", number(traktor().cueCount())},
-                       {"playlists", number(traktor().playlists().size())}};
+        return Members{{"tracks", number(traktorDatabase()->trackCount())},
+                       {"cues", number(traktorDatabase()->cueCount())},
+                       {"playlists", number(traktorDatabase()->playlists().size())}};
     },
     [](const auto& take) {
-        for (const auto& track : traktor().tracks()) {
+        traktorDatabase()->forEachTrack([&take](const auto& track) {
             take(fmt::format("{}\t{}", track->cueCount(), printable(track->path().value_or("-"))),
                  membersOf(*track, false));
-        }
+        });
     },
     [](const std::string& path) {
-        const auto track = traktor().trackForSongFileAtURL(path);
+        const auto track = traktorDatabase()->trackForSongFileAtURL(path);
         return track ? membersOf(*track, true) : Members();
     },
     [](const auto& take) {
-        for (const auto& playlist : traktor().playlists()) {
+        for (const auto& playlist : traktorDatabase()->playlists()) {
             take(fmt::format("{}\t{}", printable(playlist->name().value_or("-")), playlist->tracks().size()));
         }
     },
     [] {
         Array all;
-        for (const auto& playlist : traktor().playlists()) {
+        for (const auto& playlist : traktorDatabase()->playlists()) {
             Array paths;
             for (const auto& track : playlist->tracks()) {
                 paths.push_back(track->path());
@@ -166,7 +158,7 @@ const View traktorView = {
 int info(const View& view, const Options& options) {
     Output output(false);
     const std::string unusable = whyNotUsable(*view.collection);
-    Members members = {{"path", view.collection->file()}, {"loaded", unusable.empty()}};
+    Members members = {{"path", view.collection->database()->fileURL()}, {"loaded", unusable.empty()}};
     for (const auto& count : view.counts()) {
         members.push_back(count);
     }

@@ -9,146 +9,95 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
 namespace {
 
+CollectionOptions inUse;
+
 template <typename Database>
-ZALNullableString keyIn(const std::string& path) {
-    const auto track = Database::sharedDatabase()->trackForSongFileAtURL(path);
-    return track ? track->decomposedStringWithCanonicalMapping() : std::nullopt;
+const std::shared_ptr<Database>& databaseInUse(const std::optional<std::string>& file) {
+    static const auto database =
+        file ? Database::databaseOfFileAtURL(collectionPath(*file)) : Database::sharedDatabase();
+    return database;
 }
 
-// Its queue leaves alone what Traktor changed after the request, and what it cannot tell the date of.
-std::string whyLeftOutOfTraktor(const std::string& path) {
-    const auto track = ZALTraktorDatabase::sharedDatabase()->trackForSongFileAtURL(path);
-    const auto date = track ? track->modificationDate() : std::nullopt;
-    if (!date) return "its entry in the Traktor collection has no date";
-    return *date > ZALHost::shared().clock()->now() ? "its entry in the Traktor collection is newer" : "";
+template <typename Queue, typename Database>
+const std::shared_ptr<Queue>& queueInUse(const std::optional<std::string>& file) {
+    static const auto queue =
+        file ? Queue::queueWithDatabase(databaseInUse<Database>(file)) : Queue::sharedQueue();
+    return queue;
 }
 
 constexpr Collection rekordbox = {
     "Rekordbox",
-    [] { return ZALRekordboxDatabase::sharedDatabase()->isRekordboxDBLoaded(); },
-    [](ZALError* error) { return ZALRekordboxDatabase::sharedDatabase()->reload(error); },
-    [] { return ZALRekordboxDatabase::rekordboxDatabaseFileURL(); },
-    keyIn<ZALRekordboxDatabase>,
-    [] { return std::string(); },
-    [](const std::string&) { return std::string(); },
-    [](ZALCompletion completion) { ZALRekordboxQueue::sharedQueue()->save(std::move(completion)); },
+    []() -> std::shared_ptr<ZALCollectionDatabase> { return rekordboxDatabase(); },
+    []() -> std::shared_ptr<ZALCollectionQueue> {
+        return queueInUse<ZALRekordboxQueue, ZALRekordboxDatabase>(inUse.rekordbox);
+    },
 };
 
 constexpr Collection traktor = {
     "Traktor",
-    [] { return ZALTraktorDatabase::sharedDatabase()->isTraktorDBLoaded(); },
-    [](ZALError* error) { return ZALTraktorDatabase::sharedDatabase()->reload(error); },
-    [] { return ZALTraktorDatabase::traktorDatabaseFileURL(); },
-    keyIn<ZALTraktorDatabase>,
-    [] {
-        ZALError error;
-        return ZALTraktorDatabase::canExportToTraktor(&error)
-                   ? std::string()
-                   : error.localizedDescription + " " + error.localizedRecoverySuggestion;
+    []() -> std::shared_ptr<ZALCollectionDatabase> { return traktorDatabase(); },
+    []() -> std::shared_ptr<ZALCollectionQueue> {
+        return queueInUse<ZALTraktorQueue, ZALTraktorDatabase>(inUse.traktor);
     },
-    whyLeftOutOfTraktor,
-    [](ZALCompletion completion) { ZALTraktorQueue::sharedQueue()->save(std::move(completion)); },
 };
-
-ZALArray<ZALTagCuePoint> rekordboxCues(const std::string& path, bool memory) {
-    std::vector<ZALTagCuePoint> cuePoints;
-    if (const auto track = ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(path)) {
-        for (const ZALRekordboxCuePoint& cue : track->cues()) {
-            if ((cue.num() == -1) == memory) {
-                cuePoints.push_back(ZALTagCuePoint::cuePointWithTime(cue.start(), cue.name()));
-            }
-        }
-    }
-    return cuePoints;
-}
-
-// What the queues make of cue points: sorted, and moved to the beats of the track.
-ZALArray<ZALTagCuePoint> onGrid(const ZALCollectionTrack& track, const ZALArray<ZALTagCuePoint>& cuePoints) {
-    return cuePointsAdjustedToBeatTimes(sortedCuePoints(cuePoints),
-                                        track.beatTimes().value_or(ZALArray<double>()));
-}
-
-template <bool hot, bool memory>
-bool rekordboxHolds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) {
-    const auto track = ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(path);
-    if (!track) return false;
-    std::vector<ZALRekordboxCuePoint> hotCues;
-    std::vector<ZALRekordboxCuePoint> memoryCues;
-    for (const ZALTagCuePoint& cue : onGrid(*track, cuePoints)) {
-        const auto slot = static_cast<std::int64_t>(hotCues.size());
-        hotCues.push_back(ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cue, slot).copyAsStored());
-        memoryCues.push_back(ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cue, -1).copyAsStored());
-    }
-    std::vector<ZALRekordboxCuePoint> hotFound;
-    std::vector<ZALRekordboxCuePoint> memoryFound;
-    for (const ZALRekordboxCuePoint& cue : track->cues()) {
-        (cue.num() == -1 ? memoryFound : hotFound).push_back(cue);
-    }
-    return (!hot || hotFound == hotCues) && (!memory || memoryFound == memoryCues);
-}
-
-ZALArray<ZALTagCuePoint> traktorCues(const std::string& path) {
-    std::vector<ZALTagCuePoint> cuePoints;
-    if (const auto track = ZALTraktorDatabase::sharedDatabase()->trackForSongFileAtURL(path)) {
-        for (const ZALTraktorCuePoint& cue : track->cues()) {
-            if (cue.isGrid()) continue;
-            cuePoints.push_back(ZALTagCuePoint::cuePointWithTime(cue.startTime(), cue.name()));
-        }
-    }
-    return cuePoints;
-}
-
-bool traktorHolds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) {
-    const auto track = ZALTraktorDatabase::sharedDatabase()->trackForSongFileAtURL(path);
-    if (!track) return false;
-    std::vector<ZALTraktorCuePoint> wanted;
-    for (const ZALTagCuePoint& cue : onGrid(*track, cuePoints)) {
-        const auto slot = static_cast<std::int64_t>(wanted.size());
-        wanted.push_back(ZALTraktorCuePoint::traktorCueWithCuePoint(cue, slot).copyAsStored());
-    }
-    std::vector<ZALTraktorCuePoint> found;
-    for (const ZALTraktorCuePoint& cue : track->cues()) {
-        if (!cue.isGrid()) found.push_back(cue);
-    }
-    return found == wanted;
-}
-
-void requestTraktor(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) {
-    ZALTraktorQueue::sharedQueue()->setCuePoints(cuePoints, path);
-}
-
-template <bool hot, bool memory>
-void requestRekordbox(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) {
-    ZALRekordboxQueue::sharedQueue()->setCuePoints(cuePoints, path, hot, memory);
-}
 
 constexpr CollectionPlace places[] = {
-    {"rekordbox-hot", &rekordbox, [](const std::string& path) { return rekordboxCues(path, false); },
-     rekordboxHolds<true, false>, requestRekordbox<true, false>, true},
-    {"rekordbox-memory", &rekordbox, [](const std::string& path) { return rekordboxCues(path, true); },
-     rekordboxHolds<false, true>, requestRekordbox<false, true>, true},
+    {"rekordbox-hot", &rekordbox, ZALCueKind::hot, true},
+    {"rekordbox-memory", &rekordbox, ZALCueKind::memory, true},
     // Both lists, which a write makes the same.
-    {"rekordbox", &rekordbox, [](const std::string& path) { return rekordboxCues(path, false); },
-     rekordboxHolds<true, true>, requestRekordbox<true, true>, false},
-    {"traktor", &traktor, traktorCues, traktorHolds, requestTraktor, true},
+    {"rekordbox", &rekordbox, ZALCueKind::all, false},
+    {"traktor", &traktor, ZALCueKind::all, true},
 };
+
+void check(const std::optional<std::string>& file) {
+    if (file && file->empty()) throw UsageError("an empty name is no collection file");
+}
 
 }  // namespace
 
-bool hasTrack(const Collection& collection, const std::string& path) {
-    return collection.keyOf(path).has_value();
+std::shared_ptr<ZALRekordboxDatabase> rekordboxDatabase() {
+    return databaseInUse<ZALRekordboxDatabase>(inUse.rekordbox);
 }
 
-std::string whyNotWritten(const Collection& collection, const std::string& path) {
-    const std::string reason = collection.whyLeftOut(path);
+std::shared_ptr<ZALTraktorDatabase> traktorDatabase() {
+    return databaseInUse<ZALTraktorDatabase>(inUse.traktor);
+}
+
+std::string Collection::whyNotWritable() const {
+    ZALError error;
+    return database()->canExport(&error)
+               ? std::string()
+               : error.localizedDescription + " " + error.localizedRecoverySuggestion;
+}
+
+std::string Collection::whyLeftOut(const std::string& path) const {
+    const auto found = track(path);
+    return found ? found->whyLeftOut(ZALHost::shared().clock()->now()) : std::string();
+}
+
+std::string Collection::whyNotWritten(const std::string& path) const {
+    const std::string reason = whyLeftOut(path);
     if (!reason.empty()) return "was left alone: " + reason;
-    return fmt::format("has other cue points in the {} collection than asked for", collection.name);
+    return fmt::format("has other cue points in the {} collection than asked for", name);
+}
+
+ZALArray<ZALTagCuePoint> CollectionPlace::read(const std::string& path) const {
+    const auto track = collection->track(path);
+    return track ? track->cuePoints(kind) : ZALArray<ZALTagCuePoint>();
+}
+
+bool CollectionPlace::holds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) const {
+    const auto track = collection->track(path);
+    return track && track->hasCuePoints(cuePoints, kind);
+}
+
+void CollectionPlace::request(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) const {
+    collection->queue()->setCuePoints(cuePoints, path, kind);
 }
 
 void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
@@ -160,26 +109,18 @@ void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
         ->type_name("NAME");
 }
 
+void addCollectionSaveOptions(CLI::App& command, CollectionOptions& options) {
+    addCollectionOptions(command, options);
+    command.add_flag("--rewrite-all", options.rewriteAll, "Rewrite every track that has cues");
+}
+
 void useCollections(const CollectionOptions& options) {
+    check(options.rekordbox);
+    check(options.traktor);
+    inUse = options;
     ZALHost& host = ZALHost::shared();
-    const auto settings = ZALUserDefaults::inMemory(host.userDefaults());
-    bool isNamed = false;
-    const auto name = [&](const std::string& key, const std::optional<std::string>& file) {
-        if (file && file->empty()) throw UsageError("an empty name is no collection file");
-        if (file) settings->setString(key, collectionPath(*file));
-        isNamed = isNamed || file;
-    };
-    name(ZALRekordboxDatabaseFileUserSetLocationURL, options.rekordbox);
-    name(ZALTraktorDatabaseFileUserSetLocationURL, options.traktor);
-    if (isNamed) {
-        host.setUserDefaults(settings);
-        // A collection that is named is used wherever this program runs.
-        host.setEnvironment([](const std::string& variable) -> ZALNullableString {
-            const char* value =
-                variable == "APP_SANDBOX_CONTAINER_ID" ? nullptr : std::getenv(variable.c_str());
-            return value == nullptr ? ZALNullableString() : value;
-        });
-    }
+    host.setCollectionSaveMode(options.rewriteAll ? ZALCollectionSaveMode::everyTrackWithCues
+                                                  : ZALCollectionSaveMode::changedTracks);
     if (options.bootVolume) host.setBootVolumeName(*options.bootVolume);
 }
 
@@ -210,8 +151,9 @@ std::string whyNotUsable(const Collection& collection) {
     // The first use of a collection loads it, and logs a failure without its reason for a person.
     ZALHost::shared().setLogSink([](const std::string&) {});
     ZALError error;
-    const bool isLoaded = collection.isLoaded() || collection.reload(&error);
-    const ZALNullableString file = collection.file();
+    const auto database = collection.database();
+    const bool isLoaded = database->isLoaded() || database->reload(&error);
+    const ZALNullableString file = database->fileURL();
     ZALHost::shared().setLogSink({});
     if (isLoaded) return {};
     if (!file) {
@@ -234,11 +176,11 @@ struct Saved {
 Saved saveOnce(const Collection& collection) {
     bool isDone = false;
     Saved saved;
-    // The line of a failed write holds the whole document; its reason comes with the error.
+    // The reason of a failed write comes with the error.
     ZALHost::shared().setLogSink([](const std::string& line) {
         if (!line.starts_with("Failed to write to ")) std::fputs((printable(line) + "\n").c_str(), stderr);
     });
-    collection.save([&](bool succeeded, const ZALError* error) {
+    collection.queue()->save([&](bool succeeded, const ZALError* error) {
         isDone = true;
         saved.success = succeeded && error == nullptr;
         if (error == nullptr) return;
@@ -266,7 +208,7 @@ std::string saveCollection(const Collection& collection) {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
         saved = saveOnce(collection);
     }
-    if (saved.success && collection.isLoaded()) return {};
+    if (saved.success && collection.database()->isLoaded()) return {};
     const std::string what = fmt::format("the {} collection was not written", collection.name);
     return saved.reason.empty() ? what : fmt::format("{}: {}", what, printable(saved.reason));
 }

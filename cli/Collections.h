@@ -2,7 +2,7 @@
 
 #include <zaltag/zaltag.h>
 
-#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,49 +11,56 @@ namespace CLI {
 class App;
 }
 
-/// Which collections a call uses instead of those that the library finds by itself.
+/// Which collections a call uses instead of those that the library finds by itself, and how it saves them.
 struct CollectionOptions {
     std::optional<std::string> rekordbox;
     std::optional<std::string> traktor;
     std::optional<std::string> bootVolume;
+    bool rewriteAll = false;
 };
 
 /// Adds --rekordbox, --traktor and --boot-volume to a command.
 void addCollectionOptions(CLI::App& command, CollectionOptions& options);
-/// Makes the library use them, for this process only. Throws UsageError for an empty file name.
+/// The same for a command that saves: --rewrite-all, too.
+void addCollectionSaveOptions(CLI::App& command, CollectionOptions& options);
+/// Uses them, for this process only and before the first collection is used. Throws UsageError for an empty
+/// file name.
 void useCollections(const CollectionOptions& options);
+
+/// The databases that are in use; the first call loads them.
+std::shared_ptr<ZALRekordboxDatabase> rekordboxDatabase();
+std::shared_ptr<ZALTraktorDatabase> traktorDatabase();
 
 /// A collection as the commands see it.
 struct Collection {
     const char* name;
-    bool (*isLoaded)();
-    bool (*reload)(ZALError* error);
-    ZALNullableString (*file)();
-    /// The path that the collection knows the track of an audio file by, in one Unicode normalization; null
-    /// when it has none.
-    ZALNullableString (*keyOf)(const std::string& path);
-    /// Why the collection must not be written now, or an empty text.
-    std::string (*whyNotWritable)();
-    /// Why a request for a track would be left out, or an empty text.
-    std::string (*whyLeftOut)(const std::string& path);
-    /// Writes what was asked for.
-    void (*save)(ZALCompletion completion);
-};
+    std::shared_ptr<ZALCollectionDatabase> (*database)();
+    std::shared_ptr<ZALCollectionQueue> (*queue)();
 
-bool hasTrack(const Collection& collection, const std::string& path);
-/// What to say when a track does not have the cue points that were asked for, after a save.
-std::string whyNotWritten(const Collection& collection, const std::string& path);
+    std::shared_ptr<const ZALCollectionTrack> track(const std::string& path) const {
+        return database()->track(path);
+    }
+    bool hasTrack(const std::string& path) const { return track(path) != nullptr; }
+    /// Why the collection must not be written now, or an empty text.
+    std::string whyNotWritable() const;
+    /// Why a request for a track would be left out now, or an empty text.
+    std::string whyLeftOut(const std::string& path) const;
+    /// What to say when a track does not have the cue points that were asked for, after a save.
+    std::string whyNotWritten(const std::string& path) const;
+};
 
 /// Where cue points stand in a collection.
 struct CollectionPlace {
     const char* name;
     const Collection* collection;
-    /// The cue points of a track that the collection holds.
-    ZALArray<ZALTagCuePoint> (*read)(const std::string& path);
-    /// True when the track has what request() and a save would give it.
-    bool (*holds)(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints);
-    void (*request)(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints);
+    ZALCueKind kind;
     bool isReadable;  ///< it names one list of cue points, not two
+
+    /// The cue points of a track that the collection holds.
+    ZALArray<ZALTagCuePoint> read(const std::string& path) const;
+    /// True when the track has what request() and a save would give it.
+    bool holds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) const;
+    void request(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) const;
 };
 
 /// The place with a name, or null.

@@ -53,7 +53,7 @@ void listCollection(Output& output, const Options& options, const CollectionPlac
     if (!unusable.empty()) return output.problem(unusable);
     for (const std::string& file : options.words) {
         const std::string path = collectionPath(file);
-        if (hasTrack(*place.collection, path)) {
+        if (place.collection->hasTrack(path)) {
             print(output, options, file, place.read(path));
         } else {
             output.failure(file, notInCollection(*place.collection));
@@ -118,7 +118,7 @@ int setInCollection(const Request& request, const CollectionPlace& place) {
     if (!unusable.empty()) output.problem(unusable);
     for (const std::string& file : request.files) {
         if (!unusable.empty()) break;
-        if (hasTrack(*place.collection, collectionPath(file))) {
+        if (place.collection->hasTrack(collectionPath(file))) {
             place.request(collectionPath(file), request.cuePoints);
             requested.push_back(file);
         } else {
@@ -130,7 +130,7 @@ int setInCollection(const Request& request, const CollectionPlace& place) {
     for (const std::string& file : requested) {
         const std::string path = collectionPath(file);
         if (unsaved.empty() && !place.holds(path, request.cuePoints)) {
-            output.failure(file, whyNotWritten(*place.collection, path));
+            output.failure(file, place.collection->whyNotWritten(path));
         }
     }
     return output.finish();
@@ -170,7 +170,7 @@ void addCuesCommand(CLI::App& program, Command& chosen) {
         ->required()
         ->type_name("PLACE")
         ->check(CLI::IsMember(allPlaceNames(false)).description(""));
-    addCollectionOptions(*setter, setting->collections);
+    addCollectionSaveOptions(*setter, setting->collections);
     setter->add_flag("--clear", setting->clear, "Remove the cue points");
     setter->callback([setting, &chosen] { chosen = [setting] { return set(*setting); }; });
 }

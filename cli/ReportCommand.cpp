@@ -123,8 +123,8 @@ Row Report::work(const std::string& path) const {
     }
     row.file = jsonObject(membersOfTag(path, *opened.tag));
     if (opened.tag->supportsImages()) row.cover = thumbnailURI(opened.tag->primaryImage());
-    if (usesRekordbox_) row.rekordbox = laneOf(*ZALRekordboxDatabase::sharedDatabase(), path);
-    if (usesTraktor_) row.traktor = laneOf(*ZALTraktorDatabase::sharedDatabase(), path);
+    if (usesRekordbox_) row.rekordbox = laneOf(*rekordboxDatabase(), path);
+    if (usesTraktor_) row.traktor = laneOf(*traktorDatabase(), path);
     return row;
 }
 

@@ -193,7 +193,7 @@ Job Sync::work(const std::string& path) const {
     job.results.resize(targets_.size());
     if (sourceInCollection_) {
         const std::string key = collectionPath(path);
-        job.hasSource = hasTrack(*sourceInCollection_->collection, key);
+        job.hasSource = sourceInCollection_->collection->hasTrack(key);
         if (job.hasSource) job.cuePoints = sourceInCollection_->read(key);
         if (!isToBeWritten(job)) return job;
     }
@@ -284,23 +284,23 @@ void Sync::takeFileResult(const std::string& path, Target& target, const FileRes
 void Sync::takeRequest(const std::string& path, Target& target, const CuePoints& cuePoints) {
     const std::string file = collectionPath(path);
     const CollectionPlace& place = *target.inCollection;
-    const ZALNullableString key = place.collection->keyOf(file);
-    if (!key) {
+    const auto track = place.collection->track(file);
+    if (!track) {
         ++target.notThere;
         return;
     }
-    if (!target.seen.insert(*key).second) {
+    if (!target.seen.insert(std::string(track->indexKey())).second) {
         return fail(
             path, target.failed,
             fmt::format("the {} collection knows it and another file as one", place.collection->name));
     }
-    const bool isUnchanged = place.holds(file, cuePoints);
+    const bool isUnchanged = track->hasCuePoints(cuePoints, place.kind);
     if (isUnchanged) ++target.unchanged;
     // Tracks that have the cues already are asked for too: the collection may have to list them.
     if (!options_.dryRun) return requests_.push_back({&target, path, cuePoints, isUnchanged});
     if (isUnchanged) return;
     if (!place.collection->whyLeftOut(file).empty()) {
-        return fail(path, target.newer, whyNotWritten(*place.collection, file));
+        return fail(path, target.newer, place.collection->whyNotWritten(file));
     }
     ++target.written;
     output_.line(fmt::format("{}: {}", printable(path), target.name));
@@ -330,7 +330,7 @@ void Sync::saveCollections() {
         } else if (place.holds(file, cuePoints)) {
             ++target->written;
         } else {
-            fail(path, target->newer, whyNotWritten(*place.collection, file));
+            fail(path, target->newer, place.collection->whyNotWritten(file));
         }
     }
 }
@@ -368,7 +368,7 @@ void addSyncCommand(CLI::App& program, Command& chosen) {
         ->type_name("PLACE")
         ->check(CLI::IsMember(allPlaceNames(false)).description(""))
         ->allow_extra_args(false);
-    addCollectionOptions(*command, options->collections);
+    addCollectionSaveOptions(*command, options->collections);
     command->add_flag("-n,--dry-run", options->dryRun, "Only say what would change");
     command->add_flag("--clear-empty", options->clearEmpty, "Clear the targets where the source has none");
     command->add_option("-j,--jobs", options->jobs, "Threads to use")

@@ -1,6 +1,6 @@
-// collection document|load|update rekordbox|traktor FILE: the least a program does for a collection with the
+// collection load|update rekordbox|traktor FILE: the least a program does for a collection with the
 // same libraries, one step after the other: read, Expat's pass, pugixml's tree, XPath, decode, NFD, map; and
-// besides set the cues of every hundredth track, serialise, write, rename. `document` makes the tree alone.
+// besides set the cues of every hundredth track, serialise, write, rename.
 // collection verify rekordbox|traktor FILE: counts what stands in a file that was written.
 
 #include "Measure.h"
@@ -179,12 +179,10 @@ void run(const Program& program, const std::string& mode, const std::string& fil
     pugi::xml_document document;
     std::unordered_map<std::string, pugi::xml_node> byPath;
     measure.start();
-    if (mode != "document") checkWellFormed(file);
+    checkWellFormed(file);
     parse(document, file);
-    if (mode != "document") {
-        for (const auto& track : document.select_nodes(program.tracks)) {
-            byPath[decomposed(program.path(track.node()))] = track.node();
-        }
+    for (const auto& track : document.select_nodes(program.tracks)) {
+        byPath[decomposed(program.path(track.node()))] = track.node();
     }
     if (mode == "update") {
         std::size_t number = 0;

@@ -1,5 +1,6 @@
-// collection load|update rekordbox|traktor FILE: what the library needs to load a collection and look every
-// track up, or to load it, set the cues of every hundredth track and save it. FILE.paths lists the tracks.
+// collection load|changedTracks|everyTrackWithCues|all rekordbox|traktor FILE: what the library needs to load
+// a collection and look every track up; or to load it, set the cues of every hundredth track and save it in
+// that mode; or of every track, in the mode changedTracks. FILE.paths lists the tracks.
 
 #include "Measure.h"
 
@@ -36,11 +37,15 @@ void run(const std::string& mode, const std::string& file, const SetCues& setCue
     Measure measure;
     measure.start();
     const std::shared_ptr<Database> database = Database::sharedDatabase();
-    if (mode == "update") {
+    const std::size_t step = mode == "all" ? 1 : 100;
+    ZALHost::shared().setCollectionSaveMode(mode == "everyTrackWithCues"
+                                                ? ZALCollectionSaveMode::everyTrackWithCues
+                                                : ZALCollectionSaveMode::changedTracks);
+    if (mode != "load") {
         const std::shared_ptr<Queue> queue = Queue::sharedQueue();
         std::size_t number = 0;
         forEachLine(file + ".paths", [&](const std::string& path) {
-            if (number++ % 100 == 0) setCues(*queue, path, newCues());
+            if (number++ % step == 0) setCues(*queue, path, newCues());
         });
         wait([&queue](ZALCompletion completion) { queue->save(std::move(completion)); });
     }

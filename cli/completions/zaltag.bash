@@ -6,11 +6,11 @@ _zaltag_options() {  # COMMAND [COMMAND-BELOW]
         show | "comments list" | "artwork list") echo "--json" ;;
         set) echo "--strip-v1" ;;
         "cues list") echo "--from --json $collections" ;;
-        "cues set") echo "--to --clear $collections" ;;
+        "cues set") echo "--to --clear --rewrite-all $collections" ;;
         "artwork export") echo "--out" ;;
         "artwork replace" | "artwork backup") echo "--image" ;;
         scan) echo "--jobs --json" ;;
-        sync) echo "--from --to --dry-run --clear-empty --jobs $collections" ;;
+        sync) echo "--from --to --dry-run --clear-empty --rewrite-all --jobs $collections" ;;
         report) echo "--output --jobs $collections" ;;
         rekordbox\ * | traktor\ *) echo "--json $collections" ;;
         versions) echo "--service --ca-file --json" ;;

@@ -64,6 +64,7 @@ for command in 'cues list' sync
 end
 for command in 'cues set' sync
     complete -c zaltag -n "__zaltag_in $command" -l to -x -a "$to" -d 'Where to write them'
+    complete -c zaltag -n "__zaltag_in $command" -l rewrite-all -d 'Rewrite every track with cues in a collection'
 end
 for command in scan sync report
     complete -c zaltag -n "__zaltag_in $command" -s j -l jobs -x -d 'Threads'

@@ -7,7 +7,7 @@
 namespace {
 
 void useCollections(const py::object& rekordbox, const py::object& traktor,
-                    const std::optional<py::str>& bootVolume) {
+                    const std::optional<py::str>& bootVolume, std::optional<bool> rewriteAll) {
     static const auto settings = ZALUserDefaults::inMemory(ZALHost::shared().userDefaults());
     const auto name = [](const std::string& key, const py::object& path) {
         if (!path.is_none()) settings->setString(key, collectionPathFrom(path));
@@ -16,6 +16,10 @@ void useCollections(const py::object& rekordbox, const py::object& traktor,
     name(ZALTraktorDatabaseFileUserSetLocationURL, traktor);
     ZALHost::shared().setUserDefaults(settings);
     if (bootVolume) ZALHost::shared().setBootVolumeName(*textFrom(bootVolume));
+    if (rewriteAll) {
+        ZALHost::shared().setCollectionSaveMode(*rewriteAll ? ZALCollectionSaveMode::everyTrackWithCues
+                                                            : ZALCollectionSaveMode::changedTracks);
+    }
 }
 
 [[noreturn]] void raiseError(const ZALError& error, const ZALNullableString& path, const char* otherwise) {
@@ -37,8 +41,6 @@ struct Rekordbox {
     using Database = ZALRekordboxDatabase;
     using Queue = ZALRekordboxQueue;
     using Track = ZALRekordboxTrack;
-    static ZALNullableString file() { return Database::rekordboxDatabaseFileURL(); }
-    static bool isLoaded(const Database& database) { return database.isRekordboxDBLoaded(); }
     static const std::string& progressNotification() { return ZALRekordboxQueueProgressChangedNotification; }
 };
 
@@ -46,8 +48,6 @@ struct Traktor {
     using Database = ZALTraktorDatabase;
     using Queue = ZALTraktorQueue;
     using Track = ZALTraktorTrack;
-    static ZALNullableString file() { return Database::traktorDatabaseFileURL(); }
-    static bool isLoaded(const Database& database) { return database.isTraktorDBLoaded(); }
     static const std::string& progressNotification() { return ZALTraktorQueueProgressChangedNotification; }
 };
 
@@ -67,10 +67,10 @@ class Collection {
     Collection() : database_(Program::Database::sharedDatabase()), queue_(Program::Queue::sharedQueue()) {}
 
     ZALNullableString file() const {
-        return unlocked([] { return Program::file(); });
+        return unlocked([&] { return database_->fileURL(); });
     }
     bool isLoaded() const {
-        return unlocked([&] { return Program::isLoaded(*database_); });
+        return unlocked([&] { return database_->isLoaded(); });
     }
     void load() {
         ZALError error;
@@ -382,9 +382,12 @@ void addCollections(py::module_& module) {
     addTraktor(module);
     module.def("use_collections", &useCollections, py::kw_only(), py::arg("rekordbox") = py::none(),
                py::arg("traktor") = py::none(), py::arg("boot_volume") = py::none(),
+               py::arg("rewrite_all") = py::none(),
                "Names the collection files to use in this process, in the place of those that are found by "
                "themselves; the "
-               "user's settings stay as they are. None leaves a file as it is.");
+               "user's settings stay as they are. None leaves a file as it is. With rewrite_all a save "
+               "rewrites every track that has cues, not only those that were changed.");
+    ZALHost::shared().setCollectionSaveMode(ZALCollectionSaveMode::changedTracks);
     addShared<Rekordbox>(
         module, "rekordbox",
         "The Rekordbox collection; the first call loads it. Without a file that can be read it is not "

@@ -4,6 +4,7 @@
 #include "platform/Checksum.h"
 
 #include <algorithm>
+#include <atomic>
 #include <future>
 #include <limits>
 
@@ -15,6 +16,7 @@ constexpr std::size_t windowTracks = 512;  // made at once
 constexpr std::size_t tracksWorthAThread = 32;
 constexpr std::size_t copyBlock = std::size_t{1} << 20;
 constexpr unsigned trackDepth = 2;
+constexpr auto longestTrack = std::numeric_limits<std::uint32_t>::max();
 constexpr const char* changedReason = "the file was changed since it was read";
 
 ZALDataView viewOf(std::string_view bytes) {
@@ -26,8 +28,11 @@ ZALDataView viewOf(std::string_view bytes) {
 TrackRenderer::Result TrackRenderer::render(const TrackChange& change) {
     const XMLElement element = reader_.element(reader_.index().tracks()[change.number].span());
     if (!element) return {};
-    return mode_ == ZALCollectionSaveMode::changedTracks ? splice(change, element)
-                                                         : renderAnew(change, element);
+    Result result =
+        mode_ == ZALCollectionSaveMode::changedTracks ? splice(change, element) : renderAnew(change, element);
+    if (encoding_ != XMLEncoding::utf8) result.bytes = encodedXML(result.bytes, encoding_);
+    result.checksum = Checksum::of(result.bytes);
+    return result;
 }
 
 TrackRenderer::Result TrackRenderer::renderAnew(const TrackChange& change, const XMLElement& element) {
@@ -36,7 +41,7 @@ TrackRenderer::Result TrackRenderer::renderAnew(const TrackChange& change, const
     const ZALCollectionQueueItem* request = change.request;
     if (request != nullptr) track->replaceCuePoints(request->cuePoints, request->kind);
     track->updateXMLElement();
-    return {markupOf(element, program.style, trackDepth), track->cueCount(),
+    return {markupOf(element, program.style, trackDepth), 0, track->cueCount(),
             static_cast<bool>(element.firstChild(program.markName)), true};
 }
 
@@ -44,14 +49,17 @@ TrackRenderer::Result TrackRenderer::splice(const TrackChange& change, const XML
     const CollectionIndex& index = reader_.index();
     const CollectionProgram& program = index.program();
     // What does not come back as it was cannot be kept.
-    if (encodedXML(reader_.lastText(), index.form().encoding) != reader_.lastBytes()) return {};
+    if (index.form().encoding != XMLEncoding::utf8 &&
+        encodedXML(reader_.lastText(), index.form().encoding) != reader_.lastBytes()) {
+        return {};
+    }
     const std::string text = reader_.lastText();
     const TrackEdit edit =
         program.trackOf(element)->editFor(change.request->cuePoints, change.request->kind, &scratch_);
     const std::string blank = reader_.blankInFrontOf(index.tracks()[change.number].begin);
     const bool keepsMark =
         std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) != edit.isRemoved.end();
-    return {splicedTrack(text, blank, program.markName, edit), edit.cues, keepsMark || !edit.added.empty(),
+    return {splicedTrack(text, blank, program.markName, edit), 0, edit.cues, keepsMark || !edit.added.empty(),
             true};
 }
 
@@ -62,7 +70,7 @@ CollectionWriter::CollectionWriter(std::shared_ptr<const CollectionIndex> index,
       isEvery_(changes.mode == ZALCollectionSaveMode::everyTrackWithCues),
       encoding_(isEvery_ && source_->program().stamp != nullptr ? XMLEncoding::utf8
                                                                 : source_->form().encoding),
-      renderers_{{source_, changes.mode}, {source_, changes.mode}},
+      renderers_{{source_, changes.mode, encoding_}, {source_, changes.mode, encoding_}},
       frame_(source_->frame()),
       form_(source_->form()) {
     made_.reserve(source_->tracks().size());
@@ -133,22 +141,44 @@ void CollectionWriter::gatherMarks() {
                      [](const auto* one, const auto* other) { return *one < *other; });
 }
 
-// The tracks in front of a place, a window of them at a time.
+// The tracks in front of a place, a window of them at a time: while one is written, the next one is made.
 bool CollectionWriter::writeTracks(FileReplacement& out, std::uint64_t end) {
-    std::vector<TrackChange> window;
-    TrackChange change;
-    while (nextTrack(change)) {
-        if (source_->tracks()[change.number].begin >= end) {
+    Window made;
+    for (;;) {
+        Window next;
+        TrackChange change;
+        while (next.changes.size() < windowTracks && nextTrack(change)) {
+            if (source_->tracks()[change.number].begin < end) {
+                next.changes.push_back(change);
+                continue;
+            }
             nextWritten_ = change.number;  // it comes again
             if (change.request != nullptr) --nextChange_;
             break;
         }
-        window.push_back(change);
-        if (window.size() < windowTracks) continue;
-        if (!writeWindow(out, window)) return false;
-        window.clear();
+        if (!renderBeside(next, out, made)) return false;
+        if (next.changes.empty()) return true;
+        made = std::move(next);
     }
-    return writeWindow(out, window);
+}
+
+// Both threads take tracks of the next window, this one after it has written the last.
+bool CollectionWriter::renderBeside(Window& next, FileReplacement& out, const Window& made) {
+    next.results.resize(next.changes.size());
+    std::atomic<std::size_t> taken = 0;
+    const auto render = [&](TrackRenderer& renderer) {
+        for (std::size_t i = taken++; i < next.changes.size(); i = taken++) {
+            next.results[i] = renderer.render(next.changes[i]);
+        }
+    };
+    std::future<void> other;
+    if (next.changes.size() >= tracksWorthAThread) {
+        other = std::async(std::launch::async, [&] { render(renderers_[1]); });
+    }
+    const bool isWritten = writeWindow(out, made);
+    if (isWritten) render(renderers_[0]);
+    if (other.valid()) other.get();
+    return isWritten;
 }
 
 bool CollectionWriter::nextTrack(TrackChange& change) {
@@ -168,39 +198,25 @@ bool CollectionWriter::nextTrack(TrackChange& change) {
     return false;
 }
 
-bool CollectionWriter::writeWindow(FileReplacement& out, const std::vector<TrackChange>& window) {
-    std::vector<TrackRenderer::Result> results(window.size());
-    const auto render = [&](TrackRenderer& renderer, std::size_t begin, std::size_t end) {
-        for (std::size_t i = begin; i < end; ++i) {
-            results[i] = renderer.render(window[i]);
-        }
-    };
-    const std::size_t half = window.size() >= tracksWorthAThread ? window.size() / 2 : window.size();
-    std::future<void> other;
-    if (half < window.size()) {
-        other = std::async(std::launch::async, [&] { render(renderers_[1], half, window.size()); });
-    }
-    render(renderers_[0], 0, half);
-    if (other.valid()) other.get();
-    for (std::size_t i = 0; i < window.size(); ++i) {
-        if (!results[i].isDone) return fail(changedReason);
-        IndexedTrack track = source_->tracks()[window[i].number];
+bool CollectionWriter::writeWindow(FileReplacement& out, const Window& window) {
+    for (std::size_t i = 0; i < window.changes.size(); ++i) {
+        const TrackRenderer::Result& result = window.results[i];
+        if (!result.isDone) return fail(changedReason);
+        if (result.bytes.size() > longestTrack) return fail("a track would be too large");
+        const std::uint32_t number = window.changes[i].number;
+        IndexedTrack track = source_->tracks()[number];
         if (!copyUpTo(out, track.begin)) return false;
-        constexpr auto longest = std::numeric_limits<std::uint32_t>::max();
-        const std::string bytes = encodedXML(results[i].markup, encoding_);
-        if (bytes.size() > longest) return fail("a track would be too large");
         position_ = track.begin + track.length;
         track.begin = written_;
-        track.length = static_cast<std::uint32_t>(bytes.size());
-        track.checksum = Checksum::of(bytes);
-        track.cues = static_cast<std::uint32_t>(results[i].cues);
-        track.hasMarks = results[i].hasMarks;
+        track.length = static_cast<std::uint32_t>(result.bytes.size());
+        track.checksum = result.checksum;
+        track.cues = static_cast<std::uint32_t>(result.cues);
+        track.hasMarks = result.hasMarks;
         track.isMarked = false;
         made_.push_back(track);
-        next_ = window[i].number + 1;
-        written_ += bytes.size();
-        if (!out.append(viewOf(bytes))) return false;
-        results[i].markup = {};
+        next_ = number + 1;
+        written_ += result.bytes.size();
+        if (!out.append(viewOf(result.bytes))) return false;
     }
     return true;
 }

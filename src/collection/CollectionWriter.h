@@ -40,11 +40,13 @@ struct CollectionChanges {
 /// Makes a track anew, or only what a request means; the reader's thread.
 class TrackRenderer {
   public:
-    TrackRenderer(std::shared_ptr<const CollectionIndex> index, ZALCollectionSaveMode mode)
-        : reader_(std::move(index)), mode_(mode) {}
+    TrackRenderer(std::shared_ptr<const CollectionIndex> index, ZALCollectionSaveMode mode,
+                  XMLEncoding encoding)
+        : reader_(std::move(index)), mode_(mode), encoding_(encoding) {}
 
     struct Result {
-        std::string markup;
+        std::string bytes;
+        std::uint64_t checksum = 0;
         std::size_t cues = 0;
         bool hasMarks = false;
         bool isDone = false;
@@ -57,6 +59,7 @@ class TrackRenderer {
 
     ElementReader reader_;
     const ZALCollectionSaveMode mode_;
+    const XMLEncoding encoding_;
     XMLDocument scratch_;
 };
 
@@ -74,12 +77,19 @@ class CollectionWriter {
                                                  const ZALFileAttributes& attributes);
 
   private:
+    // Tracks that are made at once.
+    struct Window {
+        std::vector<TrackChange> changes;
+        std::vector<TrackRenderer::Result> results;
+    };
+
     void addHeaderEdit();
     bool addStampEdit();
     void gatherMarks();
     bool nextTrack(TrackChange& change);
     bool writeTracks(FileReplacement& out, std::uint64_t end);
-    bool writeWindow(FileReplacement& out, const std::vector<TrackChange>& window);
+    bool renderBeside(Window& next, FileReplacement& out, const Window& made);
+    bool writeWindow(FileReplacement& out, const Window& window);
     bool writeEdit(FileReplacement& out, const FrameEdit& edit);
     bool copyUpTo(FileReplacement& out, std::uint64_t end);
     bool copyDecoded(FileReplacement& out, std::uint64_t end);

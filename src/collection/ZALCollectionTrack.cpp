@@ -8,10 +8,12 @@
 ZALCollectionTrack::~ZALCollectionTrack() = default;
 
 ZALNullableString ZALCollectionTrack::decomposedStringWithCanonicalMapping() const {
+    decompose();
     return decomposed_.empty() ? path_ : decomposed_;
 }
 
 std::string_view ZALCollectionTrack::indexKey() const {
+    decompose();
     if (!decomposed_.empty()) return decomposed_;
     return path_ ? std::string_view(*path_) : std::string_view();
 }
@@ -36,10 +38,14 @@ std::string ZALCollectionTrack::whyLeftOut(std::chrono::system_clock::time_point
 
 void ZALCollectionTrack::setPath(ZALNullableString path) {
     path_ = std::move(path);
-    decomposed_.clear();
-    if (!path_) return;
-    std::string decomposed = zal::canonicalDecomposition(*path_);
-    if (decomposed != *path_) decomposed_ = std::move(decomposed);
+    isDecomposed_ = false;
+}
+
+void ZALCollectionTrack::decompose() const {
+    if (isDecomposed_) return;
+    isDecomposed_ = true;
+    decomposed_ = path_ ? zal::canonicalDecomposition(*path_) : std::string();
+    if (decomposed_ == path_) decomposed_.clear();
 }
 
 zal::XMLElement ZALCollectionTrack::element() const {
@@ -51,6 +57,7 @@ void ZALCollectionTrack::setElement(const zal::XMLElement& element) {
 }
 
 void ZALCollectionTrack::leaveDocument() {
+    decompose();
     if (!keptTempo_) keptTempo_ = std::make_shared<const std::optional<ZALTrackTempo>>(readTempo());
     element_ = nullptr;
     xmlNeedsUpdate_ = false;

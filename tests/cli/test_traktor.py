@@ -16,17 +16,20 @@ class Traktor(ProgramTest):
         change = ("cues", "set", song, "--to", "traktor", "--traktor", file, "12.5=Drop", "3=In")
         self.zaltag(*change)
         first, second = tree(file).findall("COLLECTION/ENTRY")
-        self.assertEqual(traktor_cues(first), [(0.5, "g", 4, 0), (3.0, "In", 0, 0), (12.5, "Drop", 0, 1)])
+        self.assertEqual(traktor_cues(first), [(0.5, "g", 4, -1), (3.0, "In", 0, 0), (12.5, "Drop", 0, 1)])
         new = first.findall("CUE_V2")[2]
         self.assertEqual(list(new.items()), [
             ("NAME", "Drop"), ("DISPL_ORDER", "0"), ("TYPE", "0"), ("START", "12500.000000"), ("LEN", "0.000000"),
             ("REPEATS", "-1"), ("HOTCUE", "1")])
         self.assertEqual(first.find("CUE_V2/GRID").get("BPM"), "120")
         self.assertEqual((first.get("MODIFIED_DATE"), first.get("MODIFIED_TIME")), ("2023/11/14", "80004"))
-        self.assertEqual(traktor_cues(second), [(0.5, "g", 4, 0)])
+        self.assertEqual(traktor_cues(second), [(0.5, "g", 4, -1)])
         once = self.content(file)
         self.zaltag(*change)
         self.assertEqual(self.content(file), once)
+        self.zaltag(*change[:-1], "--rewrite-all")
+        self.assertEqual(traktor_cues(tree(file).findall("COLLECTION/ENTRY")[1]), [(0.5, "g", 4, 0)])
+        self.write("collection.nml", once)
         shown = json.loads(self.zaltag("traktor", "track", song, "--traktor", file, "--json")[0])
         self.assertEqual((shown["path"], shown["modificationDate"]), (song, "2023-11-14T22:13:24Z"))
         self.assertEqual([cue["index"] for cue in shown["cues"]], [-1, 0, 1])

@@ -97,8 +97,12 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     void leaveDocument();
 
   private:
+    void decompose() const;
+
     ZALNullableString path_;
-    std::string decomposed_;  // empty while it equals the path
+    // Made when it is asked for, and before a copy is handed out; empty when it equals the path.
+    mutable std::string decomposed_;
+    mutable bool isDecomposed_ = false;
     void* element_ = nullptr;
     std::shared_ptr<const std::optional<ZALTrackTempo>> keptTempo_;
     bool xmlNeedsUpdate_ = false;
