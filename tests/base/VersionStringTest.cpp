@@ -27,13 +27,6 @@ TEST(VersionString, theArgumentIsHeldAgainstTheReceiver) {
     }
 }
 
-TEST(VersionString, isSplitWhereTheKindChanges) {
-    using testing::ElementsAre;
-    EXPECT_THAT(zal_splitVersionString("1.10b3"), ElementsAre("1", ".", "10", "b", "3"));
-    EXPECT_THAT(zal_splitVersionString("a.. 😀é"), ElementsAre("a", ".", ".", " ", "😀é"));
-    EXPECT_THAT(zal_splitVersionString(""), ElementsAre());
-}
-
 TEST(VersionString, charactersHaveUnicodesKinds) {
     const std::pair<ZALVersionPart, std::vector<const char*>> kinds[] = {
         {ZALVersionPart::number, {"0", "9", "\u0660", "\uFF19"}},

@@ -116,13 +116,9 @@ class Dump(ProgramTest):
         plain = lambda kind: form(kind)[:12] + form(kind)[12:].split(b"LIST")[0].split(b"ID3 ")[0]
         for name, content, report in (
                 ("a.mp3", FRAME * 3, "no ID3V1 or ID3V2 tag found\n"), ("a.mp3", FRAME * 3 + V1, "no ID3v2 tag found\n" + v1),
-                ("a.mp3", id3(bytes(20)) + FRAME * 3,
-                 "ID3v2.4.0, 20 bytes in tag\n--------------------------\nno ID3v1 tag found\n"),
                 ("a.wav", plain("wav"), "INFO Chunk\n----------\nnot found\nno ID3 tag found\n"),
                 ("a.aiff", plain("aiff"), "no ID3V2 tag found\n"),
-                ("a.m4a", song(), f"MP4 Tag\n-------\n{fields}EXTRA\n-----\ncovers - none\nCUSTOM\n------\nATOMS\n-----\n"),
-                ("a.flac", flac(), f"no Xiph tag found\nSUMMARY\n-------\n{fields}CUSTOM\n------\nno ID3v2 tag found\n"
-                                   "no ID3v1 tag found\nno images found\n")):
+                ("a.m4a", song(), f"MP4 Tag\n-------\n{fields}EXTRA\n-----\ncovers - none\nCUSTOM\n------\nATOMS\n-----\n")):
             self.assertEqual(self.dump(name, content), report, name)
 
     def test_reports_of_several_files(self):

@@ -89,17 +89,13 @@ class Report(ProgramTest):
         self.assertEqual(struct.unpack(">II", base64.b64decode(text, validate=True)[16:24]), (64, 32))
 
     def test_failures_are_on_the_page_and_named(self):
-        folder, songs = self.folder_with(1)
+        folder, _ = self.folder_with(1)
         self.write("music/a.flac", b"nothing")
-        bad = os.path.join(os.fsencode(folder), b"z\xff.mp3")
-        with open(bad, "wb") as file:
-            file.write(self.content(songs[0]))
         page, (out, err) = self.report(folder, "--rekordbox", self.path("missing.xml"), status=1)
         self.assertEqual(len(err.splitlines()), 2, err)
-        self.assertIn("3 files, 1 failures", out)
+        self.assertIn("2 files, 1 failures", out)
         tracks = json.loads(page.scripts["tracks"])
-        self.assertEqual([set(track["file"]) == {"path", "error"} for track in tracks], [False, True, False])
-        self.assertTrue(tracks[2]["file"]["path"].endswith("z\ufffd.mp3"))
+        self.assertEqual([set(track["file"]) == {"path", "error"} for track in tracks], [False, True])
         self.assertIsNone(json.loads(page.scripts["about"])["rekordbox"])
 
     def test_where_the_page_goes(self):

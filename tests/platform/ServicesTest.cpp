@@ -88,17 +88,6 @@ TEST_F(Services, brokenSettingsAreKeptAndUnwrittenOnesTriedAgain) {
     EXPECT_THAT(contents(in("a file/zaltag/defaults.json")), testing::HasSubstr(R"("a": "2")"));
 }
 
-TEST_F(Services, settingsInMemoryLieOverOthersThatStay) {
-    const auto stored = ZALUserDefaults::inMemory();
-    stored->setString("text", "stored");
-    stored->setString("removed", "stored");
-    const auto settings = ZALUserDefaults::inMemory(stored);
-    settings->setString("text", "told");
-    settings->removeKey("removed");
-    EXPECT_TRUE(settings->stringForKey("text") == "told" && !settings->hasValueForKey("removed"));
-    EXPECT_TRUE(stored->stringForKey("text") == "stored" && stored->hasValueForKey("removed"));
-}
-
 class Storage final : public ZALCloudStorage {
   public:
     bool isUbiquitousItem(const std::string& path) override { return path.starts_with("/cloud/"); }

@@ -70,10 +70,8 @@ TEST(RecordData, nothingIsStoredAndReadInSilence) {
 }
 
 TEST(RecordData, whatJSONCannotHoldIsLoggedAndNull) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
     const std::pair<ZALJSONValue, const char*> cases[] = {
         {ZALJSONValue::Object{{"a", std::numeric_limits<double>::quiet_NaN()}}, R"({"a":"nan"})"},
-        {ZALJSONValue::Object{{"a", ZALJSONValue::Array{1, -infinity}}}, R"({"a":[1,"-inf"]})"},
         {ZALJSONValue::Object{{"\xFF", "z\xC3"}}, "{\"\uFFFD\":\"z\uFFFD\"}"},
         {ZALJSONValue::Array{1}, "[1]"},
         {nullptr, "null"},
