@@ -75,7 +75,7 @@ TEST(Image, readsTIFFsWithDifferences) {
         return joined({bytesOf(std::string_view("II*\0", 4)),
                        u32(8 + bytes.size(), true),
                        bytes,
-                       {8, 0},
+                       {7, 0},
                        entry(256, 3),
                        entry(257, 1),
                        entry(258, bits),
