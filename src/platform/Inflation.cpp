@@ -4,6 +4,7 @@
 
 #include <array>
 #include <new>
+#include <utility>
 
 namespace zal {
 
@@ -29,6 +30,25 @@ bool InflationCount::take(ZALDataView bytes, std::uint64_t most) {
         if (made_ > most || (result != Z_OK && result != Z_BUF_ERROR)) return false;
     } while (stream_->avail_out == 0);
     return true;
+}
+
+ZALNullableData inflated(ZALDataView bytes, std::uint64_t most) {
+    z_stream stream{};
+    if (::inflateInit(&stream) != Z_OK) throw std::bad_alloc();
+    const std::unique_ptr<z_stream, int (*)(z_streamp)> end(&stream, ::inflateEnd);
+    stream.next_in = const_cast<Bytef*>(bytes.data());
+    stream.avail_in = static_cast<uInt>(bytes.size());
+    ZALData made;
+    int result = Z_OK;
+    while (result == Z_OK && made.size() <= most) {
+        constexpr std::size_t block = 1 << 15;
+        made.resize(made.size() + block);
+        stream.next_out = made.data() + made.size() - block;
+        stream.avail_out = block;
+        result = ::inflate(&stream, Z_NO_FLUSH);
+        made.resize(made.size() - stream.avail_out);
+    }
+    return result == Z_STREAM_END && made.size() <= most ? ZALNullableData(std::move(made)) : std::nullopt;
 }
 
 }  // namespace zal

@@ -25,4 +25,7 @@ class InflationCount {
     std::uint64_t made_ = 0;
 };
 
+/// What a zlib stream becomes; null when it is damaged or cut off, and when it makes more than `most` bytes.
+ZALNullableData inflated(ZALDataView stream, std::uint64_t most);
+
 }  // namespace zal

@@ -66,7 +66,8 @@ SafeFile::SafeFile(std::string path, std::string target, std::shared_ptr<ZALFile
       handle_(std::move(handle)),
       state_(attributes),
       readOnly_(readOnly),
-      pieces_(attributes.size) {}
+      pieces_(attributes.size),
+      originalLength_(attributes.size) {}
 
 std::size_t SafeFile::readAt(std::uint64_t position, std::span<std::uint8_t> buffer) {
     std::size_t count = 0;
@@ -134,6 +135,10 @@ void SafeFile::edit(std::uint64_t position, std::uint64_t removed, ZALDataView b
     } catch (const std::bad_alloc&) {
         giveUp("there was no memory for an edit");
     }
+}
+
+void SafeFile::revert() {
+    pieces_ = PieceList(originalLength_);
 }
 
 void SafeFile::giveUp(std::string reason) {
@@ -305,6 +310,7 @@ std::string SafeFile::writeBeside() {
     std::exchange(handle_, replacement.takeHandle())->unlock();
     state_ = replacement.attributes();
     pieces_ = std::move(whole);
+    originalLength_ = length();
     cache_.clear();
     replacement.syncFolder();
     return {};

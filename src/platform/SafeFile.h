@@ -51,12 +51,18 @@ class SafeFile {
     /// Cuts the content, or extends it with zeros.
     void truncate(std::uint64_t length);
 
+    /// Forgets all edits since the last commit.
+    void revert();
+
     /// Whether what stands under the path still is the file this object stands on, as it left it.
     bool isCurrent();
 
     /// Makes every later commit fail, with this reason: for who could not carry an edit through and cannot
     /// tell what the content is now. The first reason stays.
     void giveUp(std::string reason);
+
+    /// False when every later commit fails.
+    bool canCommit() const { return !readOnly_ && brokenBy_.empty(); }
 
     /// Writes the edited content. True when the file holds it: the object then stands on that file, and later
     /// edits and commits go on from there. Without a change nothing is written. False when the file could not
@@ -99,6 +105,7 @@ class SafeFile {
         state_;  // of the original; null when it could not be asked for after a write
     const bool readOnly_;
     PieceList pieces_;
+    std::uint64_t originalLength_;
     BlockCache cache_;
     std::string brokenBy_;  // why no commit may succeed any more; empty while one may
 };

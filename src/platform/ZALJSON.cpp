@@ -129,7 +129,8 @@ std::optional<ZALJSONValue> ZALJSON::parse(std::string_view text, std::string* e
     } catch (const std::exception& exception) {  // what the parser throws by itself, bad_alloc included
         reason = exception.what();
     }
-    if (error != nullptr) *error = reason;
+    // The parser quotes the bytes that are at fault.
+    if (error != nullptr) *error = ZALValidUTF8(reason);
     return std::nullopt;
 }
 
