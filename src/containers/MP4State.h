@@ -1,6 +1,6 @@
 #pragma once
 
-#include "containers/ContainerFiles.h"
+#include "containers/MP4File.h"
 #include "id3/TagLibStream.h"
 
 #include <zaltag/containers/ZALTagMP4.h>
@@ -10,17 +10,12 @@
 #include <memory>
 #include <string>
 
-/// What an MP4 object holds open. The members are destroyed from the last to the first: the TagLib file
-/// before the stream below it. The tag belongs to the TagLib file; once the object is open, it is never null.
+/// What an MP4 object holds open. The members are destroyed from the last to the first: the file before the
+/// stream below it. The tag belongs to the file; once the object is open, it is never null.
 struct ZALTagMP4::State {
     std::unique_ptr<zal::TagLibStream> stream;
     std::unique_ptr<zal::MP4File> file;
     TagLib::MP4::Tag* tag = nullptr;
-    bool wasSaved = false;
-
-    /// Makes the TagLib file anew, with the items of this one: it goes on with the places that the atoms had
-    /// before a save, and the next one would write over other data. False when that fails.
-    bool renewFile();
 };
 
 namespace zal {

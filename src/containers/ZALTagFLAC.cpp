@@ -1,7 +1,6 @@
 #include <zaltag/containers/ZALTagFLAC.h>
 
 #include "base/Numbers.h"
-#include "containers/ContainerFiles.h"
 #include "containers/FLACState.h"
 #include "containers/TextCarrier.h"
 #include "id3/ID3State.h"
@@ -15,6 +14,13 @@ ZALNullableString fieldText(const TagLib::Ogg::XiphComment& comment, const std::
     const TagLib::Ogg::FieldListMap& fields = comment.fieldListMap();
     const auto field = fields.find(TagLibString(name).upper());
     return field != fields.end() ? ZALNullableString(joinedText(field->second)) : std::nullopt;
+}
+
+ZALNullableString fieldText(const FLACFile& file, const std::string& name) {
+    for (const XiphStore& store : file.comments()) {
+        if (ZALNullableString text = fieldText(store.comment(), name)) return text;
+    }
+    return std::nullopt;
 }
 
 void setFieldText(TagLib::Ogg::XiphComment& comment, const std::string& name, const TagLib::String& text) {
@@ -37,16 +43,19 @@ ZALNullableString textOrNull(std::string text) {
     return text.empty() ? std::nullopt : ZALNullableString(std::move(text));
 }
 
-ZALNullableString basicField(const XiphComment& comment, TagLib::String (XiphComment::*field)() const) {
-    return textOrNull(zal::stringWithTagLibString((comment.*field)()));
+ZALNullableString basicField(const zal::FLACFile& file, TagLib::String (XiphComment::*field)() const) {
+    for (const zal::XiphStore& store : file.comments()) {
+        if (auto text = textOrNull(zal::stringWithTagLibString((store.comment().*field)()))) return text;
+    }
+    return std::nullopt;
 }
 
-ZALNullableString nonEmptyField(const XiphComment& comment, const char* name) {
-    return textOrNull(zal::fieldText(comment, name).value_or(""));
+ZALNullableString nonEmptyField(const zal::FLACFile& file, const char* name) {
+    return textOrNull(zal::fieldText(file, name).value_or(""));
 }
 
-std::int64_t numberField(const XiphComment& comment, const char* name) {
-    return zal::integerValue(zal::fieldText(comment, name).value_or(""));
+std::int64_t numberField(const zal::FLACFile& file, const char* name) {
+    return zal::integerValue(zal::fieldText(file, name).value_or(""));
 }
 
 // Numbers below 1 remove the field.
@@ -90,83 +99,82 @@ bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
     if (s.stream == nullptr) return false;
-    auto file = zal::flacFile(*s.stream);
-    if (file == nullptr) return false;
-    flacfile_ = std::make_unique<FLACFile>(std::move(file));
-    s.v2Tag = flacfile_->file->ID3v2Tag(false);
-    s.v1Tag = flacfile_->file->ID3v1Tag(false);
+    flacfile_ = zal::FLACFile::open(*s.stream);
+    if (flacfile_ == nullptr) return false;
+    s.setV2Tags(flacfile_->v2Tags());
+    if (flacfile_->v1() != nullptr) s.v1Tag = &flacfile_->v1()->tag();
     return true;
 }
 
 bool ZALTagFLAC::readOnly() const {
-    return flacfile_->file->readOnly();
+    return state().stream->readOnly();
 }
 
 bool ZALTagFLAC::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
-    const bool saved = zal::saveTag(path(), *state().stream, [this] {
-        return zal::writeFLACFile(*flacfile_->file, zal::describe(path()));
-    });
-    return saved || failSave(error);
+    return zal::saveFile(path(), *state().stream, *flacfile_) || failSave(error);
 }
 
 // Basic fields
 
 ZALNullableString ZALTagFLAC::artist() const {
-    const auto artist = basicField(*flacfile_->comment, &XiphComment::artist);
+    const auto artist = basicField(*flacfile_, &XiphComment::artist);
     return artist ? artist : ZALTagID3::artist();
 }
 void ZALTagFLAC::setArtist(const ZALNullableString& artist) {
-    flacfile_->comment->setArtist(zal::TagLibString(artist));
+    flacfile_->comment().setArtist(zal::TagLibString(artist));
     ZALTagID3::setArtist(artist);
 }
 
 ZALNullableString ZALTagFLAC::album() const {
-    const auto album = basicField(*flacfile_->comment, &XiphComment::album);
+    const auto album = basicField(*flacfile_, &XiphComment::album);
     return album ? album : ZALTagID3::album();
 }
 void ZALTagFLAC::setAlbum(const ZALNullableString& album) {
-    flacfile_->comment->setAlbum(zal::TagLibString(album));
+    flacfile_->comment().setAlbum(zal::TagLibString(album));
     ZALTagID3::setAlbum(album);
 }
 
 ZALNullableString ZALTagFLAC::title() const {
-    const auto title = basicField(*flacfile_->comment, &XiphComment::title);
+    const auto title = basicField(*flacfile_, &XiphComment::title);
     return title ? title : ZALTagID3::title();
 }
 void ZALTagFLAC::setTitle(const ZALNullableString& title) {
-    flacfile_->comment->setTitle(zal::TagLibString(title));
+    flacfile_->comment().setTitle(zal::TagLibString(title));
     ZALTagID3::setTitle(title);
 }
 
 // Genre and year are not written to the ID3 tags, as the files have it.
 
 ZALNullableString ZALTagFLAC::genre() const {
-    const auto genre = basicField(*flacfile_->comment, &XiphComment::genre);
+    const auto genre = basicField(*flacfile_, &XiphComment::genre);
     return genre ? genre : ZALTagID3::genre();
 }
 void ZALTagFLAC::setGenre(const ZALNullableString& genre) {
-    flacfile_->comment->setGenre(zal::TagLibString(genre));
+    flacfile_->comment().setGenre(zal::TagLibString(genre));
 }
 
 std::int64_t ZALTagFLAC::year() const {
-    return flacfile_->comment->year();
+    for (const zal::XiphStore& store : flacfile_->comments()) {
+        if (store.comment().year() != 0) return store.comment().year();
+    }
+    return 0;
 }
 void ZALTagFLAC::setYear(std::int64_t year) {
-    flacfile_->comment->setYear(zal::clampedUnsigned(year));
+    flacfile_->comment().setYear(zal::clampedUnsigned(year));
 }
 
 // Comments
 
 ZALNullableString ZALTagFLAC::comment() const {
     // TagLib's own field is "DESCRIPTION" where the file has one.
-    if (const auto comment = basicField(*flacfile_->comment, &XiphComment::comment)) return comment;
-    const auto comment = nonEmptyField(*flacfile_->comment, commentField);
+    if (const auto comment = basicField(*flacfile_, &XiphComment::comment)) return comment;
+    const auto comment = nonEmptyField(*flacfile_, commentField);
     return comment ? comment : ZALTagID3::comment();
 }
 void ZALTagFLAC::setComment(const ZALNullableString& comment) {
-    flacfile_->comment->setComment(zal::TagLibString(comment));
-    zal::setFieldText(*flacfile_->comment, commentField, zal::TagLibString(comment));
+    flacfile_->comment().setComment(zal::TagLibString(comment));
+    zal::setFieldText(flacfile_->comment(), commentField, zal::TagLibString(comment));
     ZALTagID3::setComment(comment);
 }
 
@@ -177,28 +185,28 @@ ZALArray<ZALTagComment> ZALTagFLAC::allComments() const {
 // Fields of DJ programs
 
 std::int64_t ZALTagFLAC::tempo() const {
-    const std::int64_t tempo = numberField(*flacfile_->comment, tempoField);
+    const std::int64_t tempo = numberField(*flacfile_, tempoField);
     return tempo > 0 ? tempo : ZALTagID3::tempo();
 }
 void ZALTagFLAC::setTempo(std::int64_t tempo) {
-    setNumberField(*flacfile_->comment, tempoField, tempo);
+    setNumberField(flacfile_->comment(), tempoField, tempo);
     ZALTagID3::setTempo(tempo);
 }
 
 ZALNullableString ZALTagFLAC::initialKey() const {
-    const auto key = nonEmptyField(*flacfile_->comment, keyField);
+    const auto key = nonEmptyField(*flacfile_, keyField);
     return key ? key : ZALTagID3::initialKey();
 }
 void ZALTagFLAC::setInitialKey(const ZALNullableString& key) {
-    zal::setFieldText(*flacfile_->comment, keyField, zal::TagLibString(key));
+    zal::setFieldText(flacfile_->comment(), keyField, zal::TagLibString(key));
     ZALTagID3::setInitialKey(key);
 }
 
 std::int64_t ZALTagFLAC::energyLevel() const {
-    const std::int64_t level = numberField(*flacfile_->comment, energyField);
+    const std::int64_t level = numberField(*flacfile_, energyField);
     return level > 0 ? level : ZALTagID3::tempo();  // the tempo, not the energy level, as the files have it
 }
 void ZALTagFLAC::setEnergyLevel(std::int64_t level) {
-    setNumberField(*flacfile_->comment, energyField, level);
+    setNumberField(flacfile_->comment(), energyField, level);
     ZALTagID3::setEnergyLevel(level);
 }

@@ -18,12 +18,12 @@ using TagLib::FLAC::Picture;
 
 class Blocks final : public zal::ArtworkContainer {
   public:
-    explicit Blocks(TagLib::FLAC::File& file) : file_(file) {}
+    explicit Blocks(zal::FLACFile& file) : file_(file) {}
 
     std::vector<zal::StoredPicture> pictures(bool) const override {
         std::vector<zal::StoredPicture> out;
-        // Each is a picture: TagLib lists only the blocks that are, so none is left out, or logged.
-        for (const Picture* picture : file_.pictureList()) {
+        // Each is a picture: only the blocks that are are listed, so none is left out, or logged.
+        for (const auto& picture : file_.pictures()) {
             out.push_back({zal::viewOf(picture->data()), zal::stringWithTagLibString(picture->mimeType()),
                            static_cast<std::uint32_t>(picture->type())});
         }
@@ -32,11 +32,11 @@ class Blocks final : public zal::ArtworkContainer {
 
     bool canBackUp() const override { return true; }
 
-    void clear() override { file_.removePictures(); }
+    void clear() override { file_.removeAllPictures(); }
 
     // The MIME type stays what it was, whatever the new bytes are, as the files have it.
-    void replaceFirst(ZALData data, std::optional<std::uint32_t> type) override {
-        Picture* picture = file_.pictureList().front();
+    void replace(std::size_t index, ZALData data, std::optional<std::uint32_t> type) override {
+        Picture* picture = file_.pictures()[index].get();
         picture->setData(zal::TagLibBytes(data));
         if (type) picture->setType(static_cast<Picture::Type>(*type));
     }
@@ -44,26 +44,26 @@ class Blocks final : public zal::ArtworkContainer {
     void setPictures(std::vector<zal::NewPicture> pictures) override {
         file_.removePictures();
         for (const zal::NewPicture& picture : pictures) {
-            auto* block = new Picture;
+            auto block = std::make_unique<Picture>();
             block->setMimeType(zal::TagLibString(picture.mimeType));
             block->setData(zal::TagLibBytes(picture.data));
             block->setType(static_cast<Picture::Type>(picture.type));
-            file_.addPicture(block);
+            file_.addPicture(std::move(block));
         }
     }
 
   private:
-    TagLib::FLAC::File& file_;
+    zal::FLACFile& file_;
 };
 
 }  // namespace
 
 zal::Artwork ZALTagFLAC::artwork() const {
-    return {std::make_unique<Blocks>(*flacfile_->file), zal::flacArtwork};
+    return {std::make_unique<Blocks>(*flacfile_), zal::flacArtwork};
 }
 
 bool ZALTagFLAC::hasImages() const {
-    return !flacfile_->file->pictureList().isEmpty();
+    return !flacfile_->pictures().empty();
 }
 bool ZALTagFLAC::replaceOriginalImage(const ZALImagePtr& image) {
     return artwork().replaceOriginalImage(image);

@@ -26,12 +26,12 @@ bool hasFieldNotBeginningWith(const XiphComment& comment, const char* word) {
 // The library's own records
 
 std::optional<ZALJSONValue> ZALTagFLAC::storedXiphDictionary(const std::string& xiphName) const {
-    return zal::recordDictionaryOf(zal::fieldText(*flacfile_->comment, xiphName));
+    return zal::recordDictionaryOf(zal::fieldText(*flacfile_, xiphName));
 }
 
 void ZALTagFLAC::setZalTagPropertyXiphName(const ZALTagCustomProperty* record, const std::string& xiphName) {
-    const ZALData stored = zal::storedRecord(record).value_or(ZALData());
-    zal::setFieldText(*flacfile_->comment, xiphName, zal::carrierText(stored));
+    const ZALNullableData stored = zal::storedRecord(record);
+    if (stored) zal::setFieldText(flacfile_->comment(), xiphName, zal::carrierText(*stored));
 }
 
 std::optional<ZALTagKey> ZALTagFLAC::zalKey() const {
@@ -82,12 +82,12 @@ void ZALTagFLAC::setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& r
 // Serato
 
 std::optional<ZALTagSeratoMarker> ZALTagFLAC::seratoMarker() const {
-    const auto payload = zal::payloadOf(zal::fieldText(*flacfile_->comment, zal::markers2Carrier.field));
+    const auto payload = zal::payloadOf(zal::fieldText(*flacfile_, zal::markers2Carrier.field));
     return zal::readSeratoMarker(payload, zal::SeratoForm::encoded);
 }
 
 std::optional<ZALTagSeratoGrid> ZALTagFLAC::seratoGrid() const {
-    const auto payload = zal::payloadOf(zal::fieldText(*flacfile_->comment, zal::seratoGridCarrier.field));
+    const auto payload = zal::payloadOf(zal::fieldText(*flacfile_, zal::seratoGridCarrier.field));
     return zal::readSeratoGrid(payload, zal::SeratoForm::encoded);
 }
 
@@ -97,16 +97,16 @@ void ZALTagFLAC::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
 }
 
 void ZALTagFLAC::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    if (cuePoints.empty()) return zal::setFieldText(*flacfile_->comment, zal::markers2Carrier.field, {});
+    if (cuePoints.empty()) return zal::setFieldText(flacfile_->comment(), zal::markers2Carrier.field, {});
     const ZALNullableData data = zal::renderedSeratoMarker(
         zal::seratoMarkerWithCuePoints(seratoMarker(), cuePoints), zal::SeratoForm::encoded);
-    if (data) zal::setFieldText(*flacfile_->comment, zal::markers2Carrier.field, zal::carrierText(*data));
+    if (data) zal::setFieldText(flacfile_->comment(), zal::markers2Carrier.field, zal::carrierText(*data));
 }
 
 bool ZALTagFLAC::hasSeratoMetadata() const {
-    return hasFieldNotBeginningWith(*flacfile_->comment, "SERATO");
+    return hasFieldNotBeginningWith(flacfile_->comment(), "SERATO");
 }
 
 bool ZALTagFLAC::hasTraktorMetadata() const {
-    return hasFieldNotBeginningWith(*flacfile_->comment, "TRAKTOR");
+    return hasFieldNotBeginningWith(flacfile_->comment(), "TRAKTOR");
 }

@@ -30,8 +30,6 @@ void removeItem(TagLib::MP4::Tag& tag, const std::string& name) {
 
 namespace {
 
-using TagLib::MP4::ItemMap;
-
 constexpr char tempoItem[] = "tmpo";
 constexpr char keyItem[] = "----:com.apple.iTunes:initialkey";
 constexpr char energyItem[] = "----:com.apple.iTunes:energylevel";
@@ -42,17 +40,6 @@ ZALNullableString basicField(const TagLib::MP4::Tag& tag, const char* item,
                              TagLib::String (TagLib::MP4::Tag::*field)() const) {
     if (!tag.contains(item)) return std::nullopt;
     return zal::stringWithTagLibString((tag.*field)());
-}
-
-// Gives a tag the items of another, and no others.
-void takeOverItems(TagLib::MP4::Tag& tag, const ItemMap& items) {
-    const ItemMap old = tag.itemMap();
-    for (const auto& [name, item] : old) {
-        if (!items.contains(name)) tag.removeItem(name);
-    }
-    for (const auto& [name, item] : items) {
-        tag.setItem(name, item);
-    }
 }
 
 }  // namespace
@@ -90,40 +77,21 @@ std::shared_ptr<ZALTagMP4> ZALTagMP4::initWithPath(const ZALNullableString& path
 bool ZALTagMP4::openMP4(const std::string& path, bool readOnly) {
     state_->stream = zal::TagLibStream::open(path, readOnly);
     if (state_->stream == nullptr) return false;
-    state_->file = zal::mp4File(*state_->stream);
+    state_->file = zal::MP4File::open(*state_->stream);
     if (state_->file == nullptr) return false;
-    state_->tag = state_->file->tag();
-    if (state_->tag != nullptr) return true;
-    zal::logf("-[ZALTagMP4 initWithPath:readOnly:]: no MP4 tag found in '{}'", path);
-    return false;
+    state_->tag = &state_->file->tag();
+    return true;
 }
 
 bool ZALTagMP4::readOnly() const {
-    return state_->file->readOnly();
+    return state_->stream->readOnly();
 }
 
 // Saving
 
 bool ZALTagMP4::save(ZALError* error) {
     if (!ZALTag::save(error)) return false;
-    const bool saved = zal::saveTag(path(), *state_->stream, [this] { return writeMP4(); });
-    return saved || failSave(error);
-}
-
-bool ZALTagMP4::writeMP4() {
-    State& s = *state_;
-    if (s.wasSaved && !s.renewFile()) return false;
-    s.wasSaved = true;
-    return zal::writeMP4File(*s.file, zal::describe(path()));
-}
-
-bool ZALTagMP4::State::renewFile() {
-    auto fresh = zal::mp4File(*stream);
-    if (fresh == nullptr) return false;
-    takeOverItems(*fresh->tag(), tag->itemMap());
-    tag = fresh->tag();
-    file = std::move(fresh);
-    return true;
+    return zal::saveFile(path(), *state_->stream, *state_->file) || failSave(error);
 }
 
 // Basic fields
@@ -180,7 +148,7 @@ std::int64_t ZALTagMP4::tempo() const {
     return state_->tag->contains(tempoItem) ? state_->tag->item(tempoItem).toInt() : 0;
 }
 void ZALTagMP4::setTempo(std::int64_t tempo) {
-    state_->tag->setItem(tempoItem, static_cast<int>(std::clamp<std::int64_t>(tempo, INT16_MIN, INT16_MAX)));
+    state_->tag->setItem(tempoItem, static_cast<int>(std::clamp<std::int64_t>(tempo, 0, UINT16_MAX)));
 }
 
 ZALNullableString ZALTagMP4::initialKey() const {

@@ -32,12 +32,12 @@ class Covers final : public zal::ArtworkContainer {
 
     void clear() override { tag_.removeItem(coverItem); }
 
-    void replaceFirst(ZALData data, std::optional<std::uint32_t>) override {
+    void replace(std::size_t index, ZALData data, std::optional<std::uint32_t>) override {
         std::vector<zal::NewPicture> all;
         for (const zal::StoredPicture& picture : pictures(false)) {
             all.push_back({.data = {picture.data.begin(), picture.data.end()}});
         }
-        all.front().data = std::move(data);
+        all[index].data = std::move(data);
         setPictures(std::move(all));
     }
 

@@ -8,6 +8,8 @@
 #include "records/SeratoCuePoints.h"
 #include "records/StoredRecord.h"
 
+#include <tfile.h>
+
 #include <algorithm>
 #include <string_view>
 
@@ -34,6 +36,16 @@ bool mayHoldTraktorMark(zal::TagLibStream& stream) {
     }
 }
 
+// TagLib's search is that of its files.
+class SearchedFile final : public TagLib::File {
+  public:
+    explicit SearchedFile(TagLib::IOStream& stream) : File(&stream) {}
+
+    TagLib::Tag* tag() const override { return nullptr; }
+    TagLib::AudioProperties* audioProperties() const override { return nullptr; }
+    bool save() override { return false; }
+};
+
 ZALNullableData payloadOfItem(const TagLib::MP4::Tag& tag, const std::string& name) {
     return zal::payloadOf(zal::itemText(tag, name));
 }
@@ -48,7 +60,9 @@ std::optional<ZALJSONValue> ZALTagMP4::storedDictionary(const std::string& atomN
 
 void ZALTagMP4::setZalTagPropertyAtomName(const ZALTagCustomProperty* record, const std::string& atomName) {
     if (atomName.empty()) return;
-    if (const ZALNullableData stored = zal::storedRecord(record)) {
+    const ZALNullableData stored = zal::storedRecord(record);
+    if (!stored) return;
+    if (!stored->empty()) {
         zal::setItemText(*state_->tag, atomName, zal::carrierText(*stored));
     } else {
         zal::removeItem(*state_->tag, atomName);
@@ -150,5 +164,5 @@ bool ZALTagMP4::hasSeratoMetadata() const {
 
 bool ZALTagMP4::hasTraktorMetadata() const {
     return mayHoldTraktorMark(*state_->stream) &&
-           state_->file->find(traktorMark.data(), traktorOffset, traktorEnd.data()) >= 0;
+           SearchedFile(*state_->stream).find(traktorMark.data(), traktorOffset, traktorEnd.data()) >= 0;
 }

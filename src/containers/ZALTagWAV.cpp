@@ -1,9 +1,8 @@
 #include <zaltag/containers/ZALTagWAV.h>
 
 #include "base/Numbers.h"
-#include "containers/ContainerFiles.h"
 #include "containers/ProcessingRecord.h"
-#include "id3/FormChunks.h"
+#include "id3/FormFile.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
 #include "id3/TagLibText.h"
@@ -16,47 +15,24 @@
 
 namespace {
 
-using InfoTag = TagLib::RIFF::Info::Tag;
-using TagLib::RIFF::WAV::ZALFile;
-
 constexpr char titleID[] = "INAM";
 constexpr char artistID[] = "IART";
 constexpr char albumID[] = "IPRD";
 constexpr char genreID[] = "IGNR";
 constexpr char commentID[] = "ICMT";
 
-// A vector, since TagLib's list deletes its frames when a shared copy of it goes.
-std::vector<TagLib::ID3v2::Frame*> framesOf(const TagLib::ID3v2::Tag& tag) {
-    return {tag.frameList().begin(), tag.frameList().end()};
+// Null when no list has such a field.
+ZALNullableString infoText(const zal::FormFile* file, const char* id) {
+    if (file == nullptr) return std::nullopt;
+    for (const zal::InfoList& list : file->infos()) {
+        if (list.tag().fieldListMap().contains(id))
+            return zal::stringWithTagLibString(list.tag().fieldText(id));
+    }
+    return std::nullopt;
 }
 
-void moveFrames(TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to) {
-    for (TagLib::ID3v2::Frame* frame : framesOf(to)) {
-        to.removeFrame(frame);
-    }
-    for (TagLib::ID3v2::Frame* frame : framesOf(from)) {
-        from.removeFrame(frame, false);
-        to.addFrame(frame);
-    }
-}
-
-void copyFields(const InfoTag& from, InfoTag& to) {
-    for (const auto& [id, text] : to.fieldListMap()) {
-        to.removeField(id);
-    }
-    for (const auto& [id, text] : from.fieldListMap()) {
-        to.setFieldText(id, text);
-    }
-}
-
-// Null when the list has no such field.
-ZALNullableString infoText(const ZALFile* file, const char* id) {
-    if (file == nullptr || !file->InfoTag()->fieldListMap().contains(id)) return std::nullopt;
-    return zal::stringWithTagLibString(file->InfoTag()->fieldText(id));
-}
-
-void setInfoText(const ZALFile* file, const char* id, const ZALNullableString& text) {
-    if (file != nullptr) file->InfoTag()->setFieldText(id, zal::TagLibString(text));
+void setInfoText(zal::FormFile* file, const char* id, const ZALNullableString& text) {
+    if (file != nullptr) file->info().setFieldText(id, zal::TagLibString(text));
 }
 
 // A text of the ID3v2 tag, or the one of the INFO list where that has nothing to say.
@@ -122,36 +98,37 @@ bool ZALTagWAV::openWAV(const std::string& path, bool readOnly) {
     openedReadOnly_ = readOnly;
     s.stream = zal::TagLibStream::open(path, readOnly);
     if (s.stream == nullptr) return false;
-    wavfile_ = zal::wavFile(*s.stream);
+    wavfile_ = zal::FormFile::openWAV(*s.stream);
     if (wavfile_ == nullptr) return false;
-    s.v2Tag = wavfile_->tag();
-    if (s.v2Tag == nullptr) {
-        zal::logf("-[ZALTagWAV initWithPath:readOnly:]: no WAV tag found in '{}'", path);
-        return false;
-    }
-    pnTag_ = readPNTag(path);
+    s.setV2Tags(wavfile_->v2Tags());
+    recordInFile_ = pnTag_ = readPNTag(path);
     return true;
 }
 
 bool ZALTagWAV::readOnly() const {
-    return wavfile_ != nullptr && wavfile_->readOnly();
+    return wavfile_ != nullptr && state().stream->readOnly();
 }
 
 // Saving
 
 bool ZALTagWAV::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
-    if (wavfile_ == nullptr || state().v2Tag == nullptr) return failSave(error);
+    if (wavfile_ == nullptr) return failSave(error);
     if (isOutdated_) reopen();
-    const auto saved =
-        zal::saveForm(path(), *state().stream, zal::FormKind::riff, [this] { return wavfile_->save(); });
+    const bool writesRecord = pnTag_ && path() && !isInFile(*pnTag_);
+    if (writesRecord) wavfile_->setSizes();
+    bool isRefused = false;
+    bool isSaved = zal::saveFile(path(), *state().stream, *wavfile_, isRefused);
     // The record is written also where the tags could not be.
-    if (saved != zal::FormSave::refused) saveRecord();
-    return saved == zal::FormSave::done || failSave(error);
+    if (writesRecord && !isRefused) isSaved = saveRecord() && isSaved;
+    return isSaved || failSave(error);
 }
 
-void ZALTagWAV::saveRecord() {
-    if (!pnTag_ || !path()) return;
+bool ZALTagWAV::isInFile(const ZALTagVelvetCascade& record) const {
+    return recordInFile_ && recordInFile_->JSONDict() == record.JSONDict();
+}
+
+bool ZALTagWAV::saveRecord() {
     std::string failure;
     try {
         if (!state().stream->isCurrent()) {
@@ -168,23 +145,20 @@ void ZALTagWAV::saveRecord() {
     if (!failure.empty()) {
         zal::logf("could not write the processing record of '{}': {}", zal::describe(path()), failure);
     }
+    const bool isWritten = isOutdated_;
+    if (isWritten) recordInFile_ = pnTag_;
     if (isOutdated_) reopen();
+    return isWritten;
 }
 
-// After the record was written the stream stands on a file that is gone, and TagLib's table of chunks is that
-// of the old one. What was set is taken along.
+// After the record was written the stream stands on a file that is gone.
 void ZALTagWAV::reopen() {
     State& s = state();
     try {
         auto stream = zal::TagLibStream::open(s.stream->name(), openedReadOnly_);
         // The next save tries again, also where the file could only be opened for reading now.
         if (stream == nullptr || stream->readOnly() != s.stream->readOnly()) return;
-        auto file = zal::wavFile(*stream);
-        if (file == nullptr || file->tag() == nullptr) return;
-        moveFrames(*wavfile_->tag(), *file->tag());
-        copyFields(*wavfile_->InfoTag(), *file->InfoTag());
-        s.v2Tag = file->tag();
-        wavfile_.swap(file);  // the old file is destroyed before its stream
+        if (!wavfile_->moveTo(*stream)) return;
         s.stream.swap(stream);
         isOutdated_ = false;
     } catch (const std::exception& exception) {
@@ -290,10 +264,14 @@ void ZALTagWAV::setInfoComment(const ZALNullableString& comment) {
 }
 
 unsigned int ZALTagWAV::infoYear() const {
-    return wavfile_ != nullptr ? wavfile_->InfoTag()->year() : 0;
+    if (wavfile_ == nullptr) return 0;
+    for (const zal::InfoList& list : wavfile_->infos()) {
+        if (list.tag().year() != 0) return list.tag().year();
+    }
+    return 0;
 }
 void ZALTagWAV::setInfoYear(unsigned int year) {
-    if (wavfile_ != nullptr) wavfile_->InfoTag()->setYear(year);
+    if (wavfile_ != nullptr) wavfile_->info().setYear(year);
 }
 
 // Properties by key

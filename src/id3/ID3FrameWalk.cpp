@@ -105,16 +105,20 @@ class Frames {
                (idSize == 3 || isOfID(id[3]) || (version_ == 3 && id[3] == 0));
     }
 
-    const unsigned version_;
+    unsigned version_;
 };
 
-class FrameWalk {
-  public:
-    FrameWalk(const TagLib::ID3v2::Header& header, std::size_t length)
-        : frames_(header.majorVersion()),
-          decodesAll_(header.unsynchronisation()),
-          contentMax_((limits::id3ChapterNesting + 1) * std::uint64_t{length}) {}
+}  // namespace
 
+class FrameGuard::Walk {
+  public:
+    bool takes(ZALDataView frame, unsigned version) {
+        frames_ = Frames(version);
+        contentMax_ += (limits::id3ChapterNesting + 1) * std::uint64_t{frame.size()};
+        return walk(frame, {0}, 0);
+    }
+
+  private:
     bool walk(ZALDataView frames, std::set<std::size_t> places, int depth) {
         if (depth > limits::id3ChapterNesting) return false;
         while (!places.empty()) {
@@ -137,12 +141,11 @@ class FrameWalk {
         return true;
     }
 
-  private:
     // `body` is everything behind the frame's header: TagLib goes by what the frame says that its content is,
     // and by that alone.
     bool isSafe(ZALDataView body, const FrameHeader& header, std::size_t length, int depth) {
         ByteVector decoded;
-        if (frames_.version() > 3 && (decodesAll_ || header.isUnsynchronised)) {
+        if (header.isUnsynchronised) {
             const ZALDataView stored = body.first(std::min(length, body.size()));
             decoded_ += stored.size();
             if (decoded_ > contentMax_) return false;
@@ -163,7 +166,7 @@ class FrameWalk {
         if (!takesLittle(content, header)) return false;
         if (!header.isChapter() || header.isEncrypted) return true;
         const std::size_t embedded = behindHead(content, header.id == "CTOC");
-        return searched_ <= searchMax_ && walk(content, {embedded}, depth + 1);
+        return searched_ <= searchMax() && walk(content, {embedded}, depth + 1);
     }
 
     // Adds up what frames hold: a content can be said to reach into the frames behind it.
@@ -172,7 +175,7 @@ class FrameWalk {
         if (header.isText() && !content.empty()) parts_ += partsOf(content);
         if (header.isGenre()) genres_ += content.size();
         if (header.isLyrics()) followLines(content);
-        return content_ <= contentMax_ && searched_ <= searchMax_ && parts_ <= limits::id3TextParts &&
+        return content_ <= contentMax_ && searched_ <= searchMax() && parts_ <= limits::id3TextParts &&
                genres_ <= limits::id3Genres;
     }
 
@@ -182,7 +185,7 @@ class FrameWalk {
         const auto behind = [&](std::size_t at) {
             return isWide ? behindWideText(content, at) : behindText(content, at);
         };
-        for (std::size_t at = behind(6); at < content.size() && searched_ <= searchMax_;) {
+        for (std::size_t at = behind(6); at < content.size() && searched_ <= searchMax();) {
             at = behind(at) + 4;
         }
     }
@@ -248,10 +251,10 @@ class FrameWalk {
         return true;
     }
 
-    const Frames frames_;
-    const bool decodesAll_;
-    const std::uint64_t contentMax_;
-    const std::uint64_t searchMax_ = contentMax_ + (1 << 20);
+    std::uint64_t searchMax() const { return contentMax_ + (1 << 20); }
+
+    Frames frames_{4};
+    std::uint64_t contentMax_ = 0;
     unsigned count_ = 0;
     std::uint64_t content_ = 0;
     std::uint64_t decoded_ = 0;
@@ -261,12 +264,11 @@ class FrameWalk {
     std::uint64_t inflated_ = 0;
 };
 
-}  // namespace
+FrameGuard::FrameGuard() : walk_(std::make_unique<Walk>()) {}
+FrameGuard::~FrameGuard() = default;
 
-bool hasSafeFrames(ZALDataView frames, const TagLib::ID3v2::Header& header) {
-    std::set<std::size_t> places = {0};
-    if (header.extendedHeader() && frames.size() >= 4) places.insert(syncSafeNumber(frames.first(4)));
-    return FrameWalk(header, frames.size()).walk(frames, std::move(places), 0);
+bool FrameGuard::takes(ZALDataView frame, unsigned version) {
+    return walk_->takes(frame, version);
 }
 
 }  // namespace zal

@@ -2,13 +2,25 @@
 
 #include <zaltag/base/ZALData.h>
 
-#include <id3v2header.h>
+#include <memory>
 
 namespace zal {
 
-/// Follows the frames of an ID3v2 tag the way TagLib does, without making any: false when that would overflow
-/// the stack or take more memory than the tag's length justifies. The bytes are those behind the tag's
-/// header, decoded when the tag is unsynchronised as a whole (up to version 2.3).
-bool hasSafeFrames(ZALDataView frames, const TagLib::ID3v2::Header& header);
+/// Follows what TagLib is going to do with the frames of a tag, without making any, and adds it up.
+class FrameGuard {
+  public:
+    FrameGuard();
+    ~FrameGuard();
+
+    /// Takes one frame in the form of a version, header and all. False when TagLib must not make frames of
+    /// all that was taken so far: that would overflow the stack or take more memory than their length
+    /// justifies.
+    bool takes(ZALDataView frame, unsigned version);
+
+  private:
+    class Walk;
+
+    std::unique_ptr<Walk> walk_;
+};
 
 }  // namespace zal

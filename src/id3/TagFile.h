@@ -6,6 +6,8 @@
 #include <zaltag/base/ZALText.h>
 
 #include <exception>
+#include <string>
+#include <utility>
 
 // What every back-end does around TagLib when it opens and saves a file.
 
@@ -31,17 +33,41 @@ auto openTag(const char* operation, const ZALNullableString& path, bool accepted
     }
 }
 
-/// Saves for save(): `write` has TagLib write, then the stream is committed. False, with a log line, when
-/// that throws.
+/// Saves for save(): `write` puts what changes into the stream, which is then committed. False, with a log
+/// line, when that throws. What could not be saved is taken out of the stream again.
 template <typename Write>
 bool saveTag(const ZALNullableString& path, TagLibStream& stream, Write write) {
+    bool isSaved = false;
     try {
-        return write() && stream.commit();
+        isSaved = write() && stream.commit();
     } catch (const std::exception& exception) {
         logf("could not save '{}': {}", describe(path), exception.what());
-        stream.giveUp(exception.what());  // TagLib may have written half of it
-        return false;
     }
+    if (!isSaved) stream.revert();
+    return isSaved;
+}
+
+/// Has a file put what changed into its stream and commits it. False, with one log line, when that fails;
+/// `isRefused` tells that the file is of a kind that cannot be saved.
+template <typename File, typename... Arguments>
+bool saveFile(const ZALNullableString& path, TagLibStream& stream, File& file, bool& isRefused,
+              Arguments&&... arguments) {
+    const bool isSaved = saveTag(path, stream, [&] {
+        const std::string refusal =
+            stream.canCommit() ? file.write(std::forward<Arguments>(arguments)...) : std::string();
+        isRefused = !refusal.empty() && stream.canCommit();
+        if (isRefused) logf("could not save '{}': {}", describe(path), refusal);
+        return !isRefused;  // the commit says what else is wrong
+    });
+    if (isSaved) file.accept();
+    return isSaved;
+}
+
+/// The same for who does not ask why.
+template <typename File, typename... Arguments>
+bool saveFile(const ZALNullableString& path, TagLibStream& stream, File& file, Arguments&&... arguments) {
+    bool isRefused = false;
+    return saveFile(path, stream, file, isRefused, std::forward<Arguments>(arguments)...);
 }
 
 }  // namespace zal

@@ -30,8 +30,17 @@ bool TagLibStream::commit() {
     return file_->commit();
 }
 
+void TagLibStream::revert() {
+    kept_.clear();
+    file_->revert();
+}
+
 bool TagLibStream::isCurrent() {
     return file_->isCurrent();
+}
+
+bool TagLibStream::canCommit() const {
+    return file_->canCommit();
 }
 
 void TagLibStream::giveUp(const std::string& reason) {

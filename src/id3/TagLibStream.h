@@ -26,8 +26,12 @@ class TagLibStream final : public TagLib::IOStream {
     /// and a later commit goes on from the same edits. A read-only stream gives false. SafeFile says what
     /// stays and what a commit refuses.
     bool commit();
+    /// Forgets what was written since the last commit.
+    void revert();
     /// Whether the file under the path still is the one the stream stands on, changed by nobody else.
     bool isCurrent();
+    /// False when every later commit fails: for what could not be read or kept.
+    bool canCommit() const;
     /// Makes every later commit fail: for a save that TagLib broke off half-way, by an exception.
     void giveUp(const std::string& reason);
 

@@ -1,7 +1,6 @@
 #include <zaltag/id3/ZALTagAIFF.h>
 
-#include "id3/FormChunks.h"
-#include "id3/ID3Files.h"
+#include "id3/FormFile.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
 #include "tag/ZALTagBackEnds.h"
@@ -38,22 +37,18 @@ bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
     if (s.stream == nullptr) return false;
-    aifffile_ = zal::aiffFile(*s.stream);
+    aifffile_ = zal::FormFile::openAIFF(*s.stream);
     if (aifffile_ == nullptr) return false;
-    s.v2Tag = aifffile_->tag();
-    if (s.v2Tag != nullptr) return true;
-    zal::logf("-[ZALTagAIFF initWithPath:readOnly:]: no AIFF/ID3 tag found in '{}'", path);
-    return false;
+    s.setV2Tags(aifffile_->v2Tags());
+    return true;
 }
 
 bool ZALTagAIFF::readOnly() const {
-    return aifffile_ != nullptr && aifffile_->readOnly();
+    return aifffile_ != nullptr && state().stream->readOnly();
 }
 
 bool ZALTagAIFF::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
-    if (aifffile_ == nullptr || state().v2Tag == nullptr) return failSave(error);
-    const auto saved =
-        zal::saveForm(path(), *state().stream, zal::FormKind::form, [this] { return aifffile_->save(); });
-    return saved == zal::FormSave::done || failSave(error);
+    if (aifffile_ == nullptr) return failSave(error);
+    return zal::saveFile(path(), *state().stream, *aifffile_) || failSave(error);
 }

@@ -2,10 +2,10 @@
 
 #include "base/Numbers.h"
 #include "base/Unicode.h"
-#include "id3/ID3Files.h"
 #include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
+#include "id3/TagFilling.h"
 #include "id3/TagLibText.h"
 #include "tag/ZALTagBackEnds.h"
 
@@ -21,20 +21,18 @@ using TagLib::ID3v2::UserTextIdentificationFrame;
 
 constexpr char energyDescription[] = "EnergyLevel";
 
-// A basic field: from the ID3v2 tag, or from the ID3v1 tag where that has nothing. Null when neither holds
-// it.
-ZALNullableString basicField(const TagLib::ID3v2::Tag* v2, const TagLib::ID3v1::Tag* v1, const char* frameID,
-                             TagLib::String (TagLib::Tag::*field)() const) {
-    if (v2 != nullptr) {
-        const TagLib::String text = (v2->*field)();
+// A basic field: from the first ID3v2 tag that has it, or from the ID3v1 tag. Null when none holds it.
+ZALNullableString basicField(const std::vector<TagLib::ID3v2::Tag*>& v2Tags, const TagLib::ID3v1::Tag* v1,
+                             const char* frameID, TagLib::String (TagLib::Tag::*field)() const) {
+    std::vector<const TagLib::Tag*> tags(v2Tags.begin(), v2Tags.end());
+    if (v1 != nullptr) tags.push_back(v1);
+    for (const TagLib::Tag* tag : tags) {
+        const TagLib::String text = (tag->*field)();
         if (!text.isEmpty()) return zal::stringWithTagLibString(text);
     }
-    if (v1 != nullptr) {
-        const TagLib::String text = (v1->*field)();
-        if (!text.isEmpty()) return zal::stringWithTagLibString(text);
-    }
-    const bool present = v2 != nullptr && !v2->frameList(frameID).isEmpty();
-    return present ? ZALNullableString("") : std::nullopt;
+    const bool isPresent = std::ranges::any_of(
+        v2Tags, [frameID](const TagLib::ID3v2::Tag* tag) { return !tag->frameList(frameID).isEmpty(); });
+    return isPresent ? ZALNullableString("") : std::nullopt;
 }
 
 template <typename Value>
@@ -43,13 +41,6 @@ void setBasicField(TagLib::ID3v2::Tag* v2, TagLib::ID3v1::Tag* v1, const char* i
     if (v2 != nullptr) zal::makeWayForText(*v2, id);
     if (v2 != nullptr) (v2->*set)(value);
     if (v1 != nullptr) (v1->*set)(value);
-}
-
-// A genre stored as a number of the ID3v1 list becomes its name.
-void normalizeGenre(TagLib::ID3v2::Tag& tag) {
-    const auto* frame = dynamic_cast<TextIdentificationFrame*>(zal::firstFrame(tag, "TCON"));
-    if (frame == nullptr) return;  // one that cannot be read would be lost by setting it
-    tag.setGenre(tag.genre());
 }
 
 bool isASCII(const std::string& text) {
@@ -92,17 +83,15 @@ bool ZALTagID3::openMP3(const std::string& path, bool readOnly) {
     State& s = state();
     s.stream = zal::TagLibStream::open(path, readOnly);
     if (s.stream == nullptr) return false;
-    s.file = zal::mpegFile(*s.stream);
+    s.file = zal::MP3File::open(*s.stream);
     if (s.file == nullptr) return false;
-    s.v1Tag = s.file->ID3v1Tag(false);
-    if (s.v1Tag != nullptr && s.v1Tag->isEmpty()) s.v1Tag = nullptr;
-    s.v2Tag = s.file->ID3v2Tag(true);
-    normalizeGenre(*s.v2Tag);
+    if (const auto* v1 = s.file->v1(); v1 != nullptr && !v1->tag().isEmpty()) s.v1Tag = &s.file->v1()->tag();
+    s.setV2Tags(s.file->v2Tags());
     return true;
 }
 
 bool ZALTagID3::readOnly() const {
-    return state().file != nullptr && state().file->readOnly();
+    return state().file != nullptr && state().stream->readOnly();
 }
 bool ZALTagID3::hasID3v1Tag() const {
     return state().v1Tag != nullptr;
@@ -122,57 +111,48 @@ TagLib::ID3v2::Tag* ZALTagID3::v2Tag() const {
 bool ZALTagID3::save(ZALError* error) {
     if (!ZALTag::save(error)) return false;
     if (state().file == nullptr) return true;  // the other containers save themselves after this call
-    if (!zal::saveTag(path(), *state().stream, [this] { return writeMP3(); })) return failSave(error);
-    state().requiresSaving = false;
+    State& s = state();
+    if (!zal::saveFile(path(), *s.stream, *s.file, shouldStripID3v1Tag(), [this] { return fillID3v2(); }))
+        return failSave(error);
+    s.requiresSaving = false;
     return true;
 }
 
-bool ZALTagID3::writeMP3() {
-    State& s = state();
-    // The ID3v1 tag goes first: stripping, below, may take it away again.
-    if (s.v1Tag != nullptr && !writeID3v1()) return false;
-    const auto strip = shouldStripID3v1Tag() ? TagLib::File::StripOthers : TagLib::File::StripNone;
-    return zal::writeMP3File(*s.file, *s.stream, zal::describe(path()), TagLib::MPEG::File::ID3v2, strip);
-}
-
-bool ZALTagID3::writeID3v1() {
-    State& s = state();
-    // TagLib fills an empty ID3v1 comment from its own choice among the comment frames. Where that is not the
-    // primary one, a blank keeps it out; the tag in memory stays empty.
-    const bool placeholder = s.v1Tag->comment().isEmpty() &&
-                             zal::stringWithTagLibString(s.v2Tag->comment()) != comment().value_or("");
-    if (placeholder) s.v1Tag->setComment(" ");
-    const bool saved = zal::writeMP3File(*s.file, *s.stream, zal::describe(path()), TagLib::MPEG::File::ID3v1,
-                                         TagLib::File::StripNone);
-    if (placeholder) s.v1Tag->setComment("");
-    return saved;
+bool ZALTagID3::fillID3v2() {
+    const State& s = state();
+    if (s.v1Tag == nullptr) return false;
+    const bool isFilled = zal::fillFromID3v1(*s.file);
+    const std::string comment = zal::stringWithTagLibString(s.v1Tag->comment());
+    if (comment.empty() || !isASCII(comment) || !zal::lacksFrame(*s.file, "COMM")) return isFilled;
+    setPrimaryComment(comment);
+    return true;
 }
 
 // Basic fields
 
 ZALNullableString ZALTagID3::artist() const {
-    return basicField(state().v2Tag, state().v1Tag, "TPE1", &TagLib::Tag::artist);
+    return basicField(state().v2Tags, state().v1Tag, "TPE1", &TagLib::Tag::artist);
 }
 void ZALTagID3::setArtist(const ZALNullableString& artist) {
     setBasicField(state().v2Tag, state().v1Tag, "TPE1", &TagLib::Tag::setArtist, zal::TagLibString(artist));
 }
 
 ZALNullableString ZALTagID3::album() const {
-    return basicField(state().v2Tag, state().v1Tag, "TALB", &TagLib::Tag::album);
+    return basicField(state().v2Tags, state().v1Tag, "TALB", &TagLib::Tag::album);
 }
 void ZALTagID3::setAlbum(const ZALNullableString& album) {
     setBasicField(state().v2Tag, state().v1Tag, "TALB", &TagLib::Tag::setAlbum, zal::TagLibString(album));
 }
 
 ZALNullableString ZALTagID3::title() const {
-    return basicField(state().v2Tag, state().v1Tag, "TIT2", &TagLib::Tag::title);
+    return basicField(state().v2Tags, state().v1Tag, "TIT2", &TagLib::Tag::title);
 }
 void ZALTagID3::setTitle(const ZALNullableString& title) {
     setBasicField(state().v2Tag, state().v1Tag, "TIT2", &TagLib::Tag::setTitle, zal::TagLibString(title));
 }
 
 ZALNullableString ZALTagID3::genre() const {
-    return basicField(state().v2Tag, state().v1Tag, "TCON", &TagLib::Tag::genre);
+    return basicField(state().v2Tags, state().v1Tag, "TCON", &TagLib::Tag::genre);
 }
 void ZALTagID3::setGenre(const ZALNullableString& genre) {
     setBasicField(state().v2Tag, state().v1Tag, "TCON", &TagLib::Tag::setGenre, zal::TagLibString(genre));
@@ -180,8 +160,9 @@ void ZALTagID3::setGenre(const ZALNullableString& genre) {
 
 std::int64_t ZALTagID3::year() const {
     const State& s = state();
-    const unsigned v2Year = s.v2Tag != nullptr ? s.v2Tag->year() : 0;
-    if (v2Year != 0) return v2Year;
+    for (const TagLib::ID3v2::Tag* tag : s.v2Tags) {
+        if (tag->year() != 0) return tag->year();
+    }
     return s.v1Tag != nullptr ? s.v1Tag->year() : 0;
 }
 void ZALTagID3::setYear(std::int64_t year) {
@@ -190,8 +171,13 @@ void ZALTagID3::setYear(std::int64_t year) {
 
 // Fields of the ID3v2 tag alone
 
+ZALNullableString ZALTagID3::textOfFrame(const char* id) const {
+    const auto* tag = state().v2TagWith(id);
+    return tag != nullptr ? zal::textOfFirstFrame(*tag, id) : std::nullopt;
+}
+
 std::int64_t ZALTagID3::tempo() const {
-    const auto* tag = state().v2Tag;
+    const auto* tag = state().v2TagWith("TBPM");
     const auto* frame = tag != nullptr ? zal::firstFrame(*tag, "TBPM") : nullptr;
     return frame != nullptr ? frame->toString().toInt() : 0;
 }
@@ -200,15 +186,17 @@ void ZALTagID3::setTempo(std::int64_t tempo) {
 }
 
 ZALNullableString ZALTagID3::initialKey() const {
-    return state().v2Tag != nullptr ? zal::textOfFirstFrame(*state().v2Tag, "TKEY") : std::nullopt;
+    return textOfFrame("TKEY");
 }
 void ZALTagID3::setInitialKey(const ZALNullableString& key) {
     if (state().v2Tag != nullptr) zal::setTextOfFirstFrame(*state().v2Tag, "TKEY", key);
 }
 
 std::int64_t ZALTagID3::energyLevel() const {
-    auto* tag = state().v2Tag;
-    const auto* frame = tag != nullptr ? UserTextIdentificationFrame::find(tag, energyDescription) : nullptr;
+    const UserTextIdentificationFrame* frame = nullptr;
+    for (TagLib::ID3v2::Tag* tag : state().v2Tags) {
+        if (frame == nullptr) frame = UserTextIdentificationFrame::find(tag, energyDescription);
+    }
     if (frame == nullptr) return 0;
     const TagLib::String values = frame->asProperties()[energyDescription].toString(" ");
     return zal::integerValue(zal::stringWithTagLibString(values));
@@ -231,7 +219,7 @@ void ZALTagID3::setEnergyLevel(std::int64_t level) {
 }
 
 ZALNullableString ZALTagID3::modifiedBy() const {
-    return state().v2Tag != nullptr ? zal::textOfFirstFrame(*state().v2Tag, "TPE4") : std::nullopt;
+    return textOfFrame("TPE4");
 }
 void ZALTagID3::setModifiedBy(const ZALNullableString& name) {
     if (state().v2Tag != nullptr) zal::setOrRemoveFirstFrame(*state().v2Tag, "TPE4", name);
@@ -256,14 +244,14 @@ void ZALTagID3::setGrouping(const ZALNullableString& grouping) {
 }
 
 ZALNullableString ZALTagID3::TIT1Grouping() const {
-    return state().v2Tag != nullptr ? zal::textOfFirstFrame(*state().v2Tag, "TIT1") : std::nullopt;
+    return textOfFrame("TIT1");
 }
 void ZALTagID3::setTIT1Grouping(const ZALNullableString& grouping) {
     if (state().v2Tag != nullptr) zal::setOrRemoveFirstFrame(*state().v2Tag, "TIT1", grouping);
 }
 
 ZALNullableString ZALTagID3::GRP1Grouping() const {
-    const auto* tag = state().v2Tag;
+    const auto* tag = state().v2TagWith("GRP1");
     return tag != nullptr ? zal::textOfGRP1(zal::firstFrame(*tag, "GRP1")) : std::nullopt;
 }
 void ZALTagID3::setGRP1Grouping(const ZALNullableString& grouping) {

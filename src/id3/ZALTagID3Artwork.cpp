@@ -28,13 +28,14 @@ void logNoPicture() {
 // go.
 class Pictures final : public zal::ArtworkContainer {
   public:
-    // The tag can be null: then there are no pictures, and none can be added.
-    explicit Pictures(TagLib::ID3v2::Tag* tag) : tag_(tag) {}
+    // The first tag is the one that is written; both can be null: then there are no pictures, and none can be
+    // added.
+    Pictures(TagLib::ID3v2::Tag* tag, const TagLib::ID3v2::Tag* read) : tag_(tag), read_(read) {}
 
     std::vector<zal::StoredPicture> pictures(bool logged) const override {
         std::vector<zal::StoredPicture> out;
-        for (Frame* frame : frames()) {
-            const auto* picture = dynamic_cast<AttachedPictureFrame*>(frame);
+        for (const Frame* frame : frames(read_)) {
+            const auto* picture = dynamic_cast<const AttachedPictureFrame*>(frame);
             if (picture != nullptr) {
                 out.push_back({zal::viewOf(picture->picture()),
                                zal::stringWithTagLibString(picture->mimeType()),
@@ -47,7 +48,7 @@ class Pictures final : public zal::ArtworkContainer {
     }
 
     bool canBackUp() const override {
-        const auto all = frames();
+        const auto all = frames(read_);
         if (!all.empty() && dynamic_cast<AttachedPictureFrame*>(all.front()) != nullptr) return true;
         logNoPicture();
         return false;
@@ -57,10 +58,11 @@ class Pictures final : public zal::ArtworkContainer {
         if (tag_ != nullptr) tag_->removeFrames(pictureID);
     }
 
-    void replaceFirst(ZALData data, std::optional<std::uint32_t> type) override {
-        for (Frame* frame : frames()) {
+    void replace(std::size_t index, ZALData data, std::optional<std::uint32_t> type) override {
+        if (read_ != tag_) return copyThenReplace(index, std::move(data), type);
+        for (Frame* frame : frames(tag_)) {
             auto* picture = dynamic_cast<AttachedPictureFrame*>(frame);
-            if (picture == nullptr) continue;
+            if (picture == nullptr || index-- != 0) continue;
             picture->setPicture(zal::TagLibBytes(data));
             if (type) picture->setType(static_cast<AttachedPictureFrame::Type>(*type));
             return;
@@ -69,7 +71,7 @@ class Pictures final : public zal::ArtworkContainer {
 
     void setPictures(std::vector<zal::NewPicture> pictures) override {
         if (tag_ == nullptr) return;
-        for (Frame* frame : frames()) {
+        for (Frame* frame : frames(tag_)) {
             if (dynamic_cast<AttachedPictureFrame*>(frame) != nullptr) tag_->removeFrame(frame);
         }
         for (const zal::NewPicture& picture : pictures) {
@@ -82,21 +84,34 @@ class Pictures final : public zal::ArtworkContainer {
     }
 
   private:
-    std::vector<Frame*> frames() const {
-        return tag_ != nullptr ? zal::framesWithID(*tag_, pictureID) : std::vector<Frame*>();
+    // The pictures of a tag that stays as it is come into the one that is written.
+    void copyThenReplace(std::size_t index, ZALData data, std::optional<std::uint32_t> type) {
+        std::vector<zal::NewPicture> all;
+        for (const zal::StoredPicture& picture : pictures(false)) {
+            all.push_back({{picture.data.begin(), picture.data.end()}, picture.mimeType, picture.type});
+        }
+        all[index].data = std::move(data);
+        all[index].type = type.value_or(all[index].type);
+        setPictures(std::move(all));
+    }
+
+    static std::vector<Frame*> frames(const TagLib::ID3v2::Tag* tag) {
+        return tag != nullptr ? zal::framesWithID(*tag, pictureID) : std::vector<Frame*>();
     }
 
     TagLib::ID3v2::Tag* tag_;
+    const TagLib::ID3v2::Tag* read_;
 };
 
 }  // namespace
 
 zal::Artwork ZALTagID3::artwork() const {
-    return {std::make_unique<Pictures>(state().v2Tag), zal::id3Artwork};
+    return {std::make_unique<Pictures>(state().v2Tag, state().v2TagWith(pictureID)), zal::id3Artwork};
 }
 
 bool ZALTagID3::hasImages() const {
-    return state().v2Tag != nullptr && zal::firstFrame(*state().v2Tag, pictureID) != nullptr;
+    const auto* tag = state().v2TagWith(pictureID);
+    return tag != nullptr && zal::firstFrame(*tag, pictureID) != nullptr;
 }
 bool ZALTagID3::hasOriginalImage() const {
     return originalImage() != nullptr;

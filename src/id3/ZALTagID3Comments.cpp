@@ -21,6 +21,8 @@ namespace {
 using TagLib::ID3v2::CommentsFrame;
 using TagLib::ID3v2::Frame;
 
+constexpr char commentID[] = "COMM";
+
 // Languages in which other programs keep notes of their own.
 constexpr std::array<const char*, 5> foreignLanguages{"XXX", "xxx", "und", "Pur", "lZ2"};
 
@@ -34,7 +36,7 @@ bool isPrimaryCandidate(const CommentsFrame& frame) {
 // The last match in tag order is the primary one.
 CommentsFrame* primaryFrame(const TagLib::ID3v2::Tag& tag) {
     CommentsFrame* primary = nullptr;
-    for (Frame* frame : zal::framesWithID(tag, "COMM")) {
+    for (Frame* frame : zal::framesWithID(tag, commentID)) {
         auto* comment = dynamic_cast<CommentsFrame*>(frame);
         if (comment != nullptr && isPrimaryCandidate(*comment)) primary = comment;
     }
@@ -45,7 +47,7 @@ CommentsFrame* primaryFrame(const TagLib::ID3v2::Tag& tag) {
 // when one was moved.
 bool movePrimaryToFront(TagLib::ID3v2::Tag& tag, const CommentsFrame* primary) {
     bool moved = false;
-    for (Frame* frame : zal::framesWithID(tag, "COMM")) {
+    for (Frame* frame : zal::framesWithID(tag, commentID)) {
         if (frame == primary) break;
         zal::moveToEnd(tag, frame);
         moved = true;
@@ -54,7 +56,7 @@ bool movePrimaryToFront(TagLib::ID3v2::Tag& tag, const CommentsFrame* primary) {
 }
 
 // Sets the text of the primary comment in the ID3v2 tag. True when frames were moved.
-bool setPrimaryComment(TagLib::ID3v2::Tag& tag, const TagLib::String& text) {
+bool putPrimaryComment(TagLib::ID3v2::Tag& tag, const TagLib::String& text) {
     CommentsFrame* primary = primaryFrame(tag);
     if (text.isEmpty()) {
         if (primary == nullptr) return false;
@@ -92,7 +94,7 @@ ZALTagComment madeComment(const std::string& text, ZALNullableString language, i
 std::vector<ZALTagComment> frameComments(const TagLib::ID3v2::Tag& tag) {
     const CommentsFrame* primary = primaryFrame(tag);
     std::vector<ZALTagComment> comments;
-    for (Frame* frame : zal::framesWithID(tag, "COMM")) {
+    for (Frame* frame : zal::framesWithID(tag, commentID)) {
         const auto* found = dynamic_cast<CommentsFrame*>(frame);
         if (found == nullptr || isForeign(*found)) continue;
         if (found->text().isEmpty()) {
@@ -114,7 +116,7 @@ std::vector<ZALTagComment> frameComments(const TagLib::ID3v2::Tag& tag) {
 ZALArray<ZALTagComment> ZALTagID3::allComments() const {
     const State& s = state();
     std::vector<ZALTagComment> comments;
-    if (s.v2Tag != nullptr) comments = frameComments(*s.v2Tag);
+    if (s.v2Tag != nullptr) comments = frameComments(*s.v2TagWith(commentID));
     if (s.v1Tag == nullptr) return comments;
 
     std::string v1 = zal::stringWithTagLibString(s.v1Tag->comment());
@@ -134,11 +136,11 @@ void ZALTagID3::deleteExtraneousComments() {
     State& s = state();
     if (s.v2Tag == nullptr) return;
     const CommentsFrame* primary = primaryFrame(*s.v2Tag);
-    for (Frame* frame : zal::framesWithID(*s.v2Tag, "COMM")) {
+    for (Frame* frame : zal::framesWithID(*s.v2Tag, commentID)) {
         const auto* comment = dynamic_cast<CommentsFrame*>(frame);
         if (comment != nullptr && comment != primary && !isForeign(*comment)) s.v2Tag->removeFrame(frame);
     }
-    // The blank that saving puts into an empty ID3v1 comment goes too.
+    // A blank stands for no comment in files of earlier versions.
     if (s.v1Tag != nullptr && s.v1Tag->comment() == " ") s.v1Tag->setComment("");
 }
 
@@ -148,14 +150,21 @@ void ZALTagID3::deleteID3v1Comment() {
 
 ZALNullableString ZALTagID3::comment() const {
     const State& s = state();
-    const CommentsFrame* primary = s.v2Tag != nullptr ? primaryFrame(*s.v2Tag) : nullptr;
-    if (primary != nullptr && !primary->text().isEmpty()) return zal::stringWithTagLibString(primary->text());
+    for (const TagLib::ID3v2::Tag* tag : s.v2Tags) {
+        const CommentsFrame* primary = primaryFrame(*tag);
+        if (primary != nullptr && !primary->text().isEmpty())
+            return zal::stringWithTagLibString(primary->text());
+    }
     return s.v1Tag != nullptr ? zal::stringWithTagLibString(s.v1Tag->comment()) : std::string();
 }
 
 void ZALTagID3::setComment(const ZALNullableString& comment) {
     State& s = state();
     const TagLib::String text = zal::TagLibString(comment);
-    if (s.v2Tag != nullptr && setPrimaryComment(*s.v2Tag, text)) s.requiresSaving = true;
+    if (s.v2Tag != nullptr && putPrimaryComment(*s.v2Tag, text)) s.requiresSaving = true;
     if (s.v1Tag != nullptr) s.v1Tag->setComment(text);
+}
+
+void ZALTagID3::setPrimaryComment(const std::string& text) {
+    putPrimaryComment(*state().v2Tag, text);
 }

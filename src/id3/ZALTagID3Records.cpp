@@ -11,7 +11,7 @@
 
 std::optional<ZALJSONValue> ZALTagID3::storedDictionary(const std::string& description) const {
     if (description.empty()) return std::nullopt;
-    const ZALNullableData stored = zal::objectOf(state().v2Tag, description);
+    const ZALNullableData stored = zal::objectOf(state().v2Tags, description);
     return stored ? JSONDict(*stored) : std::nullopt;
 }
 
@@ -19,7 +19,8 @@ void ZALTagID3::setZalTagPropertyDescription(const ZALTagCustomProperty* record,
                                              const std::string& description) {
     if (state().v2Tag == nullptr || description.empty()) return;
     const ZALNullableData stored = zal::storedRecord(record);
-    if (stored) {
+    if (!stored) return;
+    if (!stored->empty()) {
         zal::setObject(*state().v2Tag, description, *stored);
     } else {
         zal::removeObject(*state().v2Tag, description);

@@ -10,18 +10,21 @@
 #include <generalencapsulatedobjectframe.h>
 #include <privateframe.h>
 
+#include <algorithm>
+
 namespace {
 
 using TagLib::ID3v2::Frame;
 using TagLib::ID3v2::GeneralEncapsulatedObjectFrame;
 using TagLib::ID3v2::PrivateFrame;
 
-std::vector<PrivateFrame*> traktorFrames(const TagLib::ID3v2::Tag* tag) {
+std::vector<PrivateFrame*> traktorFrames(const std::vector<TagLib::ID3v2::Tag*>& tags) {
     std::vector<PrivateFrame*> frames;
-    if (tag == nullptr) return frames;
-    for (Frame* frame : zal::framesWithID(*tag, "PRIV")) {
-        auto* found = dynamic_cast<PrivateFrame*>(frame);
-        if (found != nullptr && found->owner().find("TRAKTOR") >= 0) frames.push_back(found);
+    for (const TagLib::ID3v2::Tag* tag : tags) {
+        for (Frame* frame : zal::framesWithID(*tag, "PRIV")) {
+            auto* found = dynamic_cast<PrivateFrame*>(frame);
+            if (found != nullptr && found->owner().find("TRAKTOR") >= 0) frames.push_back(found);
+        }
     }
     return frames;
 }
@@ -29,19 +32,20 @@ std::vector<PrivateFrame*> traktorFrames(const TagLib::ID3v2::Tag* tag) {
 }  // namespace
 
 std::optional<ZALTagSeratoMarker> ZALTagID3::seratoMarker() const {
-    return zal::readSeratoMarker(zal::objectOf(state().v2Tag, zal::markers2Carrier.object),
+    return zal::readSeratoMarker(zal::objectOf(state().v2Tags, zal::markers2Carrier.object),
                                  zal::SeratoForm::raw);
 }
 
 std::optional<ZALTagSeratoGrid> ZALTagID3::seratoGrid() const {
-    return zal::readSeratoGrid(zal::objectOf(state().v2Tag, zal::seratoGridCarrier.object),
+    return zal::readSeratoGrid(zal::objectOf(state().v2Tags, zal::seratoGridCarrier.object),
                                zal::SeratoForm::raw);
 }
 
 ZALNullableData ZALTagID3::oldSeratoMarkerData() const {
-    const auto marker = zal::readOldSeratoMarker(zal::objectOf(state().v2Tag, zal::markersCarrier.object),
+    const auto marker = zal::readOldSeratoMarker(zal::objectOf(state().v2Tags, zal::markersCarrier.object),
                                                  zal::SeratoForm::raw);
-    return marker ? zal::renderedOldSeratoMarker(*marker, zal::SeratoForm::raw) : std::nullopt;
+    const bool isRenderable = marker && marker->isRenderableForFileType("mp3");
+    return isRenderable ? ZALNullableData(marker->markerDataForFileType("mp3")) : std::nullopt;
 }
 
 ZALArray<ZALTagCuePoint> ZALTagID3::seratoCuePoints() const {
@@ -58,7 +62,7 @@ void ZALTagID3::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints)
     if (state().v2Tag == nullptr) return;
     setSeratoCuePointsOld(cuePoints);
     setSeratoCuePointsNew(cuePoints);
-    if (Frame* frame = zal::objectFrame(state().v2Tag, zal::markers2Carrier.object))
+    if (Frame* frame = zal::objectFrame(*state().v2Tag, zal::markers2Carrier.object))
         zal::moveToEnd(*state().v2Tag, frame);
 }
 
@@ -75,26 +79,27 @@ void ZALTagID3::setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints)
     auto* tag = state().v2Tag;
     if (tag == nullptr) return;
     if (cuePoints.empty()) return zal::removeObject(*tag, zal::markersCarrier.object);
-    const auto existing =
-        zal::readOldSeratoMarker(zal::objectOf(tag, zal::markersCarrier.object), zal::SeratoForm::raw);
+    const auto existing = zal::readOldSeratoMarker(zal::objectOf(state().v2Tags, zal::markersCarrier.object),
+                                                   zal::SeratoForm::raw);
     const ZALNullableData data = zal::renderedOldSeratoMarker(
         zal::oldSeratoMarkerWithCuePoints(existing, cuePoints), zal::SeratoForm::raw);
     if (data) zal::setObject(*tag, zal::markersCarrier.object, *data);
 }
 
 bool ZALTagID3::hasSeratoMetadata() const {
-    if (state().v2Tag == nullptr) return false;
-    for (const Frame* frame : zal::framesWithID(*state().v2Tag, "GEOB")) {
+    const auto isSerato = [](const Frame* frame) {
         const auto* object = dynamic_cast<const GeneralEncapsulatedObjectFrame*>(frame);
-        if (object != nullptr && object->description().find("Serato") >= 0) return true;
-    }
-    return false;
+        return object != nullptr && object->description().find("Serato") >= 0;
+    };
+    return std::ranges::any_of(state().v2Tags, [&isSerato](const TagLib::ID3v2::Tag* tag) {
+        return std::ranges::any_of(zal::framesWithID(*tag, "GEOB"), isSerato);
+    });
 }
 
 // Traktor
 
 PrivateFrame* ZALTagID3::findTraktorPrivateFrame() const {
-    const auto frames = traktorFrames(state().v2Tag);
+    const auto frames = traktorFrames(state().v2Tags);
     return frames.empty() ? nullptr : frames.front();
 }
 
@@ -103,8 +108,10 @@ bool ZALTagID3::hasTraktorMetadata() const {
 }
 
 void ZALTagID3::setTraktorCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    for (PrivateFrame* frame : traktorFrames(state().v2Tag)) {
-        state().v2Tag->removeFrame(frame);
+    if (auto* tag = state().v2Tag) {
+        for (PrivateFrame* frame : traktorFrames({tag})) {
+            tag->removeFrame(frame);
+        }
     }
     ZALTag::setTraktorCuePoints(cuePoints);
 }

@@ -24,7 +24,9 @@ ZALNullableData tagData(const ZALJSONValue& dictionary) {
     }
     std::string error;
     const auto json = ZALJSON::serialize(dictionary, false, &error);
-    if (!json) {
+    const bool isTooLong = json && json->size() > ZALJSON::lengthMax;  // nobody could read it again
+    if (isTooLong) error = fmt::format("it is {} bytes long", json->size());
+    if (!json || isTooLong) {
         zal::logf("Failed to serialize json object {} error:{}", ZALJSON::description(dictionary), error);
         return std::nullopt;
     }

@@ -7,6 +7,8 @@
 
 #include <zaltag/tag/ZALTagDataImage.h>
 
+#include <algorithm>
+
 namespace zal {
 
 namespace {
@@ -60,10 +62,6 @@ ZALImagePtr Artwork::customizedImage() const {
     return imageAt(customizedPicture(marksOf(pictures)), pictures);
 }
 
-bool Artwork::isCustomized() const {
-    return customizedPicture(marksOf(container_->pictures(false))).has_value();
-}
-
 ZALArray<ZALTagImageDictionary> Artwork::allImages() const {
     std::vector<ZALTagImageDictionary> images;
     std::uint64_t pixels = 0;
@@ -115,7 +113,8 @@ void Artwork::setAllImages(const ZALArray<ZALTagImageDictionary>& images) {
 bool Artwork::replaceOriginalImage(const ZALImagePtr& image) {
     if (rules_.replacesCustomized) return replacePrimaryImage(image, customizedImage() != nullptr);
     // The mark alone protects the host's picture, also one that no longer decodes.
-    return !isCustomized() && replacePrimaryImage(image, false);
+    const bool isCustomized = customizedPicture(marksOf(container_->pictures(false))).has_value();
+    return !isCustomized && replacePrimaryImage(image, false);
 }
 
 bool Artwork::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
@@ -126,7 +125,7 @@ bool Artwork::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
     ZALNullableData data = render(*image, markAsCustom);
     if (!data) return false;
     if (!container_->pictures(false).empty()) {
-        container_->replaceFirst(std::move(*data), rules_.primaryType);
+        container_->replace(0, std::move(*data), rules_.primaryType);
     } else {
         NewPicture added{std::move(*data)};
         added.type = rules_.primaryType.value_or(standardArtworkType);
@@ -137,12 +136,10 @@ bool Artwork::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
 
 void Artwork::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
     if (image == nullptr) return;
-    if (isCustomized()) {
-        replacePrimaryImage(image, true);
-        return;
-    }
-    const ZALNullableData custom = render(*image, true);
+    const auto customized = customizedPicture(marksOf(container_->pictures(false)));
+    ZALNullableData custom = render(*image, true);
     if (!custom) return;
+    if (customized) return container_->replace(*customized, std::move(*custom), std::nullopt);
     const bool empty = container_->pictures(false).empty();
     if (!empty && !container_->canBackUp()) return;
     const auto pictures = container_->pictures(!empty);
@@ -151,7 +148,10 @@ void Artwork::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
 
 void Artwork::restoreOriginalImage() {
     const auto pictures = container_->pictures(true);
-    carryOut(restorePlan(rules_, marksOf(pictures)), pictures, {});
+    const auto marks = marksOf(pictures);
+    const bool isMarked =
+        std::ranges::any_of(marks, [](ArtworkMark mark) { return mark != ArtworkMark::none; });
+    if (isMarked) carryOut(restorePlan(rules_, marks), pictures, {});
 }
 
 void Artwork::carryOut(const ArtworkPlan& plan, const std::vector<StoredPicture>& pictures,

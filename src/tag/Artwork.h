@@ -40,8 +40,9 @@ class ArtworkContainer {
     virtual bool canBackUp() const = 0;
     /// Takes away every entry.
     virtual void clear() = 0;
-    /// Gives the first picture other bytes and, unless null, another type; the rest of it stays.
-    virtual void replaceFirst(ZALData data, std::optional<std::uint32_t> type) = 0;
+    /// Gives a picture, by its place among pictures(), other bytes and, unless null, another type; the rest of
+    /// it stays.
+    virtual void replace(std::size_t index, ZALData data, std::optional<std::uint32_t> type) = 0;
     /// Takes away the pictures and adds these, in order. Called with none as well.
     virtual void setPictures(std::vector<NewPicture> pictures) = 0;
 };
@@ -67,7 +68,6 @@ class Artwork {
 
   private:
     ZALImagePtr imageAt(std::optional<std::size_t> index, const std::vector<StoredPicture>& pictures) const;
-    bool isCustomized() const;
     void carryOut(const ArtworkPlan& plan, const std::vector<StoredPicture>& pictures, const ZALData& custom);
 
     std::unique_ptr<ArtworkContainer> container_;

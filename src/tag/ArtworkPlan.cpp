@@ -46,11 +46,8 @@ std::optional<std::size_t> customizedPicture(std::span<const ArtworkMark> marks)
 
 ArtworkPlan backupPlan(const ArtworkRules& rules, std::size_t count) {
     if (count == 0) return {{std::nullopt, true, false, primaryType(rules)}};
-    const bool reused =
-        rules.backsUpCustomData;  // the first picture itself takes the host's data, then is copied
-    const PlannedPicture custom{reused ? std::optional<std::size_t>(0) : std::nullopt, true, false,
-                                reused ? std::nullopt : std::optional(standardArtworkType)};
-    const PlannedPicture backup{0, reused, true, standardArtworkType};
+    const PlannedPicture custom{std::nullopt, true, false, primaryType(rules)};
+    const PlannedPicture backup{0, false, true, standardArtworkType};
     ArtworkPlan others;
     for (std::size_t i = 1; i < count; ++i) {
         others.push_back(copyOf(rules, i));

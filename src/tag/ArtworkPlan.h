@@ -21,8 +21,6 @@ struct ArtworkRules {
     /// The original stands last: an unmarked one is looked for there, and backing up and restoring put the
     /// marked pictures behind the others instead of in front of them.
     bool originalIsLast = false;
-    /// The backup is made of the first picture after the host's data were put in, so it holds those.
-    bool backsUpCustomData = false;
     /// Restoring keeps every picture marked original, the last one in front, instead of the last one alone.
     bool keepsEveryOriginal = false;
     /// Pictures that are made anew keep their types instead of getting the standard one.
@@ -42,7 +40,6 @@ inline constexpr ArtworkRules mp4Artwork{
 inline constexpr ArtworkRules flacArtwork{.setAllImagesName = "-[ZALTagFLAC setAllImages:]",
                                           .replacesCustomized = true,
                                           .originalIsLast = true,
-                                          .backsUpCustomData = true,
                                           .keepsTypes = true,
                                           .primaryType = frontCoverType};
 

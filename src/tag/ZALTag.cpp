@@ -171,7 +171,10 @@ void ZALTag::copyValuesFromTag(const ZALTag& other) {
     for (const std::string& key : standardPropertyKeys()) {
         setValue(values[key], key);
     }
-    if (supportsImages() && other.hasImages()) setAllImages(other.allImages());
+    if (!supportsImages() || !other.hasImages()) return;
+    const ZALArray<ZALTagImageDictionary> images = other.allImages();
+    const bool isWhole = images.size() == other.allStoredImages().size();
+    if (!images.empty() && isWhole) setAllImages(images);
 }
 
 std::string ZALTag::description() const {

@@ -20,9 +20,7 @@ void takeVersion(const ZALJSONValue& reply) {
     const auto& members = reply.objectValue();
     const auto found = members.find(Record::algorithmKey());
     if (found == members.end()) return;
-    const ZALJSONValue& value = found->second;
-    const bool hasNumber = value.isInteger() || value.isDouble() || value.isString();
-    Record::setAlgorithmVersion(hasNumber ? value.integerValue() : 0);
+    Record::setAlgorithmVersion(found->second.integerValue());
 }
 
 void takeReply(const ZALHTTPReply& reply) {

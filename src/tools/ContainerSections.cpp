@@ -48,11 +48,11 @@ void describePicture(Report& report, const char* label, const std::string& type,
 
 // WAV
 
-void describeInfo(Report& report, const TagLib::RIFF::WAV::ZALFile& file) {
+void describeInfo(Report& report, FormFile& file) {
     report.title("INFO Chunk");
-    if (!file.hasInfoTag()) return report.line("not found");
+    if (!file.hasInfo()) return report.line("not found");
     for (const char* id : {"INAM", "IART", "IPRD", "ICMT", "IGNR", "ICRD"}) {
-        const TagLib::String text = file.InfoTag()->fieldText(id);
+        const TagLib::String text = file.info().fieldText(id);
         if (!text.isEmpty()) report.line("{} - '{}'", id, stringWithTagLibString(text));
     }
 }
@@ -108,34 +108,28 @@ void describeFields(Report& report, const TagLib::Ogg::XiphComment& comment) {
     }
 }
 
-void describePictures(Report& report, TagLib::FLAC::File& file) {
-    const TagLib::List<TagLib::FLAC::Picture*> pictures = file.pictureList();
-    if (pictures.isEmpty()) return report.line("no images found");
+void describePictures(Report& report, const FLACFile& file) {
+    if (file.pictures().empty()) return report.line("no images found");
     report.title("Images");
-    for (const TagLib::FLAC::Picture* picture : pictures) {
-        if (picture == nullptr) {
-            log("ZALTag: APIC frame ignored after failed cast");
-            continue;
-        }
+    for (const auto& picture : file.pictures()) {
         describePicture(report, "image", stringWithTagLibString(picture->mimeType()), picture->data());
     }
 }
 
 }  // namespace
 
-void describeWAV(Report& report, TagLib::RIFF::WAV::ZALFile& file) {
+void describeWAV(Report& report, FormFile& file) {
     describeInfo(report, file);
-    if (!file.hasID3v2Tag()) return report.line("no ID3 tag found");
+    if (!file.hasV2()) return report.line("no ID3 tag found");
     report.title("ID3 Tag");
-    describeID3v2(report, *file.ID3v2Tag());
+    describeID3v2(report, file.v2().tag());
 }
 
-void describeMP4(Report& report, TagLib::MP4::File& file) {
-    if (file.tag() == nullptr) return report.line("no m4a tag found");
-    const TagLib::MP4::Tag& tag = *file.tag();
+void describeMP4(Report& report, MP4File& file) {
+    const TagLib::MP4::Tag& tag = file.tag();
     const CarrierText textOf = [&tag](const char* name) { return itemText(tag, name); };
     report.title("MP4 Tag");
-    describeStandardFields(report, tag);
+    describeStandardFields(report, {&tag});
     describeExtras(report, tag, textOf);
     describeRecords(report, &Carrier::item, textOf);
     report.title("ATOMS");
@@ -144,27 +138,29 @@ void describeMP4(Report& report, TagLib::MP4::File& file) {
     }
 }
 
-void describeFLAC(Report& report, TagLib::FLAC::File& file) {
-    const TagLib::Ogg::XiphComment* comment = file.hasXiphComment() ? file.xiphComment() : nullptr;
-    const CarrierText textOf = [comment](const char* name) {
-        return comment != nullptr ? fieldText(*comment, name) : std::nullopt;
-    };
-    if (comment != nullptr) {
-        describeFields(report, *comment);
+void describeFLAC(Report& report, FLACFile& file) {
+    const TagLib::ID3v1::Tag* v1 = file.v1() != nullptr ? &file.v1()->tag() : nullptr;
+    const CarrierText textOf = [&file](const char* name) { return fieldText(file, name); };
+    std::vector<const TagLib::Tag*> tags;
+    if (file.hasComment()) {
+        describeFields(report, file.comment());
+        tags.push_back(&file.comment());
     } else {
         report.line("no Xiph tag found");
     }
+    if (file.hasV2()) tags.push_back(&file.v2().tag());
+    if (v1 != nullptr) tags.push_back(v1);
     report.title("SUMMARY");
-    describeStandardFields(report, *file.tag());
+    describeStandardFields(report, tags);
     describeSerato(report, &Carrier::field, textOf);
     describeRecords(report, &Carrier::field, textOf);
-    if (file.hasID3v2Tag()) {
+    if (file.hasV2()) {
         report.title("ID3v2 Tag");
-        describeFrames(report, *file.ID3v2Tag());
+        describeFrames(report, file.v2().tag());
     } else {
         report.line("no ID3v2 tag found");
     }
-    describeID3v1(report, file.hasID3v1Tag() ? file.ID3v1Tag() : nullptr);
+    describeID3v1(report, v1);
     describePictures(report, file);
 }
 

@@ -6,8 +6,6 @@
 
 #include <zaltag/base/ZALText.h>
 
-#include <id3v2tag.h>
-
 #include <memory>
 #include <string>
 
@@ -75,37 +73,21 @@ bool copyTags(const char* function, const ZALNullableString& source, Opening<Sou
     }
 }
 
-/// The destination's ID3v2 tag, made where there is none; null, with a log line, when that fails.
-template <typename Source, typename Destination>
-TagLib::ID3v2::Tag* destinationID3v2Tag(const Copy<Source, Destination>& files) {
-    TagLib::ID3v2::Tag* tag = files.destination->ID3v2Tag(true);
-    if (tag == nullptr) {
-        logf("{}: no destination ID3v2 tag could could not be created '{}'", files.function,
-             files.destination.path);
-    }
-    return tag;
-}
-
-/// Has TagLib write the destination into its stream, which must then open again: the tags of two files can be
-/// too much for one, and without its tags a file may not be one of its type. False, with a log line, when it
-/// does not, and for a destination that is read-only.
-template <typename File, typename Write>
-bool writeDestination(const CopiedFile<File>& destination, Opening<File> open, Write write) {
+/// Has the destination put what changed into its stream, from which it must then open again: the tags of two
+/// files can be too much for one. Commits it then. False, with a log line, when any of that fails, and for a
+/// destination that is read-only.
+template <typename File>
+bool saveDestination(CopiedFile<File>& destination, Opening<File> open) {
     if (destination.stream->readOnly()) {
         logf("could not save '{}': it is read-only", destination.path);
         return false;
     }
-    if (!write()) return false;
-    if (open(*destination.stream) != nullptr) return true;
-    logf("could not save '{}': it could not be opened again", destination.path);
-    return false;
-}
-
-/// The same, and commits what was written.
-template <typename File, typename Write>
-bool saveDestination(const CopiedFile<File>& destination, Opening<File> open, Write write) {
-    return saveTag(destination.path, *destination.stream,
-                   [&] { return writeDestination(destination, open, write); });
+    return saveTag(destination.path, *destination.stream, [&] {
+        std::string refusal = destination->write();
+        if (refusal.empty() && open(*destination.stream) == nullptr) refusal = "it could not be opened again";
+        if (!refusal.empty()) logf("could not save '{}': {}", destination.path, refusal);
+        return refusal.empty();
+    });
 }
 
 }  // namespace zal

@@ -1,7 +1,5 @@
 #include "tools/FrameTransfer.h"
 
-#include "id3/ID3Frames.h"
-
 #include <commentsframe.h>
 #include <generalencapsulatedobjectframe.h>
 
@@ -21,17 +19,19 @@ bool belongsToAudio(const Frame& frame) {
 
 }  // namespace
 
-int transferFrames(TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to) {
+int transferFrames(const RawTag& from, ID3v2Store& to) {
+    std::vector<ReadFrame> frames;
+    if (!readFrames(from, GenreNumbers::named, frames)) return 0;
     int encryptedCount = 0;
-    while (!from.frameList().isEmpty()) {
-        Frame* frame = from.frameList().front();
-        const bool encrypted = isEncrypted(*frame);
-        const bool isGenre = !encrypted && frame->frameID() == "TCON";
-        if (isGenre) to.setGenre(from.genre());
-        const bool goes = encrypted || isGenre || belongsToAudio(*frame);
-        from.removeFrame(frame, goes);
-        if (!goes) to.addFrame(frame);
-        encryptedCount += encrypted ? 1 : 0;
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        const ReadFrame& read = frames[i];
+        const RawFrame& raw = from.frames[i];
+        const bool isEncrypted = contentOf(raw).encryption >= 0;
+        encryptedCount += isEncrypted ? 1 : 0;
+        const bool stays = read.frame != nullptr && belongsToAudio(*read.frame);
+        if (isEncrypted || stays || read.isMerged || raw.contentSize() == 0) continue;
+        if (raw.currentID() == "TCON") to.tag().removeFrames("TCON");
+        to.addRaw(read.isRenewed ? read.frame->render() : frameInVersion4(raw));
     }
     return encryptedCount;
 }

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <id3v2tag.h>
+#include "id3/ID3v2Store.h"
 
 namespace zal {
 
-/// Moves the frames of a tag behind those of another one, apart from those that belong to the audio they were
-/// written for, and from encrypted ones, which TagLib would write as if they were not. The genre is set
-/// instead of moved. `from` is empty afterwards. Gives the number of the encrypted ones.
-int transferFrames(TagLib::ID3v2::Tag& from, TagLib::ID3v2::Tag& to);
+/// Adds the frames of a tag behind those of another one, byte for byte, apart from those that belong to the
+/// audio they were written for, and from encrypted ones, whose key stays behind. The genre takes the place of
+/// the other one. Gives the number of the encrypted ones.
+int transferFrames(const RawTag& from, ID3v2Store& to);
 
 }  // namespace zal

@@ -108,14 +108,28 @@ void describeFrame(Report& report, const ID3v2::Frame& frame) {
 
 }  // namespace
 
-void describeStandardFields(Report& report, const TagLib::Tag& tag) {
-    report.text("title", tag.title());
-    report.text("artist", tag.artist());
-    report.text("album", tag.album());
-    report.text("comment", tag.comment());
-    report.text("genre", tag.genre());
-    report.value("year", tag.year());
-    report.value("track", tag.track());
+void describeStandardFields(Report& report, const std::vector<const TagLib::Tag*>& tags) {
+    const auto text = [&](const char* label, TagLib::String (TagLib::Tag::*field)() const) {
+        TagLib::String value;
+        for (const TagLib::Tag* tag : tags) {
+            if (value.isEmpty()) value = (tag->*field)();
+        }
+        report.text(label, value);
+    };
+    const auto number = [&](const char* label, unsigned (TagLib::Tag::*field)() const) {
+        unsigned value = 0;
+        for (const TagLib::Tag* tag : tags) {
+            if (value == 0) value = (tag->*field)();
+        }
+        report.value(label, value);
+    };
+    text("title", &TagLib::Tag::title);
+    text("artist", &TagLib::Tag::artist);
+    text("album", &TagLib::Tag::album);
+    text("comment", &TagLib::Tag::comment);
+    text("genre", &TagLib::Tag::genre);
+    number("year", &TagLib::Tag::year);
+    number("track", &TagLib::Tag::track);
 }
 
 void describeFrames(Report& report, const ID3v2::Tag& tag) {
@@ -134,24 +148,25 @@ void describeID3v2(Report& report, const ID3v2::Tag& tag) {
 void describeID3v1(Report& report, const TagLib::ID3v1::Tag* tag) {
     if (tag == nullptr) return report.line("no ID3v1 tag found");
     report.title("ID3v1 Tag");
-    describeStandardFields(report, *tag);
+    describeStandardFields(report, {tag});
 }
 
-void describeMP3(Report& report, TagLib::MPEG::File& file) {
-    const bool hasV2 = file.hasID3v2Tag();
-    const bool hasV1 = file.hasID3v1Tag();
-    if (!hasV2 && !hasV1) return report.line("no ID3V1 or ID3V2 tag found");
-    if (hasV2) {
-        describeID3v2(report, *file.ID3v2Tag());
+void describeMP3(Report& report, MP3File& file) {
+    const TagLib::ID3v1::Tag* v1 = file.v1() != nullptr ? &file.v1()->tag() : nullptr;
+    if (!file.hasV2() && v1 == nullptr) return report.line("no ID3V1 or ID3V2 tag found");
+    const auto tags = file.v2Tags();
+    if (file.hasV2()) {
+        // The first one may be missing, when there is only one at the end.
+        describeID3v2(report, *tags[file.v2().room() > 0 ? 0 : 1]);
     } else {
         report.line("no ID3v2 tag found");
     }
-    describeID3v1(report, hasV1 ? file.ID3v1Tag() : nullptr);
+    describeID3v1(report, v1);
 }
 
-void describeAIFF(Report& report, TagLib::RIFF::AIFF::File& file) {
-    if (!file.hasID3v2Tag()) return report.line("no ID3V2 tag found");
-    describeID3v2(report, *file.tag());
+void describeAIFF(Report& report, FormFile& file) {
+    if (!file.hasV2()) return report.line("no ID3V2 tag found");
+    describeID3v2(report, file.v2().tag());
     describeID3v1(report, nullptr);
 }
 

@@ -1,21 +1,22 @@
 #pragma once
 
-#include "containers/ZALFile.h"
+#include "containers/FLACFile.h"
+#include "containers/MP4File.h"
+#include "id3/FormFile.h"
+#include "id3/MP3File.h"
 #include "tools/Report.h"
 
-#include <aifffile.h>
-#include <flacfile.h>
 #include <id3v1tag.h>
 #include <id3v2tag.h>
-#include <mp4file.h>
-#include <mpegfile.h>
+
+#include <vector>
 
 // The sections of a description.
 
 namespace zal {
 
-/// title, artist, album, comment and genre; year; track.
-void describeStandardFields(Report& report, const TagLib::Tag& tag);
+/// title, artist, album, comment and genre; year; track: each of the first tag that has it.
+void describeStandardFields(Report& report, const std::vector<const TagLib::Tag*>& tags);
 /// A line for every frame whose id a description knows, in the order of the tag.
 void describeFrames(Report& report, const TagLib::ID3v2::Tag& tag);
 /// The version and size of a tag as a title, then its frames.
@@ -24,10 +25,10 @@ void describeID3v2(Report& report, const TagLib::ID3v2::Tag& tag);
 void describeID3v1(Report& report, const TagLib::ID3v1::Tag* tag);
 
 // The sections of a whole file.
-void describeMP3(Report& report, TagLib::MPEG::File& file);
-void describeAIFF(Report& report, TagLib::RIFF::AIFF::File& file);
-void describeWAV(Report& report, TagLib::RIFF::WAV::ZALFile& file);
-void describeMP4(Report& report, TagLib::MP4::File& file);
-void describeFLAC(Report& report, TagLib::FLAC::File& file);
+void describeMP3(Report& report, MP3File& file);
+void describeAIFF(Report& report, FormFile& file);
+void describeWAV(Report& report, FormFile& file);
+void describeMP4(Report& report, MP4File& file);
+void describeFLAC(Report& report, FLACFile& file);
 
 }  // namespace zal

@@ -3,11 +3,10 @@
 #include <zaltag/tools/ZALCopyTag.h>
 #include <zaltag/tools/ZALTagDescription.h>
 
-#include "containers/ContainerFiles.h"
-#include "id3/ID3Files.h"
+#include "containers/MP4File.h"
 #include "id3/ID3Frames.h"
+#include "id3/MP3File.h"
 #include "tools/CopyFiles.h"
-#include "tools/FrameTransfer.h"
 
 #include <attachedpictureframe.h>
 #include <commentsframe.h>
@@ -18,49 +17,20 @@
 
 namespace {
 
-using MP3File = TagLib::MPEG::File;
+using zal::MP3File;
 using zal::MP4File;
-
-// The source's tag; null, with a log line, when it has none.
-template <typename Destination>
-const TagLib::MP4::Tag* sourceTag(const zal::Copy<MP4File, Destination>& files) {
-    const TagLib::MP4::Tag* tag = files.source->tag();
-    if (tag == nullptr) zal::logf("{}: no m4a tag found in '{}'", files.function, files.source.path);
-    dprintMP4Tag(tag);
-    return tag;
-}
-
-// MP4
 
 // Volumes and the length of silence measured on the old audio.
 bool belongsToAudio(const TagLib::String& item) {
     return item == "----:com.apple.iTunes:iTunNORM" || item == "----:com.apple.iTunes:iTunSMPB";
 }
 
-void replaceItems(TagLib::MP4::Tag& tag, const TagLib::MP4::ItemMap& items) {
-    const TagLib::MP4::ItemMap old = tag.itemMap();
-    for (const auto& [name, item] : old) {
-        tag.removeItem(name);
-    }
-    for (const auto& [name, item] : items) {
-        if (!belongsToAudio(name)) tag.setItem(name, item);
-    }
-}
-
 bool copyMP4(zal::Copy<MP4File, MP4File>& files) {
-    const TagLib::MP4::Tag* source = sourceTag(files);
-    TagLib::MP4::Tag* destination = files.destination->tag();
-    if (source == nullptr) return false;
-    if (destination == nullptr) {
-        zal::logf("{}: no m4a tag found in '{}'", files.function, files.destination.path);
-        return false;
-    }
-    if (source->isEmpty()) return true;
-    replaceItems(*destination, source->itemMap());
-    dprintMP4Tag(destination);
-    return zal::saveDestination(files.destination, zal::mp4File, [&] {
-        return zal::writeMP4File(*files.destination.file, files.destination.path);
-    });
+    dprintMP4Tag(&files.source->tag());
+    if (files.source->tag().isEmpty()) return true;
+    files.destination->items().replaceBy(files.source->items(), belongsToAudio);
+    dprintMP4Tag(&files.destination->tag());
+    return zal::saveDestination(files.destination, MP4File::open);
 }
 
 // MP4 to MP3
@@ -75,7 +45,6 @@ void copyNumbers(const TagLib::MP4::Tag& source, TagLib::ID3v2::Tag& tag) {
         const auto [number, total] = source.item("trkn").toIntPair();
         zal::setTextOfFirstFrame(tag, "TRCK", fmt::format("{}/{}", number, total));
     }
-    // TagLib reads one above 32767 as negative.
     const int tempo = source.contains("tmpo") ? source.item("tmpo").toInt() : 0;
     if (tempo > 0) zal::setTextOfFirstFrame(tag, "TBPM", std::to_string(tempo));
     if (source.contains("cpil") && source.item("cpil").toBool()) zal::setTextOfFirstFrame(tag, "TCMP", "1");
@@ -92,31 +61,26 @@ void addCovers(const TagLib::MP4::Tag& source, TagLib::ID3v2::Tag& tag) {
 }
 
 bool copyToMP3(zal::Copy<MP4File, MP3File>& files) {
-    const TagLib::MP4::Tag* source = sourceTag(files);
-    if (source == nullptr) return false;
-    if (source->isEmpty()) return true;
-    TagLib::ID3v2::Tag* tag = zal::destinationID3v2Tag(files);
-    if (tag != nullptr) {
-        TagLib::Tag::duplicate(source, tag, true);
-        setCommentLanguage(*tag);
-        copyNumbers(*source, *tag);
-        addCovers(*source, *tag);
-    }
-    return zal::saveDestination(files.destination, zal::mpegFile, [&] {
-        // Without duplicating: an old ID3v1 tag would fill the fields that the source has not.
-        return zal::writeMP3File(*files.destination.file, *files.destination.stream, files.destination.path,
-                                 MP3File::AllTags, MP3File::StripNone, MP3File::DoNotDuplicate);
-    });
+    const TagLib::MP4::Tag& source = files.source->tag();
+    dprintMP4Tag(&source);
+    if (source.isEmpty()) return true;
+    TagLib::ID3v2::Tag& tag = files.destination->v2().tag();
+    TagLib::Tag::duplicate(&source, &tag, true);
+    setCommentLanguage(tag);
+    copyNumbers(source, tag);
+    addCovers(source, tag);
+    if (zal::ID3v1Store* v1 = files.destination->v1()) TagLib::Tag::duplicate(&source, &v1->tag(), true);
+    return zal::saveDestination(files.destination, MP3File::open);
 }
 
 }  // namespace
 
 bool ZALCopyTagMP4(const ZALNullableString& source, const ZALNullableString& destination) {
-    return zal::copyTags("BOOL ZALCopyTagMP4(NSString *__strong, NSString *__strong)", source, zal::mp4File,
-                         destination, zal::mp4File, copyMP4);
+    return zal::copyTags("BOOL ZALCopyTagMP4(NSString *__strong, NSString *__strong)", source, MP4File::open,
+                         destination, MP4File::open, copyMP4);
 }
 
 bool ZALCopyTagMP42ID3(const ZALNullableString& source, const ZALNullableString& destination) {
     return zal::copyTags("BOOL ZALCopyTagMP42ID3(NSString *__strong, NSString *__strong)", source,
-                         zal::mp4File, destination, zal::mpegFile, copyToMP3);
+                         MP4File::open, destination, MP3File::open, copyToMP3);
 }

@@ -1,7 +1,5 @@
 #include <zaltag/tools/ZALTagDescription.h>
 
-#include "containers/ContainerFiles.h"
-#include "id3/ID3Files.h"
 #include "id3/TagLibStream.h"
 #include "tag/ZALTagBackEnds.h"
 #include "tools/Sections.h"
@@ -31,11 +29,14 @@ bool describeWith(zal::Report& report, zal::TagLibStream& stream) {
 }
 
 constexpr FileDescriber describers[] = {
-    {ZALTagID3::canInitWithPath, describeWith<zal::mpegFile, zal::describeMP3>, "not a valid mpeg file"},
-    {ZALTagWAV::canInitWithPath, describeWith<zal::wavFile, zal::describeWAV>, "not a valid wav file"},
-    {ZALTagAIFF::canInitWithPath, describeWith<zal::aiffFile, zal::describeAIFF>, "not a valid aif(f) file"},
-    {ZALTagMP4::canInitWithPath, describeWith<zal::mp4File, zal::describeMP4>, "not a valid m4a file"},
-    {ZALTagFLAC::canInitWithPath, describeWith<zal::flacFile, zal::describeFLAC>, "not a valid flac file"},
+    {ZALTagID3::canInitWithPath, describeWith<zal::MP3File::open, zal::describeMP3>, "not a valid mpeg file"},
+    {ZALTagWAV::canInitWithPath, describeWith<zal::FormFile::openWAV, zal::describeWAV>,
+     "not a valid wav file"},
+    {ZALTagAIFF::canInitWithPath, describeWith<zal::FormFile::openAIFF, zal::describeAIFF>,
+     "not a valid aif(f) file"},
+    {ZALTagMP4::canInitWithPath, describeWith<zal::MP4File::open, zal::describeMP4>, "not a valid m4a file"},
+    {ZALTagFLAC::canInitWithPath, describeWith<zal::FLACFile::open, zal::describeFLAC>,
+     "not a valid flac file"},
 };
 
 // What memory cannot hold ends the report with the line that stands for a file that cannot be read.

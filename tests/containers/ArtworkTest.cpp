@@ -98,7 +98,10 @@ class ContainerArtwork : public testing::Test {
         if (path_.ends_with("mp3")) {
             TagLib::MPEG::File file(path_.c_str(), false);
             for (const auto* frame : file.ID3v2Tag()->frameList("APIC")) {
-                const auto& picture = dynamic_cast<const TagLib::ID3v2::AttachedPictureFrame&>(*frame);
+                const auto* shown = dynamic_cast<const TagLib::ID3v2::AttachedPictureFrame*>(frame);
+                if (shown == nullptr) out.emplace_back("unread");
+                if (shown == nullptr) continue;
+                const auto& picture = *shown;
                 out.push_back(described(picture.picture(), picture.mimeType().to8Bit() + " " +
                                                                std::to_string(picture.type()) + " " +
                                                                picture.description().to8Bit()));
@@ -167,8 +170,6 @@ TEST_F(ContainerArtwork, inID3WhatIsMadeAnewHasNeitherTypeNorDescription) {
 }
 
 TEST_F(ContainerArtwork, inID3FramesThatAreNoPicturesStay) {
-    // TagLib keeps an encrypted frame as it is, an APIC frame that is no picture, and writes it without the
-    // mark.
     const ZALData encrypted = apic(marked(9, ' '), 3, 0x0004);
     const LogCapture log;
     openMP3({encrypted, apic(marked(1, ' '), 3)});
@@ -176,8 +177,8 @@ TEST_F(ContainerArtwork, inID3FramesThatAreNoPicturesStay) {
     EXPECT_EQ(tag->allImages().size(), 1u);
     EXPECT_THAT(log.lines(), testing::IsEmpty());
     expectSteps(
-        {{backup(3), {"9 image/jpeg 3 about", "1 image/jpeg 3 about"}},  // the first entry cannot be kept
-         {restore, {"9 image/jpeg 3 about", "1 image/jpeg 0 "}},
+        {{backup(3), {"unread", "1 image/jpeg 3 about"}},  // the first entry cannot be kept
+         {restore, {"unread", "1 image/jpeg 3 about"}},
          {setAll(0, 0), {}}});
     EXPECT_THAT(log.lines(), testing::Each("ZALTag: APIC frame ignored after failed cast"));
     EXPECT_EQ(log.lines().size(), 2u);
@@ -209,23 +210,21 @@ TEST_F(ContainerArtwork, inMP4EveryCoverIsCalledAPNG) {
     expectSteps({{replace(5), {"5 14", "1o 14"}}});  // one that does not decode is no customised one
 }
 
-TEST_F(ContainerArtwork, inMP4SomeOperationsAddAnEmptyItem) {
-    const std::pair<Operation, bool> operations[] = {
-        {[](ZALTag& t) { EXPECT_FALSE(t.hasOriginalImage() || !t.allStoredImages().empty()); }, false},
-        {[](ZALTag& t) { EXPECT_FALSE(t.hasImages()); }, true},
-        {[](ZALTag& t) { t.setAllImages({}); }, true},
-        {restore, true},
-        {backup(0), false},
-        {[](ZALTag& t) { EXPECT_FALSE(t.replaceOriginalImage(unrenderable)); }, false},
+TEST_F(ContainerArtwork, inMP4NoOperationWritesAnEmptyItem) {
+    const Operation operations[] = {
+        [](ZALTag& t) { EXPECT_FALSE(t.hasOriginalImage() || !t.allStoredImages().empty()); },
+        [](ZALTag& t) { EXPECT_FALSE(t.hasImages()); },
+        [](ZALTag& t) { t.setAllImages({}); },
+        restore,
+        backup(0),
+        [](ZALTag& t) { EXPECT_FALSE(t.replaceOriginalImage(unrenderable)); },
     };
     const LogCapture log;
-    const std::string_view name = "covr";
-    for (const auto& [operation, adds] : operations) {
+    for (const Operation& operation : operations) {
         open("a.m4a", mp4File());
         operation(*tag);
         EXPECT_TRUE(tag->save());
-        const ZALData file = contentsOf(path_);
-        EXPECT_EQ(std::search(file.begin(), file.end(), name.begin(), name.end()) != file.end(), adds);
+        EXPECT_EQ(contentsOf(path_), mp4File());
     }
 }
 
@@ -233,11 +232,11 @@ TEST_F(ContainerArtwork, inFLACTheOriginalIsLast) {
     open("a.flac", flacFile({block(marked(1, ' '), 6, "image/jpeg"), block(marked(2, ' '), 4, "image/png"),
                              block(marked(3, ' '), 5, "image/jpeg")}));
     EXPECT_EQ(*tag->originalImage(), *image(3));
-    // The backup is made after the host's picture was put in; the second one goes into the first picture.
-    expectSteps({{backup(4), {"2 image/png 4", "3 image/jpeg 5", "4o image/jpeg 0", "4c image/jpeg 6"}},
-                 {backup(5), {"5c image/png 3", "3 image/jpeg 5", "4o image/jpeg 0", "4c image/jpeg 6"}},
-                 {replace(6), {"6c image/png 3", "3 image/jpeg 5", "4o image/jpeg 0", "4c image/jpeg 6"}},
-                 {restore, {"3 image/jpeg 5", "4o image/jpeg 3"}},
+    expectSteps({{restore, {"1 image/jpeg 6", "2 image/png 4", "3 image/jpeg 5"}},  // nothing is marked
+                 {backup(4), {"2 image/png 4", "3 image/jpeg 5", "1o image/jpeg 0", "4c image/png 3"}},
+                 {backup(5), {"2 image/png 4", "3 image/jpeg 5", "1o image/jpeg 0", "5c image/png 3"}},
+                 {replace(6), {"6c image/png 3", "3 image/jpeg 5", "1o image/jpeg 0", "5c image/png 3"}},
+                 {restore, {"3 image/jpeg 5", "1o image/jpeg 3"}},
                  {setAll(6, 7), {"6 image/png 0", "7 image/png 0"}},
                  {replace(0), {}},
                  {backup(3), {"3c image/png 3"}}});

@@ -80,11 +80,11 @@ TEST_F(WAV, theInfoListIsTheSecondStoreOfSixFields) {
         tag->setValue(key, key);
     }
     ASSERT_TRUE(tag->save());
-    EXPECT_EQ(infoOfFile(), infoList({{"ICMT", "Ö"},
-                                      {"ICRD", "2001"},
-                                      {"IGNR", "infoGenre"},
-                                      {"INAM", "infoTitle"},
+    EXPECT_EQ(infoOfFile(), infoList({{"INAM", "infoTitle"},
                                       {"IPRD", "infoAlbum"},
+                                      {"IGNR", "infoGenre"},
+                                      {"ICMT", "Ö"},
+                                      {"ICRD", "2001"},
                                       {"ISFT", "kept"}}));
     tag = again();
     EXPECT_TRUE(tag->title() == "Ö" && !tag->artist() && tag->genre() == "Ö" && tag->infoYear() == 2001);
@@ -98,9 +98,9 @@ TEST_F(WAV, infoTextThatIsNotUTF8IsReadAsLatin1AndKept) {
     const auto tag = opened(wavFile({infoList(
         {{"INAM", "caf\xE9"}, {"IART", "é"}, {"IGNR", "fir\xE9"}, {"IGNR", "last"}, {"IENG", "\xDC"}})}));
     EXPECT_TRUE(tag->infoTitle() == "café" && tag->infoGenre() == "last");
-    tag->setTempo(120);
+    tag->setInfoGenre("set");
     ASSERT_TRUE(tag->save());
-    EXPECT_EQ(infoOfFile(), infoList({{"IART", "é"}, {"IENG", "Ü"}, {"IGNR", "last"}, {"INAM", "café"}}));
+    EXPECT_EQ(infoOfFile(), infoList({{"INAM", "caf\xE9"}, {"IART", "é"}, {"IGNR", "set"}, {"IENG", "\xDC"}}));
 }
 
 TEST_F(WAV, theRecordIsOneChunkAtTheEndHoweverOftenItIsSaved) {
@@ -110,15 +110,14 @@ TEST_F(WAV, theRecordIsOneChunkAtTheEndHoweverOftenItIsSaved) {
     EXPECT_EQ(tag->zalVelvetCascade(), record(true)) << "the last one counts";
     tag->setTitle("first");
     ASSERT_TRUE(tag->save());
-    // TagLib knows the file as it was with a record in the middle; it must not go by that now.
     const std::string long_(100'000, 'x');
     tag->setComment(long_);
     tag->setZalVelvetCascade(record(false));
     for (int i = 0; i < 2; ++i) {
         ASSERT_TRUE(tag->save());
-        EXPECT_EQ(idsOf(content()), "fmt  data cue  ID3  LIST VCAS");
+        EXPECT_EQ(idsOf(content()), "fmt  data cue  id3  LIST VCAS");
         EXPECT_EQ(contentOf(content(), "data"), contentOf(wavFile(), "data"));
-        EXPECT_EQ(again()->comment(), long_) << "all that TagLib wrote was there to be copied";
+        EXPECT_EQ(again()->comment(), long_) << "all that was written was there to be copied";
         EXPECT_EQ(again()->title(), "first");
         EXPECT_EQ(riffChunk("VCAS", contentOf(content(), "VCAS")), recordChunk(false));
     }
@@ -159,7 +158,7 @@ TEST_F(WAV, theRecordIsNotWrittenWhereThatWouldLoseAChunk) {
         tag->setZalVelvetCascade(record(true));
         tag->setTitle("t");
         const LogCapture log;
-        EXPECT_TRUE(tag->save());
+        EXPECT_FALSE(tag->save());
         EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("could not write the processing record of")));
         EXPECT_TRUE(again()->title() == "t" && again()->zalVelvetCascade() == std::nullopt);
         EXPECT_TRUE(std::equal(file.begin() + 8, file.begin() + 60, content().begin() + 8));
@@ -170,8 +169,9 @@ TEST_F(WAV, whatAnotherProgramWroteIsLeftAlone) {
     const ZALData others = wavFile({riffChunk("junk", bytesOf("other"))});
     for (const bool savedBefore : {false, true}) {
         const auto tag = opened(wavFile());
-        tag->setZalVelvetCascade(record(true));
+        tag->setZalVelvetCascade(record(false));
         EXPECT_TRUE(!savedBefore || tag->save());
+        tag->setZalVelvetCascade(record(true));
         tag->setTitle("t");
         opened(others);
         const LogCapture log;

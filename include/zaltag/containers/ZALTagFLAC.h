@@ -5,6 +5,10 @@
 #include <memory>
 #include <string>
 
+namespace zal {
+class FLACFile;
+}
+
 /// The back-end of FLAC files ("flac"). The fields live in the file's Xiph comment, several values of one
 /// field joined with a blank. ID3v2 and ID3v1 tags, which a FLAC file can carry as well, are read where the
 /// comment has nothing and written beside it, as far as the file has them; none is added.
@@ -18,7 +22,7 @@ class ZALTAG_EXPORT ZALTagFLAC final : public ZALTagID3 {
     /// "flac".
     static const ZALArray<std::string>& supportedFileTypes();
     static bool canInitWithPath(const ZALNullableString& path);
-    /// Opens a FLAC file. Null for a null path (one log line), another extension, a path that is no regular
+    /// Opens a FLAC file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that does not begin as a FLAC stream, with or without ID3v2 tags in front, or whose
     /// metadata blocks are cut off or more than any real file has.
     static std::shared_ptr<ZALTagFLAC> tagAtPath(const ZALNullableString& path, bool readOnly = false);
@@ -107,12 +111,11 @@ class ZALTAG_EXPORT ZALTagFLAC final : public ZALTagID3 {
     zal::Artwork artwork() const override;
 
   private:
-    struct FLACFile;
 
     ZALTagFLAC();
 
     std::optional<ZALJSONValue> storedXiphDictionary(const std::string& xiphName) const;
     bool openFLAC(const std::string& path, bool readOnly);
 
-    std::unique_ptr<FLACFile> flacfile_;  // over the inherited stream, so it goes first
+    std::unique_ptr<zal::FLACFile> flacfile_;  // over the inherited stream, so it goes first
 };

@@ -21,7 +21,7 @@ class ZALTAG_EXPORT ZALTagMP4 final : public ZALTag {
     /// "m4a", "mp4".
     static const ZALArray<std::string>& supportedFileTypes();
     static bool canInitWithPath(const ZALNullableString& path);
-    /// Opens an MPEG-4 file. Null for a null path (one log line), another extension, a path that is no
+    /// Opens an MPEG-4 file. Null for a null path, another extension, a path that is no
     /// regular file, a file without a "moov" atom, one whose atoms do not add up, and one that nests or
     /// counts more of them than any real file. One without tags opens with an empty list.
     static std::shared_ptr<ZALTagMP4> tagAtPath(const ZALNullableString& path, bool readOnly = false);
@@ -138,7 +138,6 @@ class ZALTAG_EXPORT ZALTagMP4 final : public ZALTag {
 
     std::optional<ZALJSONValue> storedDictionary(const std::string& atomName) const;
     bool openMP4(const std::string& path, bool readOnly);
-    bool writeMP4();
 
     std::unique_ptr<State> state_;
 };

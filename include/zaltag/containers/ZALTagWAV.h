@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-namespace TagLib::RIFF::WAV {
-class ZALFile;
+namespace zal {
+class FormFile;
 }
 
 /// The back-end of WAV files ("wav"). They carry an ID3v2 tag in a chunk, in which every field and record
@@ -23,7 +23,7 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     /// "wav".
     static const ZALArray<std::string>& supportedFileTypes();
     static bool canInitWithPath(const ZALNullableString& path);
-    /// Opens a WAV file. Null for a null path (one log line), another extension, a path that is no regular
+    /// Opens a WAV file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that does not begin with RIFF and WAVE or is over 4 GiB long. One without an ID3v2
     /// tag opens with an empty one.
     static std::shared_ptr<ZALTagWAV> tagAtPath(const ZALNullableString& path, bool readOnly = false);
@@ -118,11 +118,13 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     ZALTagWAV();
 
     bool openWAV(const std::string& path, bool readOnly);
-    void saveRecord();
+    bool saveRecord();
+    bool isInFile(const ZALTagVelvetCascade& record) const;
     void reopen();
 
-    std::unique_ptr<TagLib::RIFF::WAV::ZALFile> wavfile_;  // over the inherited stream, so it goes first
+    std::unique_ptr<zal::FormFile> wavfile_;  // over the inherited stream, so it goes first
     std::optional<ZALTagVelvetCascade> pnTag_;
+    std::optional<ZALTagVelvetCascade> recordInFile_;
     bool openedReadOnly_ = false;
     bool isOutdated_ = false;  // the file was replaced by writing the record, and could not be opened again
 };

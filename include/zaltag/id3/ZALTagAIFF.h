@@ -4,8 +4,8 @@
 
 #include <memory>
 
-namespace TagLib::RIFF::AIFF {
-class File;
+namespace zal {
+class FormFile;
 }
 
 /// The back-end of AIFF and AIFF-C files ("aif", "aiff"), which carry an ID3v2 tag in a chunk: every field,
@@ -18,7 +18,7 @@ class ZALTAG_EXPORT ZALTagAIFF final : public ZALTagID3 {
     /// "aif", "aiff".
     static const ZALArray<std::string>& supportedFileTypes();
     static bool canInitWithPath(const ZALNullableString& path);
-    /// Opens an AIFF file. Null for a null path (one log line), another extension, a path that is no regular
+    /// Opens an AIFF file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that does not begin as an AIFF or AIFF-C form or is over 4 GiB long. One without a
     /// tag opens with an empty one.
     static std::shared_ptr<ZALTagAIFF> tagAtPath(const ZALNullableString& path, bool readOnly = false);
@@ -39,5 +39,5 @@ class ZALTAG_EXPORT ZALTagAIFF final : public ZALTagID3 {
 
     bool openAIFF(const std::string& path, bool readOnly);
 
-    std::unique_ptr<TagLib::RIFF::AIFF::File> aifffile_;  // over the inherited stream, so it goes first
+    std::unique_ptr<zal::FormFile> aifffile_;  // over the inherited stream, so it goes first
 };

@@ -28,7 +28,7 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     /// "mp3".
     static const ZALArray<std::string>& supportedFileTypes();
     static bool canInitWithPath(const ZALNullableString& path);
-    /// Opens an MP3 file. Null for a null path (one log line), another extension, a path that is no regular
+    /// Opens an MP3 file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that holds neither a tag nor an MPEG frame, or a tag of
     /// more than 10,000 frames.
     static std::shared_ptr<ZALTagID3> tagAtPath(const ZALNullableString& path, bool readOnly = false);
@@ -61,7 +61,7 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     /// The TBPM frame; 0 is written as "0" and the frame is never removed.
     std::int64_t tempo() const override;
     void setTempo(std::int64_t tempo) override;
-    /// The TKEY frame; null is written as the empty text.
+    /// The TKEY frame; null is written as the empty text, and the frame is never removed.
     ZALNullableString initialKey() const override;
     void setInitialKey(const ZALNullableString& key) override;
     /// The user text frame "EnergyLevel".
@@ -126,8 +126,8 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     void setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints);
     /// The object "Serato Markers2"; null when there is none or it cannot be read (one log line).
     virtual std::optional<ZALTagSeratoMarker> seratoMarker() const;
-    /// The object "Serato Markers_", read and written again; null, with a log line, when that is not
-    /// possible.
+    /// The object "Serato Markers_", read and written again; null when that is not possible: with a log line
+    /// when it cannot be read, without one when it holds colours that do not fit.
     virtual ZALNullableData oldSeratoMarkerData() const;
     /// The object "Serato BeatGrid"; null when there is none or it cannot be read (one log line).
     virtual std::optional<ZALTagSeratoGrid> seratoGrid() const;
@@ -178,8 +178,9 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
   private:
     std::optional<ZALJSONValue> storedDictionary(const std::string& description) const;
     bool openMP3(const std::string& path, bool readOnly);
-    bool writeMP3();
-    bool writeID3v1();
+    bool fillID3v2();
+    void setPrimaryComment(const std::string& text);
+    ZALNullableString textOfFrame(const char* id) const;
 
     std::unique_ptr<State> state_;
 };
