@@ -19,8 +19,8 @@ void writeOwn(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) {
         ZALTagCuePoints::cuePointsWithCuePointArray(cuePoints, record ? record->algorithm() : 0));
 }
 
-// Other data of Serato may stand in a file without cue points; only a list that can be read, of a version that
-// is known, says that they are none.
+// Other data of Serato may stand in a file without cue points; only a list that can be read, of a version
+// that is known, says that they are none.
 bool hasNoneOfSerato(const ZALTag& tag) {
     if (!tag.hasSeratoMetadata()) return true;
     std::optional<ZALTagSeratoMarker> marker;
@@ -29,11 +29,26 @@ bool hasNoneOfSerato(const ZALTag& tag) {
     return marker && marker->major() <= 2;
 }
 
+// Serato has eight slots, and, but for FLAC, two records.
+std::string missingInSerato(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) {
+    std::string missing;
+    for (std::size_t i = tag.seratoCuePoints().size(); i < cuePoints.size(); ++i) {
+        missing += (missing.empty() ? "there is no slot for " : ", ") + secondsText(cuePoints[i].time()) +
+                   "=" + cuePoints[i].name().value_or("");
+    }
+    const auto* id3 = dynamic_cast<const ZALTagID3*>(&tag);
+    const bool hasTwo = id3 != nullptr && dynamic_cast<const ZALTagFLAC*>(&tag) == nullptr;
+    if (hasTwo && !cuePoints.empty() && !id3->oldSeratoMarkerData())
+        missing += (missing.empty() ? "" : "; ") + std::string("Serato's older record could not be written");
+    return missing;
+}
+
 constexpr CuePlace places[] = {
     {"serato", [](const ZALTag& tag) { return tag.seratoCuePoints(); },
      [](ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) { tag.setSeratoCuePoints(cuePoints); },
-     hasNoneOfSerato},
-    {"zal", readOwn, writeOwn, [](const ZALTag&) { return true; }},
+     hasNoneOfSerato, missingInSerato},
+    {"zal", readOwn, writeOwn, [](const ZALTag&) { return true; },
+     [](const ZALTag&, const ZALArray<ZALTagCuePoint>&) { return std::string(); }},
 };
 
 }  // namespace

@@ -14,6 +14,8 @@ struct CuePlace {
     /// True when a file in which read() found nothing surely has no cue points there, and not some that
     /// cannot be read.
     bool (*isSurelyEmpty)(const ZALTag& tag);
+    /// Which of the cue points that were written the place does not hold, as words; empty when it holds all.
+    std::string (*missing)(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints);
 };
 
 /// The place with a name, or null.

@@ -142,7 +142,9 @@ int set(const Options& options) {
     if (const CollectionPlace* place = collectionPlace(options.place))
         return setInCollection(request, *place);
     const CuePlace& place = *cuePlace(options.place);
-    return changeFiles(request.files, [&](ZALTag& tag) { place.write(tag, request.cuePoints); });
+    return changeFiles(
+        request.files, [&](ZALTag& tag) { place.write(tag, request.cuePoints); },
+        [&](const ZALTag& tag) { return place.missing(tag, request.cuePoints); });
 }
 
 }  // namespace

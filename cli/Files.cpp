@@ -83,7 +83,8 @@ std::string saveFile(ZALTag& tag) {
     return isSaved ? "" : fmt::format("could not be saved{}; the file is as it was", reason);
 }
 
-std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change) {
+std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change,
+                       const std::function<std::string(const ZALTag&)>& missing) {
     const OpenedFile opened = openFile(path, false);
     if (opened.tag == nullptr) return opened.failure;
     if (opened.tag->readOnly()) return readOnlyReason;
@@ -92,15 +93,17 @@ std::string changeFile(const std::string& path, const std::function<void(ZALTag&
     } catch (const ChangeRefused& refused) {
         return refused.what();
     }
-    return saveFile(*opened.tag);
+    const std::string failure = saveFile(*opened.tag);
+    return failure.empty() && missing ? missing(*opened.tag) : failure;
 }
 
-int changeFiles(const std::vector<std::string>& paths, const std::function<void(ZALTag&)>& change) {
+int changeFiles(const std::vector<std::string>& paths, const std::function<void(ZALTag&)>& change,
+                const std::function<std::string(const ZALTag&)>& missing) {
     Output output(false);
     holdInterrupts();
     for (const std::string& path : paths) {
         if (isInterrupted()) break;
-        const std::string failure = changeFile(path, change);
+        const std::string failure = changeFile(path, change, missing);
         if (!failure.empty()) output.failure(path, failure);
     }
     return output.finish();

@@ -35,11 +35,13 @@ class ChangeRefused : public std::runtime_error {
 std::string saveFile(ZALTag& tag);
 
 /// Opens a file, changes it and saves it. Empty when that went well, else the reason for a person; the file
-/// is then as it was.
-std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change);
+/// is then as it was, unless `missing` told what of the change the saved file does not hold.
+std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change,
+                       const std::function<std::string(const ZALTag&)>& missing = nullptr);
 
 /// The same for several files, with a line for each one that failed. Gives the exit status.
-int changeFiles(const std::vector<std::string>& paths, const std::function<void(ZALTag&)>& change);
+int changeFiles(const std::vector<std::string>& paths, const std::function<void(ZALTag&)>& change,
+                const std::function<std::string(const ZALTag&)>& missing = nullptr);
 
 /// The files a command walks over, and the folders that could not be read.
 struct FoundFiles {

@@ -77,14 +77,6 @@ void requireID3v1(const ZALTag& tag) {
         throw ChangeRefused(fmt::format("{} has no ID3v1 tag to remove", tag.className()));
 }
 
-// Makes the save remove the ID3v1 tag. A save before it has the fields that only that tag holds written to
-// the ID3v2 tag.
-void stripID3v1(ZALTag& tag) {
-    const std::string failure = tag.hasID3v1Tag() ? saveFile(tag) : "";
-    if (!failure.empty()) throw ChangeRefused(failure);
-    tag.setShouldStripID3v1Tag(true);
-}
-
 void change(ZALTag& tag, const std::vector<Assignment>& assignments, bool stripV1) {
     if (stripV1) requireID3v1(tag);
     const auto keys = tag.propertyKeys();
@@ -93,16 +85,27 @@ void change(ZALTag& tag, const std::vector<Assignment>& assignments, bool stripV
             throw ChangeRefused(fmt::format("{} has no {}", tag.className(), assignment.name));
         }
     }
-    if (stripV1) stripID3v1(tag);
+    if (stripV1) tag.setShouldStripID3v1Tag(true);
     for (const Assignment& assignment : assignments) {
         tag.setValue(assignment.value, assignment.name);
     }
 }
 
+// A format that has no place for a field takes its value and forgets it.
+std::string missing(const ZALTag& tag, const std::vector<Assignment>& assignments) {
+    for (const Assignment& assignment : assignments) {
+        const bool isText = assignment.value.stringValue().value_or("") != "";
+        if (isText && tag.valueForKey(assignment.name).isNull())
+            return fmt::format("{} has no place for {}", tag.className(), assignment.name);
+    }
+    return {};
+}
+
 int set(const Options& options) {
     const auto [files, assignments] = readWords(options);
     return changeFiles(
-        files, [&, &assignments = assignments](ZALTag& tag) { change(tag, assignments, options.stripV1); });
+        files, [&, &assignments = assignments](ZALTag& tag) { change(tag, assignments, options.stripV1); },
+        [&assignments = assignments](const ZALTag& tag) { return missing(tag, assignments); });
 }
 
 }  // namespace
