@@ -12,7 +12,7 @@ namespace zal {
 
 namespace {
 
-constexpr std::size_t windowTracks = 512;  // made at once
+constexpr std::size_t windowTracks = 256;  // made at once
 constexpr std::size_t tracksWorthAThread = 32;
 constexpr std::size_t copyBlock = std::size_t{1} << 20;
 constexpr unsigned trackDepth = 2;
@@ -24,6 +24,14 @@ ZALDataView viewOf(std::string_view bytes) {
 }
 
 }  // namespace
+
+void bringUpToDate(ZALCollectionTrack& track, const TrackChange& change) {
+    if (change.request != nullptr) {
+        const ZALCollectionQueueItem request = change.request->second.item(change.request->first);
+        track.replaceCuePoints(request.cuePoints, request.kind);
+    }
+    track.updateXMLElement();
+}
 
 TrackRenderer::Result TrackRenderer::render(const TrackChange& change) {
     const XMLElement element = reader_.element(reader_.index().tracks()[change.number].span());
@@ -38,9 +46,7 @@ TrackRenderer::Result TrackRenderer::render(const TrackChange& change) {
 TrackRenderer::Result TrackRenderer::renderAnew(const TrackChange& change, const XMLElement& element) {
     const CollectionProgram& program = reader_.index().program();
     const auto track = program.trackOf(element);
-    const ZALCollectionQueueItem* request = change.request;
-    if (request != nullptr) track->replaceCuePoints(request->cuePoints, request->kind);
-    track->updateXMLElement();
+    bringUpToDate(*track, change);
     return {markupOf(element, program.style, trackDepth), 0, track->cueCount(),
             static_cast<bool>(element.firstChild(program.markName)), true};
 }
@@ -54,8 +60,8 @@ TrackRenderer::Result TrackRenderer::splice(const TrackChange& change, const XML
         return {};
     }
     const std::string text = reader_.lastText();
-    const TrackEdit edit =
-        program.trackOf(element)->editFor(change.request->cuePoints, change.request->kind, &scratch_);
+    const ZALCollectionQueueItem request = change.request->second.item(change.request->first);
+    const TrackEdit edit = program.trackOf(element)->editFor(request.cuePoints, request.kind, &scratch_);
     const std::string blank = reader_.blankInFrontOf(index.tracks()[change.number].begin);
     const bool keepsMark =
         std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) != edit.isRemoved.end();
@@ -85,19 +91,23 @@ bool CollectionWriter::write(FileReplacement& out) {
     if (!source_->isUnchanged()) return fail(changedReason);
     if (isEvery_ && source_->program().stamp != nullptr) addHeaderEdit();
     if (!addStampEdit()) return fail(changedReason);
-    if (changes_.playlists) edits_.push_back(*changes_.playlists);
     gatherMarks();
     if (encoding_ != source_->form().encoding && source_->form().hasMark) {
         position_ = source_->form().markSize();
         if (!append(out, "\xEF\xBB\xBF")) return false;
     }
     for (const FrameEdit& edit : edits_) {
-        if (!writeTracks(out, edit.begin) || !copyUpTo(out, edit.begin) || !writeEdit(out, edit))
-            return false;
+        if (!writeBefore(out, edit.begin) || !writeEdit(out, edit)) return false;
     }
+    const FrameEdit* playlists = changes_.playlists ? &*changes_.playlists : nullptr;
+    if (playlists && (!writeBefore(out, playlists->begin) || !writeEdit(out, *playlists))) return false;
     const std::uint64_t end = source_->attributes().size;
-    if (!writeTracks(out, end) || !copyUpTo(out, end)) return false;
+    if (!writeBefore(out, end)) return false;
     return source_->isUnchanged() || fail(changedReason);
+}
+
+bool CollectionWriter::writeBefore(FileReplacement& out, std::uint64_t end) {
+    return writeTracks(out, end) && copyUpTo(out, end);
 }
 
 // The header of a standalone document in UTF-8.
@@ -223,7 +233,9 @@ bool CollectionWriter::writeWindow(FileReplacement& out, const Window& window) {
 
 bool CollectionWriter::writeEdit(FileReplacement& out, const FrameEdit& edit) {
     if (!append(out, edit.before)) return false;
-    const std::string part = encodedXML(edit.part, encoding_);
+    const std::string encoded =
+        encoding_ == XMLEncoding::utf8 ? std::string() : encodedXML(edit.part, encoding_);
+    const std::string& part = encoding_ == XMLEncoding::utf8 ? edit.part : encoded;
     const Span span{written_, written_ + part.size(), Checksum::of(part)};
     if (edit.names == FrameEdit::Part::rootTag) frame_.rootTag = span;
     if (edit.names == FrameEdit::Part::firstNode) frame_.firstNode = span;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "collection/CollectionIndex.h"
+#include "collection/PackedRequest.h"
 #include "platform/FileReplacement.h"
 
 #include <zaltag/collection/ZALCollectionQueue.h>
@@ -16,8 +17,11 @@ namespace zal {
 /// A track that a save writes, and what is asked of it; null when it is only brought up to date.
 struct TrackChange {
     std::uint32_t number = 0;
-    const ZALCollectionQueueItem* request = nullptr;
+    const PackedRequests::value_type* request = nullptr;
 };
+
+/// Writes a track into its element as it is to be.
+void bringUpToDate(ZALCollectionTrack& track, const TrackChange& change);
 
 /// A range around the tracks that is replaced by markup, in the three parts that it consists of.
 struct FrameEdit {
@@ -87,6 +91,7 @@ class CollectionWriter {
     bool addStampEdit();
     void gatherMarks();
     bool nextTrack(TrackChange& change);
+    bool writeBefore(FileReplacement& out, std::uint64_t end);
     bool writeTracks(FileReplacement& out, std::uint64_t end);
     bool renderBeside(Window& next, FileReplacement& out, const Window& made);
     bool writeWindow(FileReplacement& out, const Window& window);

@@ -4,7 +4,12 @@ namespace zal {
 
 namespace {
 
-void appendAll(std::string& out, std::string_view blank, const std::vector<std::string>& elements) {
+void appendAll(std::string& out, std::string_view blank, std::span<const std::string> elements) {
+    std::size_t size = out.size();
+    for (const std::string& element : elements) {
+        size += blank.size() + element.size();
+    }
+    out.reserve(size);
     for (const std::string& element : elements) {
         out.append(blank).append(element);
     }
@@ -12,7 +17,7 @@ void appendAll(std::string& out, std::string_view blank, const std::vector<std::
 
 // For an element without any: as those beside it would be laid out.
 std::string withFirstChildren(std::string_view element, const XMLParts& parts, std::string_view blank,
-                              const char* indent, const std::vector<std::string>& children) {
+                              const char* indent, std::span<const std::string> children) {
     const std::string_view tag = element.substr(0, parts.startTag.end);
     std::string out = parts.isEmpty ? startTagOf(tag) : std::string(tag);
     const bool isLaidOut = blank.find('\n') != blank.npos;
@@ -28,7 +33,7 @@ std::string withFirstChildren(std::string_view element, const XMLParts& parts, s
 }  // namespace
 
 std::string withChildren(std::string_view element, std::string_view blank, const char* indent,
-                         const std::vector<std::string>& children) {
+                         std::span<const std::string> children) {
     const XMLParts parts = partsOf(element);
     if (parts.children.empty()) return withFirstChildren(element, parts, blank, indent, children);
     const XMLRange last = parts.children.back().range;

@@ -3,6 +3,7 @@
 #include "platform/XML.h"
 #include "platform/XMLMarkup.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,6 @@ std::string splicedTrack(std::string_view element, std::string_view blank, const
 /// The element with new children as the last ones, each behind the white space that stands in front of the
 /// last one now, or of the element itself when it has none.
 std::string withChildren(std::string_view element, std::string_view blank, const char* indent,
-                         const std::vector<std::string>& children);
+                         std::span<const std::string> children);
 
 }  // namespace zal

@@ -3,6 +3,7 @@
 #include "base/Assert.h"
 #include "base/Paths.h"
 #include "collection/CollectionWriter.h"
+#include "collection/PackedRequest.h"
 #include "collection/TrackEdit.h"
 #include "platform/Log.h"
 #include "platform/NFD.h"
@@ -63,7 +64,7 @@ struct ZALCollectionQueue::State {
     // All but the first two belong to the serial queue.
     const std::unique_ptr<zal::SerialQueue> processingQueue;
     const std::shared_ptr<Progress> progress = std::make_shared<Progress>();
-    std::map<std::string, std::shared_ptr<ZALCollectionQueueItem>> itemQueue;  // by decomposed path
+    zal::PackedRequests itemQueue;
     std::shared_ptr<ZALTimer> processTimer;
     std::uint64_t exportStage = idle;
 };
@@ -102,9 +103,14 @@ void ZALCollectionQueue::enqueue(const ZALNullableString& path, std::shared_ptr<
     assertProcessingQueue(method);
     if (!path || path->empty()) return zal::logf("{}: discarded request for nil path", method);
     item->path = *path;
+    zal::PackedRequests made;
+    const std::string key = zal::canonicalDecomposition(*path);
+    made.emplace(key, zal::PackedRequest(*item, key));
+    const auto entry = std::make_shared<zal::PackedRequests::node_type>(made.extract(made.begin()));
     // A block keeps the queue until it has run.
-    state_->processingQueue->async([this, self = shared_from_this(), item = std::move(item)] {
-        state_->itemQueue[zal::canonicalDecomposition(item->path)] = item;
+    state_->processingQueue->async([this, self = shared_from_this(), entry] {
+        state_->itemQueue.erase(entry->key());
+        state_->itemQueue.insert(std::move(*entry));
         updateProgress();
         startTimerIfNeeded();
     });
@@ -216,7 +222,10 @@ ZALCollectionQueue::Outcome ZALCollectionQueue::batch() {
     if (shouldSave && (!database().saveChanges(changes, &error) || !error.domain.empty()))
         return failure(false);
     const bool isQuiet = changes.mode == ZALCollectionSaveMode::changedTracks && !shouldSave;
-    if (shouldSave) changes.tracks.clear();
+    if (shouldSave) {
+        changes.tracks.clear();
+        dropRequests();  // they are written; their memory is wanted for what follows
+    }
     if (!isQuiet) finishBatch(changes);
     dropRequests();
     return outcome;
@@ -229,18 +238,21 @@ bool ZALCollectionQueue::applyRequests(zal::CollectionChanges& changes, bool& sh
     const bool isEvery = changes.mode == ZALCollectionSaveMode::everyTrackWithCues;
     zal::ElementReader reader(changes.index);
     std::vector<std::uint32_t> listed;
-    for (const auto& [path, item] : state_->itemQueue) {
+    listed.reserve(state_->itemQueue.size());
+    changes.tracks.reserve(state_->itemQueue.size());
+    for (const auto& request : state_->itemQueue) {
         std::uint32_t number = 0;
-        const auto track = reader.find(path, number);
+        const auto track = reader.find(request.first, number);
         if (!track) continue;
-        if (!track->whyLeftOut(item->modificationDate).empty()) {
-            zal::logf("Skipping track '{}' (modified)", zal::lastPathComponent(item->path));
+        const ZALCollectionQueueItem item = request.second.item(request.first);
+        if (!track->whyLeftOut(item.modificationDate).empty()) {
+            zal::logf("Skipping track '{}' (modified)", zal::lastPathComponent(item.path));
             continue;
         }
-        const bool isChanged = isEvery ? track->replaceCuePoints(item->cuePoints, item->kind)
-                                       : track->editFor(item->cuePoints, item->kind, nullptr).isChanged;
+        const bool isChanged = isEvery ? track->replaceCuePoints(item.cuePoints, item.kind)
+                                       : track->editFor(item.cuePoints, item.kind, nullptr).isChanged;
         shouldSave = shouldSave || isChanged;
-        if (isChanged || (isEvery && track->xmlNeedsUpdate())) changes.tracks.push_back({number, item.get()});
+        if (isChanged || (isEvery && track->xmlNeedsUpdate())) changes.tracks.push_back({number, &request});
         if (isChanged || isEvery) listed.push_back(number);
     }
     std::sort(changes.tracks.begin(), changes.tracks.end(),

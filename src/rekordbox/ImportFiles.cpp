@@ -41,12 +41,6 @@ class Chunks {
     bool isTaken_ = true;
 };
 
-void bringUpToDate(const XMLElement& element, const ZALCollectionQueueItem* request) {
-    const auto track = ZALRekordboxTrack::initWithXMLElement(element);
-    if (request != nullptr) track->replaceCuePoints(request->cuePoints, request->kind);
-    track->updateXMLElement();
-}
-
 void copyTrack(const XMLElement& track, XMLElement copy) {
     copy.setAttribute("TrackID", std::to_string(ZALRekordboxTrack::idOfXMLElement(track)));
     copy.setAttribute("Location", track.attributeText("Location"));
@@ -94,10 +88,12 @@ bool writeImportFile(ElementReader& reader, std::span<const TrackChange> tracks,
     chunks.add(withAttributes("<DJ_PLAYLISTS>", ofRoot));
     chunks.add(fmt::format("\n  <COLLECTION Entries=\"{}\">\n", tracks.size()));
     XMLDocument scratch;
-    for (const auto& [number, request] : tracks) {
-        const XMLElement element = reader.element(all[number].span());
+    for (const TrackChange& track : tracks) {
+        const XMLElement element = reader.element(all[track.number].span());
         if (!element) return false;
-        if (isEvery && (request != nullptr || all[number].isMarked)) bringUpToDate(element, request);
+        if (isEvery && (track.request != nullptr || all[track.number].isMarked)) {
+            bringUpToDate(*ZALRekordboxTrack::initWithXMLElement(element), track);
+        }
         const XMLElement copy = scratch.makeRoot("TRACK");
         copyTrack(element, copy);
         chunks.add("    " + markupOf(copy, rekordboxProgram().style, 2) + "\n");

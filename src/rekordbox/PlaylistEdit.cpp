@@ -1,15 +1,24 @@
 #include "rekordbox/PlaylistEdit.h"
 
+#include "base/Numbers.h"
 #include "collection/TrackEdit.h"
 #include "rekordbox/PlaylistNode.h"
 
 #include <zaltag/rekordbox/ZALRekordboxPlaylistFolder.h>
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <iterator>
 
 namespace zal {
 
 namespace {
+
+void sortOnce(std::vector<std::uint64_t>& ids) {
+    std::sort(ids.begin(), ids.end());
+    ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+}
 
 constexpr unsigned rootDepth = 2;
 constexpr const char* indent = "  ";
@@ -53,7 +62,7 @@ std::string withNewPlaylist(const std::string& text, std::string_view blank,
     const std::size_t count = folder.playlists().size() + folder.folders().size() + 1;
     const std::string tag =
         withAttributes(std::string_view(text).substr(0, tagEnd), {{"Count", std::to_string(count)}});
-    return withChildren(tag + text.substr(tagEnd), blank, indent, {playlist});
+    return withChildren(tag + text.substr(tagEnd), blank, indent, {&playlist, 1});
 }
 
 // A root with the one playlist, in a file that has none yet.
@@ -70,21 +79,56 @@ FrameEdit newRoot(ElementReader& reader, const std::string& root) {
     FrameEdit edit = editOf(span, root);
     const std::string blank = reader.blankInFrontOf(span.begin);
     const std::string* text = reader.text(span);
-    const std::string whole = text == nullptr ? root : withChildren(*text, blank, indent, {root});
+    const std::string whole = text == nullptr ? root : withChildren(*text, blank, indent, {&root, 1});
     const std::size_t at = whole.rfind(root);
     edit.before = whole.substr(0, at);
     edit.after = whole.substr(at + root.size());
     return edit;
 }
 
-std::string markupOfNew(ZALRekordboxPlaylist& playlist, bool inNewRoot) {
-    XMLDocument document;
-    XMLElement root = document.makeRoot(playlistNodeName);
-    const XMLElement made = playlist.xmlElement(root);
-    if (!inNewRoot) return markupOf(made, {}, rootDepth + 1);
-    const XMLAttribute attributes[] = {{"Type", "0"}, {"Name", "ROOT"}, {"Count", "1"}};
-    root.setAttributes(attributes);
-    return markupOf(root, {}, rootDepth);
+// A playlist of all tracks may be long: it is text at once.
+std::string newPlaylist(const CollectionIndex& index, const std::string& name,
+                        const std::vector<std::uint32_t>& numbers) {
+    std::vector<std::uint64_t> ids;
+    ids.reserve(numbers.size());
+    for (const std::uint32_t number : numbers) {
+        ids.push_back(static_cast<std::uint64_t>(std::int64_t{index.tracks()[number].id}));
+    }
+    sortOnce(ids);
+    std::string text = fmt::format("<NODE Type=\"1\" Name=\"{}\" Entries=\"{}\" KeyType=\"0\">\n",
+                                   attributeValue(name), ids.size());
+    text.reserve(text.size() + 33 * ids.size());
+    for (const std::uint64_t id : ids) {
+        fmt::format_to(std::back_inserter(text), "        <TRACK Key=\"{}\" />\n", id);
+    }
+    return text + "      </NODE>";
+}
+
+// The element of a tag, without what the tag begins.
+XMLElement elementOf(std::string_view tag, XMLDocument& document) {
+    const bool isEmpty = tag.ends_with("/>");
+    return document.load(isEmpty ? std::string(tag) : std::string(tag.substr(0, tag.size() - 1)) + "/>");
+}
+
+std::string_view firstTag(std::string_view element) {
+    XMLTags tags(element);
+    return tags.next() ? element.substr(0, tags.tag().end) : std::string_view();
+}
+
+std::vector<std::uint64_t> idsIn(std::string_view playlist, XMLDocument& document) {
+    std::vector<std::uint64_t> ids;
+    XMLTags tags(playlist);
+    for (int depth = 0; tags.next();) {
+        if (tags.kind() == XMLTags::Kind::end) --depth;
+        if (depth == 1 && tags.kind() != XMLTags::Kind::end && tags.name() == "TRACK") {
+            const std::string_view tag = playlist.substr(tags.tag().begin, tags.tag().end - tags.tag().begin);
+            const char* const key = elementOf(tag, document).attribute("Key");
+            if (key != nullptr) ids.push_back(unsignedValue(key));
+        }
+        if (tags.kind() == XMLTags::Kind::start) ++depth;
+    }
+    sortOnce(ids);
+    return ids;
 }
 
 }  // namespace
@@ -93,9 +137,10 @@ std::optional<FrameEdit> playlistEdit(ElementReader& reader, const std::string& 
                                       const std::vector<std::uint32_t>& numbers) {
     const CollectionFrame& frame = reader.index().frame();
     if (!frame.hasRoot || numbers.empty()) return std::nullopt;
-    const auto made = ZALRekordboxPlaylist::rekordboxPlaylistWithName(playlistName);
-    addTracks(*made, reader.index(), numbers);
-    if (!frame.firstNode) return newRoot(reader, markupOfNew(*made, true));
+    if (!frame.firstNode) {
+        return newRoot(reader, "<NODE Type=\"0\" Name=\"ROOT\" Count=\"1\">\n      " +
+                                   newPlaylist(reader.index(), playlistName, numbers) + "\n    </NODE>");
+    }
 
     const XMLElement root = reader.element(*frame.firstNode);
     const auto folder = ZALRekordboxPlaylistFolder::initWithXMLElement(root);
@@ -104,10 +149,28 @@ std::optional<FrameEdit> playlistEdit(ElementReader& reader, const std::string& 
     const auto playlist = folder->getPlaylist(playlistName, false);
     if (!playlist) {
         const std::string blank = reader.blankInFrontOf(frame.firstNode->begin);
-        return editOf(*frame.firstNode, withNewPlaylist(text, blank, *folder, markupOfNew(*made, false)));
+        return editOf(*frame.firstNode, withNewPlaylist(text, blank, *folder,
+                                                        newPlaylist(reader.index(), playlistName, numbers)));
     }
     if (!addTracks(*playlist, reader.index(), numbers)) return std::nullopt;
     return editOf(*frame.firstNode, withPlaylist(text, root, playlist->xmlElement(root)));
+}
+
+std::vector<std::uint64_t> idsInPlaylist(ElementReader& reader, const std::string& playlistName) {
+    const std::optional<Span>& node = reader.index().frame().firstNode;
+    const std::string* text = node ? reader.text(*node) : nullptr;
+    XMLDocument document;
+    if (text == nullptr || !isNode(elementOf(firstTag(*text), document), NodeType::folder)) return {};
+    for (const auto& child : partsOf(*text).children) {
+        const std::string_view playlist =
+            std::string_view(*text).substr(child.range.begin, child.range.end - child.range.begin);
+        if (child.name != playlistNodeName) continue;
+        const XMLElement tag = elementOf(firstTag(playlist), document);
+        if (!isNode(tag, NodeType::playlist) || tag.attributeText("Name") != playlistName) continue;
+        if (numberOf(tag, "KeyType").value_or(0) != 0) return {};
+        return idsIn(playlist, document);
+    }
+    return {};
 }
 
 }  // namespace zal

@@ -14,4 +14,8 @@ namespace zal {
 std::optional<FrameEdit> playlistEdit(ElementReader& reader, const std::string& playlistName,
                                       const std::vector<std::uint32_t>& numbers);
 
+/// The ids of the tracks that this playlist lists, ascending; none when there is no such playlist, or one by
+/// locations.
+std::vector<std::uint64_t> idsInPlaylist(ElementReader& reader, const std::string& playlistName);
+
 }  // namespace zal

@@ -2,7 +2,6 @@
 
 #include "rekordbox/PlaylistNode.h"
 
-#include <algorithm>
 #include <utility>
 
 const std::string ZALRekordboxCuepointsPlaylistName = "ZAL Cue Points";
@@ -54,13 +53,6 @@ std::shared_ptr<ZALRekordboxPlaylist> ZALRekordboxPlaylistFolder::getPlaylist(co
     playlists_.push_back(playlist);
     element.setAttribute("Count", std::to_string(playlists_.size() + folders_.size()));
     return playlist;
-}
-
-std::shared_ptr<const ZALRekordboxPlaylist> ZALRekordboxPlaylistFolder::playlistNamed(
-    const std::string& name) const {
-    const auto isNamed = [&name](const auto& playlist) { return playlist->name() == name; };
-    const auto found = std::find_if(playlists_.begin(), playlists_.end(), isNamed);
-    return found == playlists_.end() ? nullptr : *found;
 }
 
 zal::XMLElement ZALRekordboxPlaylistFolder::xmlElement(zal::XMLElement parent) {

@@ -9,6 +9,7 @@
 #include <zaltag/platform/ZALHost.h>
 #include <zaltag/rekordbox/ZALRekordboxDatabase.h>
 
+#include <algorithm>
 #include <utility>
 
 const std::string ZALRekordboxQueueProgressChangedNotification =
@@ -87,7 +88,7 @@ void ZALRekordboxQueue::saveSplitXmlFiles(const zal::CollectionChanges& unsaved)
         zal::FileReplacement::clearLeftOver(*files, old);
     }
     zal::ElementReader reader(rekordboxDatabase().index());
-    const std::vector<zal::TrackChange> candidates = importCandidates(reader.index(), unsaved);
+    const std::vector<zal::TrackChange> candidates = importCandidates(reader, unsaved);
     std::size_t begin = 0;
     std::uint32_t index = 0;
     for (const std::size_t end : zal::importGroupEnds(candidates.size())) {
@@ -102,20 +103,18 @@ void ZALRekordboxQueue::saveSplitXmlFiles(const zal::CollectionChanges& unsaved)
 
 // The tracks that the playlist lists, with what is asked of them and not in the file.
 std::vector<zal::TrackChange> ZALRekordboxQueue::importCandidates(
-    const zal::CollectionIndex& index, const zal::CollectionChanges& unsaved) const {
+    zal::ElementReader& reader, const zal::CollectionChanges& unsaved) const {
     std::vector<zal::TrackChange> candidates;
-    const auto root = rekordboxDatabase().playlist();
-    const auto playlist = root ? root->playlistNamed(ZALRekordboxCuepointsPlaylistName) : nullptr;
-    if (!playlist || !playlist->tracksAsId()) return candidates;
+    const std::vector<std::uint64_t> ids = zal::idsInPlaylist(reader, ZALRekordboxCuepointsPlaylistName);
+    if (ids.empty()) return candidates;
     auto change = unsaved.tracks.begin();
-    for (std::uint32_t number = 0; number < index.tracks().size(); ++number) {
+    for (std::uint32_t number = 0; number < reader.index().tracks().size(); ++number) {
         const bool isAsked = change != unsaved.tracks.end() && change->number == number;
         const zal::TrackChange candidate = isAsked ? *change++ : zal::TrackChange{number, nullptr};
-        const zal::IndexedTrack& track = index.tracks()[number];
+        const zal::IndexedTrack& track = reader.index().tracks()[number];
         const auto id = static_cast<std::uint64_t>(std::int64_t{track.id});
-        const bool hasMarks = track.hasMarks || isAsked;
-        if (hasMarks && track.isImportable && playlist->tracksAsId()->contains(id))
-            candidates.push_back(candidate);
+        if ((!track.hasMarks && !isAsked) || !track.isImportable) continue;
+        if (std::binary_search(ids.begin(), ids.end(), id)) candidates.push_back(candidate);
     }
     return candidates;
 }

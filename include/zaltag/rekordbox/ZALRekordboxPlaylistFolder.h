@@ -31,7 +31,6 @@ class ZALTAG_EXPORT ZALRekordboxPlaylistFolder {
     /// The first playlist of that name in this folder, not in those below it; null without one, unless it is
     /// to be made.
     std::shared_ptr<ZALRekordboxPlaylist> getPlaylist(const std::string& name, bool createIfNotExist);
-    std::shared_ptr<const ZALRekordboxPlaylist> playlistNamed(const std::string& name) const;
 
     // For elements of the document:
 

@@ -9,7 +9,6 @@
 #include <vector>
 
 namespace zal {
-class CollectionIndex;
 struct TrackChange;
 }  // namespace zal
 
@@ -56,6 +55,6 @@ class ZALTAG_EXPORT ZALRekordboxQueue final : public ZALCollectionQueue {
 
     ZALRekordboxDatabase& rekordboxDatabase() const;
     void saveSplitXmlFiles(const zal::CollectionChanges& unsaved);
-    std::vector<zal::TrackChange> importCandidates(const zal::CollectionIndex& index,
+    std::vector<zal::TrackChange> importCandidates(zal::ElementReader& reader,
                                                    const zal::CollectionChanges& unsaved) const;
 };
