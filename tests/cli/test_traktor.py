@@ -35,10 +35,3 @@ class Traktor(ProgramTest):
         self.assertEqual([cue["index"] for cue in shown["cues"]], [-1, 0, 1])
         out = self.zaltag("cues", "list", song, "--from", "traktor", "--traktor", file)[0]
         self.assertEqual(out, "3\tIn\n12.5\tDrop\n")
-
-    def test_a_volume_is_part_of_the_path_unless_the_system_started_from_it(self):
-        file = self.write("collection.nml", traktor(["/a.mp3"], boot_volume="USB"))
-        listing = ("cues", "list", "--from", "traktor", "--traktor", file)
-        self.zaltag(*listing, "/Volumes/USB/a.mp3")
-        self.zaltag(*listing, "/a.mp3", "--boot-volume", "USB")
-        self.zaltag(*listing, "/a.mp3", status=1)

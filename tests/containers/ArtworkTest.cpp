@@ -176,24 +176,11 @@ TEST_F(ContainerArtwork, inID3FramesThatAreNoPicturesStay) {
     EXPECT_TRUE(tag->hasOriginalImage());
     EXPECT_EQ(tag->allImages().size(), 1u);
     EXPECT_THAT(log.lines(), testing::IsEmpty());
-    expectSteps(
-        {{backup(3), {"unread", "1 image/jpeg 3 about"}},  // the first entry cannot be kept
-         {restore, {"unread", "1 image/jpeg 3 about"}},
-         {setAll(0, 0), {}}});
+    expectSteps({{backup(3), {"unread", "1 image/jpeg 3 about"}},  // the first entry cannot be kept
+                 {restore, {"unread", "1 image/jpeg 3 about"}},
+                 {setAll(0, 0), {}}});
     EXPECT_THAT(log.lines(), testing::Each("ZALTag: APIC frame ignored after failed cast"));
     EXPECT_EQ(log.lines().size(), 2u);
-}
-
-TEST_F(ContainerArtwork, thatIsTooMuchIsNotListed) {
-    ZALData large = marked(1, ' ');
-    const ZALData size = fromHex("00001F40 00001F40");  // 8000 each
-    std::copy(size.begin(), size.end(), large.begin() + 16);
-    const ZALData one = apic(large, 3);
-    openMP3({apic(marked(1, ' '), 3), one, one, one, one, one, apic(marked(2, ' '), 3)});
-    const LogCapture log;
-    EXPECT_EQ(tag->allImages().size(), 1u);
-    EXPECT_THAT(log.lines(),
-                testing::ElementsAre("pictures beyond 256 mega pixels are left out of the list"));
 }
 
 TEST_F(ContainerArtwork, inMP4EveryCoverIsCalledAPNG) {

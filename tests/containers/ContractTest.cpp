@@ -171,16 +171,6 @@ TEST_P(Contract, aReadOnlyObjectCannotBeSaved) {
     EXPECT_EQ(contentsOf(path), before);
 }
 
-TEST(BackEnds, logAMissingPathAndNoOther) {
-    const LogCapture log;
-    EXPECT_FALSE(
-        ZALTagMP4::initWithPath(std::nullopt, false) || ZALTagFLAC::initWithPath(std::nullopt, false) ||
-        ZALTagWAV::initWithPath(std::nullopt, false) || ZALTagAIFF::initWithPath(std::nullopt, false) ||
-        ZALTagID3::initWithPath("missing.mp3", false) || ZALTagID3::initWithPath("song.wav", false));
-    EXPECT_THAT(log.lines(), testing::Each(testing::EndsWith(" initWithPath:readOnly:] nil file path")));
-    EXPECT_EQ(log.lines().size(), 4u);
-}
-
 INSTANTIATE_TEST_SUITE_P(Formats, Contract, testing::ValuesIn(formats()),
                          [](const auto& test) { return std::string(test.param.name); });
 

@@ -84,6 +84,7 @@ std::vector<Row> rows() {
         frame("no end.mp3", joined({id3Frame("TXXX", raw("\3nodesc")), id3Frame("PRIV", raw("x")),
                                     id3Frame("GEOB", raw("\0noend")), id3Frame("COMM", raw("\3en"))})),
         frame("two genres.mp3", id3Text("TCON", {"House\0Techno", 12})),
+        frame("to be discarded.mp3", id3Frame("PRIV", raw("o\0x"), 0x4000)),
         frame("grouped.mp3", id3Frame("TPE1", raw("\1\3A"), 0x0040)),
         frame("encrypted.mp3", id3Frame("TPE1", raw("\1abc"), 0x0004)),
         frame("data length.mp3", id3Frame("TPE1", raw("\0\0\0\4\3abc"), 0x0001)),

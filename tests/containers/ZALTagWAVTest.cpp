@@ -100,7 +100,8 @@ TEST_F(WAV, infoTextThatIsNotUTF8IsReadAsLatin1AndKept) {
     EXPECT_TRUE(tag->infoTitle() == "café" && tag->infoGenre() == "last");
     tag->setInfoGenre("set");
     ASSERT_TRUE(tag->save());
-    EXPECT_EQ(infoOfFile(), infoList({{"INAM", "caf\xE9"}, {"IART", "é"}, {"IGNR", "set"}, {"IENG", "\xDC"}}));
+    EXPECT_EQ(infoOfFile(),
+              infoList({{"INAM", "caf\xE9"}, {"IART", "é"}, {"IGNR", "set"}, {"IENG", "\xDC"}}));
 }
 
 TEST_F(WAV, theRecordIsOneChunkAtTheEndHoweverOftenItIsSaved) {

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <tfilestream.h>
 
-#include <climits>
 #include <random>
 
 namespace {
@@ -76,26 +75,6 @@ TEST(TagLibStream, behavesAsTagLibsOwn) {
         EXPECT_EQ(contentsOf(path), contentsOf(rawPath)) << "round " << round;
     }
     FaultyFileSystem::uninstall();
-}
-
-TEST(TagLibStream, hostilePositionsAndLengthsAreHarmless) {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("file", bytesOf("0123456789"));
-    const auto stream = zal::TagLibStream::open(path, false);
-    stream->seek(4);
-    stream->seek(LONG_MIN);
-    stream->seek(LONG_MAX, IOStream::Current);
-    EXPECT_EQ(stream->tell(), 4) << "too far to be a position";
-    EXPECT_EQ(textOf(stream->readBlock(ULONG_MAX)), "456789");
-    stream->seek(LONG_MAX);
-    EXPECT_TRUE(stream->readBlock(ULONG_MAX).isEmpty());
-    stream->truncate(-1);
-    EXPECT_EQ(stream->length(), 10);
-    stream->writeBlock("x");
-    stream->removeBlock(ULONG_MAX - 1, ULONG_MAX);
-    EXPECT_EQ(stream->length(), 10);
-    EXPECT_FALSE(stream->commit()) << "the content lacks an edit";
-    EXPECT_EQ(contentsOf(path), bytesOf("0123456789"));
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include <zaltag/base/ZALProgrammingError.h>
 #include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/tag/ZALTagComment.h>
 
@@ -62,18 +61,6 @@ TEST(AllComments, theID3v1CommentIsListedUnlessOneEqualsIt) {
     for (const auto& [tag, v1, expected] : cases) {
         EXPECT_EQ(listed(*tagWith(tag, id3v1Tag("title", "", v1))), expected) << v1;
     }
-}
-
-// What is left of deleted comments, others see through the program.
-TEST(DeletingComments, keepsThePrimaryAndTheForeignOnes) {
-    const auto tag = tagWith(id3Tag({id3Comment("eng", "iTunNORM", "norm"), id3Comment("und", "", "note"),
-                                     id3Comment("eng", "x", "other"), id3Comment("eng", "", "mine")}),
-                             id3v1Tag("title", "", "mine"));
-    tag->deleteExtraneousComments();
-    EXPECT_THAT(listed(*tag), ElementsAre("mine/eng/1 primary v1"));
-    tag->deleteID3v1Comment();
-    EXPECT_THAT(listed(*tag), ElementsAre("mine/eng/1 primary"));
-    EXPECT_THROW(tag->setCommentWithComment({}), ZALProgrammingError);
 }
 
 }  // namespace

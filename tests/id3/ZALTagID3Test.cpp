@@ -88,18 +88,6 @@ TEST(Fields, areKeptInFramesThatTagLibWouldNotWrite) {
     }
 }
 
-// TagLib alone would leave them out.
-TEST(Saving, keepsFramesOfEveryKindThatAreMarkedToBeDiscarded) {
-    const char* ids[] = {"PRIV", "POPM", "UFID", "WCOM", "WXXX", "USLT", "SYLT", "RVA2", "OWNE", "MCDI"};
-    for (const char* id : ids) {
-        const std::string path = mp3(id3Tag({id3Frame(id, bytesOf("abcdefghijklmnop"), 0x4000)}));
-        const auto tag = opened(path);
-        tag->setTitle("x");
-        ASSERT_TRUE(tag->save());
-        EXPECT_NE(textOf(path).find(id), std::string::npos) << id;
-    }
-}
-
 // Its length has 28 bits, the rest of which TagLib would not write.
 TEST(Saving, refusesATagThatWouldBeTooLong) {
     const std::string path = mp3(id3Tag({id3Text("TIT2", "old")}), id3v1Tag("old", "", ""));

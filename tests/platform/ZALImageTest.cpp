@@ -64,36 +64,6 @@ TEST(Image, readsJPEGsOfGreyAndOfInks) {
     EXPECT_NE(ZALImage::imageWithData(open), nullptr) << "without its end mark it holds all pixels";
 }
 
-// The packings, and most kinds of pixels, are tried on files of another maker by the program's tests.
-TEST(Image, readsTIFFsWithDifferences) {
-    const auto entry = [](std::size_t tag, std::size_t value) {
-        return joined({u32(tag | 4 << 16, true), u32(1, true), u32(value, true)});
-    };
-    const auto tiff = [&](std::size_t bits,
-                          const char* strip) {  // one row of three pixels, behind the header
-        const ZALData bytes = fromHex(strip);
-        return joined({bytesOf(std::string_view("II*\0", 4)),
-                       u32(8 + bytes.size(), true),
-                       bytes,
-                       {7, 0},
-                       entry(256, 3),
-                       entry(257, 1),
-                       entry(258, bits),
-                       entry(262, 1),
-                       entry(273, 8),
-                       entry(279, bytes.size()),
-                       entry(317, 2),
-                       u32(0)});
-    };
-    const auto pixelsOf = [](const ZALData& file) {
-        const ZALImagePtr image = ZALImage::imageWithData(file);
-        return image ? toHex(image->pixels()) : "";
-    };
-    EXPECT_EQ(pixelsOf(tiff(8, "101010")), "10 10 10 FF 20 20 20 FF 30 30 30 FF");
-    EXPECT_EQ(pixelsOf(tiff(16, "8010 8010 000F")), "10 10 10 FF 21 21 21 FF 30 30 30 FF");
-    EXPECT_EQ(pixelsOf(tiff(8, "1010")), "") << "a short strip";
-}
-
 TEST(Image, isBoundedInPixelsAndInScans) {
     const auto claiming = [](std::uint32_t width, std::uint32_t height) {
         zal::ByteWriter header;

@@ -36,15 +36,11 @@ TEST(Factory, goesByTheExtensionAlone) {
     EXPECT_TRUE(ZALTag::tagAtPath(path, true)->readOnly());
 }
 
-TEST(Base, abstractOperationsAndTheFactoryNameThemselves) {
-    Plain tag;
-    EXPECT_THAT([&] { tag.setArtist("x"); },
+TEST(Base, abstractOperationsNameThemselves) {
+    EXPECT_THAT([] { Plain().setArtist("x"); },
                 testing::ThrowsMessage<ZALProgrammingError>(
                     "-[ZALTag setArtist:] is abstract implement it in your subclass!"));
-    EXPECT_THAT([] { ZALTagID3::initWithPath("a.mp3"); },
-                testing::ThrowsMessage<ZALProgrammingError>(
-                    "-[ZALTag initWithPath:] must not be called by subclasses"));
-    EXPECT_TRUE(tag.save());
+    EXPECT_THROW(ZALTagID3::initWithPath("a.mp3"), ZALProgrammingError) << "the factory is ZALTag's";
 }
 
 TEST(Comment, keepsTheTextItHadFirst) {
