@@ -262,8 +262,8 @@ class ID3v2Store::Merge {
     // Some readers end at an id of three characters.
     void moveUnusualToEnd() {
         if (raw_.version == 4) return;
-        std::ranges::stable_partition(
-            slots_, [](const NewFrame& slot) { return slot.id.size() != 4 || slot.id[3] != ' '; });
+        std::stable_partition(slots_.begin(), slots_.end(),
+                              [](const NewFrame& slot) { return slot.id.size() != 4 || slot.id[3] != ' '; });
     }
 
     const ID3v2Store& store_;
