@@ -26,13 +26,10 @@ class Links : public testing::Test, protected CollectionHost {
             file("rb.xml", "<DJ_PLAYLISTS><COLLECTION><TRACK TrackID='1' Location='file://localhost" + song +
                                "'><POSITION_MARK Start='1' Num='0'/><POSITION_MARK Start='2' Num='-1'/>"
                                "</TRACK></COLLECTION></DJ_PLAYLISTS>"));
-        std::string dir = folder.path().string();
-        for (std::size_t at = 0; (at = dir.find('/', at)) != std::string::npos; at += 2)
-            dir.insert(at + 1, ":");
         ZALTraktorDatabase::setUserTraktorDatabaseFileURL(file(
             "c.nml", "<NML><COLLECTION><ENTRY MODIFIED_DATE='2020/1/1' MODIFIED_TIME='0'><LOCATION DIR='" +
-                         dir +
-                         "/:' FILE='song.mp3'/><CUE_V2 TYPE='4' START='9000' HOTCUE='-1'/>"
+                         traktorFolder(folder.path()) +
+                         "' FILE='song.mp3'/><CUE_V2 TYPE='4' START='9000' HOTCUE='-1'/>"
                          "<CUE_V2 TYPE='5' START='3000' HOTCUE='2'/></ENTRY></COLLECTION></NML>"));
         EXPECT_TRUE(completed(ZALTag::reloadRekordboxDBWithCompletionBlock).success);
         EXPECT_TRUE(completed(ZALTag::reloadTraktorDBWithCompletionBlock).success);
@@ -99,24 +96,18 @@ TEST_F(Links, theVeryArrayThatIsHeldQueuesNothing) {
     EXPECT_TRUE(isWaiting(rekordbox)) << "one of the two is another one";
 }
 
-TEST_F(Links, eachSetterReplacesItsOwnCues) {
+TEST_F(Links, eachSetterReplacesItsOwnCuesInTheCollectionsAlone) {
+    const std::string before = contentOf(song);
     tag->setRekordboxHotCuePoints(cue(5));
     EXPECT_TRUE(completed(ZALTag::saveRekordboxDBWithCompletionBlock).success);
     EXPECT_EQ(tag->rekordboxHotCuePoints(), cue(5));
     EXPECT_EQ(tag->rekordboxMemoryCuePoints()[0].time(), 2);
     tag->setRekordboxMemoryCuePoints(cue(7));
-    EXPECT_TRUE(completed(ZALTag::saveRekordboxDBWithCompletionBlock).success);
-    EXPECT_EQ(tag->rekordboxHotCuePoints(), cue(5));
-    EXPECT_EQ(tag->rekordboxMemoryCuePoints(), cue(7));
-}
-
-TEST_F(Links, whatIsSetIsSavedInTheCollectionsAlone) {
-    const std::string before = contentOf(song);
-    tag->setRekordboxHotAndMemoryCuePoints(cue(5));
     tag->setTraktorCuePoints(cue(6));
     EXPECT_TRUE(completed(ZALTag::saveRekordboxDBWithCompletionBlock).success);
     EXPECT_TRUE(completed(ZALTag::saveTraktorDBWithCompletionBlock).success);
-    EXPECT_EQ(countOf(contentOf(root() + "/rb.xml"), "Start=\"5\""), 2U);
+    EXPECT_EQ(tag->rekordboxMemoryCuePoints(), cue(7));
+    EXPECT_EQ(countOf(contentOf(root() + "/rb.xml"), "Start=\"5\""), 1U);
     EXPECT_EQ(countOf(contentOf(root() + "/c.nml"), "START=\"6000.000000\""), 1U);
     EXPECT_EQ(contentOf(song), before);
 }

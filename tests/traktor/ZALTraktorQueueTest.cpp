@@ -21,13 +21,11 @@ HOTCUE="0"/></ENTRY></COLLECTION></NML>)";
 
 class TraktorQueue : public testing::Test, protected CollectionHost {
   protected:
-    std::string path() const { return root() + "/collection.nml"; }
-    void open(const std::string& content) {
-        ZALTraktorDatabase::setUserTraktorDatabaseFileURL(file("collection.nml", content));
-        database = ZALTraktorDatabase::initWithTraktorDatabaseFileAtURL(path());
+    void open(const char* date, int time) {
+        const std::string content = fmt::format(fmt::runtime(entry), date, time);
+        database = ZALTraktorDatabase::databaseOfFileAtURL(file("collection.nml", content));
         queue = ZALTraktorQueue::queueWithDatabase(database);
     }
-    void open(const char* date, int time) { open(fmt::format(fmt::runtime(entry), date, time)); }
     // Name, type, index and start of every cue.
     std::vector<std::string> cues() const {
         std::vector<std::string> all;
@@ -44,30 +42,6 @@ class TraktorQueue : public testing::Test, protected CollectionHost {
 };
 
 }  // namespace
-
-TEST_F(TraktorQueue, replacesAllButGridMarkersByHotCuesOnBeats) {
-    const LogCapture log;
-    open("2023/11/14", 80000);  // the same second still applies
-    queue->setCuePoints(request, "/a.mp3");
-    queue->setCuePoints(request, "/none.mp3");
-    queue->setCuePoints(request, std::nullopt);
-    EXPECT_TRUE(saved(*queue).success);
-    EXPECT_THAT(cues(), ElementsAre("grid 4 -1 0", " 0 0 1", "late 0 1 3"));
-    const std::string written = contentOf(path());
-    EXPECT_EQ(countOf(written, R"(<CUE_V2 DISPL_ORDER="0" TYPE="0" START="1000.000000" LEN="0.000000" )"
-                               R"(REPEATS="-1" HOTCUE="0"></CUE_V2>)"),
-              1U);
-    EXPECT_EQ(countOf(written, R"(MODIFIED_TIME="76400")"), 1U);
-    EXPECT_EQ(countOf(written, "loop"), 0U);
-
-    queue->setCuePoints(request, "/a.mp3");
-    EXPECT_TRUE(saved(*queue).success);
-    EXPECT_THAT(
-        log.lines(),
-        ElementsAre("-[ZALTraktorQueue setCuePoints:forTrackWithPath:]: discarded request for nil path",
-                    testing::StartsWith("failed to get audio file mod date: /a.mp3 ")))
-        << "the same cues are not written again";
-}
 
 TEST_F(TraktorQueue, skipsAnEntryThatChangedLaterOrHasNoDate) {
     for (const auto& [date, time] : {std::pair("2023/11/14", 80001), {"2023/11/15", 0}, {"2023/13/45", 0}}) {
