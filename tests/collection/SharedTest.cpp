@@ -25,7 +25,6 @@ class Shared : public testing::TestWithParam<CollectionKind>, protected Collecti
         write({"/1.mp3", "/2.mp3"});
         database = kind.chosen(path());
         queue = kind.queue(database);
-        reloaded(*queue);
     }
 
     std::string path() const { return root() + "/collection.xml"; }

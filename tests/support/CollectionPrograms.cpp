@@ -28,7 +28,9 @@ bool load(ZALCollectionDatabase& database, const std::string& path) {
 
 template <typename Database, typename Queue>
 std::shared_ptr<ZALCollectionQueue> queueOf(const std::shared_ptr<ZALCollectionDatabase>& database) {
-    return Queue::queueWithDatabase(std::static_pointer_cast<Database>(database));
+    const auto queue = Queue::queueWithDatabase(std::static_pointer_cast<Database>(database));
+    reloaded(*queue);  // a new queue looks whether the file changed; not into the log of another test
+    return queue;
 }
 
 std::string rekordboxTrack(int number, const std::string& gap, const std::string& made) {
