@@ -24,21 +24,19 @@ bool isPicture(const TagLib::String& name) {
     return name == "METADATA_BLOCK_PICTURE" || name == "COVERART";
 }
 
-std::string textIn(ZALDataView bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+std::string_view textIn(const ByteVector& field) {
+    return {field.data(), field.size()};
 }
 
 TagLib::String nameIn(const ByteVector& field) {
-    const std::string text = textIn(viewOf(field));
-    const std::size_t end = text.find('=');
-    if (end == std::string::npos || !isName(text.substr(0, end))) return {};
-    const TagLib::String name = TagLib::String(text.substr(0, end)).upper();
-    return isPicture(name) ? TagLib::String() : name;
+    const std::string name(textIn(field).substr(0, textIn(field).find('=')));
+    if (name.size() == field.size() || !isName(name)) return {};
+    const TagLib::String upper = TagLib::String(name).upper();
+    return isPicture(upper) ? TagLib::String() : upper;
 }
 
 TagLib::String valueIn(const ByteVector& field) {
-    const std::string text = textIn(viewOf(field));
-    const std::string value = text.substr(text.find('=') + 1);
+    const std::string value(textIn(field).substr(textIn(field).find('=') + 1));
     return {value, isValidUTF8(value) ? TagLib::String::UTF8 : TagLib::String::Latin1};
 }
 

@@ -88,6 +88,10 @@ ByteVector readableBody(const std::string& id, const ByteVector& body) {
     return withEncoding(utf16BigEndian).mid(0, static_cast<unsigned>(head)) + bigEndian(texts);
 }
 
+bool isReadableBody(const std::string& id, const ByteVector& body) {
+    return viewOf(readableBody(id, body)).data() == viewOf(body).data();
+}
+
 // TagLib's frames of raw ones, within what all of them may take.
 class Maker {
   public:
@@ -98,21 +102,24 @@ class Maker {
         if (!isSafe_ || !isUsualFrameID(content.id)) return nullptr;
         if (content.encryption >= 0) return made(encryptedFrame(content), 4);
         if (content.body.isEmpty()) return nullptr;
-        if (canStay(raw, content)) return made(raw.bytes, raw.version);
+        const bool isReadable = isReadableBody(content.id, content.body);
+        if (isReadable && canStay(raw, content)) return made(raw.bytes, raw.version);
         // Pictures of 2.2 and chapters get the form of 2.4.
-        ByteVector body = raw.version < 4 ? contentOf({4, false, frameInVersion4(raw)}).body : content.body;
+        const bool isOfAnotherForm = raw.version < 4 && !content.isCompressed &&
+                                     (content.id == "APIC" || content.id == "CHAP" || content.id == "CTOC");
+        ByteVector body = content.body;
+        if (isOfAnotherForm) body = contentOf({4, false, frameInVersion4(raw)}).body;
         if (content.isCompressed && !inflate(body)) return nullptr;
         return made(plainFrame(content.id, readableBody(content.id, body)), 4);
     }
 
   private:
-    // A long frame is not copied where TagLib reads the same from it as it stands.
+    // A frame is not copied where TagLib reads the same from it as it stands.
     static bool canStay(const RawFrame& raw, const FrameContent& content) {
-        constexpr unsigned long_ = 4096;
         const bool isPlain = raw.version > 2 && !raw.isUnsynchronised && raw.bytes[9] == 0;
-        if (!isPlain || raw.bytes.size() < long_ || content.id != raw.id()) return false;
-        if (content.id != "APIC" && content.id != "GEOB" && content.id != "PRIV") return false;
-        return static_cast<std::uint8_t>(content.body[0]) <= utf8 || content.id == "PRIV";
+        if (!isPlain || content.id != raw.id()) return false;
+        if (raw.version == 4) return hasRightSize(raw);
+        return content.id != "CHAP" && content.id != "CTOC";
     }
 
     // TagLib holds what is encrypted as bytes, the octet of the method among them.
@@ -135,16 +142,16 @@ class Maker {
     std::unique_ptr<Frame> made(const ByteVector& bytes, unsigned version) {
         isSafe_ = guard_.takes(viewOf(bytes), version);
         if (!isSafe_) return nullptr;
-        TagLib::ID3v2::Header header;
-        header.setMajorVersion(version);
+        header_.setMajorVersion(version);
+        const TagLib::ID3v2::Header& header = header_;
         const auto* factory = TagLib::ID3v2::FrameFactory::instance();
-        const TagLib::ID3v2::Header& constHeader = header;
-        std::unique_ptr<Frame> frame(factory->createFrame(bytes, &constHeader));
+        std::unique_ptr<Frame> frame(factory->createFrame(bytes, &header));
         if (frame != nullptr) setFrameVersion(*frame, 4);
         return frame;
     }
 
     FrameGuard guard_;
+    TagLib::ID3v2::Header header_;
     std::uint64_t inflated_ = 0;
     bool isSafe_ = true;
 };
@@ -254,10 +261,12 @@ void nameGenre(const RawFrame& raw, ReadFrame& read) {
 bool readFrames(const RawTag& tag, GenreNumbers genres, std::vector<ReadFrame>& frames) {
     if (tag.frames.size() > limits::id3Frames) return false;
     Maker maker;
+    frames.reserve(tag.frames.size());
     for (const RawFrame& raw : tag.frames) {
         frames.push_back({.frame = maker.frameOf(raw)});
         ReadFrame& read = frames.back();
-        if (genres == GenreNumbers::named && raw.currentID() == "TCON") nameGenre(raw, read);
+        if (genres == GenreNumbers::named && read.frame != nullptr && read.frame->frameID() == "TCON")
+            nameGenre(raw, read);
     }
     if (maker.isSafe()) joinDates(tag, frames);
     return maker.isSafe();

@@ -115,7 +115,10 @@ class FrameGuard::Walk {
     bool takes(ZALDataView frame, unsigned version) {
         frames_ = Frames(version);
         contentMax_ += (limits::id3ChapterNesting + 1) * std::uint64_t{frame.size()};
-        return walk(frame, {0}, 0);
+        const auto header = frames_.headerAt(frame, 0);
+        if (!header) return true;
+        const ZALDataView body = frame.subspan(frames_.headerSize());
+        return ++count_ <= 2 * limits::id3Frames && isSafe(body, *header, body.size(), 0);
     }
 
   private:

@@ -60,6 +60,7 @@ std::unique_ptr<ID3v2Store> ID3v2Store::read(TagLibStream& stream, std::uint64_t
     store->genres_ = genres;
     store->hasTail_ = raw.isOpaque || !raw.tail.isEmpty();
     store->tag_.header()->setData(bytes.mid(0, ID3v2Header::length));
+    store->entries_.reserve(frames.size());
     for (std::size_t i = 0; i < frames.size(); ++i) {
         Frame* frame = frames[i].frame.release();
         if (frame != nullptr) store->tag_.addFrame(frame);

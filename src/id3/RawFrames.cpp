@@ -86,20 +86,30 @@ std::uint32_t contentSizeAt(ZALDataView bytes, std::size_t at, unsigned version)
     return leadsOn(bytes, content + plain) && !leadsOn(bytes, content + safe) ? plain : safe;
 }
 
+void putSyncSafe(ByteVector& bytes, unsigned at, std::uint32_t number) {
+    for (unsigned i = 0; i < 4; ++i) {
+        bytes[static_cast<int>(at + i)] = static_cast<char>(number >> (21 - 7 * i) & 0x7F);
+    }
+}
+
 ByteVector syncSafeBytes(std::uint32_t number) {
     ByteVector bytes(4, '\0');
-    for (unsigned i = 0; i < 4; ++i) {
-        bytes[static_cast<int>(i)] = static_cast<char>(number >> (21 - 7 * i) & 0x7F);
-    }
+    putSyncSafe(bytes, 0, number);
     return bytes;
 }
 
-ByteVector frameHeader(const std::string& id, std::uint32_t size, unsigned first, unsigned second) {
-    ByteVector header(id.data(), 4);
-    header.append(syncSafeBytes(size));
-    header.append(static_cast<char>(first));
-    header.append(static_cast<char>(second));
-    return header;
+// A frame of version 2.4 whose content comes in two parts.
+ByteVector madeFrame(const std::string& id, unsigned first, unsigned second, const ByteVector& front,
+                     const ByteVector& body) {
+    const unsigned size = front.size() + body.size();
+    ByteVector frame(10 + size, '\0');
+    std::copy_n(id.begin(), 4, frame.begin());
+    putSyncSafe(frame, 4, size);
+    frame[8] = static_cast<char>(first);
+    frame[9] = static_cast<char>(second);
+    std::copy(front.begin(), front.end(), frame.begin() + 10);
+    std::copy(body.begin(), body.end(), frame.begin() + 10 + front.size());
+    return frame;
 }
 
 ByteVector contentBytes(const RawFrame& frame) {
@@ -186,8 +196,7 @@ ByteVector convertedOldFrame(const RawFrame& frame, int depth) {
     add(content.encryption >= 0, flags24.encrypted, ByteVector(1, static_cast<char>(content.encryption)));
     add(content.isCompressed, flags24.compressed | flags24.length, syncSafeBytes(content.size));
     const unsigned old = frame.version == 3 ? static_cast<std::uint8_t>(frame.bytes[8]) : 0;
-    ByteVector made = frameHeader(content.id, front.size() + content.body.size(), old >> 1 & 0x70, flags);
-    return made.append(front).append(content.body);
+    return madeFrame(content.id, old >> 1 & 0x70, flags, front, content.body);
 }
 
 ByteVector converted(const RawFrame& frame, int depth) {
@@ -195,9 +204,7 @@ ByteVector converted(const RawFrame& frame, int depth) {
     const ByteVector content = contentBytes(frame);
     auto second = static_cast<std::uint8_t>(frame.bytes[9]);
     if (frame.isUnsynchronised && SynchData::decode(content) != content) second |= flags24.unsynchronised;
-    ByteVector made =
-        frameHeader(frame.id(), content.size(), static_cast<std::uint8_t>(frame.bytes[8]), second);
-    return made.append(content);
+    return madeFrame(frame.id(), static_cast<std::uint8_t>(frame.bytes[8]), second, {}, content);
 }
 
 }  // namespace
@@ -212,14 +219,19 @@ std::string RawFrame::currentID() const {
     while (current.size() > 3 && (current.back() == ' ' || current.back() == '\0')) {
         current.pop_back();
     }
+    if (current.size() == 4 && current[0] != 'I' && current[0] != 'T') return current;
     for (const auto& [old, later] : successors) {
-        if (current == old) return std::string(later);
+        if (current.size() == old.size() && current == old) return std::string(later);
     }
     return current.size() == 3 ? current + " " : id();
 }
 
 std::size_t RawFrame::contentSize() const {
     return bytes.size() - headerSize(version);
+}
+
+bool hasRightSize(const RawFrame& frame) {
+    return syncSafeBytes(static_cast<std::uint32_t>(frame.contentSize())) == frame.bytes.mid(4, 4);
 }
 
 bool ID3v2Header::read(ZALDataView bytes) {
@@ -325,7 +337,7 @@ ByteVector frameInVersion4(const RawFrame& frame) {
 }
 
 ByteVector plainFrame(const std::string& id, const ByteVector& body) {
-    return frameHeader(id, body.size(), 0, 0).append(body);
+    return madeFrame(id, 0, 0, {}, body);
 }
 
 ByteVector tagHeader(std::uint32_t size) {

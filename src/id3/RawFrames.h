@@ -73,6 +73,9 @@ RawTag rawFrames(unsigned version, bool isUnsynchronised, const TagLib::ByteVect
 /// Takes a frame apart.
 FrameContent contentOf(const RawFrame& frame);
 
+/// Whether a frame of version 2.4 says its size as that version does.
+bool hasRightSize(const RawFrame& frame);
+
 /// Whether a reader finds the same in both frames: the same content, or, where version 2.4 asks for another
 /// form, the same picture, or the same frames in a chapter.
 bool isSameContent(const RawFrame& old, const RawFrame& now);
