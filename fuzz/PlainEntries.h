@@ -34,16 +34,26 @@ inline void addFrames(std::vector<ZALDataView>& entries, ZALDataView tag) {
     }
 }
 
-/// The atoms in the first "ilst".
+/// What the first atom of a name holds; empty without one.
+inline ZALDataView atomIn(ZALDataView around, std::string_view name) {
+    while (around.size() >= 8) {
+        const std::uint32_t size = zal::ByteReader(around).u32be();
+        if (size < 8 || size > around.size()) return {};
+        if (textOf(around.subspan(4, 4)) == name) return around.subspan(8, size - 8);
+        around = around.subspan(size);
+    }
+    return {};
+}
+
+/// The atoms in the list of items, where each length is right on the way there.
 inline void addItems(std::vector<ZALDataView>& entries, ZALDataView file) {
-    const std::size_t name = textOf(file).find("ilst");
-    if (name == std::string_view::npos || name < 4) return;
-    const std::uint64_t end = name - 4 + zal::ByteReader(file.subspan(name - 4)).u32be();
-    for (std::size_t at = name + 4; end <= file.size() && at + 8 <= end;) {
-        const std::uint32_t size = zal::ByteReader(file.subspan(at)).u32be();
-        if (size < 8 || size > end - at) return;
-        entries.push_back(file.subspan(at, size));
-        at += size;
+    const ZALDataView meta = atomIn(atomIn(atomIn(file, "moov"), "udta"), "meta");
+    ZALDataView list = meta.size() < 4 ? meta : atomIn(meta.subspan(4), "ilst");
+    while (list.size() >= 8) {
+        const std::uint32_t size = zal::ByteReader(list).u32be();
+        if (size < 8 || size > list.size()) return;
+        entries.push_back(list.first(size));
+        list = list.subspan(size);
     }
 }
 

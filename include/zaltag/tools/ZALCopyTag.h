@@ -11,18 +11,18 @@
 // and for a destination that cannot be written or whose ID3v2 tag would be longer than its length, of 28
 // bits, can say. The destination is then as it was. The source is never written, nor is any audio.
 //
-// ID3v2 frames are added behind those of the destination, which stay; only the genre takes the place of the
-// one there, as the text that TagLib makes of it. Frames that belong to the old audio are left out: the
-// comment "iTunNORM" and Serato's object "Serato Autotags". So are encrypted frames, with one log line. ID3v2
-// tags are written in version 2.4.
+// ID3v2 frames are added behind those of the destination, byte for byte; what is there stays as it is. Only
+// the genre takes the place of the one there, as the list that it is, numbers as names. Frames that belong to
+// the old audio are left out: the comment "iTunNORM" and Serato's object "Serato Autotags". So are encrypted
+// frames, with one log line. ID3v2 tags are written in version 2.4.
 //
 // Any thread, as long as nothing else writes the two files.
 
 /// MP3 to MP3: the ID3v1 tag, whose fields take the place of those of the destination, and the ID3v2 frames.
-/// Afterwards the destination has the kinds of tags that the source has, and no others.
+/// No kind of tag of the destination goes.
 ZALTAG_EXPORT bool ZALCopyTagID3(const ZALNullableString& source, const ZALNullableString& destination);
 
-/// MP4 to MP4: every item that TagLib knows how to read but iTunes's "iTunNORM" and "iTunSMPB", which belong
+/// MP4 to MP4: every item, byte for byte, but iTunes's "iTunNORM" and "iTunSMPB", which belong
 /// to the old audio. The destination's own items go.
 ZALTAG_EXPORT bool ZALCopyTagMP4(const ZALNullableString& source, const ZALNullableString& destination);
 
@@ -30,11 +30,12 @@ ZALTAG_EXPORT bool ZALCopyTagMP4(const ZALNullableString& source, const ZALNulla
 /// take the place of those of the destination's ID3v2 tag, and so do a tempo and a compilation flag that are
 /// above 0. The covers are added to its pictures. The comment becomes the text of the first one without a
 /// description, or of the first of all, and the language is that of the first; without one in the source
-/// every comment of the destination goes. Its other frames stay, as does an ID3v1 tag.
+/// every comment of the destination goes. Its other frames stay; an ID3v1 tag that is there gets the same
+/// texts.
 ZALTAG_EXPORT bool ZALCopyTagMP42ID3(const ZALNullableString& source, const ZALNullableString& destination);
 
 /// WAV to WAV: the ID3v2 frames and the first LIST chunk, byte for byte, which takes the place of the first
-/// one of the destination. The destination's INFO list goes whenever it is written. Refused, with one log
+/// one of its type in the destination. Refused, with one log
 /// line, when the destination's chunks are damaged.
 ZALTAG_EXPORT bool ZALCopyTagWAV(const ZALNullableString& source, const ZALNullableString& destination);
 
@@ -42,9 +43,8 @@ ZALTAG_EXPORT bool ZALCopyTagWAV(const ZALNullableString& source, const ZALNulla
 ZALTAG_EXPORT bool ZALCopyTagAIFF(const ZALNullableString& source, const ZALNullableString& destination);
 
 /// FLAC to FLAC: the fields of the Xiph comment, in place of all those of the destination when the source has
-/// any; one that the destination does not take is one log line. Those that TagLib does not read, with a bad
-/// name, an empty value or a text that is no UTF-8, are not copied. Likewise the fields of an ID3v1 tag, and
-/// the ID3v2 frames. Pictures are not copied; those of the destination stay.
+/// any, byte for byte. Likewise the fields of an ID3v1 tag, and the ID3v2 frames. Pictures are not copied;
+/// those of the destination stay.
 ZALTAG_EXPORT bool ZALCopyTagFLAC(const ZALNullableString& source, const ZALNullableString& destination);
 
 /// One of the functions above.
