@@ -14,6 +14,7 @@
 #include <textidentificationframe.h>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace zal {
@@ -62,34 +63,38 @@ ByteVector bigEndian(ZALDataView text) {
     return out;
 }
 
-// A body whose texts TagLib can read.
-ByteVector readableBody(const std::string& id, const ByteVector& body) {
-    if (body.isEmpty() || !beginsWithEncoding(id)) return body;
-    const auto withEncoding = [&body](Encoding encoding) {
-        ByteVector out = body;
-        out[0] = static_cast<char>(encoding);
-        return out;
-    };
-    const ZALDataView bytes = viewOf(body);
-    if (bytes[0] > utf8) return withEncoding(latin1);  // TagLib takes a wider one where the text asks for it
-    if (!isTextFrame(id) && !hasLanguage(id)) return body;
-    const std::size_t head = 1 + (hasLanguage(id) ? languageSize : 0);
-    if (bytes.size() <= head) return body;
-    const ZALDataView texts = bytes.subspan(head);
-    if (bytes[0] == utf8 && !isValidUTF8({reinterpret_cast<const char*>(texts.data()), texts.size()}))
-        return withEncoding(latin1);
-    const bool isBare = bytes[0] == utf16 && !hasMark(texts) &&
-                        std::ranges::any_of(texts, [](std::uint8_t byte) { return byte != 0; });
-    if (!isBare) return body;
-    // A mark further on would be a letter then.
-    constexpr std::uint8_t inner[] = {0, 0, 0xFF, 0xFE};
-    if (std::search(texts.begin(), texts.end(), std::begin(inner), std::end(inner)) != texts.end())
-        return body;
-    return withEncoding(utf16BigEndian).mid(0, static_cast<unsigned>(head)) + bigEndian(texts);
+std::size_t textsAt(const std::string& id) {
+    return 1 + (hasLanguage(id) ? languageSize : 0);
 }
 
-bool isReadableBody(const std::string& id, const ByteVector& body) {
-    return viewOf(readableBody(id, body)).data() == viewOf(body).data();
+// The encoding under which TagLib can read the texts of a body; null when that is the one it names.
+std::optional<Encoding> encodingFor(const std::string& id, ZALDataView body) {
+    if (body.empty() || !beginsWithEncoding(id)) return std::nullopt;
+    if (body[0] > utf8) return latin1;  // TagLib takes a wider one where the text asks for it
+    const bool isText = isTextFrame(id) || hasLanguage(id);
+    if (body[0] == latin1 || !isText || body.size() <= textsAt(id)) return std::nullopt;
+    const ZALDataView texts = body.subspan(textsAt(id));
+    if (body[0] == utf8) {
+        const bool isUTF8 = isValidUTF8({reinterpret_cast<const char*>(texts.data()), texts.size()});
+        return isUTF8 ? std::nullopt : std::optional(latin1);
+    }
+    const bool isBare = body[0] == utf16 && !hasMark(texts) &&
+                        std::ranges::any_of(texts, [](std::uint8_t byte) { return byte != 0; });
+    // A mark further on would be a letter then.
+    constexpr std::uint8_t inner[] = {0, 0, 0xFF, 0xFE};
+    const auto mark = std::search(texts.begin(), texts.end(), std::begin(inner), std::end(inner));
+    return isBare && mark == texts.end() ? std::optional(utf16BigEndian) : std::nullopt;
+}
+
+// A body whose texts TagLib can read.
+ByteVector readableBody(const std::string& id, const ByteVector& body) {
+    const std::optional<Encoding> encoding = encodingFor(id, viewOf(body));
+    if (!encoding) return body;
+    ByteVector out = body;
+    out[0] = static_cast<char>(*encoding);
+    if (*encoding != utf16BigEndian) return out;
+    const std::size_t head = textsAt(id);
+    return out.mid(0, static_cast<unsigned>(head)) + bigEndian(viewOf(body).subspan(head));
 }
 
 // TagLib's frames of raw ones, within what all of them may take.
@@ -98,12 +103,12 @@ class Maker {
     bool isSafe() const { return isSafe_; }
 
     std::unique_ptr<Frame> frameOf(const RawFrame& raw) {
+        const std::string id = raw.currentID();
+        if (!isSafe_ || !isUsualFrameID(id)) return nullptr;
+        if (canStay(raw, id)) return made(raw.bytes, raw.version);
         const FrameContent content = contentOf(raw);
-        if (!isSafe_ || !isUsualFrameID(content.id)) return nullptr;
         if (content.encryption >= 0) return made(encryptedFrame(content), 4);
         if (content.body.isEmpty()) return nullptr;
-        const bool isReadable = isReadableBody(content.id, content.body);
-        if (isReadable && canStay(raw, content)) return made(raw.bytes, raw.version);
         // Pictures of 2.2 and chapters get the form of 2.4.
         const bool isOfAnotherForm = raw.version < 4 && !content.isCompressed &&
                                      (content.id == "APIC" || content.id == "CHAP" || content.id == "CTOC");
@@ -115,13 +120,15 @@ class Maker {
 
   private:
     // A frame is not copied where TagLib reads the same from it as it stands.
-    static bool canStay(const RawFrame& raw, const FrameContent& content) {
+    static bool canStay(const RawFrame& raw, const std::string& id) {
         const bool isPlain = raw.version > 2 && !raw.isUnsynchronised && raw.bytes[9] == 0;
-        if (!isPlain || content.id != raw.id()) return false;
+        if (!isPlain || raw.contentSize() == 0 || id != raw.id()) return false;
+        const ZALDataView bytes = viewOf(raw.bytes);
+        if (encodingFor(id, bytes.last(raw.contentSize()))) return false;
         if (raw.version == 4) return hasRightSize(raw);
         // Chapters get other headers, and TagLib does not read the parts of a date.
         static constexpr std::string_view others[] = {"CHAP", "CTOC", "TDAT", "TIME"};
-        return std::ranges::count(others, content.id) == 0;
+        return std::ranges::count(others, id) == 0;
     }
 
     // TagLib holds what is encrypted as bytes, the octet of the method among them.

@@ -231,7 +231,9 @@ std::size_t RawFrame::contentSize() const {
 }
 
 bool hasRightSize(const RawFrame& frame) {
-    return syncSafeBytes(static_cast<std::uint32_t>(frame.contentSize())) == frame.bytes.mid(4, 4);
+    ByteReader said(viewOf(frame.bytes).subspan(4, 4));
+    const std::uint32_t number = said.u32be();
+    return (number & 0x80808080) == 0 && syncSafe(number) == frame.contentSize();
 }
 
 bool ID3v2Header::read(ZALDataView bytes) {
