@@ -134,6 +134,12 @@ std::optional<Item> coversOf(const std::vector<Part>& data) {
     return Item(covers);
 }
 
+Item joinedCovers(const Item& one, const Item& other) {
+    CoverArtList covers = one.toCoverArtList();
+    covers.append(other.toCoverArtList());
+    return covers;
+}
+
 std::optional<Item> textsOf(const std::vector<Part>& data, bool isKnownText) {
     TagLib::StringList texts;
     for (const Part& part : data) {
@@ -332,14 +338,17 @@ void MP4Items::read(const ByteVector& content) {
     tail_ = content.mid(at);
 }
 
-// The first item of a name counts; the numbered genre only where there is no other.
+// The first item of a name counts, of covers all; the numbered genre only where there is no other.
 ItemMap MP4Items::originals() const {
     ItemMap items;
     for (const bool isNumbered : {false, true}) {
         for (const RawItem& raw : items_) {
             const std::string name(raw.bytes.mid(4, 4).data(), 4);
-            if (raw.name.isEmpty() || items.contains(raw.name) || (name == "gnre") != isNumbered) continue;
-            if (const auto item = valueOf(name, raw.bytes)) items.insert(raw.name, *item);
+            if (raw.name.isEmpty() || (name == "gnre") != isNumbered) continue;
+            const bool isThere = items.contains(raw.name);
+            if (isThere && name != "covr") continue;
+            const auto item = valueOf(name, raw.bytes);
+            if (item) items[raw.name] = isThere ? joinedCovers(items[raw.name], *item) : *item;
         }
     }
     return items;

@@ -33,15 +33,14 @@ class Covers final : public zal::ArtworkContainer {
     void clear() override { tag_.removeItem(coverItem); }
 
     void replace(std::size_t index, ZALData data, std::optional<std::uint32_t>) override {
-        std::vector<zal::NewPicture> all;
-        for (const zal::StoredPicture& picture : pictures(false)) {
-            all.push_back({.data = {picture.data.begin(), picture.data.end()}});
+        CoverArtList covers;
+        for (const CoverArt& cover : tag_.item(coverItem).toCoverArtList()) {
+            covers.append(index-- == 0 ? CoverArt(CoverArt::PNG, zal::TagLibBytes(data)) : cover);
         }
-        all[index].data = std::move(data);
-        setPictures(std::move(all));
+        tag_.setItem(coverItem, covers);
     }
 
-    // Every cover is called a PNG, whatever its bytes are, as the files have it.
+    // Every cover that is made anew is called a PNG, whatever its bytes are, as the files have it.
     void setPictures(std::vector<zal::NewPicture> pictures) override {
         CoverArtList covers;
         for (const zal::NewPicture& picture : pictures) {

@@ -63,7 +63,9 @@ class Walker {
             result_.isTooLarge = result_.chunks.size() == limits::formChunks || isMuch;
             result_.chunks.push_back(chunk);
             moveTo(chunk.end());
-            if (chunk.size % 2 != 0 && isPadding(viewOf(bytesAt(stream_, offset_, 5)))) moveTo(offset_ + 1);
+            const bool isLastByte = offset_ + 1 == length_ && offset_ + 1 == formEnd_;
+            const bool isOdd = chunk.size % 2 != 0;
+            if (isOdd && (isLastByte || isPadding(viewOf(bytesAt(stream_, offset_, 5))))) moveTo(offset_ + 1);
         }
         result_.end = offset_;
         result_.damage = damage();
@@ -101,24 +103,28 @@ class Walker {
     // Where audio ends that has no size: in front of tags whose chunks end with the file, or there.
     std::uint64_t endOfAudio(std::uint64_t begin) {
         const std::uint64_t from = std::max(begin, length_ - std::min(length_, tailSearch));
-        const ByteVector bytes = bytesAt(stream_, from, length_ - from);
-        const std::string_view tail(bytes.data(), bytes.size());
-        std::size_t first = tail.size();
-        for (const std::string_view id : {"LIST", "ID3 ", "id3 ", "VCAS"}) {
-            for (auto at = tail.find(id); at < first; at = tail.find(id, at + 1)) {
-                if (endsWithFile(from + at)) first = at;
-            }
+        const ByteVector tail = bytesAt(stream_, from, length_ - from);
+        const ZALDataView bytes = viewOf(tail);
+        // From the end, so that where a chunk leads to is known already.
+        std::vector<bool> endsWithFile(bytes.size() + 1);
+        std::size_t first = bytes.size();
+        endsWithFile[first] = true;
+        for (std::size_t at = bytes.size(); at-- > 0;) {
+            if (!isTagAt(bytes, at)) continue;
+            ByteReader reader(bytes.subspan(at + 4));
+            const std::uint64_t end = at + chunkHeaderSize + reader.u32le();
+            const std::uint64_t next = end + (end - at) % 2;
+            const bool isLast = end == bytes.size();
+            endsWithFile[at] = isLast || (next <= bytes.size() && endsWithFile[next]);
+            if (endsWithFile[at]) first = at;
         }
         return from + first;
     }
 
-    bool endsWithFile(std::uint64_t place) {
-        FormChunk chunk;
-        while (header(place, chunk) && chunk.end() <= length_) {
-            if (chunk.end() == length_ || chunk.end() + chunk.size % 2 == length_) return true;
-            place = chunk.end() + chunk.size % 2;
-        }
-        return false;
+    static bool isTagAt(ZALDataView bytes, std::size_t at) {
+        if (bytes.size() - at < chunkHeaderSize) return false;
+        const std::string_view id(reinterpret_cast<const char*>(bytes.data()) + at, 4);
+        return id == "LIST" || id == "ID3 " || id == "id3 " || id == "VCAS";
     }
 
     void moveTo(std::uint64_t offset) {
@@ -267,6 +273,7 @@ std::vector<FormFile::Edit> FormFile::edits() {
 }
 
 std::string FormFile::write() {
+    walk_ = walkForm(*stream_, kind_);
     std::vector<Edit> edits = this->edits();
     if (!edit_.refusal.empty()) return edit_.refusal;
     if (edits.empty() && !(setsSizes_ && walk_.isUnsized)) return {};
@@ -281,11 +288,10 @@ std::string FormFile::write() {
         return one.chunk.value_or(walk_.chunks.size()) > other.chunk.value_or(walk_.chunks.size());
     });
     const std::uint64_t formEnd = chunkHeaderSize + sizeAt(4);
+    if (std::ranges::any_of(edits, [](const Edit& edit) { return !edit.chunk; })) addPadding();
     const auto before = static_cast<std::uint64_t>(stream_->length());
-    const bool appends = std::ranges::any_of(edits, [](const Edit& edit) { return !edit.chunk; });
-    const std::uint64_t place = walk_.end + (appends && addPadding() ? 1 : 0);
     for (const Edit& edit : edits) {
-        edit.chunk ? change(edit) : append(edit, place);
+        edit.chunk ? change(edit) : append(edit, walk_.end);
     }
     const auto after = static_cast<std::uint64_t>(stream_->length());
     for (const FormChunk& chunk : walk_.chunks) {
@@ -332,11 +338,11 @@ void FormFile::change(const Edit& edit) {
 }
 
 // Behind the last chunk, when it lacks it.
-bool FormFile::addPadding() {
+void FormFile::addPadding() {
     const FormChunk& last = walk_.chunks.back();
-    const bool lacks = last.size % 2 != 0 && last.end() == walk_.end;
-    if (lacks) stream_->insert(ByteVector(1, '\0'), walk_.end, 0);
-    return lacks;
+    if (last.size % 2 == 0 || last.end() != walk_.end) return;
+    stream_->insert(ByteVector(1, '\0'), walk_.end, 0);
+    ++walk_.end;
 }
 
 void FormFile::append(const Edit& edit, std::uint64_t place) {

@@ -97,7 +97,7 @@ class FormFile {
     std::uint64_t sizeAfter(const Edit& edit) const;
     std::uint64_t shiftBefore(const std::vector<Edit>& edits, const FormChunk& chunk) const;
     void change(const Edit& edit);
-    bool addPadding();
+    void addPadding();
     void append(const Edit& edit, std::uint64_t place);
     std::uint32_t sizeAt(std::uint64_t place) const;
     void writeSize(std::uint64_t place, std::uint64_t size);

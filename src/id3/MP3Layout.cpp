@@ -74,12 +74,15 @@ std::optional<std::uint64_t> positionOfID3v2(TagLibStream& stream) {
     if (isAt(stream, 0, "ID3")) return 0;
     if (hasMPEGFrameBefore(stream, 1)) return std::nullopt;
     ZALData block(blockSize + 2);
+    ID3v2Header header;
     for (std::uint64_t position = 0; position < lengthOf(stream); position += blockSize) {
         const std::size_t count = stream.readAt(position, block);
-        const auto found = std::string_view(reinterpret_cast<const char*>(block.data()), count).find("ID3");
-        if (found == std::string_view::npos) continue;
-        const std::uint64_t tag = position + found;
-        return hasMPEGFrameBefore(stream, static_cast<long>(tag)) ? std::nullopt : std::optional(tag);
+        const std::string_view text(reinterpret_cast<const char*>(block.data()), count);
+        for (auto at = text.find("ID3"); at != text.npos; at = text.find("ID3", at + 1)) {
+            const std::uint64_t tag = position + at;
+            if (!readHeader(stream, tag, header)) continue;
+            return hasMPEGFrameBefore(stream, static_cast<long>(tag)) ? std::nullopt : std::optional(tag);
+        }
     }
     return std::nullopt;
 }
@@ -132,6 +135,7 @@ std::uint64_t lengthOfEnhancedTag(TagLibStream& stream, std::uint64_t position) 
 }
 
 const char* whyNotWritableMP3(TagLibStream& stream) {
+    if (isAt(stream, 0, "RIFF")) return "it is an MP3 file within a RIFF form, whose sizes would be wrong";
     const auto position = positionOfID3v2(stream);
     if (!position) return "";
     const std::uint64_t audioEnd = endBeforeID3v1(stream) - (hasAPETag(stream) ? apeSize : 0);

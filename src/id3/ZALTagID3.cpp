@@ -122,7 +122,8 @@ bool ZALTagID3::fillID3v2() {
     const State& s = state();
     if (s.v1Tag == nullptr) return false;
     const bool isFilled = zal::fillFromID3v1(*s.file);
-    const std::string comment = zal::stringWithTagLibString(s.v1Tag->comment());
+    // TagLib leaves the blanks at its end, with which some programs fill it.
+    const std::string comment = zal::stringWithTagLibString(s.v1Tag->comment().stripWhiteSpace());
     if (comment.empty() || !isASCII(comment) || !zal::lacksFrame(*s.file, "COMM")) return isFilled;
     setPrimaryComment(comment);
     return true;

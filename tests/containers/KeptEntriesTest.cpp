@@ -227,6 +227,31 @@ TEST_F(KeptEntries, whenTheID3v1TagIsStripped) {
     }
 }
 
+TEST_F(KeptEntries, whereTheLastChunkHasNoPadByteOrAnOddOne) {
+    ZALData unpadded = riffChunk("id3 ", tag(4, 0, joined({title, ZALData(3)})));
+    unpadded.pop_back();
+    ZALData silence = riffForm({wavFormat(), riffChunk("data", ZALData(21, 0x80))});
+    silence.back() = 0x80;
+    for (const ZALData& file : {joined({wavFile(), unpadded}), silence}) {
+        const std::string path = folder_.write("a.wav", file);
+        const auto wav = ZALTag::tagAtPath(path);
+        wav->setTitle("New");
+        EXPECT_TRUE(wav->save());
+        EXPECT_EQ(ZALTag::tagAtPath(path)->title(), "New");
+        EXPECT_TRUE(holds(contentsOf(path), ZALData(file.begin() + 12, file.begin() + 60)));
+    }
+}
+
+TEST_F(KeptEntries, amongCoversInTwoItems) {
+    const ZALData one = mp4Item("covr", {bytes("A")}, 13), other = mp4Item("covr", {bytes("B")}, 13);
+    const auto m4a = ZALTag::tagAtPath(folder_.write("a.m4a", mp4File({.userData = mp4Tag({one, other})})));
+    EXPECT_EQ(m4a->allImageData().size(), 2u);
+    m4a->replacePrimaryImage(picture(), false);
+    ASSERT_TRUE(m4a->save());
+    EXPECT_TRUE(holds(contentsOf(*m4a->path()), ZALData(other.begin() + 8, other.end())))
+        << "with the type it had";
+}
+
 TEST_F(KeptEntries, areReadWhereTagLibDoesNotLook) {
     const auto opened = [this](const char* name, const ZALData& file) {
         return ZALTag::tagAtPath(folder_.write(name, file));

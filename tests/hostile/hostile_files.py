@@ -310,6 +310,8 @@ def audio_files():
     # Frames that not every reader takes for some, and the tag behind them.
     for name, start in (("layer-1", (b"\xff\xff\x10\x64" + bytes(28)) * 2), ("alone", b"junk")):
         yield f"id3-behind-{name}.mp3", start + CHAPTERS + AUDIO
+    endless = form("wav", {b"data": 0xFFFFFFFF})
+    yield "lists-that-end-nowhere.wav", endless[:endless.index(AUDIO)] + b"LIST\0\0\0\0" * 200000 + b"junk\xff"
     for kind, names in (("wav", (b"FORM", b"LIST", b"INAM", b"data", b"fmt ", b"ID3 ")),
                         ("aiff", (b"FORM", b"COMM", b"SSND", b"ID3 "))):
         for name in names:
