@@ -4,7 +4,7 @@
 #include "CuePlaces.h"
 #include "Output.h"
 
-#include <zaltag/platform/ZALJSON.h>
+#include <zaltag/base/ZALJSON.h>
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>

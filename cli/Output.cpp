@@ -1,7 +1,7 @@
 #include "Output.h"
 
+#include <zaltag/base/ZALJSON.h>
 #include <zaltag/base/ZALText.h>
-#include <zaltag/platform/ZALJSON.h>
 
 #include <fmt/format.h>
 

@@ -4,7 +4,7 @@
 #include "Files.h"
 #include "Output.h"
 
-#include <zaltag/platform/ZALJSON.h>
+#include <zaltag/base/ZALJSON.h>
 #include <zaltag/records/ZALTagRecordData.h>
 
 #include <fmt/format.h>

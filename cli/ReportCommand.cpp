@@ -12,8 +12,8 @@
 #include "TagMembers.h"
 #include "Thumbnail.h"
 
+#include <zaltag/base/ZALJSON.h>
 #include <zaltag/platform/ZALHost.h>
-#include <zaltag/platform/ZALJSON.h>
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>

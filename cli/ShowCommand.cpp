@@ -3,7 +3,7 @@
 #include "Output.h"
 #include "TagMembers.h"
 
-#include <zaltag/platform/ZALJSON.h>
+#include <zaltag/base/ZALJSON.h>
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <zaltag/platform/ZALImage.h>
+#include <zaltag/pictures/ZALImage.h>
 
 #include <string>
 

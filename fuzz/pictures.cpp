@@ -3,11 +3,11 @@
 #include "Fuzz.h"
 
 #include "base/Endian.h"
-#include "platform/LensMake.h"
-#include "platform/PictureFormats.h"
+#include "pictures/LensMake.h"
+#include "pictures/PictureFormats.h"
 #include "support/Pictures.h"
 
-#include <zaltag/platform/ZALImage.h>
+#include <zaltag/pictures/ZALImage.h>
 
 #include <zlib.h>
 

@@ -8,25 +8,30 @@ import sys
 ROOMS = {
     "base": [],
     "platform": ["base"],
+    "pictures": ["base"],
     "serato": ["base", "platform"],
     "records": ["serato", "base", "platform"],
-    "tag": ["records", "platform", "base"],
-    "id3": ["tag", "records", "serato", "platform", "base"],
-    "containers": ["id3", "tag", "records", "serato", "platform", "base"],
+    "tag": ["records", "pictures", "platform", "base"],
+    "id3": ["tag", "records", "serato", "pictures", "platform", "base"],
+    "containers": ["id3", "tag", "records", "serato", "pictures", "platform", "base"],
     "collection": ["records", "platform", "base"],
     "rekordbox": ["collection", "records", "platform", "base"],
     "traktor": ["collection", "records", "platform", "base"],
-    "tools": ["rekordbox", "traktor", "collection", "containers", "id3", "tag", "records", "serato", "platform",
-              "base"],
+    "tools": ["rekordbox", "traktor", "collection", "containers", "id3", "tag", "records", "serato", "pictures",
+              "platform", "base"],
 }
-# A library's headers and the rooms that may include them; platform may use every one of them.
+# A library's headers and the rooms that may include them.
 THIRD_PARTY = {
     r"^(taglib/|tag\.h|t[a-z]+\.h$|id3v\d|mpegfile|attachedpicture|commentsframe|textidentification|"
     r"generalencapsulated|privateframe|unknownframe|mp4|flac|xiph|wavfile|aifffile|rifffile|infotag|apetag|"
     r"unsynchronizedlyrics)": ["id3", "containers", "tools"],
     r"^b64/": ["serato"],
-    r"^fmt/": ["serato", "records", "tag", "id3", "containers", "collection", "rekordbox", "traktor", "tools"],
-    r"^(nlohmann/|pugixml|expat\.h|utf8proc|curl/|asio|png\.h|zlib\.h|jpeglib|jerror|webp/|stb)": [],
+    r"^fmt/": list(ROOMS),
+    r"^nlohmann/": ["base"],
+    r"^(curl/|asio)": ["platform"],
+    r"^zlib\.h": ["platform", "pictures"],
+    r"^(png\.h|jpeglib|jerror|webp/|stb)": ["pictures"],
+    r"^(pugixml|expat\.h|utf8proc)": ["collection"],
 }
 # Files of tag/ that reach further up than their room: the table of back-ends and the links to the collections.
 EXCEPTIONS = {
@@ -87,7 +92,7 @@ def check_one(root, path, bracket, include, edges, faults):
         if include.startswith("zaltag/") or bracket == '"':
             faults.append(f"{path}: {include}: no such header")
         for pattern, rooms in THIRD_PARTY.items():
-            if re.match(pattern, include) and room != "platform" and room not in rooms:
+            if re.match(pattern, include) and room not in rooms:
                 faults.append(f"{path}: {include}: this library is closed to the room {room}")
             elif re.match(pattern, include) and top == "include":
                 faults.append(f"{path}: {include}: a public header names no library below")

@@ -6,6 +6,7 @@
 #include <zaltag/base/ZALCompletion.h>
 #include <zaltag/base/ZALData.h>
 #include <zaltag/base/ZALError.h>
+#include <zaltag/base/ZALJSON.h>
 #include <zaltag/base/ZALJSONValue.h>
 #include <zaltag/base/ZALProgrammingError.h>
 #include <zaltag/base/ZALTagDecodeGRP1FrameData.h>
@@ -20,13 +21,12 @@
 #include <zaltag/containers/ZALTagWAV.h>
 #include <zaltag/id3/ZALTagAIFF.h>
 #include <zaltag/id3/ZALTagID3.h>
+#include <zaltag/pictures/ZALImage.h>
 #include <zaltag/platform/ZALClock.h>
 #include <zaltag/platform/ZALFileSystem.h>
 #include <zaltag/platform/ZALFolderBookmarks.h>
 #include <zaltag/platform/ZALHTTPClient.h>
 #include <zaltag/platform/ZALHost.h>
-#include <zaltag/platform/ZALImage.h>
-#include <zaltag/platform/ZALJSON.h>
 #include <zaltag/platform/ZALMainQueue.h>
 #include <zaltag/platform/ZALNotificationCenter.h>
 #include <zaltag/platform/ZALTagCloudFileResolver.h>

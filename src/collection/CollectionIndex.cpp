@@ -1,6 +1,6 @@
 #include "collection/CollectionIndex.h"
 
-#include "platform/Checksum.h"
+#include "collection/Checksum.h"
 #include "platform/Log.h"
 
 #include <algorithm>

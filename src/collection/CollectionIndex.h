@@ -1,8 +1,8 @@
 #pragma once
 
 #include "collection/CollectionProgram.h"
-#include "platform/SharedFile.h"
-#include "platform/XMLStream.h"
+#include "collection/SharedFile.h"
+#include "collection/XMLStream.h"
 
 #include <cstdint>
 #include <memory>

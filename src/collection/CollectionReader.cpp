@@ -2,8 +2,8 @@
 // their paths and sums up their bytes.
 
 #include "base/Unicode.h"
+#include "collection/Checksum.h"
 #include "collection/CollectionIndex.h"
-#include "platform/Checksum.h"
 #include "platform/FileReplacement.h"
 
 #include <zaltag/platform/ZALHost.h>

@@ -1,7 +1,7 @@
 #include "collection/CollectionWriter.h"
 
+#include "collection/Checksum.h"
 #include "collection/TrackEdit.h"
-#include "platform/Checksum.h"
 
 #include <algorithm>
 #include <atomic>

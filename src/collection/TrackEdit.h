@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/XML.h"
-#include "platform/XMLMarkup.h"
+#include "collection/XML.h"
+#include "collection/XMLMarkup.h"
 
 #include <span>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "collection/TrackEdit.h"
-#include "platform/XML.h"
+#include "collection/XML.h"
 
 #include <zaltag/base/ZALProgrammingError.h>
 #include <zaltag/collection/ZALCollectionTrack.h>

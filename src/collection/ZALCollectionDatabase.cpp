@@ -1,8 +1,8 @@
 #include <zaltag/collection/ZALCollectionDatabase.h>
 
 #include "collection/CollectionWriter.h"
+#include "collection/NFD.h"
 #include "platform/Log.h"
-#include "platform/NFD.h"
 
 #include <zaltag/platform/ZALFolderBookmarks.h>
 #include <zaltag/platform/ZALHost.h>

@@ -3,10 +3,10 @@
 #include "base/Assert.h"
 #include "base/Paths.h"
 #include "collection/CollectionWriter.h"
+#include "collection/NFD.h"
 #include "collection/PackedRequest.h"
 #include "collection/TrackEdit.h"
 #include "platform/Log.h"
-#include "platform/NFD.h"
 #include "platform/SerialQueue.h"
 
 #include <zaltag/collection/ZALCollectionDatabase.h>

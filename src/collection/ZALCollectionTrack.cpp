@@ -2,8 +2,8 @@
 
 #include "base/Paths.h"
 #include "collection/BeatWalk.h"
-#include "platform/NFD.h"
-#include "platform/XML.h"
+#include "collection/NFD.h"
+#include "collection/XML.h"
 
 ZALCollectionTrack::~ZALCollectionTrack() = default;
 

@@ -6,8 +6,8 @@
 #include "platform/Log.h"
 #include "platform/UserFolders.h"
 
+#include <zaltag/base/ZALJSON.h>
 #include <zaltag/platform/ZALHost.h>
-#include <zaltag/platform/ZALJSON.h>
 
 #include <map>
 #include <mutex>

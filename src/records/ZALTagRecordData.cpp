@@ -1,4 +1,4 @@
-#include <zaltag/platform/ZALJSON.h>
+#include <zaltag/base/ZALJSON.h>
 #include <zaltag/records/ZALTagRecordData.h>
 #include <zaltag/serato/ZALBase64.h>
 

@@ -1,6 +1,6 @@
 #include "rekordbox/ImportFiles.h"
 
-#include "platform/XMLMarkup.h"
+#include "collection/XMLMarkup.h"
 #include "rekordbox/RekordboxProgram.h"
 
 #include <zaltag/platform/ZALHost.h>

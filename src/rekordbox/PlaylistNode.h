@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Numbers.h"
-#include "platform/XML.h"
+#include "collection/XML.h"
 
 #include <cstdint>
 #include <optional>

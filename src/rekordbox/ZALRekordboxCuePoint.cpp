@@ -1,10 +1,10 @@
 #include <zaltag/rekordbox/ZALRekordboxCuePoint.h>
 
+#include "base/Description.h"
 #include "base/Numbers.h"
 #include "collection/CueNumbers.h"
-#include "platform/Description.h"
+#include "collection/XML.h"
 #include "platform/Log.h"
-#include "platform/XML.h"
 #include "records/RecordHash.h"
 
 #include <cmath>

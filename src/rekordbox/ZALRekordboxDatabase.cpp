@@ -2,8 +2,8 @@
 
 #include "base/Paths.h"
 #include "collection/CollectionIndex.h"
-#include "platform/Dates.h"
-#include "platform/NFD.h"
+#include "collection/Dates.h"
+#include "collection/NFD.h"
 #include "rekordbox/PlaylistNode.h"
 #include "rekordbox/RekordboxProgram.h"
 #include "rekordbox/TrackLocation.h"

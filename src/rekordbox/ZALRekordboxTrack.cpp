@@ -1,9 +1,9 @@
 #include <zaltag/rekordbox/ZALRekordboxTrack.h>
 
+#include "base/Description.h"
 #include "base/Numbers.h"
+#include "collection/Dates.h"
 #include "collection/TrackWithCues.h"
-#include "platform/Dates.h"
-#include "platform/Description.h"
 #include "platform/Log.h"
 #include "rekordbox/TrackLocation.h"
 

@@ -1,8 +1,8 @@
 #include <zaltag/serato/ZALTagSeratoCuePoint.h>
 
+#include "base/Description.h"
 #include "base/Endian.h"
 #include "base/Unicode.h"
-#include "platform/Description.h"
 #include "serato/PayloadLog.h"
 #include "serato/SlotColor.h"
 

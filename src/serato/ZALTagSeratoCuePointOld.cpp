@@ -1,6 +1,6 @@
 #include <zaltag/serato/ZALTagSeratoCuePointOld.h>
 
-#include "platform/Description.h"
+#include "base/Description.h"
 #include "serato/OldForm.h"
 #include "serato/PayloadLog.h"
 #include "serato/SlotColor.h"

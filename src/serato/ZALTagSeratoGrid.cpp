@@ -1,8 +1,8 @@
 #include <zaltag/serato/ZALTagSeratoGrid.h>
 
+#include "base/Description.h"
 #include "base/Endian.h"
 #include "platform/Log.h"
-#include "platform/Description.h"
 #include "serato/EncodedForm.h"
 
 #include <cmath>

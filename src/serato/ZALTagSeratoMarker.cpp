@@ -1,9 +1,9 @@
 #include <zaltag/serato/ZALBase64.h>
 #include <zaltag/serato/ZALTagSeratoMarker.h>
 
+#include "base/Description.h"
 #include "base/Endian.h"
 #include "serato/CueEntries.h"
-#include "platform/Description.h"
 #include "serato/EncodedForm.h"
 #include "serato/PayloadLog.h"
 

@@ -1,6 +1,6 @@
 #include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 
-#include "platform/Description.h"
+#include "base/Description.h"
 #include "serato/EncodedForm.h"
 #include "serato/OldForm.h"
 #include "serato/PayloadLog.h"

@@ -1,9 +1,9 @@
 #include "tag/Artwork.h"
 
 #include "base/Limits.h"
-#include "platform/LensMake.h"
+#include "pictures/LensMake.h"
+#include "pictures/PictureFormats.h"
 #include "platform/Log.h"
-#include "platform/PictureFormats.h"
 
 #include <zaltag/tag/ZALTagDataImage.h>
 

@@ -4,7 +4,7 @@
 
 #include <zaltag/base/ZALArray.h>
 #include <zaltag/base/ZALData.h>
-#include <zaltag/platform/ZALImage.h>
+#include <zaltag/pictures/ZALImage.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>
 
 #include <memory>
@@ -40,8 +40,8 @@ class ArtworkContainer {
     virtual bool canBackUp() const = 0;
     /// Takes away every entry.
     virtual void clear() = 0;
-    /// Gives a picture, by its place among pictures(), other bytes and, unless null, another type; the rest of
-    /// it stays.
+    /// Gives a picture, by its place among pictures(), other bytes and, unless null, another type; the rest
+    /// of it stays.
     virtual void replace(std::size_t index, ZALData data, std::optional<std::uint32_t> type) = 0;
     /// Takes away the pictures and adds these, in order. Called with none as well.
     virtual void setPictures(std::vector<NewPicture> pictures) = 0;

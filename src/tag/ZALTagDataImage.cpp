@@ -1,6 +1,6 @@
 #include <zaltag/tag/ZALTagDataImage.h>
 
-#include "platform/LensMake.h"
+#include "pictures/LensMake.h"
 
 const std::string& ZALTagDataImage::originalLensMakeString() {
     static const std::string text = "__zal_original_album_artwork__";

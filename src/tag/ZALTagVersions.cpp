@@ -2,9 +2,9 @@
 
 #include "platform/Log.h"
 
+#include <zaltag/base/ZALJSON.h>
 #include <zaltag/platform/ZALHTTPClient.h>
 #include <zaltag/platform/ZALHost.h>
-#include <zaltag/platform/ZALJSON.h>
 #include <zaltag/tag/ZALTag.h>
 
 #include <atomic>

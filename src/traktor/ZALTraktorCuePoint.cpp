@@ -1,11 +1,11 @@
 #include <zaltag/traktor/ZALTraktorCuePoint.h>
 
+#include "base/Description.h"
 #include "base/Numbers.h"
 #include "base/Unicode.h"
 #include "collection/CueNumbers.h"
-#include "platform/Description.h"
+#include "collection/XML.h"
 #include "platform/Log.h"
-#include "platform/XML.h"
 #include "records/RecordHash.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include <zaltag/traktor/ZALTraktorDatabase.h>
 
 #include "collection/CollectionIndex.h"
-#include "platform/NFD.h"
+#include "collection/NFD.h"
 #include "traktor/TrackLocation.h"
 #include "traktor/TraktorProgram.h"
 

@@ -1,9 +1,9 @@
 #include <zaltag/traktor/ZALTraktorTrack.h>
 
+#include "base/Description.h"
 #include "base/Numbers.h"
+#include "collection/Dates.h"
 #include "collection/TrackWithCues.h"
-#include "platform/Dates.h"
-#include "platform/Description.h"
 #include "platform/FileReplacement.h"
 #include "platform/Log.h"
 #include "traktor/TrackLocation.h"

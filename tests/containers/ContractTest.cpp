@@ -1,10 +1,10 @@
 // What every format promises alike: values set, saved and read again; cleared and gone; the audio untouched.
 
+#include <zaltag/base/ZALJSON.h>
 #include <zaltag/containers/ZALTagFLAC.h>
 #include <zaltag/containers/ZALTagMP4.h>
 #include <zaltag/containers/ZALTagWAV.h>
 #include <zaltag/id3/ZALTagAIFF.h>
-#include <zaltag/platform/ZALJSON.h>
 #include <zaltag/serato/ZALBase64.h>
 #include <zaltag/tag/ZALTag.h>
 

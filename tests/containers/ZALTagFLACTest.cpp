@@ -1,8 +1,8 @@
 // A FLAC file's Xiph comment beside its ID3 tags: which is read, which is written; and files that TagLib must
 // not see or save.
 
+#include <zaltag/base/ZALJSON.h>
 #include <zaltag/containers/ZALTagFLAC.h>
-#include <zaltag/platform/ZALJSON.h>
 #include <zaltag/serato/ZALBase64.h>
 #include <zaltag/tag/ZALTagComment.h>
 

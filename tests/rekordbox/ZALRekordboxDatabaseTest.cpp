@@ -1,4 +1,4 @@
-#include "platform/XML.h"
+#include "collection/XML.h"
 #include "support/CollectionFixtures.h"
 #include "support/LogCapture.h"
 

@@ -1,6 +1,6 @@
 #include "support/CollectionPrograms.h"
 
-#include "platform/Dates.h"
+#include "collection/Dates.h"
 
 #include <zaltag/rekordbox/ZALRekordboxDatabase.h>
 #include <zaltag/rekordbox/ZALRekordboxQueue.h>

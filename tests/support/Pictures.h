@@ -1,7 +1,7 @@
 #pragma once
 
 #include <zaltag/base/ZALData.h>
-#include <zaltag/platform/ZALImage.h>
+#include <zaltag/pictures/ZALImage.h>
 
 #include <cstdint>
 #include <string_view>

@@ -1,7 +1,7 @@
-#include <zaltag/platform/ZALImage.h>
+#include <zaltag/pictures/ZALImage.h>
 
 #include "base/Limits.h"
-#include "platform/PictureFormats.h"
+#include "pictures/PictureFormats.h"
 
 #include <algorithm>
 #include <new>

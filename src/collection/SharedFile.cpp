@@ -1,4 +1,4 @@
-#include "platform/SharedFile.h"
+#include "collection/SharedFile.h"
 
 namespace zal {
 

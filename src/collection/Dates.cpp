@@ -1,4 +1,4 @@
-#include "platform/Dates.h"
+#include "collection/Dates.h"
 
 #include <fmt/format.h>
 

@@ -2,8 +2,8 @@
 // brings in a library under the GPL, and covers need none of its rarer encodings.
 
 #include "base/Limits.h"
-#include "platform/PictureFormats.h"
-#include "platform/TIFFBlock.h"
+#include "pictures/PictureFormats.h"
+#include "pictures/TIFFBlock.h"
 
 #include <zlib.h>
 

@@ -1,4 +1,4 @@
-#include "platform/XMLStream.h"
+#include "collection/XMLStream.h"
 
 #include "base/Limits.h"
 #include "base/Unicode.h"

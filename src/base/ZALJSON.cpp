@@ -1,4 +1,4 @@
-#include <zaltag/platform/ZALJSON.h>
+#include <zaltag/base/ZALJSON.h>
 
 #include "base/Unicode.h"
 
@@ -123,7 +123,8 @@ std::optional<ZALJSONValue> ZALJSON::parse(std::string_view text, std::string* e
     Builder builder;
     std::string reason;
     try {
-        if (text.size() > lengthMax) throw std::length_error("longer than " + std::to_string(lengthMax) + " bytes");
+        if (text.size() > lengthMax)
+            throw std::length_error("longer than " + std::to_string(lengthMax) + " bytes");
         if (nlohmann::json::sax_parse(text, &builder)) return std::move(builder.result);
         reason = builder.error;
     } catch (const std::exception& exception) {  // what the parser throws by itself, bad_alloc included

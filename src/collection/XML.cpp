@@ -1,4 +1,4 @@
-#include "platform/XML.h"
+#include "collection/XML.h"
 
 #include "base/Unicode.h"
 

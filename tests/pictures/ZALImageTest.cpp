@@ -1,4 +1,4 @@
-#include <zaltag/platform/ZALImage.h>
+#include <zaltag/pictures/ZALImage.h>
 
 #include "base/Endian.h"
 #include "support/AudioFixtures.h"

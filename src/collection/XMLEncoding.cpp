@@ -1,4 +1,4 @@
-#include "platform/XMLEncoding.h"
+#include "collection/XMLEncoding.h"
 
 #include "base/Unicode.h"
 

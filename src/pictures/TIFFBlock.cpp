@@ -1,7 +1,7 @@
-#include "platform/TIFFBlock.h"
+#include "pictures/TIFFBlock.h"
 
 #include "base/Endian.h"
-#include "platform/PictureFormats.h"
+#include "pictures/PictureFormats.h"
 
 #include <algorithm>
 

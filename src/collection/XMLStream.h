@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/XMLEncoding.h"
+#include "collection/XMLEncoding.h"
 
 #include <zaltag/platform/ZALFileSystem.h>
 

@@ -1,4 +1,4 @@
-#include "platform/XMLStream.h"
+#include "collection/XMLStream.h"
 #include "support/AudioFixtures.h"
 #include "support/FaultyFileSystem.h"
 #include "support/Hex.h"

@@ -1,6 +1,6 @@
-#include "platform/XMLMarkup.h"
+#include "collection/XMLMarkup.h"
 
-#include "platform/XML.h"
+#include "collection/XML.h"
 
 namespace zal {
 

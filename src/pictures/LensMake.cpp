@@ -1,9 +1,9 @@
-#include "platform/LensMake.h"
+#include "pictures/LensMake.h"
 
-#include "platform/Exif.h"
-#include "platform/PictureFormats.h"
+#include "pictures/Exif.h"
+#include "pictures/PictureFormats.h"
 
-#include <zaltag/platform/ZALImage.h>
+#include <zaltag/pictures/ZALImage.h>
 
 namespace zal {
 

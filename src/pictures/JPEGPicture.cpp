@@ -2,7 +2,7 @@
 
 #include "base/Endian.h"
 #include "base/Limits.h"
-#include "platform/PictureFormats.h"
+#include "pictures/PictureFormats.h"
 
 // The library's header takes its standard types from what was included before it.
 #include <cstddef>

@@ -2,7 +2,7 @@
 
 #include "base/Endian.h"
 #include "base/Limits.h"
-#include "platform/PictureFormats.h"
+#include "pictures/PictureFormats.h"
 
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC

@@ -1,4 +1,4 @@
-#include "platform/NFD.h"
+#include "collection/NFD.h"
 
 #include "base/Limits.h"
 

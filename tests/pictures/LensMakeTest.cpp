@@ -1,6 +1,6 @@
-#include "platform/LensMake.h"
+#include "pictures/LensMake.h"
 
-#include "platform/Exif.h"
+#include "pictures/Exif.h"
 #include "support/AudioFixtures.h"
 #include "support/Hex.h"
 #include "support/Pictures.h"

@@ -2,7 +2,7 @@
 
 #include "base/Endian.h"
 #include "base/Limits.h"
-#include "platform/PictureFormats.h"
+#include "pictures/PictureFormats.h"
 
 #include <png.h>
 #include <zlib.h>

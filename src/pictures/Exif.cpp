@@ -1,6 +1,6 @@
-#include "platform/Exif.h"
+#include "pictures/Exif.h"
 
-#include "platform/TIFFBlock.h"
+#include "pictures/TIFFBlock.h"
 
 #include <algorithm>
 #include <string_view>
