@@ -2,64 +2,47 @@
 
 #include <zaltag/serato/ZALBase64.h>
 
+#define STB_IMAGE_RESIZE_IMPLEMENTATION
+#define STB_IMAGE_RESIZE_STATIC
+#include <stb/stb_image_resize.h>
+
 #include <algorithm>
-#include <array>
+#include <utility>
 
 namespace {
-
-// The pixels of the source that one row or column of the thumbnail covers.
-struct Span {
-    std::uint32_t begin;
-    std::uint32_t end;
-};
-
-Span spanOf(std::uint32_t index, std::uint32_t count, std::uint32_t source) {
-    const auto edge = [&](std::uint32_t i) {
-        return static_cast<std::uint32_t>(std::uint64_t{i} * source / count);
-    };
-    return {edge(index), std::max(edge(index) + 1, edge(index + 1))};
-}
 
 // Five bits of a colour, rounded: the file takes half the room, and no eye sees it at this size.
 std::uint8_t coarse(std::uint64_t value) {
     return static_cast<std::uint8_t>((value * 31 + 127) / 255 * 255 / 31);
 }
 
-// The mean of a rectangle, on white where it is not opaque.
-void appendMean(ZALData& out, const ZALImage& image, Span columns, Span rows) {
-    std::array<std::uint64_t, 3> sum{};
-    for (std::uint32_t y = rows.begin; y < rows.end; ++y) {
-        for (std::uint32_t x = columns.begin; x < columns.end; ++x) {
-            const std::size_t at = (std::size_t{y} * image.width() + x) * 4;
-            const std::uint64_t alpha = image.pixels()[at + 3];
-            for (std::size_t i = 0; i < sum.size(); ++i) {
-                sum[i] += (image.pixels()[at + i] * alpha + 255 * (255 - alpha)) / 255;
-            }
-        }
+// One pixel on white, where it is not opaque.
+void putOnWhite(std::uint8_t* pixel) {
+    const std::uint64_t alpha = pixel[3];
+    for (int i = 0; i < 3; ++i) {
+        pixel[i] = coarse((pixel[i] * alpha + 255 * (255 - alpha)) / 255);
     }
-    const std::uint64_t count = std::uint64_t{rows.end - rows.begin} * (columns.end - columns.begin);
-    for (const std::uint64_t one : sum) {
-        out.push_back(coarse(one / count));
-    }
-    out.push_back(255);
+    pixel[3] = 255;
 }
 
 ZALImagePtr madeSmall(const ZALImage& image) {
-    const std::uint32_t longer = std::max(image.width(), image.height());
-    const auto scaled = [&](std::uint32_t side) {
-        if (longer <= thumbnailSide) return side;
-        return std::max(1U, static_cast<std::uint32_t>(std::uint64_t{side} * thumbnailSide / longer));
+    const std::uint32_t longer = std::max({image.width(), image.height(), thumbnailSide});
+    const auto scaled = [longer](std::uint32_t side) {
+        return std::max(1, static_cast<int>(std::uint64_t{side} * thumbnailSide / longer));
     };
-    const std::uint32_t width = scaled(image.width());
-    const std::uint32_t height = scaled(image.height());
-    ZALData pixels;
-    pixels.reserve(std::size_t{width} * height * 4);
-    for (std::uint32_t y = 0; y < height; ++y) {
-        for (std::uint32_t x = 0; x < width; ++x) {
-            appendMean(pixels, image, spanOf(x, width, image.width()), spanOf(y, height, image.height()));
-        }
+    const int width = scaled(image.width());
+    const int height = scaled(image.height());
+    ZALData pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    const int isDone =
+        stbir_resize_uint8_generic(image.pixels().data(), static_cast<int>(image.width()),
+                                   static_cast<int>(image.height()), 0, pixels.data(), width, height, 0, 4, 3,
+                                   0, STBIR_EDGE_CLAMP, STBIR_FILTER_BOX, STBIR_COLORSPACE_LINEAR, nullptr);
+    if (isDone == 0) return nullptr;
+    for (std::size_t at = 0; at < pixels.size(); at += 4) {
+        putOnWhite(&pixels[at]);
     }
-    return ZALImage::imageWithPixels(width, height, std::move(pixels));
+    return ZALImage::imageWithPixels(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height),
+                                     std::move(pixels));
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ find_path(STB_INCLUDE_DIR stb/stb_image.h REQUIRED)
 find_package(pugixml REQUIRED)
 find_package(EXPAT REQUIRED)
 pkg_check_modules(UTF8PROC REQUIRED IMPORTED_TARGET libutf8proc)
-# Headers alone: timers over Asio, and libcurl, which the first request loads.
+# Headers alone: queues and timers over Asio, and libcurl, which the first request loads.
 find_path(ASIO_INCLUDE_DIR asio.hpp REQUIRED)
 find_path(CURL_INCLUDE_DIR curl/curl.h REQUIRED)
 

@@ -31,7 +31,8 @@ THIRD_PARTY = {
     r"^(curl/|asio)": ["platform"],
     r"^zlib\.h": ["platform", "pictures"],
     r"^(png\.h|jpeglib|jerror|webp/|stb)": ["pictures"],
-    r"^(pugixml|expat\.h|utf8proc)": ["collection"],
+    r"^utf8proc": ["base", "collection"],
+    r"^(pugixml|expat\.h)": ["collection"],
 }
 # Files of tag/ that reach further up than their room: the table of back-ends and the links to the collections.
 EXCEPTIONS = {

@@ -1,5 +1,7 @@
 #include "base/Paths.h"
 
+#include <algorithm>
+
 namespace zal {
 
 namespace {
@@ -15,9 +17,17 @@ std::size_t extensionDot(std::string_view name) {
 std::string_view lastPathComponent(std::string_view path) {
     const std::size_t last = path.find_last_not_of('/');
     if (last == std::string_view::npos) return {};
-    path = path.substr(0, last + 1);
+    return fileNameOf(path.substr(0, last + 1));
+}
+
+std::string_view fileNameOf(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+std::string folderOf(std::string_view path) {
     const std::size_t slash = path.rfind('/');
-    return slash == std::string_view::npos ? path : path.substr(slash + 1);
+    if (slash == std::string_view::npos) return ".";
+    return std::string(path.substr(0, std::max<std::size_t>(slash, 1)));
 }
 
 std::string_view pathExtension(std::string_view path) {

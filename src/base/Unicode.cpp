@@ -1,6 +1,9 @@
 #include "base/Unicode.h"
 
+#include <utf8proc.h>
+
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 namespace zal {
@@ -18,56 +21,24 @@ bool isLowSurrogate(char32_t unit) {
 }
 
 void appendUTF8(std::string& out, char32_t c) {
-    const auto put = [&out](char32_t byte) {
-        out.push_back(static_cast<char>(static_cast<unsigned char>(byte)));
-    };
-    if (c < 0x80) {
-        put(c);
-    } else if (c < 0x800) {
-        put(0xC0 | (c >> 6));
-        put(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        put(0xE0 | (c >> 12));
-        put(0x80 | ((c >> 6) & 0x3F));
-        put(0x80 | (c & 0x3F));
-    } else {
-        put(0xF0 | (c >> 18));
-        put(0x80 | ((c >> 12) & 0x3F));
-        put(0x80 | ((c >> 6) & 0x3F));
-        put(0x80 | (c & 0x3F));
-    }
+    std::array<utf8proc_uint8_t, 4> bytes{};
+    const utf8proc_ssize_t count = utf8proc_encode_char(static_cast<utf8proc_int32_t>(c), bytes.data());
+    out.append(bytes.begin(), bytes.begin() + count);
 }
 
 // Reads the code point at `at` and moves past it; past one byte, with `malformed`, when the sequence is not
 // whole.
 char32_t nextUTF8(std::string_view text, std::size_t& at) {
-    const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char lead = byte(at);
-    const std::size_t length = lead < 0x80   ? 1
-                               : lead < 0xC2 ? 0
-                               : lead < 0xE0 ? 2
-                               : lead < 0xF0 ? 3
-                               : lead < 0xF5 ? 4
-                                             : 0;
-    if (length == 0 || length > text.size() - at) {
-        ++at;
-        return malformed;
-    }
-    char32_t c = length == 1 ? lead : lead & (0x7Fu >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(at + i) & 0xC0) != 0x80) {
-            ++at;
-            return malformed;
-        }
-        c = (c << 6) | (byte(at + i) & 0x3Fu);
-    }
-    const bool tooLong = (length == 3 && c < 0x800) || (length == 4 && c < 0x10000);
-    if (tooLong || c > 0x10FFFF || isHighSurrogate(c) || isLowSurrogate(c)) {
-        ++at;
-        return malformed;
-    }
-    at += length;
-    return c;
+    const auto* const bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data()) + at;
+    utf8proc_int32_t c = 0;
+    const utf8proc_ssize_t length =
+        utf8proc_iterate(bytes, static_cast<utf8proc_ssize_t>(text.size() - at), &c);
+    at += length > 0 ? static_cast<std::size_t>(length) : 1;
+    return length > 0 ? static_cast<char32_t>(c) : malformed;
+}
+
+utf8proc_category_t categoryOf(char32_t c) {
+    return utf8proc_category(static_cast<utf8proc_int32_t>(c));
 }
 
 std::size_t unitsOf(char32_t c) {
@@ -168,26 +139,31 @@ ZALNullableString utf8FromUTF16Bytes(ZALDataView bytes) {
 }
 
 std::string_view trimmedOfBlanks(std::string_view text) {
-    // The tab and the characters of Unicode's category Zs.
-    static constexpr std::string_view blanks[] = {"\t",     " ",      "\u00A0", "\u1680", "\u2000", "\u2001",
-                                                  "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007",
-                                                  "\u2008", "\u2009", "\u200A", "\u202F", "\u205F", "\u3000"};
-    const auto oneLess = [&text] {
-        for (const std::string_view blank : blanks) {
-            if (text.starts_with(blank)) {
-                text.remove_prefix(blank.size());
-                return true;
-            }
-            if (text.ends_with(blank)) {
-                text.remove_suffix(blank.size());
-                return true;
-            }
+    const auto isBlank = [](char32_t c) { return c == '\t' || categoryOf(c) == UTF8PROC_CATEGORY_ZS; };
+    for (std::size_t end = 0; end < text.size() && isBlank(nextUTF8(text, end)); end = 0) {
+        text.remove_prefix(end);
+    }
+    while (!text.empty()) {
+        std::size_t last = text.size() - 1;
+        while (last > 0 && (text[last] & 0xC0) == 0x80) {
+            --last;
         }
-        return false;
-    };
-    while (oneLess()) {
+        std::size_t end = last;
+        if (!isBlank(nextUTF8(text, end)) || end != text.size()) break;
+        text = text.substr(0, last);
     }
     return text;
+}
+
+bool isDecimalDigit(char32_t c) {
+    return categoryOf(c) == UTF8PROC_CATEGORY_ND;
+}
+
+bool isBlankOrPunctuation(char32_t c) {
+    const utf8proc_category_t category = categoryOf(c);
+    const bool isPunctuation = category >= UTF8PROC_CATEGORY_PC && category <= UTF8PROC_CATEGORY_PO;
+    const bool isSeparator = category >= UTF8PROC_CATEGORY_ZS && category <= UTF8PROC_CATEGORY_ZP;
+    return isPunctuation || isSeparator || (c >= 0x09 && c <= 0x0D) || c == 0x85;
 }
 
 std::string asciiLowercase(std::string_view text) {

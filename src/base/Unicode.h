@@ -33,6 +33,11 @@ ZALNullableString utf8FromUTF16Bytes(ZALDataView bytes);
 /// The text in lower case, ASCII letters only: extensions and file types.
 std::string asciiLowercase(std::string_view text);
 
+/// Decimal digits of any script (Nd).
+bool isDecimalDigit(char32_t c);
+/// White space and line breaks (Z, and the controls among them) and punctuation (P).
+bool isBlankOrPunctuation(char32_t c);
+
 /// The text without the tabs and Unicode space separators at its ends; line breaks stay.
 std::string_view trimmedOfBlanks(std::string_view text);
 

@@ -1,12 +1,10 @@
 #include <zaltag/base/zal_versionStringCompare.h>
 
-#include "base/CharacterRanges.h"
 #include "base/Numbers.h"
 #include "base/Unicode.h"
 
 #include <algorithm>
 #include <compare>
-#include <span>
 
 namespace {
 
@@ -15,14 +13,9 @@ struct Part {
     std::u16string text;
 };
 
-bool isIn(std::span<const zal::CharacterRange> ranges, char16_t unit) {
-    const auto range = std::ranges::lower_bound(ranges, unit, {}, &zal::CharacterRange::last);
-    return range != ranges.end() && range->first <= unit;
-}
-
 ZALVersionPart typeOf(char16_t unit) {
-    if (isIn(zal::decimalDigits, unit)) return ZALVersionPart::number;
-    return isIn(zal::blanksAndPunctuation, unit) ? ZALVersionPart::separator : ZALVersionPart::string;
+    if (zal::isDecimalDigit(unit)) return ZALVersionPart::number;
+    return zal::isBlankOrPunctuation(unit) ? ZALVersionPart::separator : ZALVersionPart::string;
 }
 
 std::vector<Part> partsOf(std::string_view version) {

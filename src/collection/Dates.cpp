@@ -1,6 +1,6 @@
 #include "collection/Dates.h"
 
-#include <fmt/format.h>
+#include <fmt/chrono.h>
 
 #include <algorithm>
 #include <charconv>
@@ -39,10 +39,7 @@ std::string stampDate(system_clock::time_point time) {
     std::tm local{};
     ::tzset();
     ::localtime_r(&seconds, &local);
-    const long minutes = std::abs(local.tm_gmtoff) / 60;
-    return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}{}{:02}{:02}", local.tm_year + 1900,
-                       local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
-                       local.tm_gmtoff < 0 ? '-' : '+', minutes / 60, minutes % 60);
+    return fmt::format("{:%Y-%m-%d %H:%M:%S%z}", local);
 }
 
 std::string slashDate(system_clock::time_point time) {

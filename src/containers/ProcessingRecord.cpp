@@ -34,12 +34,9 @@ class WavCoverage final : public WavMetadataParser {
 
 // The file itself where the path is a symbolic link, so that the link stays; else the path as it was given.
 std::string withoutLink(ZALFileSystem& files, const std::string& path) {
-    const auto slash = path.rfind('/');
     std::string canonical;
     std::string folder;
-    if (files.canonicalPath(path, canonical)) return path;
-    if (files.canonicalPath(slash == std::string::npos ? "." : path.substr(0, slash + 1), folder))
-        return path;
+    if (files.canonicalPath(path, canonical) || files.canonicalPath(folderOf(path), folder)) return path;
     const bool isLink = canonical != folder + "/" + std::string(lastPathComponent(path));
     return isLink ? canonical : path;
 }

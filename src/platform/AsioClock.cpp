@@ -1,9 +1,9 @@
 #include "platform/Delay.h"
+#include "platform/Shot.h"
 #include "platform/Thread.h"
 
 #include <zaltag/platform/ZALClock.h>
 
-#include <atomic>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -59,30 +59,24 @@ class TimerThread {
 class Alarm : public std::enable_shared_from_this<Alarm> {
   public:
     Alarm(asio::io_context& context, std::function<void()> action)
-        : timer_(context), action_(std::move(action)) {}
+        : timer_(context), shot_(std::move(action)) {}
 
     void start(Seconds delay) {
         timer_.expires_after(zal::boundedDelay(delay));
         timer_.async_wait([self = shared_from_this()](const std::error_code& error) {
-            const auto action = error ? nullptr : self->take();
+            const auto action = error ? nullptr : self->shot_.take();
             if (action) zal::runGuarded("the action of a timer", action);
         });
     }
 
     void cancel(asio::io_context& context) {
-        if (take() == nullptr) return;
+        if (shot_.take() == nullptr) return;
         asio::post(context, [self = shared_from_this()] { self->timer_.cancel(); });
     }
 
   private:
-    std::function<void()> take() {
-        if (taken_.exchange(true)) return nullptr;
-        return std::exchange(action_, nullptr);
-    }
-
     asio::steady_timer timer_;
-    std::atomic<bool> taken_ = false;
-    std::function<void()> action_;
+    zal::Shot shot_;
 };
 
 class AsioTimer final : public ZALTimer {

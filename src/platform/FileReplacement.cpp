@@ -1,5 +1,6 @@
 #include "platform/FileReplacement.h"
 
+#include "base/Paths.h"
 #include "platform/Log.h"
 
 #include <zaltag/platform/ZALHost.h>
@@ -16,12 +17,6 @@ constexpr std::size_t bufferSize = 262144;
 constexpr std::uint64_t shortRun = bufferSize / 4;
 
 constexpr std::uint32_t newFileMode = 0644;
-
-std::string folderOf(const std::string& path) {
-    const auto slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
 
 // FNV-1a: the same in every process and every version.
 std::uint64_t hashOf(std::string_view text) {
@@ -64,10 +59,9 @@ FileReplacement::~FileReplacement() {
 }
 
 std::string FileReplacement::temporaryPath(const std::string& target) {
-    const auto slash = target.rfind('/');
+    const std::string_view name = fileNameOf(target);
     // The hash keeps the name short where the target's own is as long as names can be.
-    return fmt::format("{}.zaltag-{:016x}.tmp", target.substr(0, slash + 1),
-                       hashOf(std::string_view(target).substr(slash + 1)));
+    return fmt::format("{}.zaltag-{:016x}.tmp", target.substr(0, target.size() - name.size()), hashOf(name));
 }
 
 void FileReplacement::clearLeftOver(ZALFileSystem& files, const std::string& target) {

@@ -2,6 +2,10 @@
 
 #include <zaltag/platform/ZALHost.h>
 
+#include <fmt/format.h>
+
+#include <iterator>
+
 namespace zal {
 
 void log(const std::string& line) {
@@ -9,15 +13,12 @@ void log(const std::string& line) {
 }
 
 std::string describe(ZALDataView bytes) {
-    static constexpr char digits[] = "0123456789abcdef";
+    constexpr std::size_t group = 4;
     std::string out = "<";
-    out.reserve(2 + bytes.size() * 2 + bytes.size() / 4);
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (i > 0 && i % 4 == 0) out += ' ';
-        out += digits[bytes[i] >> 4];
-        out += digits[bytes[i] & 0x0F];
+    for (; bytes.size() > group; bytes = bytes.subspan(group)) {
+        fmt::format_to(std::back_inserter(out), "{:02x} ", fmt::join(bytes.first(group), ""));
     }
-    return out + ">";
+    return fmt::format("{}{:02x}>", out, fmt::join(bytes, ""));
 }
 
 std::string describe(const ZALNullableString& text) {

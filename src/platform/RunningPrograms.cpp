@@ -1,5 +1,6 @@
 #include "platform/RunningPrograms.h"
 
+#include "base/Paths.h"
 #include "base/Unicode.h"
 
 #include <array>
@@ -34,7 +35,7 @@ std::string executableOf(const std::filesystem::path& process) {
     std::error_code error;
     std::string path = std::filesystem::read_symlink(process / "exe", error).string();
     if (path.ends_with(deleted)) path.resize(path.size() - deleted.size());
-    return path.substr(path.rfind('/') + 1);
+    return std::string(fileNameOf(path));
 }
 
 std::string firstArgumentOf(const std::filesystem::path& process) {

@@ -1,15 +1,17 @@
 #include "platform/SerialQueue.h"
 
+#include "platform/Shot.h"
 #include "platform/Thread.h"
 
 #include <zaltag/platform/ZALHost.h>
 
-#include <atomic>
-#include <condition_variable>
-#include <deque>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <utility>
+
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
 
 namespace zal {
 
@@ -18,62 +20,37 @@ struct SerialQueue::Core {
     explicit Core(std::string l) : label(std::move(l)) {}
 
     const std::string label;
+    asio::io_context context{1};
     std::mutex mutex;
-    std::condition_variable changed;
-    std::deque<std::function<void()>> blocks;
+    std::optional<asio::executor_work_guard<asio::io_context::executor_type>> open{context.get_executor()};
     std::thread thread;
-    bool accepting = true;
-    bool running = false;  // from the start of the thread to the end of its last block
+    std::mutex joining;
 
-    // The queue whose thread this is.
-    static thread_local const Core* current;
-
+    bool isCurrent() { return context.get_executor().running_in_this_thread(); }
     static bool async(const std::shared_ptr<Core>& core, std::function<void()> block);
-    void run();
     void shutDown();
 };
 
-thread_local const SerialQueue::Core* SerialQueue::Core::current = nullptr;
-
 bool SerialQueue::Core::async(const std::shared_ptr<Core>& core, std::function<void()> block) {
     const std::lock_guard lock(core->mutex);
-    if (!core->accepting) return false;  // the block goes with the argument, after the lock
-    core->blocks.push_back(std::move(block));
-    core->changed.notify_all();
-    if (core->running) return true;
-    core->thread = startThread(core->label.substr(core->label.rfind('.') + 1), [core] { core->run(); });
-    core->running = core->thread.joinable();  // else the next block tries again
+    if (!core->open) return false;  // the block goes with the argument, after the lock
+    asio::post(core->context,
+               [core = core.get(), block = std::move(block)] { runGuarded(core->label, block); });
+    if (core->thread.joinable()) return true;
+    // Without a thread the next block tries again.
+    core->thread =
+        startThread(core->label.substr(core->label.rfind('.') + 1), [core] { core->context.run(); });
     return true;
 }
 
-void SerialQueue::Core::run() {
-    current = this;
-    std::unique_lock lock(mutex);
-    while (true) {
-        changed.wait(lock, [this] { return !blocks.empty() || !accepting; });
-        if (blocks.empty()) break;
-        auto block = std::move(blocks.front());
-        blocks.pop_front();
-        lock.unlock();
-        runGuarded(label, block);
-        block = nullptr;  // what it holds may use the queue when it goes
-        lock.lock();
-    }
-    running = false;
-    changed.notify_all();
-}
-
 void SerialQueue::Core::shutDown() {
-    std::thread ended;
     {
-        std::unique_lock lock(mutex);
-        accepting = false;
-        changed.notify_all();
-        if (current == this) return;
-        changed.wait(lock, [this] { return !running; });
-        ended = std::move(thread);
+        const std::lock_guard lock(mutex);
+        open.reset();
     }
-    if (ended.joinable()) ended.join();
+    if (isCurrent()) return;
+    const std::lock_guard lock(joining);
+    if (thread.joinable()) thread.join();
 }
 
 SerialQueue::SerialQueue(std::string label) : core_(std::make_shared<Core>(std::move(label))) {}
@@ -92,7 +69,7 @@ bool SerialQueue::async(std::function<void()> block) {
 }
 
 bool SerialQueue::isCurrent() const {
-    return Core::current == core_.get();
+    return core_->isCurrent();
 }
 
 void SerialQueue::shutDown() {
@@ -100,25 +77,6 @@ void SerialQueue::shutDown() {
 }
 
 namespace {
-
-// An action that either starts once or is cancelled.
-class Shot {
-  public:
-    explicit Shot(std::function<void()> action) : action_(std::move(action)) {}
-
-    void fire() {
-        if (const auto action = take()) action();
-    }
-    // The action, for who comes first.
-    std::function<void()> take() {
-        if (taken_.exchange(true)) return nullptr;
-        return std::exchange(action_, nullptr);
-    }
-
-  private:
-    std::atomic<bool> taken_ = false;
-    std::function<void()> action_;
-};
 
 class QueueTimer final : public ZALTimer {
   public:
@@ -141,8 +99,11 @@ class QueueTimer final : public ZALTimer {
 std::shared_ptr<ZALTimer> SerialQueue::after(std::chrono::duration<double> delay,
                                              std::function<void()> action) {
     auto shot = std::make_shared<Shot>(std::move(action));
-    auto timer = ZALHost::shared().clock()->schedule(
-        delay, [shot, core = core_] { Core::async(core, [shot] { shot->fire(); }); });
+    auto timer = ZALHost::shared().clock()->schedule(delay, [shot, core = core_] {
+        Core::async(core, [shot] {
+            if (const auto taken = shot->take()) taken();
+        });
+    });
     return std::make_shared<QueueTimer>(std::move(shot), std::move(timer));
 }
 

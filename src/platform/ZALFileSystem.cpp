@@ -1,5 +1,6 @@
 #include <zaltag/platform/ZALFileSystem.h>
 
+#include "base/Paths.h"
 #include "platform/ExtendedAttributes.h"
 
 #include <algorithm>
@@ -248,11 +249,9 @@ class MachineFileSystem final : public ZALFileSystem {
         if (error != std::errc::no_such_file_or_directory) return error;
         struct stat status {};
         if (::lstat(path.c_str(), &status) == 0) return error;  // a link to nowhere
-        const auto slash = path.rfind('/');
-        const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+        const std::string name(zal::fileNameOf(path));
         if (name.empty()) return error;
-        const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-        if (const auto folderError = realPath(folder, canonical)) return folderError;
+        if (const auto folderError = realPath(zal::folderOf(path), canonical)) return folderError;
         canonical += canonical == "/" ? name : "/" + name;
         return {};
     }

@@ -1,5 +1,6 @@
 #include <zaltag/platform/ZALUserDefaults.h>
 
+#include "base/Paths.h"
 #include "base/Unicode.h"
 #include "platform/FileContents.h"
 #include "platform/FileReplacement.h"
@@ -9,6 +10,9 @@
 #include <zaltag/base/ZALJSON.h>
 #include <zaltag/platform/ZALHost.h>
 
+#include <fmt/format.h>
+
+#include <charconv>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -24,30 +28,18 @@ constexpr const char* pathKey = "path";  // a text that is not UTF-8, which only
 constexpr std::uint32_t folderMode = 0700;
 
 ZALJSONValue hexadecimal(const char* key, ZALDataView bytes) {
-    static constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        text += digits[byte >> 4];
-        text += digits[byte & 0x0F];
-    }
-    return ZALJSONValue::Object{{key, std::move(text)}};
-}
-
-int digitValue(char digit) {
-    if (digit >= '0' && digit <= '9') return digit - '0';
-    if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
-    return digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
+    return ZALJSONValue::Object{{key, fmt::format("{:02x}", fmt::join(bytes, ""))}};
 }
 
 ZALNullableData bytesOf(const ZALJSONValue& value, const char* key) {
     const ZALNullableString text = value[key].stringValue();
     if (!text || text->size() % 2 != 0) return std::nullopt;
-    ZALData bytes;
-    for (std::size_t i = 0; i < text->size(); i += 2) {
-        const int high = digitValue((*text)[i]);
-        const int low = digitValue((*text)[i + 1]);
-        if (high < 0 || low < 0) return std::nullopt;
-        bytes.push_back(static_cast<std::uint8_t>(high << 4 | low));
+    ZALData bytes(text->size() / 2);
+    const char* digits = text->data();
+    for (std::uint8_t& byte : bytes) {
+        const char* const end = digits + 2;
+        if (std::from_chars(digits, end, byte, 16).ptr != end) return std::nullopt;
+        digits = end;
     }
     return bytes;
 }
@@ -161,7 +153,7 @@ class FileDefaults final : public ZALUserDefaults {
 
     bool store(const std::string& text) {
         if (path_.empty() || !readable_) return false;
-        const std::string folder = path_.substr(0, path_.rfind('/'));
+        const std::string folder = zal::folderOf(path_);
         if (ZALHost::shared().fileSystem()->createFolders(folder, folderMode)) return false;
         if (broken_ && !zal::replaceFileContents(path_ + ".broken", *broken_)) return false;
         return zal::replaceFileContents(path_, ZALData(text.begin(), text.end()));

@@ -1,5 +1,6 @@
 #include "rekordbox/ImportFiles.h"
 
+#include "base/Paths.h"
 #include "collection/XMLMarkup.h"
 #include "rekordbox/RekordboxProgram.h"
 
@@ -56,9 +57,7 @@ void copyTrack(const XMLElement& track, XMLElement copy) {
 }  // namespace
 
 std::string getPathForSplitXml(std::uint32_t index, const std::string& rekordboxDatabaseFile) {
-    const auto slash = rekordboxDatabaseFile.rfind('/');
-    return joinPaths(rekordboxDatabaseFile.substr(0, slash + 1),
-                     fmt::format("rekordbox_zalcues_{:03}.xml", index + 1));
+    return joinPaths(folderOf(rekordboxDatabaseFile), fmt::format("rekordbox_zalcues_{:03}.xml", index + 1));
 }
 
 std::string getPlaylistNameForSplitXml(std::uint32_t) {
