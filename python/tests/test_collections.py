@@ -123,7 +123,7 @@ class Collections(FilesTest):
                 "  zaltag.rekordbox().set_cue_points(sys.argv[2], [zaltag.CuePoint(1)])\n"
                 "  asyncio.ensure_future(zaltag.save_async(zaltag.rekordbox()))\n  await asyncio.sleep(0)\nasyncio.run(main())\n")
         for _ in range(10):
-            done = subprocess.run([sys.executable, "-c", text, self.files[0], self.songs[0]], capture_output=True, timeout=60, check=False)
+            done = subprocess.run([sys.executable, "-c", text, self.files[0], self.songs[0]], capture_output=True, timeout=600, check=False)
             self.assertEqual(done.returncode, 0, done.stderr)
             self.assertNotIn(b"Traceback", done.stderr)
 

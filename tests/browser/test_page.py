@@ -75,7 +75,7 @@ class Page(ProgramTest):
         path = self.write("page.html", page.encode())
         done = subprocess.run([CHROMIUM, "--headless", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", "--no-first-run",
                                f"--user-data-dir={self.path('profile')}", f"--window-size={size[0]},{size[1]}", "--dump-dom",
-                               "--virtual-time-budget=600000", f"file://{path}{query}"], capture_output=True, text=True, timeout=300)
+                               "--virtual-time-budget=600000", f"file://{path}{query}"], capture_output=True, text=True, timeout=1200)
         found = re.search(r'<pre id="results">(.*?)</pre>', done.stdout, re.S)
         self.assertTrue(found, f"the page left no results: {done.stderr[-2000:]}")
         results = json.loads(html.unescape(found[1]))

@@ -39,7 +39,7 @@ class ProgramTest(unittest.TestCase):
             return file.read()
 
     def run_program(self, *arguments, **options):
-        return subprocess.run([ZALTAG, *arguments], capture_output=True, timeout=120, **options)
+        return subprocess.run([ZALTAG, *arguments], capture_output=True, timeout=600, **options)
 
     def zaltag(self, *arguments, status=0):
         """Runs the program, checks its exit status, and gives both outputs as text."""

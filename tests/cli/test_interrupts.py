@@ -19,7 +19,7 @@ class Interrupts(ProgramTest):
                 while program.poll() is None and str(ID3(songs[i])["TIT2"]) != new:
                     pass
                 program.send_signal(signal.SIGINT)
-                err = program.communicate(timeout=60)[1]
+                err = program.communicate(timeout=600)[1]
             titles = [str(ID3(song)["TIT2"]) for song in songs]
             done = titles.count(new)
             self.assertEqual(titles, [new] * done + [old] * (len(songs) - done))

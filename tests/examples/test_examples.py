@@ -11,7 +11,7 @@ from test_artwork import png
 
 class Examples(ProgramTest):
     def run_example(self, name, *arguments, status=0):
-        done = subprocess.run([os.path.join(os.environ["EXAMPLES"], name), *arguments], capture_output=True, text=True, timeout=60,
+        done = subprocess.run([os.path.join(os.environ["EXAMPLES"], name), *arguments], capture_output=True, text=True, timeout=600,
                               env={**os.environ, "XDG_CONFIG_HOME": self.path("config")})
         self.assertEqual(done.returncode, status, done.stdout + done.stderr)
         return done.stdout

@@ -52,7 +52,7 @@ Completed completed(const std::function<void(ZALCompletion)>& operation) {
         ++times;
         result = {success, error == nullptr ? std::nullopt : std::optional(*error)};
     });
-    EXPECT_TRUE(ZALMainQueue::shared().runUntil([&] { return times > 0; }, std::chrono::seconds(30)));
+    EXPECT_TRUE(ZALMainQueue::shared().runUntil([&] { return times > 0; }, std::chrono::minutes(10)));
     ZALMainQueue::shared().runPending();
     EXPECT_EQ(times, 1);
     return result;
