@@ -69,9 +69,9 @@ bool FLACFile::readContents() {
     for (Block& block : blocks_) {
         if (block.type == commentType) comments_.emplace_back(contentOf(block));
         if (block.type != pictureType) continue;
-        auto picture = std::make_unique<Picture>();
+        auto picture = std::make_shared<Picture>();
         if (!picture->parse(contentOf(block))) continue;
-        block.picture = picture.get();
+        block.picture = picture;
         pictures_.push_back(std::move(picture));
     }
     if (comments_.empty()) comments_.emplace_back();
@@ -107,9 +107,9 @@ void FLACFile::removeAllPictures() {
     removesUnread_ = true;
 }
 
-std::vector<TagLib::ID3v2::Tag*> FLACFile::v2Tags() const {
+std::vector<const TagLib::ID3v2::Tag*> FLACFile::v2Tags() const {
     if (!hasV2()) return {};
-    std::vector<TagLib::ID3v2::Tag*> tags{&v2_->tag()};
+    std::vector<const TagLib::ID3v2::Tag*> tags{&v2_->tag()};
     for (const auto& store : further_) {
         tags.push_back(&store->tag());
     }
@@ -128,44 +128,28 @@ bool FLACFile::isPadding(const Block& block) {
 }
 
 bool FLACFile::arePicturesChanged() const {
-    std::vector<const Picture*> present;
-    for (const auto& picture : pictures_) {
-        present.push_back(picture.get());
-    }
-    std::vector<const Picture*> old;
+    std::vector<FLACPicture> old;
     for (const Block& block : blocks_) {
         if (block.type == pictureType && block.picture == nullptr && removesUnread_) return true;
         if (block.picture != nullptr) old.push_back(block.picture);
     }
-    if (present != old) return true;
-    return std::ranges::any_of(
-        blocks_, [this](const Block& block) { return block.picture != nullptr && isChanged(block); });
+    return pictures_ != old;
 }
 
-// Read again, the block becomes something else than what the picture is now.
-bool FLACFile::isChanged(const Block& block) const {
-    Picture before;
-    before.parse(contentOf(block));
-    return before.render() != block.picture->render();
-}
-
-ByteVector FLACFile::renderedPicture(const Picture& picture) const {
-    for (const Block& block : blocks_) {
-        if (block.picture == &picture && !isChanged(block)) return contentOf(block);
-    }
-    return picture.render();
+ByteVector FLACFile::contentOf(const FLACPicture& picture) const {
+    const auto block = std::ranges::find(blocks_, picture, &Block::picture);
+    return block != blocks_.end() ? contentOf(*block) : picture->render();
 }
 
 // All but padding, in their order: pictures take the places of pictures, what is new comes last.
-std::vector<FLACFile::NewBlock> FLACFile::newBlocks() const {
+std::vector<FLACFile::NewBlock> FLACFile::newBlocks(const ByteVector& comment) const {
     std::vector<NewBlock> made;
-    const ByteVector comment = comments_.front().merged();
     const bool isWritten = arePicturesChanged();
     bool hasComment = false;
     std::size_t next = 0;
     const auto addPicture = [&] {
-        const Picture& picture = *pictures_[next++];
-        made.push_back({pictureType, renderedPicture(picture), &picture});
+        const FLACPicture& picture = pictures_[next++];
+        made.push_back({pictureType, contentOf(picture), picture});
     };
     for (const Block& block : blocks_) {
         if (isPadding(block)) continue;
@@ -217,13 +201,14 @@ std::string FLACFile::writeBlocks() {
 
 std::string FLACFile::write() {
     const auto length = static_cast<std::uint64_t>(stream_.length());
-    edit_ = v2_->edit(stream_, 0, length);
+    edit_ = v2_->edit(length);
     if (!edit_.refusal.empty()) return edit_.refusal;
-    const XiphStore& comment = comments_.front();
-    areBlocksWritten_ = comment.isChanged() || arePicturesChanged();
-    if (areBlocksWritten_ && !comment.isWhole() && comment.isChanged()) return "its comment block is damaged";
+    const ByteVector comment = comments_.front().merged();
+    const bool isCommentChanged = comment != comments_.front().content();
+    areBlocksWritten_ = isCommentChanged || arePicturesChanged();
+    if (isCommentChanged && !comments_.front().isWhole()) return "its comment block is damaged";
     isV1Written_ = v1_ != nullptr && (isV1InFile_ ? v1_->isChanged() : !v1_->tag().isEmpty());
-    made_ = areBlocksWritten_ ? newBlocks() : std::vector<NewBlock>();
+    made_ = areBlocksWritten_ ? newBlocks(comment) : std::vector<NewBlock>();
     // From the end, so that places stay what they are.
     if (isV1Written_) {
         const std::uint64_t place = isV1InFile_ ? length - ID3v1Store::length : length;
@@ -251,18 +236,19 @@ bool FLACFile::isAsWritten(std::uint64_t behind) const {
 }
 
 void FLACFile::accept() {
-    v2_->accept(edit_, stream_, 0);
+    v2_->accept(edit_);
     if (isV1Written_) v1_->accept();
     isV1InFile_ = isV1InFile_ || isV1Written_;
     if (!areBlocksWritten_ && !edit_.isChanged) return;
-    std::vector<const Picture*> pictures;
+    std::vector<FLACPicture> pictures;
     for (const NewBlock& block : made_) {
         pictures.push_back(block.picture);
     }
     for (const Block& block : blocks_) {
         if (!areBlocksWritten_ && !isPadding(block)) pictures.push_back(block.picture);
     }
-    if (areBlocksWritten_) comments_.front().accept();
+    const auto comment = std::ranges::find(made_, commentType, &NewBlock::type);
+    if (comment != made_.end()) comments_.front().accept(comment->content);
     made_.clear();
     removesUnread_ = false;
     readBlocks();

@@ -13,6 +13,8 @@
 
 namespace zal {
 
+using FLACPicture = std::shared_ptr<const TagLib::FLAC::Picture>;
+
 /// The tags of a FLAC file: the first comment block, the picture blocks, and ID3 tags around the stream.
 /// Further comment blocks and ID3v2 tags are read and stay as they are.
 class FLACFile {
@@ -29,18 +31,16 @@ class FLACFile {
     /// Makes the fields of the first comment those of another file, byte for byte.
     void replaceFields(const FLACFile& other) { comments_.front().replaceFields(other.comments_.front()); }
 
-    const std::vector<std::unique_ptr<TagLib::FLAC::Picture>>& pictures() const { return pictures_; }
-    void addPicture(std::unique_ptr<TagLib::FLAC::Picture> picture) {
-        pictures_.push_back(std::move(picture));
-    }
-    void removePictures() { pictures_.clear(); }
+    /// A picture does not change; another one takes its place.
+    const std::vector<FLACPicture>& pictures() const { return pictures_; }
+    void setPictures(std::vector<FLACPicture> pictures) { pictures_ = std::move(pictures); }
     /// The same with the blocks that cannot be read.
     void removeAllPictures();
 
     ID3v2Store& v2() { return *v2_; }
     bool hasV2() const { return v2_->room() > 0; }
-    std::vector<TagLib::ID3v2::Tag*> v2Tags() const;
-    RawTag rawV2() const { return v2_->raw(stream_, 0); }
+    std::vector<const TagLib::ID3v2::Tag*> v2Tags() const;
+    const RawTag& rawV2() const { return v2_->raw(); }
     ID3v1Store* v1() const { return v1_.get(); }
     ID3v1Store& makeV1();
 
@@ -53,14 +53,14 @@ class FLACFile {
   private:
     struct Block {
         unsigned type = 0;
-        std::uint64_t place = 0;                         // of its header
-        std::uint32_t size = 0;                          // of its content
-        const TagLib::FLAC::Picture* picture = nullptr;  // as which it was read; may be gone meanwhile
+        std::uint64_t place = 0;  // of its header
+        std::uint32_t size = 0;   // of its content
+        FLACPicture picture{};    // as which it was read
     };
     struct NewBlock {
         unsigned type = 0;
         TagLib::ByteVector content;
-        const TagLib::FLAC::Picture* picture = nullptr;
+        FLACPicture picture{};
     };
 
     explicit FLACFile(TagLibStream& stream) : stream_(stream) {}
@@ -69,11 +69,10 @@ class FLACFile {
     bool readBlocks();
     bool readContents();
     TagLib::ByteVector contentOf(const Block& block) const;
-    TagLib::ByteVector renderedPicture(const TagLib::FLAC::Picture& picture) const;
+    TagLib::ByteVector contentOf(const FLACPicture& picture) const;
     static bool isPadding(const Block& block);
-    bool isChanged(const Block& block) const;
     bool arePicturesChanged() const;
-    std::vector<NewBlock> newBlocks() const;
+    std::vector<NewBlock> newBlocks(const TagLib::ByteVector& comment) const;
     std::string writeBlocks();
     bool isAsWritten(std::uint64_t behind) const;
 
@@ -82,7 +81,7 @@ class FLACFile {
     std::uint64_t audio_ = 0;
     std::vector<Block> blocks_;
     std::vector<XiphStore> comments_;  // never empty
-    std::vector<std::unique_ptr<TagLib::FLAC::Picture>> pictures_;
+    std::vector<FLACPicture> pictures_;
     bool removesUnread_ = false;
     std::unique_ptr<ID3v2Store> v2_;
     std::vector<std::unique_ptr<ID3v2Store>> further_;

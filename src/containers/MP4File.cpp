@@ -246,9 +246,10 @@ MP4File::Edit MP4File::edit(const ByteVector& content) const {
 }
 
 std::string MP4File::write() {
-    if (!items_->isChanged()) return {};
-    if (!walk_.damage.empty()) return "its audio would not be found again: " + walk_.damage;
+    written_.reset();
     const ByteVector content = items_->merged();
+    if (content == items_->content()) return {};
+    if (!walk_.damage.empty()) return "its audio would not be found again: " + walk_.damage;
     if (content.size() > numberMax - 4 * room) return "its items would be too many";
     const Edit edit = this->edit(content);
     const std::uint64_t shift = edit.bytes.size() - edit.replaced;
@@ -261,6 +262,7 @@ std::string MP4File::write() {
         }
     }
     stream_.insert(edit.bytes, edit.place, edit.replaced);
+    written_ = content;
     return isAsWritten(content) ? "" : "its atoms would not stay as they are";
 }
 
@@ -349,9 +351,9 @@ std::string MP4File::moveTable(const MP4Atom& atom, std::uint64_t from, std::uin
 }
 
 bool MP4File::isAsWritten(const ByteVector& content) {
-    const MP4Walk now = walkMP4(stream_);
-    const std::vector<MP4Atom> path = pathToItems(now);
-    if (!now.damage.empty() || path.size() != 4) return false;
+    walkAfter_ = walkMP4(stream_);
+    const std::vector<MP4Atom> path = pathToItems(walkAfter_);
+    if (!walkAfter_.damage.empty() || path.size() != 4) return false;
     const MP4Atom& list = path.back();
     if (bytesAt(stream_, list.content(), list.length - list.header) != content) return false;
     // All others are there, in their order and as long as they were.
@@ -363,13 +365,14 @@ bool MP4File::isAsWritten(const ByteVector& content) {
         }
         return out;
     };
-    return others(now) == others(walk_);
+    return others(walkAfter_) == others(walk_);
 }
 
 void MP4File::accept() {
-    if (!items_->isChanged()) return;
-    items_->accept();
-    walk_ = walkMP4(stream_);
+    if (!written_) return;
+    items_->accept(*written_);
+    written_.reset();
+    walk_ = std::move(walkAfter_);
 }
 
 }  // namespace zal

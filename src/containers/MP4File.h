@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -75,6 +76,8 @@ class MP4File {
     TagLibStream& stream_;
     MP4Walk walk_;
     std::unique_ptr<MP4Items> items_;
+    std::optional<TagLib::ByteVector> written_;  // the items that a save is about to write
+    MP4Walk walkAfter_;                          // with them
 };
 
 }  // namespace zal

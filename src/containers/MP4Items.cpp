@@ -310,14 +310,45 @@ ByteVector rendered(const TagLib::String& key, const Item& item) {
     }
 }
 
+bool isSameCover(const CoverArt& one, const CoverArt& other) {
+    return one.format() == other.format() && one.data() == other.data();
+}
+
+// Whether both are rendered alike.
+bool isSame(const TagLib::String& key, const Item& one, const Item& other) {
+    if (key.startsWith("----:")) {
+        return one.toStringList() == other.toStringList() &&
+               one.toByteVectorList() == other.toByteVectorList() &&
+               one.atomDataType() == other.atomDataType();
+    }
+    const ByteVector name = key.data(TagLib::String::Latin1);
+    const Kind kind = kindOf(std::string_view(name.data(), name.size()));
+    switch (kind) {
+        case Kind::text:
+        case Kind::textOfAnyType:
+            return one.toStringList() == other.toStringList();
+        case Kind::pair:
+        case Kind::shortPair:
+            return renderedPair(one, kind) == renderedPair(other, kind);
+        case Kind::covers: {
+            const CoverArtList before = one.toCoverArtList();
+            const CoverArtList now = other.toCoverArtList();
+            return std::equal(before.begin(), before.end(), now.begin(), now.end(), isSameCover);
+        }
+        default:
+            return renderedNumber(one, kind) == renderedNumber(other, kind);
+    }
+}
+
 }  // namespace
 
 MP4Items::MP4Items(const ByteVector& content) : tag_(std::make_unique<TagLib::MP4::Tag>()) {
     read(content);
     if (isTooMuch_) return;
-    for (const auto& [name, item] : originals()) {
+    for (const auto& [name, item] : values()) {
         tag_->setItem(name, item);
     }
+    originals_ = tag_->itemMap();
 }
 
 void MP4Items::read(const ByteVector& content) {
@@ -339,7 +370,7 @@ void MP4Items::read(const ByteVector& content) {
 }
 
 // The first item of a name counts, of covers all; the numbered genre only where there is no other.
-ItemMap MP4Items::originals() const {
+ItemMap MP4Items::values() const {
     ItemMap items;
     for (const bool isNumbered : {false, true}) {
         for (const RawItem& raw : items_) {
@@ -362,15 +393,16 @@ ByteVector MP4Items::merged() const {
         }
         return out;
     }
-    const ItemMap before = originals();
     const ItemMap& now = tag_->itemMap();
     std::map<TagLib::String, ByteVector> changed;  // empty for one that goes
     for (const auto& [name, item] : now) {
-        ByteVector bytes = rendered(name, item);
-        const bool isSame = before.contains(name) ? rendered(name, before[name]) == bytes : bytes.isEmpty();
-        if (!isSame) changed[name] = std::move(bytes);
+        const auto before = originals_.find(name);
+        const bool isOld = before != originals_.end();
+        if (isOld && isSame(name, before->second, item)) continue;
+        if (ByteVector bytes = rendered(name, item); isOld || !bytes.isEmpty())
+            changed[name] = std::move(bytes);
     }
-    for (const auto& [name, item] : before) {
+    for (const auto& [name, item] : originals_) {
         if (!now.contains(name)) changed[name].clear();
     }
     if (changed.empty()) return content_;
@@ -390,10 +422,10 @@ ByteVector MP4Items::merged() const {
     return out.append(tail_);
 }
 
-void MP4Items::accept() {
-    const ByteVector content = merged();
+void MP4Items::accept(const ByteVector& merged) {
+    read(merged);
+    originals_ = replacement_ != nullptr ? values() : tag_->itemMap();
     replacement_.reset();
-    read(content);
 }
 
 void MP4Items::replaceBy(const MP4Items& other, bool (*leavesOut)(const TagLib::String& name)) {

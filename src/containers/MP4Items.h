@@ -20,11 +20,12 @@ class MP4Items {
 
     /// Whether there are more items and values than any real file has.
     bool isTooMuch() const { return isTooMuch_; }
-    bool isChanged() const { return merged() != content_; }
+    /// As the file has them.
+    const TagLib::ByteVector& content() const { return content_; }
     /// What a save writes: all items of a name whose values did not change keep their bytes.
     TagLib::ByteVector merged() const;
     /// Takes that for what the file has.
-    void accept();
+    void accept(const TagLib::ByteVector& merged);
     /// Makes the items those of another file, byte for byte, but for some names.
     void replaceBy(const MP4Items& other, bool (*leavesOut)(const TagLib::String& name));
 
@@ -35,13 +36,14 @@ class MP4Items {
     };
 
     void read(const TagLib::ByteVector& content);
-    TagLib::MP4::ItemMap originals() const;
+    TagLib::MP4::ItemMap values() const;
 
     TagLib::ByteVector content_;
     std::vector<RawItem> items_;
     bool isTooMuch_ = false;
     TagLib::ByteVector tail_;
     std::unique_ptr<TagLib::MP4::Tag> tag_;
+    TagLib::MP4::ItemMap originals_;  // shares the values of those in the tag
     std::unique_ptr<std::vector<RawItem>> replacement_;
 };
 

@@ -56,11 +56,12 @@ XiphStore::XiphStore() : comment_(std::make_unique<TagLib::Ogg::XiphComment>()) 
 
 XiphStore::XiphStore(const ByteVector& content) : XiphStore() {
     read(content);
-    for (const auto& [name, values] : originals()) {
+    for (const auto& [name, values] : values()) {
         for (const TagLib::String& value : values) {
             comment_->addField(name, value, false);
         }
     }
+    originals_ = comment_->fieldListMap();
 }
 
 void XiphStore::read(const ByteVector& content) {
@@ -83,7 +84,7 @@ void XiphStore::read(const ByteVector& content) {
     tail_ = content.mid(static_cast<unsigned>(reader.offset()));
 }
 
-FieldListMap XiphStore::originals() const {
+FieldListMap XiphStore::values() const {
     FieldListMap values;
     for (const Field& field : fields_) {
         const TagLib::String value = field.name.isEmpty() ? TagLib::String() : valueIn(field.bytes);
@@ -92,10 +93,10 @@ FieldListMap XiphStore::originals() const {
     return values;
 }
 
-void XiphStore::accept() {
-    const ByteVector content = merged();
+void XiphStore::accept(const ByteVector& merged) {
+    read(merged);
+    originals_ = isReplaced_ ? values() : comment_->fieldListMap();
     isReplaced_ = false;
-    read(content);
 }
 
 void XiphStore::replaceFields(const XiphStore& other) {
@@ -132,13 +133,13 @@ std::vector<ByteVector> XiphStore::newFields() const {
 
 // The values of names whose values are not those that were read.
 std::map<TagLib::String, TagLib::StringList> XiphStore::changedValues() const {
-    const FieldListMap before = originals();
     const FieldListMap& now = comment_->fieldListMap();
     std::map<TagLib::String, TagLib::StringList> changed;
     for (const auto& [name, values] : now) {
-        if (!before.contains(name) || before[name] != values) changed[name] = values;
+        const auto before = originals_.find(name);
+        if (before == originals_.end() || before->second != values) changed[name] = values;
     }
-    for (const auto& [name, values] : before) {
+    for (const auto& [name, values] : originals_) {
         if (!now.contains(name)) changed[name].clear();
     }
     return changed;

@@ -20,13 +20,14 @@ class XiphStore {
     TagLib::Ogg::XiphComment& comment() { return *comment_; }
     const TagLib::Ogg::XiphComment& comment() const { return *comment_; }
 
-    bool isChanged() const { return merged() != content_; }
+    /// As the file has it.
+    const TagLib::ByteVector& content() const { return content_; }
     /// Whether the lengths in it make sense; what is behind the first that does not cannot be written.
     bool isWhole() const { return isWhole_; }
     /// What a save writes: all fields of a name whose values did not change keep their bytes.
     TagLib::ByteVector merged() const;
     /// Takes that for what the file has.
-    void accept();
+    void accept(const TagLib::ByteVector& merged);
     /// Makes the fields those of another comment, byte for byte.
     void replaceFields(const XiphStore& other);
 
@@ -37,7 +38,7 @@ class XiphStore {
     };
 
     void read(const TagLib::ByteVector& content);
-    TagLib::Ogg::FieldListMap originals() const;
+    TagLib::Ogg::FieldListMap values() const;
     std::map<TagLib::String, TagLib::StringList> changedValues() const;
     std::vector<TagLib::ByteVector> newFields() const;
 
@@ -49,6 +50,7 @@ class XiphStore {
     std::vector<Field> replacement_;
     bool isReplaced_ = false;
     std::unique_ptr<TagLib::Ogg::XiphComment> comment_;
+    TagLib::Ogg::FieldListMap originals_;  // shares the values of those in the comment
 };
 
 }  // namespace zal

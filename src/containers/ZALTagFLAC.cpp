@@ -101,7 +101,7 @@ bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly) {
     if (s.stream == nullptr) return false;
     flacfile_ = zal::FLACFile::open(*s.stream);
     if (flacfile_ == nullptr) return false;
-    s.setV2Tags(flacfile_->v2Tags());
+    s.setV2TagsOf(*flacfile_);
     if (flacfile_->v1() != nullptr) s.v1Tag = &flacfile_->v1()->tag();
     return true;
 }

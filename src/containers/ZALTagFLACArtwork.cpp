@@ -36,20 +36,24 @@ class Blocks final : public zal::ArtworkContainer {
 
     // The MIME type stays what it was, whatever the new bytes are, as the files have it.
     void replace(std::size_t index, ZALData data, std::optional<std::uint32_t> type) override {
-        Picture* picture = file_.pictures()[index].get();
+        std::vector<zal::FLACPicture> pictures = file_.pictures();
+        auto picture = std::make_shared<Picture>(pictures[index]->render());
         picture->setData(zal::TagLibBytes(data));
         if (type) picture->setType(static_cast<Picture::Type>(*type));
+        pictures[index] = std::move(picture);
+        file_.setPictures(std::move(pictures));
     }
 
     void setPictures(std::vector<zal::NewPicture> pictures) override {
-        file_.removePictures();
+        std::vector<zal::FLACPicture> made;
         for (const zal::NewPicture& picture : pictures) {
-            auto block = std::make_unique<Picture>();
+            auto block = std::make_shared<Picture>();
             block->setMimeType(zal::TagLibString(picture.mimeType));
             block->setData(zal::TagLibBytes(picture.data));
             block->setType(static_cast<Picture::Type>(picture.type));
-            file_.addPicture(std::move(block));
+            made.push_back(std::move(block));
         }
+        file_.setPictures(std::move(made));
     }
 
   private:

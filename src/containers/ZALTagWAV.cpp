@@ -100,7 +100,7 @@ bool ZALTagWAV::openWAV(const std::string& path, bool readOnly) {
     if (s.stream == nullptr) return false;
     wavfile_ = zal::FormFile::openWAV(*s.stream);
     if (wavfile_ == nullptr) return false;
-    s.setV2Tags(wavfile_->v2Tags());
+    s.setV2TagsOf(*wavfile_);
     recordInFile_ = pnTag_ = readPNTag(path);
     return true;
 }

@@ -222,16 +222,12 @@ void FormFile::readInfo() {
     if (infos_.empty()) infos_.emplace_back();
 }
 
-std::vector<TagLib::ID3v2::Tag*> FormFile::v2Tags() const {
-    std::vector<TagLib::ID3v2::Tag*> tags{&v2_->tag()};
+std::vector<const TagLib::ID3v2::Tag*> FormFile::v2Tags() const {
+    std::vector<const TagLib::ID3v2::Tag*> tags{&v2_->tag()};
     for (const auto& store : further_) {
         tags.push_back(&store->tag());
     }
     return tags;
-}
-
-std::uint64_t FormFile::tagPlace() const {
-    return tagChunk_ ? walk_.chunks[*tagChunk_].content() : 0;
 }
 
 // The first LIST chunk of a type; of any for an empty one.
@@ -254,7 +250,7 @@ ByteVector FormFile::firstList() const {
 
 std::vector<FormFile::Edit> FormFile::edits() {
     std::vector<Edit> edits;
-    edit_ = v2_->edit(*stream_, tagPlace(), static_cast<std::uint64_t>(stream_->length()));
+    edit_ = v2_->edit(static_cast<std::uint64_t>(stream_->length()));
     // Without it the next tag would be taken for the first.
     if (edit_.isChanged && edit_.bytes.isEmpty() && !further_.empty()) edit_.bytes = tagHeader(0);
     if (edit_.isChanged && (tagChunk_ || !edit_.bytes.isEmpty()))
@@ -273,7 +269,7 @@ std::vector<FormFile::Edit> FormFile::edits() {
 }
 
 std::string FormFile::write() {
-    walk_ = walkForm(*stream_, kind_);
+    isWritten_ = false;
     std::vector<Edit> edits = this->edits();
     if (!edit_.refusal.empty()) return edit_.refusal;
     if (edits.empty() && !(setsSizes_ && walk_.isUnsized)) return {};
@@ -300,6 +296,7 @@ std::string FormFile::write() {
     }
     const bool holdsRest = walk_.end < before && formEnd > walk_.end && !walk_.isUnsized;
     writeSize(4, (holdsRest ? after : walk_.end + after - before) - chunkHeaderSize);
+    isWritten_ = true;
     return whyNotAsWritten(edits);
 }
 
@@ -364,7 +361,7 @@ void FormFile::writeSize(std::uint64_t place, std::uint64_t size) {
 
 // Every chunk that was not edited must stand there as it did.
 std::string FormFile::whyNotAsWritten(const std::vector<Edit>& edits) {
-    const FormWalk after = walkForm(*stream_, kind_);
+    walkAfter_ = walkForm(*stream_, kind_);
     std::vector<FormChunk> expected = walk_.chunks;
     for (const Edit& edit : edits) {  // new ones first, then from the last to the first
         if (!edit.chunk) {
@@ -375,13 +372,13 @@ std::string FormFile::whyNotAsWritten(const std::vector<Edit>& edits) {
         expected[*edit.chunk].size = sizeAfter(edit);
         if (sizeAfter(edit) == 0) expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(*edit.chunk));
     }
-    const bool isSame = !after.isTooLarge && after.damage.empty() && !after.isUnsized &&
-                        std::ranges::equal(after.chunks, expected, &FormChunk::isSameAs);
+    const bool isSame = !walkAfter_.isTooLarge && walkAfter_.damage.empty() && !walkAfter_.isUnsized &&
+                        std::ranges::equal(walkAfter_.chunks, expected, &FormChunk::isSameAs);
     return isSame ? "" : "its chunks would not stay as they are";
 }
 
-void FormFile::findChunks() {
-    walk_ = walkForm(*stream_, kind_);
+void FormFile::takeWalk(FormWalk walk) {
+    walk_ = std::move(walk);
     const auto first = [this](const auto& isWanted) -> std::optional<std::size_t> {
         const auto found = std::ranges::find_if(walk_.chunks, isWanted);
         if (found == walk_.chunks.end()) return std::nullopt;
@@ -395,17 +392,18 @@ void FormFile::findChunks() {
 
 bool FormFile::moveTo(TagLibStream& stream) {
     stream_ = &stream;
-    findChunks();
+    takeWalk(walkForm(stream, kind_));
     return !walk_.isTooLarge;
 }
 
 void FormFile::accept() {
-    if (!edit_.isChanged && !newList_ && !infos_.front().isChanged() && !setsSizes_) return;
-    findChunks();
-    v2_->accept(edit_, *stream_, tagPlace());
+    setsSizes_ = false;
+    if (!isWritten_) return;
+    isWritten_ = false;
+    takeWalk(std::move(walkAfter_));
+    v2_->accept(edit_);
     readInfo();
     newList_.reset();
-    setsSizes_ = false;
 }
 
 }  // namespace zal

@@ -49,8 +49,8 @@ class FormFile {
     ID3v2Store& v2() { return *v2_; }
     const ID3v2Store& v2() const { return *v2_; }
     bool hasV2() const { return v2_->room() > 0; }
-    std::vector<TagLib::ID3v2::Tag*> v2Tags() const;
-    RawTag rawV2() const { return v2_->raw(*stream_, tagPlace()); }
+    std::vector<const TagLib::ID3v2::Tag*> v2Tags() const;
+    const RawTag& rawV2() const { return v2_->raw(); }
 
     /// The INFO list that is written; the ones behind it follow in infos().
     TagLib::RIFF::Info::Tag& info() { return infos_.front().tag(); }
@@ -88,8 +88,7 @@ class FormFile {
     bool read();
     bool readTag(std::size_t chunk);
     void readInfo();
-    void findChunks();
-    std::uint64_t tagPlace() const;
+    void takeWalk(FormWalk walk);
     std::optional<std::size_t> listChunk(const TagLib::ByteVector& type) const;
     std::uint64_t paddingBehind(std::size_t chunk) const;
 
@@ -114,6 +113,8 @@ class FormFile {
     std::optional<TagLib::ByteVector> newList_;
     bool setsSizes_ = false;
     ID3v2Edit edit_;
+    bool isWritten_ = false;  // by a save that is not committed yet
+    FormWalk walkAfter_;      // of what it wrote
 };
 
 }  // namespace zal

@@ -267,13 +267,15 @@ void nameGenre(const RawFrame& raw, ReadFrame& read) {
 
 }  // namespace
 
-bool readFrames(const RawTag& tag, GenreNumbers genres, std::vector<ReadFrame>& frames) {
+bool readFrames(const RawTag& tag, GenreNumbers genres, std::vector<ReadFrame>& frames,
+                const std::function<bool(const std::string& id)>& isWanted) {
     if (tag.frames.size() > limits::id3Frames) return false;
     Maker maker;
     frames.reserve(tag.frames.size());
     for (const RawFrame& raw : tag.frames) {
-        frames.push_back({.frame = maker.frameOf(raw)});
-        ReadFrame& read = frames.back();
+        ReadFrame& read = frames.emplace_back();
+        if (isWanted && !isWanted(raw.currentID())) continue;
+        read.frame = maker.frameOf(raw);
         if (genres == GenreNumbers::named && read.frame != nullptr && read.frame->frameID() == "TCON")
             nameGenre(raw, read);
     }

@@ -20,6 +20,8 @@ using TagLib::ID3v2::UnknownFrame;
 
 namespace {
 
+constexpr char objectID[] = "GEOB";
+
 // TagLib gives a frame's header only to the classes of frames.
 struct FrameAccess : Frame {
     static Header& headerOf(const Frame& frame) { return *(frame.*&FrameAccess::header)(); }
@@ -46,13 +48,15 @@ ZALNullableString textOfFirstFrame(const Tag& tag, const char* id) {
     return frame != nullptr ? ZALNullableString(stringWithTagLibString(frame->toString())) : std::nullopt;
 }
 
-void makeWayForText(Tag& tag, const char* id) {
-    Frame* frame = firstFrame(tag, id);
-    if (frame != nullptr && dynamic_cast<TextIdentificationFrame*>(frame) == nullptr) tag.removeFrame(frame);
+void makeWayForText(ID3v2Store& store, const char* id) {
+    Frame* frame = firstFrame(store.tag(), id);
+    if (frame != nullptr && dynamic_cast<TextIdentificationFrame*>(frame) == nullptr)
+        store.tagToEdit(id).removeFrame(frame);
 }
 
-void setTextOfFirstFrame(Tag& tag, const char* id, const ZALNullableString& text) {
-    makeWayForText(tag, id);
+void setTextOfFirstFrame(ID3v2Store& store, const char* id, const ZALNullableString& text) {
+    makeWayForText(store, id);
+    Tag& tag = store.tagToEdit(id);
     Frame* frame = firstFrame(tag, id);
     if (frame == nullptr) {
         frame =
@@ -62,16 +66,16 @@ void setTextOfFirstFrame(Tag& tag, const char* id, const ZALNullableString& text
     frame->setText(TagLibString(text));
 }
 
-void setOrRemoveFirstFrame(Tag& tag, const char* id, const ZALNullableString& text) {
+void setOrRemoveFirstFrame(ID3v2Store& store, const char* id, const ZALNullableString& text) {
     if (text.value_or("").empty()) {
-        removeFirstFrame(tag, id);
+        removeFirstFrame(store, id);
     } else {
-        setTextOfFirstFrame(tag, id, text);
+        setTextOfFirstFrame(store, id, text);
     }
 }
 
-void removeFirstFrame(Tag& tag, const char* id) {
-    if (Frame* frame = firstFrame(tag, id)) tag.removeFrame(frame);
+void removeFirstFrame(ID3v2Store& store, const char* id) {
+    if (Frame* frame = firstFrame(store.tag(), id)) store.tagToEdit(id).removeFrame(frame);
 }
 
 ZALNullableString textOfGRP1(const Frame* frame) {
@@ -83,7 +87,9 @@ ZALNullableString textOfGRP1(const Frame* frame) {
     return text != nullptr ? ZALNullableString(stringWithTagLibString(text->toString())) : std::nullopt;
 }
 
-void moveToEnd(Tag& tag, Frame* frame) {
+void moveToEnd(ID3v2Store& store, Frame* frame) {
+    const TagLib::ByteVector id = frame->frameID();
+    Tag& tag = store.tagToEdit({id.data(), id.size()});
     tag.removeFrame(frame, false);
     tag.addFrame(frame);
 }
@@ -91,7 +97,7 @@ void moveToEnd(Tag& tag, Frame* frame) {
 namespace {
 
 GeneralEncapsulatedObjectFrame* describedObject(const Tag& tag, const std::string& description) {
-    for (Frame* frame : framesWithID(tag, "GEOB")) {
+    for (Frame* frame : framesWithID(tag, objectID)) {
         auto* object = dynamic_cast<GeneralEncapsulatedObjectFrame*>(frame);
         if (object != nullptr && stringWithTagLibString(object->description()) == description) return object;
     }
@@ -104,7 +110,7 @@ Frame* objectFrame(const Tag& tag, const std::string& description) {
     return describedObject(tag, description);
 }
 
-ZALNullableData objectOf(const std::vector<Tag*>& tags, const std::string& description) {
+ZALNullableData objectOf(const std::vector<const Tag*>& tags, const std::string& description) {
     for (const Tag* tag : tags) {
         const GeneralEncapsulatedObjectFrame* frame = describedObject(*tag, description);
         if (frame == nullptr) continue;
@@ -114,7 +120,8 @@ ZALNullableData objectOf(const std::vector<Tag*>& tags, const std::string& descr
     return std::nullopt;
 }
 
-void setObject(Tag& tag, const std::string& description, ZALDataView object) {
+void setObject(ID3v2Store& store, const std::string& description, ZALDataView object) {
+    Tag& tag = store.tagToEdit(objectID);
     GeneralEncapsulatedObjectFrame* frame = describedObject(tag, description);
     if (frame == nullptr) {
         frame = new GeneralEncapsulatedObjectFrame;
@@ -125,8 +132,8 @@ void setObject(Tag& tag, const std::string& description, ZALDataView object) {
     frame->setObject(TagLibBytes(object));
 }
 
-void removeObject(Tag& tag, const std::string& description) {
-    if (Frame* frame = objectFrame(tag, description)) tag.removeFrame(frame);
+void removeObject(ID3v2Store& store, const std::string& description) {
+    if (Frame* frame = objectFrame(store.tag(), description)) store.tagToEdit(objectID).removeFrame(frame);
 }
 
 }  // namespace zal

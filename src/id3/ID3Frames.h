@@ -1,5 +1,7 @@
 #pragma once
 
+#include "id3/ID3v2Store.h"
+
 #include <zaltag/base/ZALData.h>
 #include <zaltag/base/ZALText.h>
 
@@ -25,35 +27,35 @@ ZALNullableString textOfFirstFrame(const TagLib::ID3v2::Tag& tag, const char* id
 
 /// Removes the first frame of an id when TagLib holds it as something that is no text, such as an encrypted
 /// one: it would swallow a text silently.
-void makeWayForText(TagLib::ID3v2::Tag& tag, const char* id);
+void makeWayForText(ID3v2Store& store, const char* id);
 
 /// Sets the text of the first frame of an id, which is created in TagLib's default encoding when there is
 /// none, and replaced when TagLib holds it as something that is no text.
-void setTextOfFirstFrame(TagLib::ID3v2::Tag& tag, const char* id, const ZALNullableString& text);
+void setTextOfFirstFrame(ID3v2Store& store, const char* id, const ZALNullableString& text);
 
 /// The same, but null and the empty text remove the frame.
-void setOrRemoveFirstFrame(TagLib::ID3v2::Tag& tag, const char* id, const ZALNullableString& text);
+void setOrRemoveFirstFrame(ID3v2Store& store, const char* id, const ZALNullableString& text);
 
 /// Removes the first frame of an id, if there is one.
-void removeFirstFrame(TagLib::ID3v2::Tag& tag, const char* id);
+void removeFirstFrame(ID3v2Store& store, const char* id);
 
 /// The text of a GRP1 frame, which TagLib holds as text or as bytes; null when it is neither, or cannot be
 /// decoded. Null for a null frame.
 ZALNullableString textOfGRP1(const TagLib::ID3v2::Frame* frame);
 
 /// Takes a frame out and adds it again as the last one of the tag.
-void moveToEnd(TagLib::ID3v2::Tag& tag, TagLib::ID3v2::Frame* frame);
+void moveToEnd(ID3v2Store& store, TagLib::ID3v2::Frame* frame);
 
 /// The first GEOB frame with this very description, or null.
 TagLib::ID3v2::Frame* objectFrame(const TagLib::ID3v2::Tag& tag, const std::string& description);
 
 /// The object of that frame in the first of the tags that has one; null without one.
-ZALNullableData objectOf(const std::vector<TagLib::ID3v2::Tag*>& tags, const std::string& description);
+ZALNullableData objectOf(const std::vector<const TagLib::ID3v2::Tag*>& tags, const std::string& description);
 
 /// Puts an object into that frame, of which nothing else changes, or into a new one at the end of the tag.
-void setObject(TagLib::ID3v2::Tag& tag, const std::string& description, ZALDataView object);
+void setObject(ID3v2Store& store, const std::string& description, ZALDataView object);
 
 /// Removes that frame, if there is one.
-void removeObject(TagLib::ID3v2::Tag& tag, const std::string& description);
+void removeObject(ID3v2Store& store, const std::string& description);
 
 }  // namespace zal

@@ -54,26 +54,29 @@ std::unique_ptr<ID3v2Store> ID3v2Store::read(TagLibStream& stream, std::uint64_t
     header.size =
         static_cast<std::uint32_t>(std::min<std::uint64_t>(header.size, store->room_ - ID3v2Header::length));
     const ByteVector bytes = bytesAt(stream, position, ID3v2Header::length + std::uint64_t{header.size});
-    const RawTag raw = rawTag(header, bytes.mid(ID3v2Header::length));
+    store->raw_ = rawTag(header, bytes.mid(ID3v2Header::length));
     std::vector<ReadFrame> frames;
-    if (!readFrames(raw, genres, frames)) return nullptr;
+    if (!readFrames(store->raw_, genres, frames)) return nullptr;
     store->genres_ = genres;
-    store->hasTail_ = raw.isOpaque || !raw.tail.isEmpty();
     store->tag_.header()->setData(bytes.mid(0, ID3v2Header::length));
     store->entries_.reserve(frames.size());
     for (std::size_t i = 0; i < frames.size(); ++i) {
         Frame* frame = frames[i].frame.release();
         if (frame != nullptr) store->tag_.addFrame(frame);
-        store->entries_.push_back({raw.frames[i].currentID(), frame});
+        store->entries_.push_back(
+            {store->raw_.frames[i].currentID(), frame, frames[i].isRenewed, frames[i].isMerged});
     }
     return store;
 }
 
-RawTag ID3v2Store::raw(TagLibStream& stream, std::uint64_t position) const {
-    ID3v2Header header;
-    if (room_ == 0 || !readHeader(stream, position, header)) return {};
-    const std::uint64_t size = std::min<std::uint64_t>(header.size, room_ - ID3v2Header::length);
-    return rawTag(header, bytesAt(stream, position + ID3v2Header::length, size));
+TagLib::ID3v2::Tag& ID3v2Store::tagToEdit(std::string_view id) {
+    edited_.emplace(id);
+    return tag_;
+}
+
+TagLib::ID3v2::Tag& ID3v2Store::tagToEdit() {
+    isEditedWhole_ = true;
+    return tag_;
 }
 
 bool ID3v2Store::hadFrame(std::string_view id) const {
@@ -82,7 +85,8 @@ bool ID3v2Store::hadFrame(std::string_view id) const {
 
 bool ID3v2Store::isEmpty() const {
     const auto isUnheld = [](const Entry& entry) { return entry.frame == nullptr; };
-    return tag_.frameList().isEmpty() && !hasTail_ && std::ranges::none_of(entries_, isUnheld);
+    return tag_.frameList().isEmpty() && !raw_.isOpaque && raw_.tail.isEmpty() &&
+           std::ranges::none_of(entries_, isUnheld);
 }
 
 void ID3v2Store::addRaw(const ByteVector& bytes) {
@@ -92,7 +96,7 @@ void ID3v2Store::addRaw(const ByteVector& bytes) {
     if (!readFrames(one, GenreNumbers::kept, frames)) return;
     Frame* frame = frames.front().frame.release();
     if (frame == nullptr) return addedUnread_.push_back(bytes);
-    tag_.addFrame(frame);
+    tagToEdit(one.frames.front().currentID()).addFrame(frame);
     added_[frame] = bytes;
 }
 
@@ -108,24 +112,20 @@ struct NewFrame {
 
 class ID3v2Store::Merge {
   public:
-    Merge(const ID3v2Store& store, const RawTag& raw) : store_(store), raw_(raw) {
+    explicit Merge(const ID3v2Store& store) : store_(store), raw_(store.raw_) {
         for (Frame* frame : store.tag_.frameList()) {
             present_.insert(frame);
         }
     }
 
-    /// False when the raw frames are not those that were read.
-    bool run() {
-        std::vector<ReadFrame> baseline;
-        if (raw_.frames.size() != store_.entries_.size() || !readFrames(raw_, store_.genres_, baseline))
-            return false;
+    void run() {
+        const std::vector<ReadFrame> baseline = framesAsRead();
         for (std::size_t i = 0; i < raw_.frames.size(); ++i) {
-            takeOld(i, baseline[i]);
+            takeOld(i, baseline[i].frame.get());
         }
         takeNew();
         std::erase_if(slots_, [](const NewFrame& slot) { return slot.bytes.isEmpty(); });
         moveUnusualToEnd();
-        return true;
     }
 
     bool isChanged() const { return isChanged_; }
@@ -145,28 +145,37 @@ class ID3v2Store::Merge {
     }
 
   private:
-    void takeOld(std::size_t i, const ReadFrame& baseline) {
+    // What TagLib made of the frames that may have been changed; null for the others.
+    std::vector<ReadFrame> framesAsRead() const {
+        const bool areDatesEdited = store_.isEdited("TDRC");
+        std::vector<ReadFrame> frames;
+        readFrames(raw_, store_.genres_, frames, [&](const std::string& id) {
+            return store_.isEdited(id) || (areDatesEdited && (id == "TDAT" || id == "TIME"));
+        });
+        return frames;
+    }
+
+    void takeOld(std::size_t i, const Frame* baseline) {
         const RawFrame& raw = raw_.frames[i];
         const Entry& entry = store_.entries_[i];
-        if (raw.contentSize() == 0 || baseline.isMerged) return;
+        if (raw.contentSize() == 0 || entry.isMerged) return;
         NewFrame slot{entry.id, entry.frame, {}, static_cast<std::ptrdiff_t>(i)};
-        const bool isHeld = entry.frame != nullptr && baseline.frame != nullptr;
         // Another frame can stand at the address of one that is gone.
-        const bool isThere = isHeld && present_.contains(entry.frame) && idOf(*entry.frame) == entry.id;
-        if (isHeld && !isThere) {
+        const bool isThere = present_.contains(entry.frame) && idOf(*entry.frame) == entry.id;
+        if (entry.frame != nullptr && !isThere) {
             slot.frame = nullptr;
             isChanged_ = true;
         } else {
             slot.bytes = frameInVersion4(raw);
-            if (isThere) renew(slot, baseline);
+            if (entry.isRenewed || (isThere && baseline != nullptr)) renew(slot, baseline, entry.isRenewed);
         }
         slots_.push_back(std::move(slot));
     }
 
-    void renew(NewFrame& slot, const ReadFrame& baseline) {
+    void renew(NewFrame& slot, const Frame* baseline, bool isRenewed) {
         ByteVector now = slot.frame->render();
-        const bool isSame = now == baseline.frame->render();
-        if (isSame && !baseline.isRenewed) return;
+        const bool isSame = baseline == nullptr || now == baseline->render();
+        if (isSame && !isRenewed) return;
         if (!isSame && now != slot.bytes) isChanged_ = true;
         slot.bytes = std::move(now);
         slot.raw = -1;
@@ -290,22 +299,17 @@ RawTag takenApart(const ByteVector& tag) {
 
 }  // namespace
 
-ID3v2Edit ID3v2Store::edit(TagLibStream& stream, std::uint64_t position, std::uint64_t fileLength) {
+ID3v2Edit ID3v2Store::edit(std::uint64_t fileLength) const {
     ID3v2Edit edit;
-    const RawTag old = raw(stream, position);
-    Merge merge(*this, old);
-    if (!merge.run()) {
-        edit.refusal = "its ID3v2 tag is not the one that was read";
-        return edit;
-    }
+    Merge merge(*this);
+    merge.run();
     edit.isChanged = merge.isChanged();
     if (!edit.isChanged) return edit;
-    if (old.isOpaque) {
+    if (raw_.isOpaque) {
         edit.refusal = "its ID3v2 tag is of a kind that cannot be written";
         return edit;
     }
-    ByteVector frames;
-    std::uint64_t size = old.tail.size();
+    std::uint64_t size = raw_.tail.size();
     for (const NewFrame& frame : merge.frames()) {
         size += frame.bytes.size();
         edit.frames_.push_back(frame.frame);
@@ -319,34 +323,33 @@ ID3v2Edit ID3v2Store::edit(TagLibStream& stream, std::uint64_t position, std::ui
         return edit;
     }
     if (size == 0) return edit;
-    for (const NewFrame& frame : merge.frames()) {
-        frames.append(frame.bytes);
-    }
-    frames.append(old.tail);
     const std::uint64_t needed = ID3v2Header::length + size;
     // What stands behind the last frame may be one that says it is longer: it must not get longer.
-    const std::uint64_t room = old.tail.isEmpty() ? roomFor(needed, room_, fileLength) : needed;
-    edit.bytes = tagHeader(static_cast<std::uint32_t>(room - ID3v2Header::length));
-    edit.bytes.append(frames);
-    edit.bytes.resize(static_cast<unsigned>(room), '\0');
-    if (!merge.isProvedBy(takenApart(edit.bytes))) {
-        edit.refusal = "its ID3v2 tag holds what would not stay as it is";
+    const std::uint64_t room = raw_.tail.isEmpty() ? roomFor(needed, room_, fileLength) : needed;
+    edit.bytes = ByteVector(static_cast<unsigned>(room), '\0');
+    auto end = edit.bytes.begin();
+    const auto append = [&end](const ByteVector& bytes) { end = std::copy(bytes.begin(), bytes.end(), end); };
+    append(tagHeader(static_cast<std::uint32_t>(room - ID3v2Header::length)));
+    for (const NewFrame& frame : merge.frames()) {
+        append(frame.bytes);
     }
+    append(raw_.tail);
+    edit.raw_ = takenApart(edit.bytes);
+    if (!merge.isProvedBy(edit.raw_)) edit.refusal = "its ID3v2 tag holds what would not stay as it is";
     return edit;
 }
 
-void ID3v2Store::accept(const ID3v2Edit& edit, TagLibStream& stream, std::uint64_t position) {
+void ID3v2Store::accept(const ID3v2Edit& edit) {
     if (!edit.isChanged) return;
     added_.clear();
     addedUnread_.clear();
+    edited_.clear();
     entries_.clear();
     room_ = edit.bytes.size();
-    hasTail_ = false;
-    const RawTag now = raw(stream, position);
-    for (std::size_t i = 0; i < now.frames.size() && i < edit.frames_.size(); ++i) {
-        entries_.push_back({now.frames[i].currentID(), edit.frames_[i]});
+    raw_ = edit.raw_;
+    for (std::size_t i = 0; i < raw_.frames.size(); ++i) {
+        entries_.push_back({raw_.frames[i].currentID(), edit.frames_[i]});
     }
-    hasTail_ = !now.tail.isEmpty();
     tag_.header()->setMajorVersion(4);
     tag_.header()->setTagSize(static_cast<unsigned>(room_ > 0 ? room_ - ID3v2Header::length : 0));
 }

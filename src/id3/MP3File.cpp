@@ -43,8 +43,8 @@ bool MP3File::readTags() {
     return true;
 }
 
-std::vector<TagLib::ID3v2::Tag*> MP3File::v2Tags() const {
-    std::vector<TagLib::ID3v2::Tag*> tags{&v2_->tag()};
+std::vector<const TagLib::ID3v2::Tag*> MP3File::v2Tags() const {
+    std::vector<const TagLib::ID3v2::Tag*> tags{&v2_->tag()};
     for (const auto& store : further_) {
         tags.push_back(&store->tag());
     }
@@ -58,14 +58,14 @@ ID3v1Store& MP3File::makeV1() {
 
 std::string MP3File::write(bool stripsV1, const std::function<bool()>& fill) {
     const auto length = static_cast<std::uint64_t>(stream_.length());
-    edit_ = v2_->edit(stream_, position_, length);
+    edit_ = v2_->edit(length);
     isV1Written_ = isV1Stripped_ = false;
     const auto isV1Changed = [this] {
         return v1_ != nullptr && (!isV1InFile_ ? !v1_->tag().isEmpty() : v1_->isChanged());
     };
     const bool strips = stripsV1 && isV1InFile_;
     if (!edit_.isChanged && !strips && (stripsV1 || !isV1Changed())) return edit_.refusal;
-    if (fill && fill()) edit_ = v2_->edit(stream_, position_, length);
+    if (fill && fill()) edit_ = v2_->edit(length);
     if (!edit_.refusal.empty()) return edit_.refusal;
     if (const char* reason = whyNotWritableMP3(stream_); *reason != 0) return reason;
     isV1Written_ = !stripsV1 && isV1Changed();
@@ -85,7 +85,7 @@ void MP3File::stripV1() {
 }
 
 void MP3File::accept() {
-    v2_->accept(edit_, stream_, position_);
+    v2_->accept(edit_);
     if (isV1Written_) v1_->accept();
     isV1InFile_ = (isV1InFile_ && !isV1Stripped_) || isV1Written_;
     isV1Written_ = isV1Stripped_ = false;

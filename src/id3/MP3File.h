@@ -21,8 +21,8 @@ class MP3File {
     const ID3v2Store& v2() const { return *v2_; }
     bool hasV2() const { return v2_->room() > 0 || !further_.empty(); }
     /// In the order of the file; the first one is v2()'s.
-    std::vector<TagLib::ID3v2::Tag*> v2Tags() const;
-    RawTag rawV2() const { return v2_->raw(stream_, position_); }
+    std::vector<const TagLib::ID3v2::Tag*> v2Tags() const;
+    const RawTag& rawV2() const { return v2_->raw(); }
 
     /// Null when there is none.
     ID3v1Store* v1() const { return v1_.get(); }

@@ -201,6 +201,7 @@ ByteVector convertedOldFrame(const RawFrame& frame, int depth) {
 
 ByteVector converted(const RawFrame& frame, int depth) {
     if (frame.version < 4) return convertedOldFrame(frame, depth);
+    if (!frame.isUnsynchronised && hasRightSize(frame)) return frame.bytes;
     const ByteVector content = contentBytes(frame);
     auto second = static_cast<std::uint8_t>(frame.bytes[9]);
     if (frame.isUnsynchronised && SynchData::decode(content) != content) second |= flags24.unsynchronised;
@@ -319,6 +320,8 @@ FrameContent contentOf(const RawFrame& frame) {
 }
 
 bool isSameContent(const RawFrame& old, const RawFrame& now) {
+    const bool isSameForm = old.version == now.version && old.isUnsynchronised == now.isUnsynchronised;
+    if (isSameForm && old.bytes == now.bytes) return true;
     const FrameContent before = contentOf(old);
     FrameContent after = contentOf(now);
     if (before == after) return true;

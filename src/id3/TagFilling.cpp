@@ -43,17 +43,16 @@ bool lacksFrame(const MP3File& file, const char* id) {
 bool fillFromID3v1(MP3File& file) {
     bool isFilled = false;
     const TagLib::Tag& v1 = file.v1()->tag();
-    TagLib::Tag& v2 = file.v2().tag();
     for (const TextField& field : texts) {
         const TagLib::String text = (v1.*field.text)();
         if (text.isEmpty() || !isASCII(text) || !lacksFrame(file, field.id)) continue;
-        (v2.*field.set)(text);
+        (file.v2().tagToEdit(field.id).*field.set)(text);
         isFilled = true;
     }
     for (const NumberField& field : numbers) {
         const unsigned number = (v1.*field.number)();
         if (number == 0 || !lacksFrame(file, field.id)) continue;
-        (v2.*field.set)(number);
+        (file.v2().tagToEdit(field.id).*field.set)(number);
         isFilled = true;
     }
     return isFilled;

@@ -39,7 +39,7 @@ bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
     if (s.stream == nullptr) return false;
     aifffile_ = zal::FormFile::openAIFF(*s.stream);
     if (aifffile_ == nullptr) return false;
-    s.setV2Tags(aifffile_->v2Tags());
+    s.setV2TagsOf(*aifffile_);
     return true;
 }
 

@@ -22,7 +22,7 @@ using TagLib::ID3v2::UserTextIdentificationFrame;
 constexpr char energyDescription[] = "EnergyLevel";
 
 // A basic field: from the first ID3v2 tag that has it, or from the ID3v1 tag. Null when none holds it.
-ZALNullableString basicField(const std::vector<TagLib::ID3v2::Tag*>& v2Tags, const TagLib::ID3v1::Tag* v1,
+ZALNullableString basicField(const std::vector<const TagLib::ID3v2::Tag*>& v2Tags, const TagLib::ID3v1::Tag* v1,
                              const char* frameID, TagLib::String (TagLib::Tag::*field)() const) {
     std::vector<const TagLib::Tag*> tags(v2Tags.begin(), v2Tags.end());
     if (v1 != nullptr) tags.push_back(v1);
@@ -36,11 +36,20 @@ ZALNullableString basicField(const std::vector<TagLib::ID3v2::Tag*>& v2Tags, con
 }
 
 template <typename Value>
-void setBasicField(TagLib::ID3v2::Tag* v2, TagLib::ID3v1::Tag* v1, const char* id,
+void setBasicField(zal::ID3v2Store* v2, TagLib::ID3v1::Tag* v1, const char* id,
                    void (TagLib::Tag::*set)(Value), const std::type_identity_t<std::decay_t<Value>>& value) {
     if (v2 != nullptr) zal::makeWayForText(*v2, id);
-    if (v2 != nullptr) (v2->*set)(value);
+    if (v2 != nullptr) (v2->tagToEdit(id).*set)(value);
     if (v1 != nullptr) (v1->*set)(value);
+}
+
+// As TagLib looks for it.
+UserTextIdentificationFrame* energyFrame(const TagLib::ID3v2::Tag& tag) {
+    for (TagLib::ID3v2::Frame* frame : zal::framesWithID(tag, "TXXX")) {
+        auto* text = dynamic_cast<UserTextIdentificationFrame*>(frame);
+        if (text != nullptr && text->description() == energyDescription) return text;
+    }
+    return nullptr;
 }
 
 bool isASCII(const std::string& text) {
@@ -86,7 +95,7 @@ bool ZALTagID3::openMP3(const std::string& path, bool readOnly) {
     s.file = zal::MP3File::open(*s.stream);
     if (s.file == nullptr) return false;
     if (const auto* v1 = s.file->v1(); v1 != nullptr && !v1->tag().isEmpty()) s.v1Tag = &s.file->v1()->tag();
-    s.setV2Tags(s.file->v2Tags());
+    s.setV2TagsOf(*s.file);
     return true;
 }
 
@@ -97,13 +106,13 @@ bool ZALTagID3::hasID3v1Tag() const {
     return state().v1Tag != nullptr;
 }
 bool ZALTagID3::hasID3v2Tag() const {
-    return state().v2Tag != nullptr;
+    return state().v2 != nullptr;
 }
 bool ZALTagID3::requiresSaving() const {
     return state().requiresSaving;
 }
 TagLib::ID3v2::Tag* ZALTagID3::v2Tag() const {
-    return state().v2Tag;
+    return state_->v2 != nullptr ? &state_->v2->tagToEdit() : nullptr;
 }
 
 // Saving
@@ -135,28 +144,28 @@ ZALNullableString ZALTagID3::artist() const {
     return basicField(state().v2Tags, state().v1Tag, "TPE1", &TagLib::Tag::artist);
 }
 void ZALTagID3::setArtist(const ZALNullableString& artist) {
-    setBasicField(state().v2Tag, state().v1Tag, "TPE1", &TagLib::Tag::setArtist, zal::TagLibString(artist));
+    setBasicField(state().v2, state().v1Tag, "TPE1", &TagLib::Tag::setArtist, zal::TagLibString(artist));
 }
 
 ZALNullableString ZALTagID3::album() const {
     return basicField(state().v2Tags, state().v1Tag, "TALB", &TagLib::Tag::album);
 }
 void ZALTagID3::setAlbum(const ZALNullableString& album) {
-    setBasicField(state().v2Tag, state().v1Tag, "TALB", &TagLib::Tag::setAlbum, zal::TagLibString(album));
+    setBasicField(state().v2, state().v1Tag, "TALB", &TagLib::Tag::setAlbum, zal::TagLibString(album));
 }
 
 ZALNullableString ZALTagID3::title() const {
     return basicField(state().v2Tags, state().v1Tag, "TIT2", &TagLib::Tag::title);
 }
 void ZALTagID3::setTitle(const ZALNullableString& title) {
-    setBasicField(state().v2Tag, state().v1Tag, "TIT2", &TagLib::Tag::setTitle, zal::TagLibString(title));
+    setBasicField(state().v2, state().v1Tag, "TIT2", &TagLib::Tag::setTitle, zal::TagLibString(title));
 }
 
 ZALNullableString ZALTagID3::genre() const {
     return basicField(state().v2Tags, state().v1Tag, "TCON", &TagLib::Tag::genre);
 }
 void ZALTagID3::setGenre(const ZALNullableString& genre) {
-    setBasicField(state().v2Tag, state().v1Tag, "TCON", &TagLib::Tag::setGenre, zal::TagLibString(genre));
+    setBasicField(state().v2, state().v1Tag, "TCON", &TagLib::Tag::setGenre, zal::TagLibString(genre));
 }
 
 std::int64_t ZALTagID3::year() const {
@@ -167,7 +176,7 @@ std::int64_t ZALTagID3::year() const {
     return s.v1Tag != nullptr ? s.v1Tag->year() : 0;
 }
 void ZALTagID3::setYear(std::int64_t year) {
-    setBasicField(state().v2Tag, state().v1Tag, "TDRC", &TagLib::Tag::setYear, zal::clampedUnsigned(year));
+    setBasicField(state().v2, state().v1Tag, "TDRC", &TagLib::Tag::setYear, zal::clampedUnsigned(year));
 }
 
 // Fields of the ID3v2 tag alone
@@ -183,39 +192,37 @@ std::int64_t ZALTagID3::tempo() const {
     return frame != nullptr ? frame->toString().toInt() : 0;
 }
 void ZALTagID3::setTempo(std::int64_t tempo) {
-    if (state().v2Tag != nullptr) zal::setTextOfFirstFrame(*state().v2Tag, "TBPM", std::to_string(tempo));
+    if (state().v2 != nullptr) zal::setTextOfFirstFrame(*state().v2, "TBPM", std::to_string(tempo));
 }
 
 ZALNullableString ZALTagID3::initialKey() const {
     return textOfFrame("TKEY");
 }
 void ZALTagID3::setInitialKey(const ZALNullableString& key) {
-    if (state().v2Tag != nullptr) zal::setTextOfFirstFrame(*state().v2Tag, "TKEY", key);
+    if (state().v2 != nullptr) zal::setTextOfFirstFrame(*state().v2, "TKEY", key);
 }
 
 std::int64_t ZALTagID3::energyLevel() const {
     const UserTextIdentificationFrame* frame = nullptr;
-    for (TagLib::ID3v2::Tag* tag : state().v2Tags) {
-        if (frame == nullptr) frame = UserTextIdentificationFrame::find(tag, energyDescription);
+    for (const TagLib::ID3v2::Tag* tag : state().v2Tags) {
+        if (frame == nullptr) frame = energyFrame(*tag);
     }
     if (frame == nullptr) return 0;
     const TagLib::String values = frame->asProperties()[energyDescription].toString(" ");
     return zal::integerValue(zal::stringWithTagLibString(values));
 }
 void ZALTagID3::setEnergyLevel(std::int64_t level) {
-    auto* tag = state().v2Tag;
-    if (tag == nullptr) return;
-    auto* frame = UserTextIdentificationFrame::find(tag, energyDescription);
-    if (level <= 0) {
-        if (frame != nullptr) tag->removeFrame(frame);
-        return;
-    }
+    if (state().v2 == nullptr) return;
+    auto* frame = energyFrame(state().v2->tag());
+    if (level <= 0 && frame == nullptr) return;
+    TagLib::ID3v2::Tag& tag = state().v2->tagToEdit("TXXX");
+    if (level <= 0) return tag.removeFrame(frame);
     const TagLib::String text(std::to_string(level));
     if (frame != nullptr) {
         frame->setText(text);
     } else {
-        tag->addFrame(new UserTextIdentificationFrame(energyDescription, TagLib::StringList(text),
-                                                      TagLib::String::UTF8));
+        tag.addFrame(new UserTextIdentificationFrame(energyDescription, TagLib::StringList(text),
+                                                     TagLib::String::UTF8));
     }
 }
 
@@ -223,7 +230,7 @@ ZALNullableString ZALTagID3::modifiedBy() const {
     return textOfFrame("TPE4");
 }
 void ZALTagID3::setModifiedBy(const ZALNullableString& name) {
-    if (state().v2Tag != nullptr) zal::setOrRemoveFirstFrame(*state().v2Tag, "TPE4", name);
+    if (state().v2 != nullptr) zal::setOrRemoveFirstFrame(*state().v2, "TPE4", name);
 }
 
 // Grouping: some programs read TIT1, others GRP1
@@ -233,7 +240,7 @@ ZALNullableString ZALTagID3::grouping() const {
     return grouping ? grouping : TIT1Grouping();
 }
 void ZALTagID3::setGrouping(const ZALNullableString& grouping) {
-    if (state().v2Tag == nullptr) return;
+    if (state().v2 == nullptr) return;
     if (GRP1Grouping() != grouping) {
         setGRP1Grouping(grouping);
         state().requiresSaving = true;
@@ -248,7 +255,7 @@ ZALNullableString ZALTagID3::TIT1Grouping() const {
     return textOfFrame("TIT1");
 }
 void ZALTagID3::setTIT1Grouping(const ZALNullableString& grouping) {
-    if (state().v2Tag != nullptr) zal::setOrRemoveFirstFrame(*state().v2Tag, "TIT1", grouping);
+    if (state().v2 != nullptr) zal::setOrRemoveFirstFrame(*state().v2, "TIT1", grouping);
 }
 
 ZALNullableString ZALTagID3::GRP1Grouping() const {
@@ -256,11 +263,10 @@ ZALNullableString ZALTagID3::GRP1Grouping() const {
     return tag != nullptr ? zal::textOfGRP1(zal::firstFrame(*tag, "GRP1")) : std::nullopt;
 }
 void ZALTagID3::setGRP1Grouping(const ZALNullableString& grouping) {
-    auto* tag = state().v2Tag;
-    if (tag == nullptr) return;
-    zal::setOrRemoveFirstFrame(*tag, "GRP1", grouping);
+    if (state().v2 == nullptr) return;
+    zal::setOrRemoveFirstFrame(*state().v2, "GRP1", grouping);
     if (grouping.value_or("").empty()) return;
-    auto* frame = dynamic_cast<TextIdentificationFrame*>(zal::firstFrame(*tag, "GRP1"));
+    auto* frame = dynamic_cast<TextIdentificationFrame*>(zal::firstFrame(state().v2->tag(), "GRP1"));
     if (frame != nullptr)
         frame->setTextEncoding(isASCII(*grouping) ? TagLib::String::Latin1 : TagLib::String::UTF16);
 }

@@ -30,7 +30,8 @@ class Pictures final : public zal::ArtworkContainer {
   public:
     // The first tag is the one that is written; both can be null: then there are no pictures, and none can be
     // added.
-    Pictures(TagLib::ID3v2::Tag* tag, const TagLib::ID3v2::Tag* read) : tag_(tag), read_(read) {}
+    Pictures(zal::ID3v2Store* store, const TagLib::ID3v2::Tag* read)
+        : store_(store), tag_(store != nullptr ? &store->tag() : nullptr), read_(read) {}
 
     std::vector<zal::StoredPicture> pictures(bool logged) const override {
         std::vector<zal::StoredPicture> out;
@@ -55,12 +56,12 @@ class Pictures final : public zal::ArtworkContainer {
     }
 
     void clear() override {
-        if (tag_ != nullptr) tag_->removeFrames(pictureID);
+        if (store_ != nullptr) store_->tagToEdit(pictureID).removeFrames(pictureID);
     }
 
     void replace(std::size_t index, ZALData data, std::optional<std::uint32_t> type) override {
         if (read_ != tag_) return copyThenReplace(index, std::move(data), type);
-        for (Frame* frame : frames(tag_)) {
+        for (Frame* frame : frames(&store_->tagToEdit(pictureID))) {
             auto* picture = dynamic_cast<AttachedPictureFrame*>(frame);
             if (picture == nullptr || index-- != 0) continue;
             picture->setPicture(zal::TagLibBytes(data));
@@ -70,16 +71,17 @@ class Pictures final : public zal::ArtworkContainer {
     }
 
     void setPictures(std::vector<zal::NewPicture> pictures) override {
-        if (tag_ == nullptr) return;
-        for (Frame* frame : frames(tag_)) {
-            if (dynamic_cast<AttachedPictureFrame*>(frame) != nullptr) tag_->removeFrame(frame);
+        if (store_ == nullptr) return;
+        TagLib::ID3v2::Tag& tag = store_->tagToEdit(pictureID);
+        for (Frame* frame : frames(&tag)) {
+            if (dynamic_cast<AttachedPictureFrame*>(frame) != nullptr) tag.removeFrame(frame);
         }
         for (const zal::NewPicture& picture : pictures) {
             auto* frame = new AttachedPictureFrame;
             frame->setMimeType(zal::TagLibString(picture.mimeType));
             frame->setPicture(zal::TagLibBytes(picture.data));
             frame->setType(static_cast<AttachedPictureFrame::Type>(picture.type));
-            tag_->addFrame(frame);
+            tag.addFrame(frame);
         }
     }
 
@@ -99,14 +101,15 @@ class Pictures final : public zal::ArtworkContainer {
         return tag != nullptr ? zal::framesWithID(*tag, pictureID) : std::vector<Frame*>();
     }
 
-    TagLib::ID3v2::Tag* tag_;
+    zal::ID3v2Store* store_;
+    const TagLib::ID3v2::Tag* tag_;
     const TagLib::ID3v2::Tag* read_;
 };
 
 }  // namespace
 
 zal::Artwork ZALTagID3::artwork() const {
-    return {std::make_unique<Pictures>(state().v2Tag, state().v2TagWith(pictureID)), zal::id3Artwork};
+    return {std::make_unique<Pictures>(state().v2, state().v2TagWith(pictureID)), zal::id3Artwork};
 }
 
 bool ZALTagID3::hasImages() const {
@@ -140,10 +143,10 @@ ZALArray<ZALTagStoredImage> ZALTagID3::allStoredImages() const {
 }
 
 bool ZALTagID3::replaceOriginalImage(const ZALImagePtr& image) {
-    return state().v2Tag != nullptr && artwork().replaceOriginalImage(image);
+    return state().v2 != nullptr && artwork().replaceOriginalImage(image);
 }
 bool ZALTagID3::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
-    return state().v2Tag != nullptr && artwork().replacePrimaryImage(image, markAsCustom);
+    return state().v2 != nullptr && artwork().replacePrimaryImage(image, markAsCustom);
 }
 void ZALTagID3::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
     artwork().backupOriginalImageAndSetCustomImage(image);

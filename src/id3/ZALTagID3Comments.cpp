@@ -45,23 +45,24 @@ CommentsFrame* primaryFrame(const TagLib::ID3v2::Tag& tag) {
 
 // Moves every comment that stands in front of the primary one behind it; all of them when there is none. True
 // when one was moved.
-bool movePrimaryToFront(TagLib::ID3v2::Tag& tag, const CommentsFrame* primary) {
+bool movePrimaryToFront(zal::ID3v2Store& store, const CommentsFrame* primary) {
     bool moved = false;
-    for (Frame* frame : zal::framesWithID(tag, commentID)) {
+    for (Frame* frame : zal::framesWithID(store.tag(), commentID)) {
         if (frame == primary) break;
-        zal::moveToEnd(tag, frame);
+        zal::moveToEnd(store, frame);
         moved = true;
     }
     return moved;
 }
 
 // Sets the text of the primary comment in the ID3v2 tag. True when frames were moved.
-bool putPrimaryComment(TagLib::ID3v2::Tag& tag, const TagLib::String& text) {
+bool putPrimaryComment(zal::ID3v2Store& store, const TagLib::String& text) {
+    TagLib::ID3v2::Tag& tag = store.tagToEdit(commentID);
     CommentsFrame* primary = primaryFrame(tag);
     if (text.isEmpty()) {
         if (primary == nullptr) return false;
         tag.removeFrame(primary);
-        return movePrimaryToFront(tag, nullptr);
+        return movePrimaryToFront(store, nullptr);
     }
     if (primary == nullptr) {
         primary = new CommentsFrame(TagLib::ID3v2::FrameFactory::instance()->defaultTextEncoding());
@@ -69,7 +70,7 @@ bool putPrimaryComment(TagLib::ID3v2::Tag& tag, const TagLib::String& text) {
         tag.addFrame(primary);
     }
     primary->setText(text);
-    return movePrimaryToFront(tag, primary);
+    return movePrimaryToFront(store, primary);
 }
 
 // Other programs keep such comments for themselves: they are never listed, changed or deleted.
@@ -116,7 +117,7 @@ std::vector<ZALTagComment> frameComments(const TagLib::ID3v2::Tag& tag) {
 ZALArray<ZALTagComment> ZALTagID3::allComments() const {
     const State& s = state();
     std::vector<ZALTagComment> comments;
-    if (s.v2Tag != nullptr) comments = frameComments(*s.v2TagWith(commentID));
+    if (s.v2 != nullptr) comments = frameComments(*s.v2TagWith(commentID));
     if (s.v1Tag == nullptr) return comments;
 
     std::string v1 = zal::stringWithTagLibString(s.v1Tag->comment());
@@ -134,11 +135,12 @@ ZALArray<ZALTagComment> ZALTagID3::allComments() const {
 
 void ZALTagID3::deleteExtraneousComments() {
     State& s = state();
-    if (s.v2Tag == nullptr) return;
-    const CommentsFrame* primary = primaryFrame(*s.v2Tag);
-    for (Frame* frame : zal::framesWithID(*s.v2Tag, commentID)) {
+    if (s.v2 == nullptr) return;
+    TagLib::ID3v2::Tag& tag = s.v2->tagToEdit(commentID);
+    const CommentsFrame* primary = primaryFrame(tag);
+    for (Frame* frame : zal::framesWithID(tag, commentID)) {
         const auto* comment = dynamic_cast<CommentsFrame*>(frame);
-        if (comment != nullptr && comment != primary && !isForeign(*comment)) s.v2Tag->removeFrame(frame);
+        if (comment != nullptr && comment != primary && !isForeign(*comment)) tag.removeFrame(frame);
     }
     // A blank stands for no comment in files of earlier versions.
     if (s.v1Tag != nullptr && s.v1Tag->comment() == " ") s.v1Tag->setComment("");
@@ -161,10 +163,10 @@ ZALNullableString ZALTagID3::comment() const {
 void ZALTagID3::setComment(const ZALNullableString& comment) {
     State& s = state();
     const TagLib::String text = zal::TagLibString(comment);
-    if (s.v2Tag != nullptr && putPrimaryComment(*s.v2Tag, text)) s.requiresSaving = true;
+    if (s.v2 != nullptr && putPrimaryComment(*s.v2, text)) s.requiresSaving = true;
     if (s.v1Tag != nullptr) s.v1Tag->setComment(text);
 }
 
 void ZALTagID3::setPrimaryComment(const std::string& text) {
-    putPrimaryComment(*state().v2Tag, text);
+    putPrimaryComment(*state().v2, text);
 }

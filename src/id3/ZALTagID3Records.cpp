@@ -17,13 +17,13 @@ std::optional<ZALJSONValue> ZALTagID3::storedDictionary(const std::string& descr
 
 void ZALTagID3::setZalTagPropertyDescription(const ZALTagCustomProperty* record,
                                              const std::string& description) {
-    if (state().v2Tag == nullptr || description.empty()) return;
+    if (state().v2 == nullptr || description.empty()) return;
     const ZALNullableData stored = zal::storedRecord(record);
     if (!stored) return;
     if (!stored->empty()) {
-        zal::setObject(*state().v2Tag, description, *stored);
+        zal::setObject(*state().v2, description, *stored);
     } else {
-        zal::removeObject(*state().v2Tag, description);
+        zal::removeObject(*state().v2, description);
     }
 }
 

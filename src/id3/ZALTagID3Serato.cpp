@@ -18,7 +18,7 @@ using TagLib::ID3v2::Frame;
 using TagLib::ID3v2::GeneralEncapsulatedObjectFrame;
 using TagLib::ID3v2::PrivateFrame;
 
-std::vector<PrivateFrame*> traktorFrames(const std::vector<TagLib::ID3v2::Tag*>& tags) {
+std::vector<PrivateFrame*> traktorFrames(const std::vector<const TagLib::ID3v2::Tag*>& tags) {
     std::vector<PrivateFrame*> frames;
     for (const TagLib::ID3v2::Tag* tag : tags) {
         for (Frame* frame : zal::framesWithID(*tag, "PRIV")) {
@@ -53,37 +53,37 @@ ZALArray<ZALTagCuePoint> ZALTagID3::seratoCuePoints() const {
 }
 
 void ZALTagID3::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    if (state().v2Tag == nullptr) return;
+    if (state().v2 == nullptr) return;
     setRawSeratoCuePoints(cuePoints.empty() ? cuePoints
                                             : zal::cuePointsOnSeratoGrid(cuePoints, seratoGrid()));
 }
 
 void ZALTagID3::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    if (state().v2Tag == nullptr) return;
+    if (state().v2 == nullptr) return;
     setSeratoCuePointsOld(cuePoints);
     setSeratoCuePointsNew(cuePoints);
-    if (Frame* frame = zal::objectFrame(*state().v2Tag, zal::markers2Carrier.object))
-        zal::moveToEnd(*state().v2Tag, frame);
+    if (Frame* frame = zal::objectFrame(state().v2->tag(), zal::markers2Carrier.object))
+        zal::moveToEnd(*state().v2, frame);
 }
 
 void ZALTagID3::setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    auto* tag = state().v2Tag;
-    if (tag == nullptr) return;
-    if (cuePoints.empty()) return zal::removeObject(*tag, zal::markers2Carrier.object);
+    zal::ID3v2Store* v2 = state().v2;
+    if (v2 == nullptr) return;
+    if (cuePoints.empty()) return zal::removeObject(*v2, zal::markers2Carrier.object);
     const ZALNullableData data = zal::renderedSeratoMarker(
         zal::seratoMarkerWithCuePoints(seratoMarker(), cuePoints), zal::SeratoForm::raw);
-    if (data) zal::setObject(*tag, zal::markers2Carrier.object, *data);
+    if (data) zal::setObject(*v2, zal::markers2Carrier.object, *data);
 }
 
 void ZALTagID3::setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    auto* tag = state().v2Tag;
-    if (tag == nullptr) return;
-    if (cuePoints.empty()) return zal::removeObject(*tag, zal::markersCarrier.object);
+    zal::ID3v2Store* v2 = state().v2;
+    if (v2 == nullptr) return;
+    if (cuePoints.empty()) return zal::removeObject(*v2, zal::markersCarrier.object);
     const auto existing = zal::readOldSeratoMarker(zal::objectOf(state().v2Tags, zal::markersCarrier.object),
                                                    zal::SeratoForm::raw);
     const ZALNullableData data = zal::renderedOldSeratoMarker(
         zal::oldSeratoMarkerWithCuePoints(existing, cuePoints), zal::SeratoForm::raw);
-    if (data) zal::setObject(*tag, zal::markersCarrier.object, *data);
+    if (data) zal::setObject(*v2, zal::markersCarrier.object, *data);
 }
 
 bool ZALTagID3::hasSeratoMetadata() const {
@@ -108,9 +108,9 @@ bool ZALTagID3::hasTraktorMetadata() const {
 }
 
 void ZALTagID3::setTraktorCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    if (auto* tag = state().v2Tag) {
-        for (PrivateFrame* frame : traktorFrames({tag})) {
-            tag->removeFrame(frame);
+    if (zal::ID3v2Store* v2 = state().v2) {
+        for (PrivateFrame* frame : traktorFrames({&v2->tag()})) {
+            v2->tagToEdit("PRIV").removeFrame(frame);
         }
     }
     ZALTag::setTraktorCuePoints(cuePoints);

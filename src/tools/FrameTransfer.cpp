@@ -30,7 +30,7 @@ int transferFrames(const RawTag& from, ID3v2Store& to) {
         encryptedCount += isEncrypted ? 1 : 0;
         const bool stays = read.frame != nullptr && belongsToAudio(*read.frame);
         if (isEncrypted || stays || read.isMerged || raw.contentSize() == 0) continue;
-        if (raw.currentID() == "TCON") to.tag().removeFrames("TCON");
+        if (raw.currentID() == "TCON") to.tagToEdit("TCON").removeFrames("TCON");
         to.addRaw(read.isRenewed ? read.frame->render() : frameInVersion4(raw));
     }
     return encryptedCount;

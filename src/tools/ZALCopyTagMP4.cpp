@@ -40,14 +40,14 @@ void setCommentLanguage(TagLib::ID3v2::Tag& tag) {
     if (comment != nullptr) comment->setLanguage("eng");
 }
 
-void copyNumbers(const TagLib::MP4::Tag& source, TagLib::ID3v2::Tag& tag) {
+void copyNumbers(const TagLib::MP4::Tag& source, zal::ID3v2Store& store) {
     if (source.contains("trkn")) {
         const auto [number, total] = source.item("trkn").toIntPair();
-        zal::setTextOfFirstFrame(tag, "TRCK", fmt::format("{}/{}", number, total));
+        zal::setTextOfFirstFrame(store, "TRCK", fmt::format("{}/{}", number, total));
     }
     const int tempo = source.contains("tmpo") ? source.item("tmpo").toInt() : 0;
-    if (tempo > 0) zal::setTextOfFirstFrame(tag, "TBPM", std::to_string(tempo));
-    if (source.contains("cpil") && source.item("cpil").toBool()) zal::setTextOfFirstFrame(tag, "TCMP", "1");
+    if (tempo > 0) zal::setTextOfFirstFrame(store, "TBPM", std::to_string(tempo));
+    if (source.contains("cpil") && source.item("cpil").toBool()) zal::setTextOfFirstFrame(store, "TCMP", "1");
 }
 
 void addCovers(const TagLib::MP4::Tag& source, TagLib::ID3v2::Tag& tag) {
@@ -64,10 +64,11 @@ bool copyToMP3(zal::Copy<MP4File, MP3File>& files) {
     const TagLib::MP4::Tag& source = files.source->tag();
     dprintMP4Tag(&source);
     if (source.isEmpty()) return true;
-    TagLib::ID3v2::Tag& tag = files.destination->v2().tag();
+    zal::ID3v2Store& store = files.destination->v2();
+    TagLib::ID3v2::Tag& tag = store.tagToEdit();
     TagLib::Tag::duplicate(&source, &tag, true);
     setCommentLanguage(tag);
-    copyNumbers(source, tag);
+    copyNumbers(source, store);
     addCovers(source, tag);
     if (zal::ID3v1Store* v1 = files.destination->v1()) TagLib::Tag::duplicate(&source, &v1->tag(), true);
     return zal::saveDestination(files.destination, MP3File::open);
