@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <exception>
 #include <new>
 #include <utility>
@@ -20,6 +21,7 @@ namespace {
 constexpr std::uint64_t pageSize = 4096;
 constexpr std::uint64_t inPlaceMax = std::uint64_t{64} << 20;
 constexpr std::uint64_t compareSize = 65536;
+constexpr std::size_t comparedBlock = 256;
 
 const auto tooShort = std::make_error_code(std::errc::io_error);
 
@@ -194,6 +196,31 @@ std::string SafeFile::checkUnchanged() {
     return {};
 }
 
+namespace {
+
+// How many bytes at the beginning of two contents of one length are the same; most often all are.
+std::size_t sameAtBeginning(ZALDataView one, ZALDataView other) {
+    std::size_t at = 0;
+    while (one.size() - at >= comparedBlock && std::memcmp(&one[at], &other[at], comparedBlock) == 0) {
+        at += comparedBlock;
+    }
+    while (at < one.size() && one[at] == other[at]) ++at;
+    return at;
+}
+
+std::size_t sameAtEnd(ZALDataView one, ZALDataView other) {
+    std::size_t rest = one.size();
+    while (rest >= comparedBlock) {
+        const std::size_t at = rest - comparedBlock;
+        if (std::memcmp(&one[at], &other[at], comparedBlock) != 0) break;
+        rest = at;
+    }
+    while (rest > 0 && one[rest - 1] == other[rest - 1]) --rest;
+    return one.size() - rest;
+}
+
+}  // namespace
+
 // The first and the last byte that differ from the original, which has the same length; null when none does.
 std::error_code SafeFile::findDifference(std::optional<Range>& difference) {
     std::vector<std::pair<std::uint64_t, std::uint64_t>> parts;  // start and length of what may differ
@@ -216,15 +243,14 @@ std::error_code SafeFile::findDifference(std::optional<Range>& difference) {
     };
     for (auto part = parts.begin(); part != parts.end() && !difference; ++part) {
         if (const auto error = load(*part)) return error;
-        const auto at = std::mismatch(edited.begin(), edited.end(), original.begin()).first;
-        const std::uint64_t first = part->first + static_cast<std::uint64_t>(at - edited.begin());
-        if (at != edited.end()) difference = Range{first, first};
+        const std::size_t same = sameAtBeginning(edited, original);
+        if (same < edited.size()) difference = Range{part->first + same, part->first + same};
     }
     for (auto part = parts.rbegin(); part != parts.rend() && difference; ++part) {
         if (const auto error = load(*part)) return error;
-        const auto at = std::mismatch(edited.rbegin(), edited.rend(), original.rbegin()).first;
-        if (at == edited.rend()) continue;
-        difference->last = part->first + static_cast<std::uint64_t>(edited.rend() - at) - 1;
+        const std::size_t same = sameAtEnd(edited, original);
+        if (same == edited.size()) continue;
+        difference->last = part->first + edited.size() - same - 1;
         break;
     }
     return {};
