@@ -36,21 +36,6 @@ struct Outcome {
     ZALError error;
 };
 
-// What the two programs have alike, over their own classes.
-struct Rekordbox {
-    using Database = ZALRekordboxDatabase;
-    using Queue = ZALRekordboxQueue;
-    using Track = ZALRekordboxTrack;
-    static const std::string& progressNotification() { return ZALRekordboxQueueProgressChangedNotification; }
-};
-
-struct Traktor {
-    using Database = ZALTraktorDatabase;
-    using Queue = ZALTraktorQueue;
-    using Track = ZALTraktorTrack;
-    static const std::string& progressNotification() { return ZALTraktorQueueProgressChangedNotification; }
-};
-
 // The lock of a database is taken by its queue's thread, too, so every call here leaves the interpreter's
 // lock first.
 template <typename Function>
@@ -59,12 +44,32 @@ auto unlocked(const Function& function) {
     return function();
 }
 
-template <typename Program>
+using Track = std::shared_ptr<const ZALCollectionTrack>;
+
+// Goes through the tracks of a collection, one at a time.
+class Tracks {
+  public:
+    explicit Tracks(const ZALCollectionDatabase& database) : cursor_(database.tracksInOrder()) {}
+    Track next() {
+        auto track = unlocked([&] { return cursor_.next(); });
+        if (track) return track;
+        if (cursor_.hasFailed())
+            raise("CollectionError", "the file was changed since it was read", 0, py::none());
+        throw py::stop_iteration();
+    }
+
+  private:
+    ZALCollectionCursor cursor_;
+};
+
+// A collection of either program. The shared databases and queues stay.
 class Collection {
   public:
-    using Track = std::shared_ptr<const typename Program::Track>;
-
-    Collection() : database_(Program::Database::sharedDatabase()), queue_(Program::Queue::sharedQueue()) {}
+    Collection(std::shared_ptr<ZALCollectionDatabase> database, std::shared_ptr<ZALCollectionQueue> queue,
+               std::string progressNotification)
+        : database_(std::move(database)),
+          queue_(std::move(queue)),
+          progressNotification_(std::move(progressNotification)) {}
 
     ZALNullableString file() const {
         return unlocked([&] { return database_->fileURL(); });
@@ -81,16 +86,18 @@ class Collection {
     std::size_t count() const {
         return unlocked([&] { return database_->trackCount(); });
     }
-    std::vector<Track> tracks() const {
-        return unlocked([&] { return database_->tracks(); });
+    Tracks tracks() const {
+        return unlocked([&] { return Tracks(*database_); });
     }
     Track track(const py::object& path) const {
         const std::string name = collectionPathFrom(path);
-        return unlocked([&] { return database_->trackForSongFileAtURL(name); });
+        return unlocked([&] { return database_->track(name); });
     }
-    bool contains(const py::object& path) const {
+    bool contains(const py::object& path) const { return track(path) != nullptr; }
+    void setCuePoints(const py::object& path, std::vector<ZALTagCuePoint> cuePoints, ZALCueKind kind) const {
         const std::string name = collectionPathFrom(path);
-        return unlocked([&] { return database_->hasTrackForSongFileAtURL(name); });
+        const ZALArray<ZALTagCuePoint> array(std::move(cuePoints));
+        unlocked([&] { queue_->setCuePoints(array, name, kind); });
     }
 
     /// Waits in short steps, so that an interrupt from the keyboard ends the waiting.
@@ -138,13 +145,15 @@ class Collection {
         }
         unlocked([&] {
             ZALNotificationCenter::shared().removeObserver(progressObserver_);
-            progressObserver_ = observer ? ZALNotificationCenter::shared().addObserver(
-                                               Program::progressNotification(), std::move(observer))
+            progressObserver_ = observer ? ZALNotificationCenter::shared().addObserver(progressNotification_,
+                                                                                       std::move(observer))
                                          : 0;
         });
     }
-    typename Program::Queue& queue() const { return *queue_; }
-    typename Program::Database& database() const { return *database_; }
+    /// Lets the queue's thread end.
+    void shutDown() {
+        unlocked([&] { queue_->shutDown(); });
+    }
 
   private:
     static ZALCompletion completionFor(const std::shared_ptr<Outcome>& outcome) {
@@ -160,15 +169,30 @@ class Collection {
         raiseError(outcome.error, file(), "the collection was not written");
     }
 
-    const std::shared_ptr<typename Program::Database> database_;
-    const std::shared_ptr<typename Program::Queue> queue_;
+    const std::shared_ptr<ZALCollectionDatabase> database_;
+    const std::shared_ptr<ZALCollectionQueue> queue_;
+    const std::string progressNotification_;
     ZALNotificationCenter::Token progressObserver_ = 0;
 };
 
-template <typename Program>
-py::class_<Collection<Program>> addCollection(py::module_& module, const char* name, const char* doc) {
-    using One = Collection<Program>;
-    py::class_<One> collection(module, name, doc);
+struct RekordboxCollection : Collection {
+    RekordboxCollection()
+        : Collection(ZALRekordboxDatabase::sharedDatabase(), ZALRekordboxQueue::sharedQueue(),
+                     ZALRekordboxQueueProgressChangedNotification) {}
+};
+
+struct TraktorCollection : Collection {
+    TraktorCollection()
+        : Collection(ZALTraktorDatabase::sharedDatabase(), ZALTraktorQueue::sharedQueue(),
+                     ZALTraktorQueueProgressChangedNotification) {}
+};
+
+void addCollection(py::module_& module) {
+    using One = Collection;
+    py::class_<Tracks>(module, "_Tracks")
+        .def("__iter__", [](const py::object& tracks) { return tracks; })
+        .def("__next__", &Tracks::next);
+    py::class_<One> collection(module, "Collection", "What the collections of both programs are.");
     collection.def_property_readonly(
         "path", [](const One& one) { return pathOf(one.file()); },
         "The collection file to be used now, or None.");
@@ -176,7 +200,7 @@ py::class_<Collection<Program>> addCollection(py::module_& module, const char* n
     collection.def("load", &One::load,
                    "Loads the file if it changed; CollectionError when it cannot be read.");
     collection.def("__len__", &One::count);
-    collection.def("__iter__", [](const One& one) { return py::iter(py::cast(one.tracks())); });
+    collection.def("__iter__", &One::tracks);
     collection.def("__contains__", &One::contains, py::arg("path"));
     collection.def(
         "__getitem__",
@@ -199,19 +223,18 @@ py::class_<Collection<Program>> addCollection(py::module_& module, const char* n
                    "Has each new stage given to a callable where the main queue runs: in save() and "
                    "run_pending(), or on the event loop of main_queue_on(). Stages that pass quickly may be "
                    "left out. None ends it.");
-    return collection;
 }
 
-template <typename Track>
-py::class_<Track, std::shared_ptr<Track>> addTrack(py::module_& module, const char* name, const char* doc) {
-    py::class_<Track, std::shared_ptr<Track>> track(module, name, doc);
+using TrackClass = py::class_<ZALCollectionTrack, std::shared_ptr<ZALCollectionTrack>>;
+
+void addTrack(py::module_& module) {
+    TrackClass track(module, "Track", "A track as the collection held it.");
     track.def_property_readonly(
-        "path", [](const Track& one) { return pathOf(one.path()); }, "The audio file's path, or None.");
-    track.def_property_readonly(
-        "cues", [](const Track& one) { return vectorOf(one.cues()); }, "A new list of the cues.");
+        "path", [](const ZALCollectionTrack& one) { return pathOf(one.path()); },
+        "The audio file's path, or None.");
     track.def_property_readonly(
         "beat_times",
-        [](const Track& one) -> std::optional<std::vector<double>> {
+        [](const ZALCollectionTrack& one) -> std::optional<std::vector<double>> {
             const auto beats = one.beatTimes();
             if (!beats) return std::nullopt;
             return beats->elements();
@@ -220,7 +243,6 @@ py::class_<Track, std::shared_ptr<Track>> addTrack(py::module_& module, const ch
     track.def("__repr__", [](const py::object& one) {
         return py::str("<{} {!r}>").format(py::type::of(one).attr("__name__"), py::str(one.attr("path")));
     });
-    return track;
 }
 
 // What a playlist is to Python: a name, and the tracks when it is iterated over.
@@ -278,7 +300,10 @@ void addRekordbox(py::module_& module) {
     cue.def_property_readonly("end", &ZALRekordboxCuePoint::end, "The end of a loop in seconds, else 0.");
     cue.def_property_readonly("slot", &ZALRekordboxCuePoint::num,
                               "The hot cue's slot, or -1 for a memory cue.");
-    auto track = addTrack<ZALRekordboxTrack>(module, "RekordboxTrack", "A track as the collection held it.");
+    py::class_<ZALRekordboxTrack, ZALCollectionTrack, std::shared_ptr<ZALRekordboxTrack>> track(
+        module, "RekordboxTrack", "A track of Rekordbox's.");
+    track.def_property_readonly(
+        "cues", [](const ZALRekordboxTrack& one) { return vectorOf(one.cues()); }, "A new list of the cues.");
     track.def_property_readonly("track_id", &ZALRekordboxTrack::trackId);
     py::class_<RekordboxPlaylist> playlist(module, "RekordboxPlaylist",
                                            "A playlist as the collection held it; iterable.");
@@ -300,21 +325,21 @@ void addRekordbox(py::module_& module) {
             return unlocked([&] { return one.database->tracksOfPlaylist(*one.playlist); });
         },
         "A new list of its tracks as the collection holds them now, in the order of the collection.");
-    auto collection =
-        addCollection<Rekordbox>(module, "RekordboxCollection", "The Rekordbox collection that is in use.");
+    py::class_<RekordboxCollection, Collection> collection(module, "RekordboxCollection",
+                                                           "The Rekordbox collection that is in use.");
     collection.def_property_readonly(
         "playlists",
-        [](const Collection<Rekordbox>& one) {
-            return unlocked([&] { return playlistsOf(one.database()); });
+        [](const RekordboxCollection&) {
+            return unlocked([] { return playlistsOf(*ZALRekordboxDatabase::sharedDatabase()); });
         },
         "A new list of all playlists, those of a folder before those of the folders in it.");
     collection.def(
         "set_cue_points",
-        [](const Collection<Rekordbox>& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
+        [](const RekordboxCollection& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
            bool hot, bool memory) {
-            const std::string name = collectionPathFrom(path);
-            const ZALArray<ZALTagCuePoint> array(std::move(cuePoints));
-            unlocked([&] { one.queue().setCuePoints(array, name, hot, memory); });
+            const unsigned kind = (hot ? static_cast<unsigned>(ZALCueKind::hot) : 0U) |
+                                  (memory ? static_cast<unsigned>(ZALCueKind::memory) : 0U);
+            one.setCuePoints(path, std::move(cuePoints), static_cast<ZALCueKind>(kind));
         },
         py::arg("path"), py::arg("cue_points"), py::arg("hot") = true, py::arg("memory") = false,
         "Asks for the hot cues of a track to be replaced, its memory cues, or both; save() writes.");
@@ -328,7 +353,11 @@ void addTraktor(py::module_& module) {
     cue.def_property_readonly("slot", &ZALTraktorCuePoint::index,
                               "The hot cue's slot; -1 for a grid marker.");
     cue.def_property_readonly("is_grid", &ZALTraktorCuePoint::isGrid);
-    addTrack<ZALTraktorTrack>(module, "TraktorTrack", "A track as the collection held it.");
+    py::class_<ZALTraktorTrack, ZALCollectionTrack, std::shared_ptr<ZALTraktorTrack>>(module, "TraktorTrack",
+                                                                                      "A track of Traktor's.")
+        .def_property_readonly(
+            "cues", [](const ZALTraktorTrack& one) { return vectorOf(one.cues()); },
+            "A new list of the cues.");
     py::class_<ZALTraktorPlaylist, std::shared_ptr<ZALTraktorPlaylist>> playlist(
         module, "TraktorPlaylist", "A playlist as the collection held it; iterable.");
     playlist.def_property_readonly(
@@ -336,48 +365,44 @@ void addTraktor(py::module_& module) {
     addPlaylistTracks(
         playlist, [](const ZALTraktorPlaylist& one) { return one.tracks(); },
         "A new list of its tracks, in the order of the playlist.");
-    auto collection =
-        addCollection<Traktor>(module, "TraktorCollection", "The Traktor collection that is in use.");
+    py::class_<TraktorCollection, Collection> collection(module, "TraktorCollection",
+                                                         "The Traktor collection that is in use.");
     collection.def_property_readonly(
         "playlists",
-        [](const Collection<Traktor>& one) { return unlocked([&] { return one.database().playlists(); }); },
+        [](const TraktorCollection&) {
+            return unlocked([] { return ZALTraktorDatabase::sharedDatabase()->playlists(); });
+        },
         "A new list of the playlists directly below a top folder, in the order of the file.");
     collection.def(
         "set_cue_points",
-        [](const Collection<Traktor>& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints) {
-            const std::string name = collectionPathFrom(path);
-            const ZALArray<ZALTagCuePoint> array(std::move(cuePoints));
-            unlocked([&] { one.queue().setCuePoints(array, name); });
+        [](const TraktorCollection& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints) {
+            one.setCuePoints(path, std::move(cuePoints), ZALCueKind::all);
         },
         py::arg("path"), py::arg("cue_points"),
         "Asks for the cues of a track to be replaced, grid markers left alone; save() writes.");
 }
 
 // The first use loads the collection; the queue's thread must not outlive the interpreter.
-template <typename Program>
-Collection<Program>& sharedCollection() {
-    static Collection<Program>* const collection = unlocked([] { return new Collection<Program>(); });
-    return *collection;
-}
-
-template <typename Program>
+template <typename One>
 void addShared(py::module_& module, const char* name, const char* doc) {
-    static bool isUsed = false;
+    static One* shared = nullptr;
     module.def(
         name,
-        []() -> Collection<Program>& {
-            isUsed = true;
-            return sharedCollection<Program>();
+        []() -> One& {
+            if (shared == nullptr) shared = unlocked([] { return new One(); });
+            return *shared;
         },
         py::return_value_policy::reference, doc);
     py::module_::import("atexit").attr("register")(py::cpp_function([] {
-        if (isUsed) unlocked([] { Program::Queue::sharedQueue()->shutDown(); });
+        if (shared != nullptr) shared->shutDown();
     }));
 }
 
 }  // namespace
 
 void addCollections(py::module_& module) {
+    addTrack(module);
+    addCollection(module);
     addRekordbox(module);
     addTraktor(module);
     module.def("use_collections", &useCollections, py::kw_only(), py::arg("rekordbox") = py::none(),
@@ -388,9 +413,9 @@ void addCollections(py::module_& module) {
                "user's settings stay as they are. None leaves a file as it is. With rewrite_all a save "
                "rewrites every track that has cues, not only those that were changed.");
     ZALHost::shared().setCollectionSaveMode(ZALCollectionSaveMode::changedTracks);
-    addShared<Rekordbox>(
+    addShared<RekordboxCollection>(
         module, "rekordbox",
         "The Rekordbox collection; the first call loads it. Without a file that can be read it is not "
         "loaded, and empty.");
-    addShared<Traktor>(module, "traktor", "The same for Traktor's.");
+    addShared<TraktorCollection>(module, "traktor", "The same for Traktor's.");
 }
