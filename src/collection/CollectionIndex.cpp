@@ -61,25 +61,38 @@ bool CollectionIndex::isUnchanged() const {
     return !file_->attributes(now) && now.size == attributes_.size && now.modified == attributes_.modified;
 }
 
-const std::string* ElementReader::text(const Span& span) {
-    const bool isRead = index_->file().read(span.begin, span.end, bytes_);
-    if (!isRead || Checksum::of(bytes_) != span.checksum) {
+std::optional<std::string_view> ElementReader::bytesOf(std::uint64_t begin, std::uint64_t end) {
+    if (begin < windowBegin_ || end > windowBegin_ + window_.size()) {
+        const std::uint64_t most = std::min(begin + ahead_, index_->attributes().size);
+        windowBegin_ = begin;
+        if (!index_->file().read(begin, std::max(end, most), window_)) {
+            window_.clear();
+            return std::nullopt;
+        }
+    }
+    return std::string_view(window_).substr(begin - windowBegin_, end - begin);
+}
+
+std::optional<std::string_view> ElementReader::text(const Span& span) {
+    const auto read = bytesOf(span.begin, span.end);
+    bytes_ = read.value_or(std::string_view());
+    if (!read || Checksum::of(bytes_) != span.checksum) {
         if (!hasFailed_) {
             logf("the {} collection was changed since it was read: it has to be loaded anew",
                  index_->program().name);
         }
         hasFailed_ = true;
-        return nullptr;
+        return std::nullopt;
     }
     const XMLEncoding encoding = index_->form().encoding;
     isDecoded_ = encoding != XMLEncoding::utf8 && encoding != XMLEncoding::ascii;
     if (isDecoded_) text_ = decodedXML(bytes_, encoding);
-    return &lastText();
+    return lastText();
 }
 
 XMLElement ElementReader::element(const Span& span) {
-    const std::string* held = text(span);
-    return held == nullptr ? XMLElement() : document_.load(*held);
+    const auto held = text(span);
+    return held ? document_.load(*held) : XMLElement();
 }
 
 std::unique_ptr<ZALCollectionTrack> ElementReader::track(std::uint32_t number) {
@@ -96,6 +109,16 @@ std::unique_ptr<ZALCollectionTrack> ElementReader::find(std::string_view path, s
         if (hasFailed_) return nullptr;
     }
     return nullptr;
+}
+
+std::string ElementReader::gapBefore(std::uint32_t number) {
+    constexpr std::uint64_t longest = 64;
+    if (number == 0) return {};
+    const std::uint64_t begin = index_->tracks()[number - 1].span().end;
+    const std::uint64_t end = index_->tracks()[number].begin;
+    if (end - begin > longest) return {};
+    const std::string_view gap = bytesOf(begin, end).value_or(std::string_view());
+    return gap.find_first_not_of(" \t\r\n") == gap.npos ? std::string(gap) : std::string();
 }
 
 std::string ElementReader::blankInFrontOf(std::uint64_t place) const {

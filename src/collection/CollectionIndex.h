@@ -94,28 +94,38 @@ class CollectionIndex {
 /// Reads elements of a collection, one at a time; one thread at a time.
 class ElementReader {
   public:
-    explicit ElementReader(std::shared_ptr<const CollectionIndex> index) : index_(std::move(index)) {}
+    /// Who goes through the file in its order has it read on, by that many bytes at a time.
+    explicit ElementReader(std::shared_ptr<const CollectionIndex> index, std::uint64_t ahead = 0)
+        : index_(std::move(index)), ahead_(ahead) {}
     const CollectionIndex& index() const { return *index_; }
 
-    /// The bytes of a span as UTF-8, valid until the next call. Null, with a log line, when the file no
+    /// The bytes of a span as UTF-8, valid until the next call. None, with a log line, when the file no
     /// longer holds what the index says; hasFailed() then.
-    const std::string* text(const Span& span);
+    std::optional<std::string_view> text(const Span& span);
     /// The element in it, valid until the next call; none without a text.
     XMLElement element(const Span& span);
     /// The text that was read last, and the bytes that it was made of.
-    const std::string& lastText() const { return isDecoded_ ? text_ : bytes_; }
-    const std::string& lastBytes() const { return bytes_; }
+    std::string_view lastText() const { return isDecoded_ ? text_ : bytes_; }
+    std::string_view lastBytes() const { return bytes_; }
     /// The track, valid until the next call; null without a text.
     std::unique_ptr<ZALCollectionTrack> track(std::uint32_t number);
     /// The last track with this path, which is in canonical decomposition, and its number; null without one.
     std::unique_ptr<ZALCollectionTrack> find(std::string_view path, std::uint32_t& number);
     /// The white space in front of a place, as far as it is looked at.
     std::string blankInFrontOf(std::uint64_t place) const;
+    /// What stands between a track and the one in front of it, when that is a little white space of one byte
+    /// a character; else empty.
+    std::string gapBefore(std::uint32_t number);
     bool hasFailed() const { return hasFailed_; }
 
   private:
+    std::optional<std::string_view> bytesOf(std::uint64_t begin, std::uint64_t end);
+
     const std::shared_ptr<const CollectionIndex> index_;
-    std::string bytes_;
+    const std::uint64_t ahead_;
+    std::uint64_t windowBegin_ = 0;
+    std::string window_;  // what was read last, from there on
+    std::string_view bytes_;
     std::string text_;
     bool isDecoded_ = false;
     XMLDocument document_;

@@ -2,6 +2,7 @@
 
 #include "collection/Checksum.h"
 #include "collection/TrackEdit.h"
+#include "platform/Log.h"
 
 #include <algorithm>
 #include <atomic>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::size_t windowTracks = 256;  // made at once
 constexpr std::size_t tracksWorthAThread = 32;
+constexpr std::size_t tracksAtOnce = 16;
 constexpr std::size_t copyBlock = std::size_t{1} << 20;
 constexpr unsigned trackDepth = 2;
 constexpr auto longestTrack = std::numeric_limits<std::uint32_t>::max();
@@ -34,11 +36,13 @@ void bringUpToDate(ZALCollectionTrack& track, const TrackChange& change) {
 }
 
 TrackRenderer::Result TrackRenderer::render(const TrackChange& change) {
+    std::string gap = reader_.gapBefore(change.number);
     const XMLElement element = reader_.element(reader_.index().tracks()[change.number].span());
     if (!element) return {};
     Result result =
         mode_ == ZALCollectionSaveMode::changedTracks ? splice(change, element) : renderAnew(change, element);
     if (encoding_ != XMLEncoding::utf8) result.bytes = encodedXML(result.bytes, encoding_);
+    result.gap = std::move(gap);
     result.checksum = Checksum::of(result.bytes);
     return result;
 }
@@ -47,8 +51,12 @@ TrackRenderer::Result TrackRenderer::renderAnew(const TrackChange& change, const
     const CollectionProgram& program = reader_.index().program();
     const auto track = program.trackOf(element);
     bringUpToDate(*track, change);
-    return {markupOf(element, program.style, trackDepth), 0, track->cueCount(),
-            static_cast<bool>(element.firstChild(program.markName)), true};
+    const std::size_t length = reader_.lastText().size() * 5 / 4;  // about
+    return {.bytes = markupOf(element, program.style, trackDepth, length),
+            .fileWithoutDate = track->fileWithoutDate(),
+            .cues = track->cueCount(),
+            .hasMarks = static_cast<bool>(element.firstChild(program.markName)),
+            .isDone = true};
 }
 
 TrackRenderer::Result TrackRenderer::splice(const TrackChange& change, const XMLElement& element) {
@@ -59,14 +67,17 @@ TrackRenderer::Result TrackRenderer::splice(const TrackChange& change, const XML
         encodedXML(reader_.lastText(), index.form().encoding) != reader_.lastBytes()) {
         return {};
     }
-    const std::string text = reader_.lastText();
+    const std::string text(reader_.lastText());
     const ZALCollectionQueueItem request = change.request->second.item(change.request->first);
     const TrackEdit edit = program.trackOf(element)->editFor(request.cuePoints, request.kind, &scratch_);
     const std::string blank = reader_.blankInFrontOf(index.tracks()[change.number].begin);
     const bool keepsMark =
         std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) != edit.isRemoved.end();
-    return {splicedTrack(text, blank, program.markName, edit), 0, edit.cues, keepsMark || !edit.added.empty(),
-            true};
+    return {.bytes = splicedTrack(text, blank, program.markName, edit),
+            .fileWithoutDate = edit.fileWithoutDate,
+            .cues = edit.cues,
+            .hasMarks = keepsMark || !edit.added.empty(),
+            .isDone = true};
 }
 
 CollectionWriter::CollectionWriter(std::shared_ptr<const CollectionIndex> index,
@@ -88,6 +99,13 @@ bool CollectionWriter::fail(const char* reason) {
 }
 
 bool CollectionWriter::write(FileReplacement& out) {
+    const bool isWritten = writeAll(out);
+    if (withoutDate_ > 0)
+        logf("failed to get audio file mod date: {} (tracks: {})", firstWithoutDate_, withoutDate_);
+    return isWritten;
+}
+
+bool CollectionWriter::writeAll(FileReplacement& out) {
     if (!source_->isUnchanged()) return fail(changedReason);
     if (isEvery_ && source_->program().stamp != nullptr) addHeaderEdit();
     if (!addStampEdit()) return fail(changedReason);
@@ -129,8 +147,8 @@ bool CollectionWriter::addStampEdit() {
     const CollectionFrame& frame = source_->frame();
     if (!frame.hasRoot || source_->program().stamp == nullptr) return true;
     ElementReader reader(source_);
-    const std::string* tag = reader.text(frame.rootTag);
-    if (tag == nullptr) return false;
+    const auto tag = reader.text(frame.rootTag);
+    if (!tag) return false;
     FrameEdit edit;
     edit.begin = frame.rootTag.begin;
     edit.end = frame.rootTag.end;
@@ -177,8 +195,11 @@ bool CollectionWriter::renderBeside(Window& next, FileReplacement& out, const Wi
     next.results.resize(next.changes.size());
     std::atomic<std::size_t> taken = 0;
     const auto render = [&](TrackRenderer& renderer) {
-        for (std::size_t i = taken++; i < next.changes.size(); i = taken++) {
-            next.results[i] = renderer.render(next.changes[i]);
+        const std::size_t count = next.changes.size();
+        for (std::size_t first = 0; (first = taken.fetch_add(tracksAtOnce)) < count;) {
+            for (std::size_t i = first; i < std::min(first + tracksAtOnce, count); ++i) {
+                next.results[i] = renderer.render(next.changes[i]);
+            }
         }
     };
     std::future<void> other;
@@ -213,9 +234,17 @@ bool CollectionWriter::writeWindow(FileReplacement& out, const Window& window) {
         const TrackRenderer::Result& result = window.results[i];
         if (!result.isDone) return fail(changedReason);
         if (result.bytes.size() > longestTrack) return fail("a track would be too large");
+        if (!result.fileWithoutDate.empty() && withoutDate_++ == 0)
+            firstWithoutDate_ = result.fileWithoutDate;
         const std::uint32_t number = window.changes[i].number;
         IndexedTrack track = source_->tracks()[number];
-        if (!copyUpTo(out, track.begin)) return false;
+        if (!result.gap.empty() && next_ == number && position_ + result.gap.size() == track.begin &&
+            encoding_ == source_->form().encoding) {
+            if (!out.append(viewOf(result.gap))) return false;
+            written_ += result.gap.size();
+        } else if (!copyUpTo(out, track.begin)) {
+            return false;
+        }
         position_ = track.begin + track.length;
         track.begin = written_;
         track.length = static_cast<std::uint32_t>(result.bytes.size());

@@ -46,11 +46,13 @@ class TrackRenderer {
   public:
     TrackRenderer(std::shared_ptr<const CollectionIndex> index, ZALCollectionSaveMode mode,
                   XMLEncoding encoding)
-        : reader_(std::move(index)), mode_(mode), encoding_(encoding) {}
+        : reader_(std::move(index), ahead), mode_(mode), encoding_(encoding) {}
 
     struct Result {
+        std::string gap = {};  ///< as ElementReader::gapBefore() gives it
         std::string bytes;
         std::uint64_t checksum = 0;
+        std::string fileWithoutDate = {};
         std::size_t cues = 0;
         bool hasMarks = false;
         bool isDone = false;
@@ -61,6 +63,7 @@ class TrackRenderer {
     Result renderAnew(const TrackChange& change, const XMLElement& element);
     Result splice(const TrackChange& change, const XMLElement& element);
 
+    static constexpr std::uint64_t ahead = 65536;
     ElementReader reader_;
     const ZALCollectionSaveMode mode_;
     const XMLEncoding encoding_;
@@ -89,6 +92,7 @@ class CollectionWriter {
 
     void addHeaderEdit();
     bool addStampEdit();
+    bool writeAll(FileReplacement& out);
     void gatherMarks();
     bool nextTrack(TrackChange& change);
     bool writeBefore(FileReplacement& out, std::uint64_t end);
@@ -108,6 +112,8 @@ class CollectionWriter {
     std::vector<FrameEdit> edits_;
     TrackRenderer renderers_[2];
     std::string reason_;
+    std::size_t withoutDate_ = 0;
+    std::string firstWithoutDate_;
 
     std::uint64_t position_ = 0;  // in the source
     std::uint64_t written_ = 0;

@@ -17,6 +17,7 @@ struct TrackEdit {
     std::vector<bool> isRemoved;               ///< of its marks, in the order of the file
     std::vector<std::string> added;            ///< new marks, behind the last one
     std::vector<XMLAttributeEdit> attributes;  ///< of the track itself
+    std::string fileWithoutDate;               ///< as ZALCollectionTrack has it
     XMLStyle style;
 };
 

@@ -38,8 +38,7 @@ bool isBlank(const char* text) {
 }
 
 // Most values are there already: what is there holds nothing that XML cannot hold.
-void assign(pugi::xml_attribute attribute, const char* name, std::string_view value) {
-    if (std::strcmp(attribute.name(), name) != 0) check(attribute.set_name(name));
+void assign(pugi::xml_attribute attribute, std::string_view value) {
     if (value != attribute.value()) check(attribute.set_value(textForXML(value).c_str()));
 }
 
@@ -83,12 +82,11 @@ std::vector<std::pair<std::string, std::string>> XMLElement::attributes() const 
 
 void XMLElement::setAttribute(const char* name, std::string_view value) {
     const pugi::xml_attribute found = nodeOf(node_).attribute(name);
-    assign(found ? found : made(nodeOf(node_).append_attribute(name)), name, value);
+    assign(found ? found : made(nodeOf(node_).append_attribute(name)), value);
 }
 
 void XMLElement::setExistingAttribute(const char* name, std::string_view value) {
-    const pugi::xml_attribute found = nodeOf(node_).attribute(name);
-    if (found) assign(found, name, value);
+    if (const pugi::xml_attribute found = nodeOf(node_).attribute(name)) assign(found, value);
 }
 
 void XMLElement::setAttributes(std::span<const XMLAttribute> attributes) {
@@ -96,7 +94,8 @@ void XMLElement::setAttributes(std::span<const XMLAttribute> attributes) {
     pugi::xml_attribute slot = node.first_attribute();
     for (const XMLAttribute& wanted : attributes) {
         if (!slot) slot = made(node.append_attribute(wanted.name));
-        assign(slot, wanted.name, wanted.value);
+        if (std::strcmp(slot.name(), wanted.name) != 0) check(slot.set_name(wanted.name));
+        assign(slot, wanted.value);
         slot = slot.next_attribute();
     }
     while (slot) {
@@ -169,6 +168,7 @@ class TextWriter final : public pugi::xml_writer {
         // The only carriage returns are those that a text had as references; as themselves they would be read
         // as line feeds.
         std::string_view added(static_cast<const char*>(data), size);
+        if (text.empty()) added.remove_prefix(std::min(added.find('<'), added.size()));
         for (auto at = added.find('\r'); at != added.npos; at = added.find('\r')) {
             text.append(added.substr(0, at)).append("&#13;");
             added.remove_prefix(at + 1);
@@ -180,14 +180,14 @@ class TextWriter final : public pugi::xml_writer {
 
 }  // namespace
 
-std::string markupOf(const XMLElement& element, const XMLStyle& style, unsigned depth) {
+std::string markupOf(const XMLElement& element, const XMLStyle& style, unsigned depth, std::size_t length) {
     unsigned format = pugi::format_indent;
     if (!style.emptyElementTags) format |= pugi::format_no_empty_element_tags;
     TextWriter writer;
+    writer.text.reserve(length);
     nodeOf(element.handle()).print(writer, style.indent, format, pugi::encoding_utf8, depth);
-    const std::size_t begin = writer.text.find('<');
-    const std::size_t end = writer.text.rfind('>');
-    return begin == std::string::npos ? std::string() : writer.text.substr(begin, end + 1 - begin);
+    writer.text.resize(writer.text.rfind('>') + 1);  // none: 0
+    return std::move(writer.text);
 }
 
 }  // namespace zal

@@ -87,8 +87,9 @@ class XMLDocument {
 };
 
 /// An element as text, in the style of a file where it stands `depth` elements deep: without the white space
-/// in front of it and behind it.
-std::string markupOf(const XMLElement& element, const XMLStyle& style, unsigned depth);
+/// in front of it and behind it. `length` is about how long it will be, for the memory.
+std::string markupOf(const XMLElement& element, const XMLStyle& style, unsigned depth,
+                     std::size_t length = 0);
 
 /// A text as an attribute keeps it.
 std::string textForXML(std::string_view text);

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr std::uint64_t readAhead = 65536;
+
 using TimePoint = std::chrono::system_clock::time_point;
 
 void fill(ZALError* error, ZALErrorCode code, std::shared_ptr<const ZALError> underlying) {
@@ -252,18 +254,26 @@ bool ZALCollectionDatabase::hasTrackForSongFileAtURL(const ZALNullableString& pa
 
 bool ZALCollectionDatabase::forEachTrack(
     const std::function<void(const std::shared_ptr<const ZALCollectionTrack>& track)>& function) const {
-    const auto held = index();
-    if (!held) return true;
-    zal::ElementReader reader(held);
-    for (std::uint32_t number = 0; number < held->tracks().size(); ++number) {
-        const auto track = reader.track(number);
-        if (!track) {
-            askForReload();
-            return false;
-        }
-        function(program_.copyOf(*track));
+    ZALCollectionCursor cursor = tracksInOrder();
+    while (const auto track = cursor.next()) {
+        function(track);
     }
-    return true;
+    if (cursor.hasFailed()) askForReload();
+    return !cursor.hasFailed();
+}
+
+ZALCollectionCursor ZALCollectionDatabase::tracksInOrder() const {
+    ZALCollectionCursor cursor;
+    if (const auto held = index()) cursor.reader_ = std::make_shared<zal::ElementReader>(held, readAhead);
+    return cursor;
+}
+
+std::shared_ptr<const ZALCollectionTrack> ZALCollectionCursor::next() {
+    if (!reader_ || next_ == reader_->index().tracks().size()) return nullptr;
+    if (hasFailed_) return nullptr;
+    const auto track = reader_->track(next_++);
+    hasFailed_ = track == nullptr;
+    return track ? reader_->index().program().copyOf(*track) : nullptr;
 }
 
 std::size_t ZALCollectionDatabase::trackCount() const {

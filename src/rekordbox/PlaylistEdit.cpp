@@ -78,8 +78,8 @@ FrameEdit newRoot(ElementReader& reader, const std::string& root) {
     const Span& span = frame.playlists.front();
     FrameEdit edit = editOf(span, root);
     const std::string blank = reader.blankInFrontOf(span.begin);
-    const std::string* text = reader.text(span);
-    const std::string whole = text == nullptr ? root : withChildren(*text, blank, indent, {&root, 1});
+    const auto text = reader.text(span);
+    const std::string whole = text ? withChildren(*text, blank, indent, {&root, 1}) : root;
     const std::size_t at = whole.rfind(root);
     edit.before = whole.substr(0, at);
     edit.after = whole.substr(at + root.size());
@@ -145,7 +145,7 @@ std::optional<FrameEdit> playlistEdit(ElementReader& reader, const std::string& 
     const XMLElement root = reader.element(*frame.firstNode);
     const auto folder = ZALRekordboxPlaylistFolder::initWithXMLElement(root);
     if (!folder) return std::nullopt;
-    const std::string text = reader.lastText();
+    const std::string text(reader.lastText());
     const auto playlist = folder->getPlaylist(playlistName, false);
     if (!playlist) {
         const std::string blank = reader.blankInFrontOf(frame.firstNode->begin);
@@ -158,12 +158,12 @@ std::optional<FrameEdit> playlistEdit(ElementReader& reader, const std::string& 
 
 std::vector<std::uint64_t> idsInPlaylist(ElementReader& reader, const std::string& playlistName) {
     const std::optional<Span>& node = reader.index().frame().firstNode;
-    const std::string* text = node ? reader.text(*node) : nullptr;
+    const auto text = node ? reader.text(*node) : std::nullopt;
     XMLDocument document;
-    if (text == nullptr || !isNode(elementOf(firstTag(*text), document), NodeType::folder)) return {};
+    if (!text || !isNode(elementOf(firstTag(*text), document), NodeType::folder)) return {};
     for (const auto& child : partsOf(*text).children) {
         const std::string_view playlist =
-            std::string_view(*text).substr(child.range.begin, child.range.end - child.range.begin);
+            text->substr(child.range.begin, child.range.end - child.range.begin);
         if (child.name != playlistNodeName) continue;
         const XMLElement tag = elementOf(firstTag(playlist), document);
         if (!isNode(tag, NodeType::playlist) || tag.attributeText("Name") != playlistName) continue;

@@ -58,10 +58,10 @@ std::optional<ZALRekordboxCuePoint> ZALRekordboxCuePoint::initWithXMLElement(con
     if (start == nullptr) return std::nullopt;
     ZALRekordboxCuePoint cue;
     cue.name_ = element.attributeText("Name");
-    cue.type_ = zal::integerValue(element.attributeText("Type"));
     cue.start_ = zal::doubleValue(start);
-    cue.end_ = zal::doubleValue(element.attributeText("End"));
-    cue.num_ = zal::integerValue(element.attributeText("Num"));
+    if (const char* type = element.attribute("Type")) cue.type_ = zal::integerValue(type);
+    if (const char* end = element.attribute("End")) cue.end_ = zal::doubleValue(end);
+    if (const char* number = element.attribute("Num")) cue.num_ = zal::integerValue(number);
     return cue;
 }
 

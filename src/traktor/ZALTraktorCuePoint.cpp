@@ -35,7 +35,7 @@ bool isFormatted(std::string_view text) {
            std::all_of(text.begin() + static_cast<std::ptrdiff_t>(point) + 1, text.end(), isDigit);
 }
 
-double seconds(const std::string& milliseconds) {
+double seconds(std::string_view milliseconds) {
     return zal::doubleValue(milliseconds) / 1000;
 }
 
@@ -43,16 +43,20 @@ bool isCue(const zal::XMLElement& element) {
     return element.name() == elementName || zal::asciiLowercase(element.name()) == "cue_v2";
 }
 
+std::string_view textOf(const zal::XMLElement& element, const char* attribute) {
+    const char* const text = element.attribute(attribute);
+    return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
 // A save writes every cue, nearly all of them as they are.
 void setTime(zal::XMLElement element, const char* attribute, double time) {
-    const std::string text = element.attributeText(attribute);
+    const std::string_view text = textOf(element, attribute);
     if (!isFormatted(text) || seconds(text) != time)
         element.setExistingAttribute(attribute, milliseconds(time));
 }
 
 std::int64_t integerOf(const zal::XMLElement& element, const char* attribute) {
-    const char* text = element.attribute(attribute);
-    return text == nullptr ? 0 : zal::integerValue(text);
+    return zal::integerValue(textOf(element, attribute));
 }
 
 }  // namespace
@@ -104,10 +108,10 @@ std::string ZALTraktorCuePoint::description() const {
 std::optional<ZALTraktorCuePoint> ZALTraktorCuePoint::initWithXMLElement(const zal::XMLElement& element) {
     if (!isCue(element)) return std::nullopt;
     ZALTraktorCuePoint cue;
-    cue.name_ = element.attributeText("NAME");
+    cue.name_ = textOf(element, "NAME");
     cue.type_ = integerOf(element, "TYPE");
-    cue.startTime_ = seconds(element.attributeText("START"));
-    cue.length_ = seconds(element.attributeText("LEN"));
+    cue.startTime_ = seconds(textOf(element, "START"));
+    cue.length_ = seconds(textOf(element, "LEN"));
     cue.index_ = integerOf(element, "HOTCUE");
     return cue;
 }

@@ -42,12 +42,13 @@ zal::TraktorLocation locationOf(const zal::XMLElement& track) {
             nullable(location.attribute("FILE"))};
 }
 
-// A second before the audio file's date, so that the file counts as the newer one.
-TimePoint dateForEntry(const ZALNullableString& path) {
+// A second before the audio file's date, so that the file counts as the newer one. `failed` is told the file
+// that has none.
+TimePoint dateForEntry(const ZALNullableString& path, std::string& failed) {
     ZALFileAttributes attributes;
     const auto failure = ZALHost::shared().fileSystem()->attributes(path.value_or(""), attributes);
     if (!failure) return TimePoint(std::chrono::nanoseconds(attributes.modified)) - seconds(1);
-    zal::logf("failed to get audio file mod date: {} {}", zal::describe(path), zal::describe(failure));
+    failed = fmt::format("{} {}", zal::describe(path), zal::describe(failure));
     return ZALHost::shared().clock()->now() - std::chrono::hours(1);
 }
 
@@ -98,7 +99,9 @@ void ZALTraktorTrack::removeAllCues() {
 void ZALTraktorTrack::updateXMLElement() {
     if (!element() || !xmlNeedsUpdate()) return;
     writeCues(cueName);
-    const DateText date = newDate();
+    std::string failed;
+    const DateText date = newDate(failed);
+    setFileWithoutDate(std::move(failed));
     element().setExistingAttribute("MODIFIED_DATE", date.day.value_or(""));
     element().setExistingAttribute("MODIFIED_TIME", date.seconds);
     setNeedsUpdate(false);
@@ -108,8 +111,8 @@ zal::XMLElement ZALTraktorTrack::xmlElement() const {
     return element();
 }
 
-ZALTraktorTrack::DateText ZALTraktorTrack::newDate() const {
-    const TimePoint date = dateForEntry(path());
+ZALTraktorTrack::DateText ZALTraktorTrack::newDate(std::string& failed) const {
+    const TimePoint date = dateForEntry(path(), failed);
     const auto time = std::chrono::floor<seconds>(date - zal::startOfDayUTC(date));
     return {zal::slashDate(date), std::to_string(time.count())};
 }
@@ -147,7 +150,7 @@ zal::TrackEdit ZALTraktorTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoint
                                         zal::XMLDocument* scratch) const {
     zal::TrackEdit edit = editOfMarks(cueName, zal::traktorProgram().style, cuePoints, kind, scratch);
     if (!edit.isChanged || scratch == nullptr) return edit;
-    const DateText date = newDate();
+    const DateText date = newDate(edit.fileWithoutDate);
     edit.attributes.push_back({"MODIFIED_DATE", date.day.value_or(""), false});
     edit.attributes.push_back({"MODIFIED_TIME", date.seconds, false});
     return edit;

@@ -193,6 +193,20 @@ TEST_P(Shared, aPathIsOneInEveryNormalizationAndTheNewestRequestWins) {
     EXPECT_THAT(times("/E\xCC\x81.mp3"), ElementsAre(-1)) << "case counts";
 }
 
+TEST_P(Shared, audioFilesThatAreAwayAreOneLine) {
+    for (const auto mode :
+         {ZALCollectionSaveMode::everyTrackWithCues, ZALCollectionSaveMode::changedTracks}) {
+        host->setCollectionSaveMode(mode);
+        const LogCapture log;
+        request(8), request(9, "/2.mp3");
+        EXPECT_TRUE(saved(*queue).success);
+        const bool isTraktor = kind.name == std::string("Traktor");
+        const auto line = AllOf(HasSubstr("/1.mp3"), HasSubstr(": 2)"));
+        EXPECT_THAT(log.lines(), testing::Conditional(isTraktor, ElementsAre(line), testing::IsEmpty()));
+        write({"/1.mp3", "/2.mp3"});
+    }
+}
+
 TEST_P(Shared, aCancelledRequestIsNotWrittenAfterAFailedSave) {
     for (const auto mode :
          {ZALCollectionSaveMode::everyTrackWithCues, ZALCollectionSaveMode::changedTracks}) {
@@ -250,7 +264,7 @@ TEST_P(Shared, servesManyThreadsAtOnce) {
         });
     };
     std::thread looking[] = {
-        look([&] { times(), database->needsReloading(), database->cueCount(); }),
+        look([&] { times(), database->needsReloading(), database->track("/1.mp3")->beatTimes(); }),
         look([&] { database->forEachTrack([&](const auto& track) { database->track(track->path()); }); }),
     };
     std::vector<std::thread> senders;

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -19,7 +20,26 @@ namespace zal {
 struct CollectionChanges;
 struct CollectionProgram;
 class CollectionIndex;
+class ElementReader;
 }  // namespace zal
+
+/// Goes through the tracks of a collection, for who asks for one after the other. They are those of the
+/// moment when it was made, in the order of the file, whatever is loaded or saved meanwhile. One thread at a
+/// time.
+class ZALTAG_EXPORT ZALCollectionCursor {
+  public:
+    /// A copy of the next track. Null behind the last, and when the file turns out to have been changed: the
+    /// rest is left out then.
+    std::shared_ptr<const ZALCollectionTrack> next();
+    /// True when tracks were left out.
+    bool hasFailed() const { return hasFailed_; }
+
+  private:
+    friend class ZALCollectionDatabase;
+    std::shared_ptr<zal::ElementReader> reader_;  // null when nothing is loaded
+    std::uint32_t next_ = 0;
+    bool hasFailed_ = false;
+};
 
 /// The collection file of a DJ program: what the databases of all programs do alike.
 ///
@@ -76,6 +96,10 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     /// out.
     bool forEachTrack(
         const std::function<void(const std::shared_ptr<const ZALCollectionTrack>& track)>& function) const;
+
+    /// The same for who asks for them. Nothing asks for a reload when the file turns out to have been
+    /// changed.
+    ZALCollectionCursor tracksInOrder() const;
 
     /// True when the collection holds a track for an audio file.
     bool hasTrackForSongFileAtURL(const ZALNullableString& path) const;

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace zal {
@@ -73,6 +74,8 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     bool xmlNeedsUpdate() const { return xmlNeedsUpdate_; }
     /// Writes what has changed into the track's element.
     virtual void updateXMLElement() = 0;
+    /// The audio file, and why not, when its date was wanted for that and could not be had; else empty.
+    const std::string& fileWithoutDate() const { return fileWithoutDate_; }
     /// Replaces the cues of a kind by new ones for these cue points. True when the list is another one then.
     virtual bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) = 0;
     /// What the same changes in the text of the element, when nothing else may change. Without a document to
@@ -91,6 +94,7 @@ class ZALTAG_EXPORT ZALCollectionTrack {
 
     void setPath(ZALNullableString path);
     void setNeedsUpdate(bool needed) { xmlNeedsUpdate_ = needed; }
+    void setFileWithoutDate(std::string file) { fileWithoutDate_ = std::move(file); }
     zal::XMLElement element() const;
     void setElement(const zal::XMLElement& element);
     /// Makes this a copy that stands for itself.
@@ -105,6 +109,7 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     mutable bool isDecomposed_ = false;
     void* element_ = nullptr;
     std::shared_ptr<const std::optional<ZALTrackTempo>> keptTempo_;
+    std::string fileWithoutDate_;
     bool xmlNeedsUpdate_ = false;
 };
 

@@ -61,7 +61,7 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
         std::string seconds;
     };
     DateText readDate() const;
-    DateText newDate() const;
+    DateText newDate(std::string& failed) const;
     bool isReplaced(const ZALTraktorCuePoint& cue, ZALCueKind kind) const override;
     std::vector<ZALTraktorCuePoint> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
                                             ZALCueKind kind) const override;
