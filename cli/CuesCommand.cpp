@@ -104,7 +104,7 @@ Request readWords(const Options& options) {
         if (secondsOf(seconds) < 0)
             throw UsageError(fmt::format("{} lies before the start of the track", seconds));
         if (ZALValidUTF8(name) != name) throw UsageError("a name is not UTF-8");
-        cuePoints.push_back(ZALTagCuePoint::cuePointWithTime(secondsOf(seconds), name));
+        cuePoints.push_back(ZALTagCuePoint(secondsOf(seconds), name));
     }
     return {words.files, std::move(cuePoints)};
 }

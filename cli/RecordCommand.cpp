@@ -26,7 +26,7 @@ bool setRecord(ZALTag& tag, const Dictionary& dictionary) {
     const std::optional<Record> record = Record::propertyWithJSONDict(dictionary);
     if (dictionary) {
         const Dictionary stored = record ? record->JSONDict() : std::nullopt;
-        if (!stored || !tagData(*stored)) return false;
+        if (!stored || !ZALTagRecordData(*stored)) return false;
     }
     (tag.*set)(record);
     return true;

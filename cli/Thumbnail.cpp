@@ -50,7 +50,7 @@ ZALImagePtr madeSmall(const ZALImage& image) {
 std::string thumbnailURI(const ZALImagePtr& image) {
     const ZALImagePtr small = image ? madeSmall(*image) : nullptr;
     const ZALNullableData file = small ? small->PNGData() : std::nullopt;
-    const ZALNullableData text = file ? dataByEncodingBase64(*file) : std::nullopt;
+    const ZALNullableData text = file ? ZALDataByEncodingBase64(*file) : std::nullopt;
     if (!text) return {};
     std::string uri = "data:image/png;base64,";
     std::copy_if(text->begin(), text->end(), std::back_inserter(uri),

@@ -2,22 +2,16 @@
 // collections.
 #include <zaltag/zaltag.h>
 
-#include <chrono>
 #include <filesystem>
 #include <iostream>
 
 namespace {
 
-// Saves a collection and waits for it.
-bool isSaved(void (*save)(ZALCompletion), const char* name) {
-    bool isDone = false;
-    bool isWritten = false;
-    save([&](bool success, const ZALError* error) {
-        isDone = true;
-        isWritten = success && error == nullptr;
-        if (error != nullptr) std::cerr << name << ": " << error->localizedDescription << "\n";
-    });
-    return ZALMainQueue::shared().runUntil([&] { return isDone; }, std::chrono::minutes(1)) && isWritten;
+bool isSaved(ZALCollectionQueue& queue, const char* name) {
+    ZALError error;
+    const bool isDone = queue.saveAndWait(&error);
+    if (!isDone) std::cerr << name << ": " << error.localizedDescription << "\n";
+    return isDone;
 }
 
 }  // namespace
@@ -45,8 +39,8 @@ int main(int argc, char** argv) {
         if (tag->isInRekordboxDB()) tag->setRekordboxHotAndMemoryCuePoints(cuePoints);
         if (tag->isInTraktorDB()) tag->setTraktorCuePoints(cuePoints);
     }
-    const bool both = isSaved(&ZALTag::saveRekordboxDBWithCompletionBlock, "Rekordbox") &&
-                      isSaved(&ZALTag::saveTraktorDBWithCompletionBlock, "Traktor");
+    const bool both = isSaved(*ZALRekordboxQueue::sharedQueue(), "Rekordbox") &&
+                      isSaved(*ZALTraktorQueue::sharedQueue(), "Traktor");
 
     // A queue leaves out what a collection has newer without failing: look the tracks up.
     for (const std::string& path : paths) {

@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
     }
     std::vector<ZALTagCuePoint> cuePoints;
     for (int i = 2; i < argc; i += 2) {
-        cuePoints.push_back(ZALTagCuePoint::cuePointWithTime(std::atof(argv[i]), argv[i + 1]));
+        cuePoints.push_back(ZALTagCuePoint(std::atof(argv[i]), argv[i + 1]));
     }
 
     const auto tag = ZALTag::tagAtPath(argv[1]);

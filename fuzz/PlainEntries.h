@@ -5,6 +5,7 @@
 #include "base/Endian.h"
 
 #include <algorithm>
+#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -93,6 +94,17 @@ inline void addChunks(std::vector<ZALDataView>& entries, ZALDataView file, bool 
     }
 }
 
+inline std::string uppercase(std::string_view text) {
+    std::string out(text);
+    std::ranges::transform(out, out.begin(), [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; });
+    return out;
+}
+
+/// What the targets set: frames, items and fields.
+inline const std::string namesThatAreSet =
+    "TIT2 COMM TKEY TIT1 GRP1 TBPM GEOB APIC TCON \251NAM \251CMT \251GRP TMPO COVR ---- TITLE COMMENT "
+    "DESCRIPTION INITIALKEY BPM KEY VELVETCASCADE SERATO_MARKERS_V2";
+
 /// All of a file that nothing of these names is.
 inline std::vector<ZALDataView> plainEntries(ZALDataView file, std::string_view extension) {
     std::vector<ZALDataView> entries;
@@ -100,41 +112,15 @@ inline std::vector<ZALDataView> plainEntries(ZALDataView file, std::string_view 
     if (extension == "m4a") addItems(entries, file);
     if (extension == "flac") addBlocks(entries, file);
     if (extension == "wav" || extension == "aiff") addChunks(entries, file, extension == "aiff");
-    const auto isSet = [](ZALDataView entry) {
-        static constexpr std::string_view names[] = {"TIT2",
-                                                     "COMM",
-                                                     "TKEY",
-                                                     "TIT1",
-                                                     "GRP1",
-                                                     "TBPM",
-                                                     "GEOB",
-                                                     "APIC",
-                                                     "TCON",
-                                                     "\251nam",
-                                                     "\251cmt",
-                                                     "\251grp",
-                                                     "tmpo",
-                                                     "covr",
-                                                     "----",
-                                                     "TITLE",
-                                                     "COMMENT",
-                                                     "DESCRIPTION",
-                                                     "INITIALKEY",
-                                                     "BPM",
-                                                     "KEY",
-                                                     "VELVETCASCADE",
-                                                     "SERATO_MARKERS_V2"};
-        std::string start(textOf(entry.first(std::min<std::size_t>(entry.size(), 32))));
-        std::ranges::transform(start, start.begin(),
-                               [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; });
-        return std::ranges::any_of(names, [&](std::string_view name) {
-            std::string upper(name);
-            std::ranges::transform(upper, upper.begin(),
-                                   [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; });
-            return start.starts_with(upper) || (start.size() > 8 && start.substr(4).starts_with(upper));
-        });
-    };
-    std::erase_if(entries, isSet);
+    std::erase_if(entries, [](ZALDataView entry) {
+        const std::string start = uppercase(textOf(entry.first(std::min<std::size_t>(entry.size(), 32))));
+        std::istringstream names(namesThatAreSet);
+        for (std::string name; names >> name;) {
+            if (start.starts_with(name) || (start.size() > 8 && start.substr(4).starts_with(name)))
+                return true;
+        }
+        return false;
+    });
     return entries;
 }
 

@@ -24,9 +24,9 @@ void set(ZALTag& tag, const std::string& text) {
     }
     tag.setGrouping(text.size() < 10 ? ZALNullableString() : text);
     tag.setTempo(static_cast<std::int64_t>(text.size()));
-    tag.setZalKey(ZALTagKey::keyWithKey(text, 1));
-    tag.setZalVelvetCascade(ZALTagVelvetCascade::tagWithBackupFileName(nullptr, text.size() > 10));
-    tag.setSeratoCuePoints({ZALTagCuePoint::cuePointWithTime(1.5, "cue")});
+    tag.setZalKey(ZALTagKey(text, 1));
+    tag.setZalVelvetCascade(ZALTagVelvetCascade(nullptr, text.size() > 10));
+    tag.setSeratoCuePoints({ZALTagCuePoint(1.5, "cue")});
     tag.restoreOriginalImage();
 }
 
@@ -70,7 +70,7 @@ void audio(ZALDataView data) {
         require(holdsAll(contentsOf(file.path()), entries));
         const auto again = opened(file);
         require(again->title() == text && !again->seratoCuePoints().empty());
-        require(again->zalKey() == ZALTagKey::keyWithKey(text, 1));
+        require(again->zalKey() == ZALTagKey(text, 1));
     }
     const auto again = opened(file);
     clear(*again);
@@ -150,9 +150,8 @@ void changeTracks(const std::string& path, const zal::CollectionProgram& program
         const auto track = reader.track(i);
         if (!reader.find(track->indexKey(), number)) continue;
         asked.insert(number);
-        queue->setCuePoints(
-            {ZALTagCuePoint::cuePointWithTime(12.5, "a"), ZALTagCuePoint::cuePointWithTime(1, "&<\xC3\xA9>")},
-            track->path(), ZALCueKind::all);
+        queue->setCuePoints({ZALTagCuePoint(12.5, "a"), ZALTagCuePoint(1, "&<\xC3\xA9>")}, track->path(),
+                            ZALCueKind::all);
     }
     if (!saved(*queue).success) return;
     const Parts after = partsOf(path, program);

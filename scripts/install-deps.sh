@@ -12,7 +12,7 @@ packages=(
     libpugixml-dev libexpat1-dev libutf8proc-dev
     libasio-dev libcurl4-openssl-dev
     # testing: the framework, a second compiler for fuzzing, encoders and readers nobody here wrote
-    libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
+    libgtest-dev libgmock-dev libbenchmark-dev clang clang-format libclang-rt-14-dev
     openssl python3 python3-mutagen lame flac ffmpeg libimage-exiftool-perl
     "$@"
 )

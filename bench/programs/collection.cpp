@@ -14,7 +14,7 @@ namespace {
 std::vector<ZALTagCuePoint> newCues() {
     std::vector<ZALTagCuePoint> cues;
     for (int i = 0; i < 8; ++i) {
-        cues.push_back(ZALTagCuePoint::cuePointWithTime(10.0 + 15.0 * i, "Bench"));
+        cues.push_back(ZALTagCuePoint(10.0 + 15.0 * i, "Bench"));
     }
     return cues;
 }

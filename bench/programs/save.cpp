@@ -25,7 +25,7 @@ void change(ZALTag& tag, const std::string& what, char round) {
         tag.setComment(std::string(1500, round));
     } else {
         const auto name = std::make_shared<const std::string>(std::string("before the processing ") + round);
-        tag.setZalVelvetCascade(ZALTagVelvetCascade::tagWithBackupFileName(name, true));
+        tag.setZalVelvetCascade(ZALTagVelvetCascade(name, true));
     }
 }
 

@@ -17,13 +17,14 @@
 
 #include <algorithm>
 #include <exception>
+#include <future>
 #include <utility>
 
 namespace {
 
 constexpr std::chrono::duration<double> flushDelay{180.0};
 
-enum Stage : std::uint64_t { idle = 0, waiting = 1, loading = 2, applying = 3, saving = 4 };
+using Stage = ZALCollectionProgress;
 
 // What the main queue last heard; it may outlive the queue. A main queue that is behind hears the last of it.
 struct Progress {
@@ -66,7 +67,7 @@ struct ZALCollectionQueue::State {
     const std::shared_ptr<Progress> progress = std::make_shared<Progress>();
     zal::PackedRequests itemQueue;
     std::shared_ptr<ZALTimer> processTimer;
-    std::uint64_t exportStage = idle;
+    std::uint64_t exportStage = Stage::idle;
 };
 
 ZALCollectionQueue::ZALCollectionQueue(const zal::CollectionProgram& program,
@@ -140,7 +141,7 @@ ZALCollectionQueue::Outcome ZALCollectionQueue::guarded(Outcome (ZALCollectionQu
         zal::logf("-[{}] {}", program_.queueClass, exception.what());
         outcome = {false, std::nullopt};
     }
-    setExportStage(idle);
+    setExportStage(Stage::idle);
     return outcome;
 }
 
@@ -154,6 +155,23 @@ void ZALCollectionQueue::save(ZALCompletion completion) {
     perform(&ZALCollectionQueue::processQueueAndSave, std::move(completion));
 }
 
+bool ZALCollectionQueue::saveAndWait(ZALError* error) {
+    assertProcessingQueue("saveAndWait:");
+    Outcome outcome{false, std::nullopt};
+    std::promise<void> done;
+    const auto run = [&] {
+        outcome = guarded(&ZALCollectionQueue::processQueueAndSave);
+        done.set_value();
+    };
+    if (state_->processingQueue->isCurrent()) {
+        run();
+    } else if (state_->processingQueue->async(run)) {
+        done.get_future().wait();
+    }
+    if (error != nullptr && outcome.error) *error = *outcome.error;
+    return outcome.isDone();
+}
+
 void ZALCollectionQueue::cancel() {
     assertProcessingQueue("cancel");
     state_->processingQueue->async([this, self = shared_from_this()] {
@@ -165,11 +183,11 @@ void ZALCollectionQueue::cancel() {
 ZALCollectionQueue::Outcome ZALCollectionQueue::reloadIfNeeded() {
     Outcome outcome;
     if (!database().needsReloading()) return outcome;
-    setExportStage(loading);
+    setExportStage(Stage::loading);
     ZALError error;
     outcome.success = database().reload(&error);
     if (!error.domain.empty()) outcome.error = error;
-    setExportStage(idle);
+    setExportStage(Stage::idle);
     return outcome;
 }
 
@@ -199,7 +217,7 @@ ZALCollectionQueue::Outcome ZALCollectionQueue::batch() {
     if (!database().canExport(&error) || !error.domain.empty()) return failure(false);
     const bool wasLoaded = database().isLoaded();
     if (database().needsReloading()) {
-        setExportStage(loading);
+        setExportStage(Stage::loading);
         const bool reloaded = database().reload(&error);
         if (wasLoaded && (!reloaded || !error.domain.empty())) {
             zal::logf("-[{} processQueueAndSave:] {}: {}", program_.queueClass, program_.reloadFailure,
@@ -211,14 +229,14 @@ ZALCollectionQueue::Outcome ZALCollectionQueue::batch() {
         dropRequests();
         return outcome;
     }
-    setExportStage(applying);
+    setExportStage(Stage::applying);
     zal::CollectionChanges changes;
     bool shouldSave = false;
     if (!applyRequests(changes, shouldSave)) {
         database().askForReload();
         return failure(database().failSave("the file was changed since it was read", &error));
     }
-    setExportStage(saving);
+    setExportStage(Stage::saving);
     if (shouldSave && (!database().saveChanges(changes, &error) || !error.domain.empty()))
         return failure(false);
     const bool isQuiet = changes.mode == ZALCollectionSaveMode::changedTracks && !shouldSave;
@@ -279,8 +297,9 @@ void ZALCollectionQueue::setExportStage(std::uint64_t stage) {
 }
 
 void ZALCollectionQueue::updateProgress() {
-    const std::uint64_t shown =
-        state_->exportStage == idle && !state_->itemQueue.empty() ? waiting : state_->exportStage;
+    const std::uint64_t shown = state_->exportStage == Stage::idle && !state_->itemQueue.empty()
+                                    ? Stage::waiting
+                                    : state_->exportStage;
     if (!state_->progress->change({shown, 0, 0})) return;
     ZALMainQueue::shared().post([progress = state_->progress, notification = program_.progressNotification,
                                  sender = this] { progress->show(notification, sender); });

@@ -29,7 +29,8 @@ std::optional<ZALArray<double>> ZALCollectionTrack::beatTimes() const {
 }
 
 ZALArray<ZALTagCuePoint> ZALCollectionTrack::onBeats(const ZALArray<ZALTagCuePoint>& cuePoints) const {
-    return cuePointsAdjustedToBeatTimes(sortedCuePoints(cuePoints), beatTimes().value_or(ZALArray<double>()));
+    return ZALCuePointsAdjustedToBeatTimes(ZALSortedCuePoints(cuePoints),
+                                           beatTimes().value_or(ZALArray<double>()));
 }
 
 std::string ZALCollectionTrack::whyLeftOut(std::chrono::system_clock::time_point) const {

@@ -22,8 +22,9 @@ using TagLib::ID3v2::UserTextIdentificationFrame;
 constexpr char energyDescription[] = "EnergyLevel";
 
 // A basic field: from the first ID3v2 tag that has it, or from the ID3v1 tag. Null when none holds it.
-ZALNullableString basicField(const std::vector<const TagLib::ID3v2::Tag*>& v2Tags, const TagLib::ID3v1::Tag* v1,
-                             const char* frameID, TagLib::String (TagLib::Tag::*field)() const) {
+ZALNullableString basicField(const std::vector<const TagLib::ID3v2::Tag*>& v2Tags,
+                             const TagLib::ID3v1::Tag* v1, const char* frameID,
+                             TagLib::String (TagLib::Tag::*field)() const) {
     std::vector<const TagLib::Tag*> tags(v2Tags.begin(), v2Tags.end());
     if (v1 != nullptr) tags.push_back(v1);
     for (const TagLib::Tag* tag : tags) {

@@ -204,7 +204,8 @@ std::size_t sameAtBeginning(ZALDataView one, ZALDataView other) {
     while (one.size() - at >= comparedBlock && std::memcmp(&one[at], &other[at], comparedBlock) == 0) {
         at += comparedBlock;
     }
-    while (at < one.size() && one[at] == other[at]) ++at;
+    while (at < one.size() && one[at] == other[at])
+        ++at;
     return at;
 }
 
@@ -215,7 +216,8 @@ std::size_t sameAtEnd(ZALDataView one, ZALDataView other) {
         if (std::memcmp(&one[at], &other[at], comparedBlock) != 0) break;
         rest = at;
     }
-    while (rest > 0 && one[rest - 1] == other[rest - 1]) --rest;
+    while (rest > 0 && one[rest - 1] == other[rest - 1])
+        --rest;
     return one.size() - rest;
 }
 

@@ -6,7 +6,7 @@ namespace zal {
 
 ZALNullableData storedRecord(const ZALTagCustomProperty* record) {
     const auto dictionary = record != nullptr ? record->JSONDict() : std::nullopt;
-    return dictionary ? tagData(*dictionary) : ZALData();
+    return dictionary ? ZALTagRecordData(*dictionary) : ZALData();
 }
 
 }  // namespace zal

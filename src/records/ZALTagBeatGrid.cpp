@@ -23,15 +23,6 @@ std::optional<ZALArray<double>> beatsFromJSON(const ZALJSONValue& value) {
 
 }  // namespace
 
-ZALTagBeatGrid ZALTagBeatGrid::beatGridWithBeats(std::optional<ZALArray<double>> beats, float tempo,
-                                                 std::int64_t algorithm) {
-    ZALTagBeatGrid made;
-    made.setBeats(std::move(beats));
-    made.setTempo(tempo);
-    made.setAlgorithm(algorithm);
-    return made;
-}
-
 std::optional<ZALJSONValue> ZALTagBeatGrid::JSONDict() const {
     if (!beats_) return std::nullopt;
     ZALJSONValue::Object dictionary = envelope();

@@ -25,13 +25,6 @@ double nearestBeat(const ZALArray<double>& beats, double time) {
 
 }  // namespace
 
-ZALTagCuePoint ZALTagCuePoint::cuePointWithTime(double time, ZALNullableString name) {
-    ZALTagCuePoint made;
-    made.setTime(time);
-    made.setName(std::move(name));
-    return made;
-}
-
 bool ZALTagCuePoint::isEqualToCuePoint(const ZALTagCuePoint& other) const {
     if (this == &other) return true;
     return std::fabs(time_ - other.time_) < 0.001 && name_ == other.name_;
@@ -45,14 +38,14 @@ std::string ZALTagCuePoint::description() const {
     return fmt::format("name: {}, time: {}", zal::describe(name_), zal::shortestDecimal(time_));
 }
 
-ZALArray<ZALTagCuePoint> sortedCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+ZALArray<ZALTagCuePoint> ZALSortedCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
     std::vector<ZALTagCuePoint> sorted = cuePoints.elements();
     std::stable_sort(sorted.begin(), sorted.end(), isEarlier);
     return sorted;
 }
 
-ZALArray<ZALTagCuePoint> cuePointsAdjustedToBeatTimes(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                                      const ZALArray<double>& beatTimes) {
+ZALArray<ZALTagCuePoint> ZALCuePointsAdjustedToBeatTimes(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                         const ZALArray<double>& beatTimes) {
     if (beatTimes.empty()) return cuePoints;
     std::vector<ZALTagCuePoint> adjusted = cuePoints.elements();
     for (ZALTagCuePoint& cue : adjusted) {

@@ -24,14 +24,6 @@ ZALTagCuePoint cueFromJSON(const ZALJSONValue& value) {
 
 }  // namespace
 
-ZALTagCuePoints ZALTagCuePoints::cuePointsWithCuePointArray(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                                            std::int64_t algorithm) {
-    ZALTagCuePoints made;
-    made.setCuePoints(cuePoints);
-    made.setAlgorithm(algorithm);
-    return made;
-}
-
 std::optional<ZALJSONValue> ZALTagCuePoints::JSONDict() const {
     ZALJSONValue::Array cues;
     for (const ZALTagCuePoint& cue : cuePoints_) {

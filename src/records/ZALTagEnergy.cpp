@@ -10,13 +10,6 @@ std::atomic<std::int64_t> newestVersion{0};
 
 }  // namespace
 
-ZALTagEnergy ZALTagEnergy::keyWithEnergy(std::int64_t energy, std::int64_t algorithm) {
-    ZALTagEnergy made;
-    made.setEnergy(energy);
-    made.setAlgorithm(algorithm);
-    return made;
-}
-
 std::optional<ZALJSONValue> ZALTagEnergy::JSONDict() const {
     ZALJSONValue::Object dictionary = envelope();
     dictionary["energyLevel"] = energy_;

@@ -11,13 +11,6 @@ std::atomic<std::int64_t> newestVersion{0};
 
 }  // namespace
 
-ZALTagKey ZALTagKey::keyWithKey(ZALNullableString key, std::int64_t algorithm) {
-    ZALTagKey made;
-    made.setKey(std::move(key));
-    made.setAlgorithm(algorithm);
-    return made;
-}
-
 std::optional<ZALJSONValue> ZALTagKey::JSONDict() const {
     if (!key_) return std::nullopt;
     ZALJSONValue::Object dictionary = envelope();

@@ -17,7 +17,7 @@ ZALDataView bytesOf(std::string_view text) {
 
 }  // namespace
 
-ZALNullableData tagData(const ZALJSONValue& dictionary) {
+ZALNullableData ZALTagRecordData(const ZALJSONValue& dictionary) {
     if (!dictionary.isObject() || !ZALJSON::isValid(dictionary)) {
         zal::logf("Invalid generated json object: {}", ZALJSON::description(dictionary));
         return std::nullopt;
@@ -30,11 +30,11 @@ ZALNullableData tagData(const ZALJSONValue& dictionary) {
         zal::logf("Failed to serialize json object {} error:{}", ZALJSON::description(dictionary), error);
         return std::nullopt;
     }
-    return dataByEncodingBase64(bytesOf(*json));
+    return ZALDataByEncodingBase64(bytesOf(*json));
 }
 
-std::optional<ZALJSONValue> JSONDict(ZALDataView storedBytes) {
-    const ZALNullableData json = dataByDecodingBase64(storedBytes);
+std::optional<ZALJSONValue> ZALTagRecordDictionary(ZALDataView storedBytes) {
+    const ZALNullableData json = ZALDataByDecodingBase64(storedBytes);
     if (!json || json->empty()) return std::nullopt;
     std::string error = "the text is not an object";
     auto value = ZALJSON::parse(textOf(*json), &error);

@@ -2,14 +2,6 @@
 
 #include "records/RecordHash.h"
 
-ZALTagVelvetCascade ZALTagVelvetCascade::tagWithBackupFileName(
-    std::shared_ptr<const std::string> backupFileName, bool isProcessed) {
-    ZALTagVelvetCascade made;
-    made.setBackupFileName(std::move(backupFileName));
-    made.setIsProcessed(isProcessed);
-    return made;
-}
-
 std::optional<ZALJSONValue> ZALTagVelvetCascade::JSONDict() const {
     return ZALJSONValue::Object{
         {"backupFileName", backupFileName_ ? *backupFileName_ : ""},

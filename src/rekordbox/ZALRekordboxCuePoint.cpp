@@ -11,19 +11,9 @@
 
 namespace {
 
-constexpr std::int64_t loopType = 4;
 constexpr const char* typeNames[] = {"Cue", "FadeIn", "FadeOut", "Load", "Loop"};
 
 }  // namespace
-
-ZALRekordboxCuePoint ZALRekordboxCuePoint::rekordboxCueWithCuePoint(const ZALTagCuePoint& cuePoint,
-                                                                    std::int64_t atIndex) {
-    ZALRekordboxCuePoint cue;
-    cue.name_ = cuePoint.name().value_or("");
-    cue.start_ = cuePoint.time();
-    cue.num_ = atIndex;
-    return cue;
-}
 
 ZALNullableString ZALRekordboxCuePoint::typeName() const {
     return zal::nameOfType(typeNames, type_);
@@ -33,7 +23,7 @@ bool ZALRekordboxCuePoint::isEqualToRekordboxCuePoint(const ZALRekordboxCuePoint
     using zal::microseconds;
     if (type_ != other.type_ || num_ != other.num_) return false;
     if (microseconds(start_) != microseconds(other.start_)) return false;
-    if (type_ == loopType && microseconds(end_) != microseconds(other.end_)) return false;
+    if (type_ == typeLoop && microseconds(end_) != microseconds(other.end_)) return false;
     return name_ == other.name_;
 }
 
@@ -75,7 +65,7 @@ void ZALRekordboxCuePoint::updateXMLElement(zal::XMLElement element) const {
     std::vector<zal::XMLAttribute> attributes;
     attributes.reserve(5);
     if (!name_.empty()) attributes.push_back({"Name", name_});
-    if (type_ == loopType) attributes.push_back({"End", zal::shortestDecimal(end_)});
+    if (type_ == typeLoop) attributes.push_back({"End", zal::shortestDecimal(end_)});
     attributes.push_back({"Start", zal::shortestDecimal(start_)});
     attributes.push_back({"Type", std::to_string(type_)});
     attributes.push_back({"Num", std::to_string(num_)});
@@ -87,7 +77,7 @@ zal::XMLElement ZALRekordboxCuePoint::xmlElement(zal::XMLElement parent) const {
     if (!name_.empty()) element.setAttribute("Name", name_);
     element.setAttribute("Type", std::to_string(type_));
     element.setAttribute("Start", zal::shortestDecimal(start_));
-    if (type_ == loopType) element.setAttribute("End", zal::shortestDecimal(end_));
+    if (type_ == typeLoop) element.setAttribute("End", zal::shortestDecimal(end_));
     element.setAttribute("Num", std::to_string(num_));
     return element;
 }
@@ -101,6 +91,6 @@ ZALRekordboxCuePoint ZALRekordboxCuePoint::copyAsStored() const {
     copy.name_ = zal::textForXML(name_);
     // The shortest text reads back as the same number; what is none becomes 0.
     copy.start_ = std::isfinite(start_) ? start_ : 0;
-    copy.end_ = type_ == loopType && std::isfinite(end_) ? end_ : 0;
+    copy.end_ = type_ == typeLoop && std::isfinite(end_) ? end_ : 0;
     return copy;
 }

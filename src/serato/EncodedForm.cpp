@@ -15,7 +15,7 @@ constexpr std::string_view header("application/octet-stream\0\0Serato Markers2\0
 }  // namespace
 
 ZALNullableData recordFromEncodedForm(ZALDataView encoded, std::string_view kind) {
-    ZALNullableData decoded = dataByDecodingBase64(encoded);
+    ZALNullableData decoded = ZALDataByDecodingBase64(encoded);
     if (!decoded || decoded->size() < header.size()) {
         logf("Failed to decode {} data: {} ({} bytes)", kind, describe(encoded), encoded.size());
         return std::nullopt;
@@ -28,7 +28,7 @@ ZALNullableData encodedFormOfMarkers(ZALDataView record) {
     ByteWriter out;
     out.text(header);
     out.bytes(record);
-    ZALNullableData encoded = dataByEncodingBase64(out.data());
+    ZALNullableData encoded = ZALDataByEncodingBase64(out.data());
     if (!encoded) logf("Failed to encode {} ({})", describe(out.data()), out.size());
     return encoded;
 }

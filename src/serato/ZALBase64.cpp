@@ -11,8 +11,6 @@ extern "C" {
 #include <b64/cencode.h>
 }
 
-const std::int32_t CHARS_PER_LINE = 72;
-
 namespace {
 
 // The codec below counts in int; what it cannot count is memory that cannot be had.
@@ -31,7 +29,7 @@ ZALNullableData workingBuffer(std::size_t inputLength, std::size_t length) {
 
 }  // namespace
 
-ZALNullableData dataByEncodingBase64(ZALDataView data) {
+ZALNullableData ZALDataByEncodingBase64(ZALDataView data) {
     constexpr std::size_t bytesPerLine = 54;
     const std::size_t length = 4 * ((data.size() + 2) / 3) + data.size() / bytesPerLine + 1;
     ZALNullableData out = workingBuffer(data.size(), length + 8);  // a few to spare for the codec
@@ -46,7 +44,7 @@ ZALNullableData dataByEncodingBase64(ZALDataView data) {
     return out;
 }
 
-ZALNullableData dataByDecodingBase64(ZALDataView data) {
+ZALNullableData ZALDataByDecodingBase64(ZALDataView data) {
     ZALNullableData out =
         workingBuffer(data.size(), data.size() / 4 * 3 + 8);  // the codec touches one byte past
     if (!out) return out;

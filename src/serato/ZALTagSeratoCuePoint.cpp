@@ -18,13 +18,10 @@ ZALNullableString labelFromBytes(ZALDataView bytes) {
 
 }  // namespace
 
-ZALTagSeratoCuePoint ZALTagSeratoCuePoint::cuePointWithIndex(std::int16_t index, std::uint32_t position,
-                                                             ZALNullableString label) {
-    ZALTagSeratoCuePoint made;
-    made.setIndex(index);
-    made.setPosition(position);
-    made.setLabel(std::move(label));
-    return made;
+ZALTagSeratoCuePoint::ZALTagSeratoCuePoint(std::int16_t index, std::uint32_t position,
+                                           ZALNullableString label)
+    : position_(position), label_(std::move(label)) {
+    setIndex(index);
 }
 
 std::optional<ZALTagSeratoCuePoint> ZALTagSeratoCuePoint::cuePointWithData(ZALDataView data) {

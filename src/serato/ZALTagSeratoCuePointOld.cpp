@@ -5,25 +5,17 @@
 #include "serato/PayloadLog.h"
 #include "serato/SlotColor.h"
 
-ZALTagSeratoCuePointOld ZALTagSeratoCuePointOld::cuePointWithIndex(std::int16_t index,
-                                                                   std::uint32_t position) {
-    ZALTagSeratoCuePointOld made;
-    made.setIndex(index);
-    made.setPosition(position);
-    return made;
-}
-
 ZALTagSeratoCuePointOld ZALTagSeratoCuePointOld::placeholderCuePoint() {
     ZALTagSeratoCuePointOld made = cuePointWithIndex(0, 0xFFFFFFFF);
     made.setLoopPosition(0xFFFFFFFF);
     made.setLoopIterations(0xFFFFFFFF);
-    made.setType(0);
+    made.setType(typeEmpty);
     return made;
 }
 
 ZALTagSeratoCuePointOld ZALTagSeratoCuePointOld::placeholderLoop() {
     ZALTagSeratoCuePointOld made = placeholderCuePoint();
-    made.setType(3);
+    made.setType(typeLoop);
     return made;
 }
 

@@ -22,7 +22,7 @@ std::optional<ZALTagSeratoMarker> ZALTagSeratoMarker::markerWithData(ZALDataView
         zal::logf("Serato marker data too short: {}", zal::describe(data));
         return std::nullopt;
     }
-    ZALNullableData payload = dataByDecodingBase64(data.subspan(versionSize));
+    ZALNullableData payload = ZALDataByDecodingBase64(data.subspan(versionSize));
     if (!payload) {
         zal::logf("Failed to decode marker data {} ({} bytes)", zal::describe(data), data.size());
         return std::nullopt;
@@ -70,7 +70,7 @@ ZALNullableData ZALTagSeratoMarker::markerData() const {
         inner.bytes(cuePoints_[i].cuePointData());
     }
     if (sourceMarkerData_) inner.bytes(zal::withoutCueEntries(*sourceMarkerData_));
-    const ZALNullableData text = dataByEncodingBase64(inner.data());
+    const ZALNullableData text = ZALDataByEncodingBase64(inner.data());
     if (!text) {
         zal::logf("Failed to encode data {} ({} bytes)", zal::describe(inner.data()), inner.size());
         return std::nullopt;

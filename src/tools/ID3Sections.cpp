@@ -33,7 +33,8 @@ std::string frameText(const ID3v2::CommentsFrame& frame) {
 // The decoded content of an object that is known by its description; else nothing.
 std::string objectText(const std::string& description, ZALDataView object) {
     for (const RecordText& record : recordTexts()) {
-        if (description == record.carrier.object) return " : " + record.text(JSONDict(object), " = ");
+        if (description == record.carrier.object)
+            return " : " + record.text(ZALTagRecordDictionary(object), " = ");
     }
     for (const SeratoText& serato : seratoTexts()) {
         if (description != serato.carrier.object) continue;

@@ -46,7 +46,7 @@ bool copyMP3(zal::Copy<MP3File, MP3File>& files) {
     if (!hasV1 && !hasV2) return true;
     if (hasV1) copyID3v1(files);
     if (hasV2) {
-        dprintV2Tag(&files.source->v2().tag());
+        ZALPrintV2Tag(&files.source->v2().tag());
         copyID3v2(files);
     }
     return zal::saveDestination(files.destination, MP3File::open);

@@ -26,10 +26,10 @@ bool belongsToAudio(const TagLib::String& item) {
 }
 
 bool copyMP4(zal::Copy<MP4File, MP4File>& files) {
-    dprintMP4Tag(&files.source->tag());
+    ZALPrintMP4Tag(&files.source->tag());
     if (files.source->tag().isEmpty()) return true;
     files.destination->items().replaceBy(files.source->items(), belongsToAudio);
-    dprintMP4Tag(&files.destination->tag());
+    ZALPrintMP4Tag(&files.destination->tag());
     return zal::saveDestination(files.destination, MP4File::open);
 }
 
@@ -62,7 +62,7 @@ void addCovers(const TagLib::MP4::Tag& source, TagLib::ID3v2::Tag& tag) {
 
 bool copyToMP3(zal::Copy<MP4File, MP3File>& files) {
     const TagLib::MP4::Tag& source = files.source->tag();
-    dprintMP4Tag(&source);
+    ZALPrintMP4Tag(&source);
     if (source.isEmpty()) return true;
     zal::ID3v2Store& store = files.destination->v2();
     TagLib::ID3v2::Tag& tag = store.tagToEdit();

@@ -62,5 +62,5 @@ std::string ZALTagDescription(const ZALNullableString& path) {
     return report.text();
 }
 
-void dprintV2Tag(const TagLib::ID3v2::Tag* /*tag*/) {}
-void dprintMP4Tag(const TagLib::MP4::Tag* /*tag*/) {}
+void ZALPrintV2Tag(const TagLib::ID3v2::Tag* /*tag*/) {}
+void ZALPrintMP4Tag(const TagLib::MP4::Tag* /*tag*/) {}

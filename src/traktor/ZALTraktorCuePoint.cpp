@@ -14,7 +14,6 @@
 namespace {
 
 constexpr const char* elementName = "CUE_V2";
-constexpr std::int64_t gridType = 4;  // where other programs have their loops
 constexpr const char* typeNames[] = {"Cue", "FadeIn", "FadeOut", "Load", "Grid", "Loop"};
 
 // What is no number becomes 0.
@@ -61,21 +60,12 @@ std::int64_t integerOf(const zal::XMLElement& element, const char* attribute) {
 
 }  // namespace
 
-ZALTraktorCuePoint ZALTraktorCuePoint::traktorCueWithCuePoint(const ZALTagCuePoint& cuePoint,
-                                                              std::int64_t atIndex) {
-    ZALTraktorCuePoint cue;
-    cue.name_ = cuePoint.name().value_or("");
-    cue.startTime_ = cuePoint.time();
-    cue.index_ = atIndex;
-    return cue;
-}
-
 ZALNullableString ZALTraktorCuePoint::typeName() const {
     return zal::nameOfType(typeNames, type_);
 }
 
 bool ZALTraktorCuePoint::isGrid() const {
-    return type_ == gridType;
+    return type_ == typeGrid;
 }
 
 std::int64_t ZALTraktorCuePoint::index() const {
@@ -118,7 +108,7 @@ std::optional<ZALTraktorCuePoint> ZALTraktorCuePoint::initWithXMLElement(const z
 
 std::optional<std::int64_t> ZALTraktorCuePoint::orderOfXMLElement(const zal::XMLElement& element) {
     if (!isCue(element)) return std::nullopt;
-    return integerOf(element, "TYPE") == gridType ? -1 : integerOf(element, "HOTCUE");
+    return integerOf(element, "TYPE") == typeGrid ? -1 : integerOf(element, "HOTCUE");
 }
 
 void ZALTraktorCuePoint::updateXMLElement(zal::XMLElement element) const {

@@ -4,8 +4,6 @@ import os
 import resource
 import subprocess
 
-from mutagen.id3 import ID3, TDRC
-
 from support import FRAME, ProgramTest
 
 
@@ -18,16 +16,6 @@ class Fields(ProgramTest):
         self.assertEqual(done.returncode, 1)
         self.assertRegex(done.stderr.decode(), f"^zaltag: {song}: could not be saved: .*File too large; the file is as it was\n$")
         self.assertEqual(self.content(song), before)
-
-    def test_strip_v1(self):
-        song = self.mp3("v1.mp3")
-        tags = ID3()
-        tags.add(TDRC(encoding=0, text="1999-05-03"))
-        tags.save(song, v1=2)
-        self.assertTrue(self.show(song)["hasID3v1Tag"])
-        self.zaltag("set", "--strip-v1", song)
-        self.assertFalse(self.show(song)["hasID3v1Tag"])
-        self.assertEqual(str(ID3(song)["TDRC"]), "1999-05-03", "what the ID3v2 tag holds stays as it is")
 
     def test_paths_and_words_are_taken_as_the_system_has_them(self):
         os.makedirs(self.path("d/e"))

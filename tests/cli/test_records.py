@@ -80,4 +80,8 @@ class Comments(ProgramTest):
         self.zaltag("comments", "set", song, "plain words")
         self.assertEqual(self.show(song)["comment"], "plain words")
         self.zaltag("comments", "strip-v1", song)
+        self.assertFalse(self.show(song)["hasID3v1Tag"])
+        tags.save(song, v1=2)
+        self.zaltag("set", "--strip-v1", song)
+        self.assertFalse(self.show(song)["hasID3v1Tag"])
         self.zaltag("comments", "set", song, song, status=2)

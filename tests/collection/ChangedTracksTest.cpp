@@ -62,9 +62,8 @@ class Collections : public testing::TestWithParam<CollectionKind>, protected Col
     }
     // Asks for cues at 1 s and at 9 s.
     bool change(const std::string& track) {
-        queue->setCuePoints({ZALTagCuePoint::cuePointWithTime(9, name),
-                             ZALTagCuePoint::cuePointWithTime(1, ZALNullableString("kept"))},
-                            track, ZALCueKind::hot);
+        queue->setCuePoints({ZALTagCuePoint(9, name), ZALTagCuePoint(1, ZALNullableString("kept"))}, track,
+                            ZALCueKind::hot);
         return saved(*queue).success;
     }
     // Another one after every write.

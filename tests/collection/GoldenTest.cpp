@@ -42,8 +42,7 @@ void request(ZALCollectionQueue& queue, const std::string& command) {
     std::vector<ZALTagCuePoint> cuePoints;
     for (std::string cue; words >> cue;) {
         const auto equals = cue.find('=');
-        cuePoints.push_back(
-            ZALTagCuePoint::cuePointWithTime(std::stod(cue), ZALNullableString(cue.substr(equals + 1))));
+        cuePoints.push_back(ZALTagCuePoint(std::stod(cue), ZALNullableString(cue.substr(equals + 1))));
     }
     queue.setCuePoints(cuePoints, path,
                        kind == "hot"      ? ZALCueKind::hot

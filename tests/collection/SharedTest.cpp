@@ -41,8 +41,7 @@ class Shared : public testing::TestWithParam<CollectionKind>, protected Collecti
     }
     void write(const std::vector<std::string>& tracks) const { replace(content(tracks.size())); }
     void request(double time, const std::string& track = "/1.mp3") {
-        queue->setCuePoints({ZALTagCuePoint::cuePointWithTime(time, ZALNullableString("n"))}, track,
-                            ZALCueKind::hot);
+        queue->setCuePoints({ZALTagCuePoint(time, ZALNullableString("n"))}, track, ZALCueKind::hot);
     }
     std::vector<double> times(const std::string& track = "/1.mp3") const {
         std::vector<double> all;
@@ -219,6 +218,7 @@ TEST_P(Shared, aCancelledRequestIsNotWrittenAfterAFailedSave) {
         EXPECT_NE(times(), std::vector<double>{8});
         std::filesystem::remove(blocked);
         queue->cancel();
+        EXPECT_TRUE(queue->saveAndWait() && clock->pending() == 0) << "nothing is left to do";
         request(9, "/2.mp3");
         EXPECT_TRUE(saved(*queue).success);
         EXPECT_NE(times(), std::vector<double>{8});
@@ -231,8 +231,7 @@ TEST_P(Shared, aTrackTellsWhetherARequestWouldChangeIt) {
     const auto cues = [](std::initializer_list<double> times) {
         std::vector<ZALTagCuePoint> all;
         for (const double time : times) {
-            all.push_back(
-                ZALTagCuePoint::cuePointWithTime(time, ZALNullableString(time == 1 ? "kept" : "gone")));
+            all.push_back(ZALTagCuePoint(time, ZALNullableString(time == 1 ? "kept" : "gone")));
         }
         return ZALArray<ZALTagCuePoint>(all);
     };
@@ -247,8 +246,8 @@ TEST_P(Shared, aTrackTellsWhetherARequestWouldChangeIt) {
     EXPECT_EQ(track->cuePoints(ZALCueKind::memory).size(), isRekordbox ? 1U : 2U);
     request(1);
     EXPECT_TRUE(saved(*queue).success);
-    EXPECT_TRUE(database->track("/1.mp3")->hasCuePoints(
-        {ZALTagCuePoint::cuePointWithTime(1.0000004, ZALNullableString("n"))}, ZALCueKind::hot));
+    EXPECT_TRUE(database->track("/1.mp3")->hasCuePoints({ZALTagCuePoint(1.0000004, ZALNullableString("n"))},
+                                                        ZALCueKind::hot));
 }
 
 // Requests, batches, reloads, lookups and listings from many threads; worth most under the thread sanitizer.

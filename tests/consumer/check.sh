@@ -34,7 +34,7 @@ try "$work/found/consumer"
 
 step "every public header alone"
 find "$work/prefix/include" -name '*.h' -print0 |
-    xargs -0 -P "$(nproc)" -I HEADER g++ -std=c++20 -Wall -Wextra -Werror -fsyntax-only \
+    xargs -0 -P "$(nproc)" -I HEADER g++ -std=c++20 -Wall -Wextra -Werror -fsyntax-only -DZALTAG_NO_BARE_NAMES \
         -I "$work/prefix/include" -include HEADER -x c++ /dev/null
 
 step "moved, through pkg-config"

@@ -90,7 +90,7 @@ TEST_P(Contract, oneObjectIsSavedManyTimes) {
     const auto tag = opened(path);
     for (const std::size_t length : {10U, 5000U, 0U, 100U, 70000U, 3000U, 80000U}) {
         tag->setTitle(std::string(length, 'x'));
-        tag->setZalKey(ZALTagKey::keyWithKey(std::to_string(length), 1));
+        tag->setZalKey(ZALTagKey(std::to_string(length), 1));
         ASSERT_TRUE(tag->save());
         const auto reader = opened(path, true);
         EXPECT_EQ(reader->title().value_or("").size(), length);
@@ -101,12 +101,12 @@ TEST_P(Contract, oneObjectIsSavedManyTimes) {
 }
 
 TEST_P(Contract, recordsAreSavedAndRemoved) {
-    const auto key = ZALTagKey::keyWithKey("8A", 3);
-    const auto energy = ZALTagEnergy::keyWithEnergy(7, 4);
+    const auto key = ZALTagKey("8A", 3);
+    const auto energy = ZALTagEnergy(7, 4);
     const auto grid = ZALTagBeatGrid::beatGridWithBeats(ZALArray<double>{0.5, 1.0}, 120, 5);
-    const auto cue = ZALTagCuePoint::cuePointWithTime(1.2345, "Intro");
+    const auto cue = ZALTagCuePoint(1.2345, "Intro");
     const auto cues = ZALTagCuePoints::cuePointsWithCuePointArray({cue, ZALTagCuePoint()}, 6);
-    const auto cascade = ZALTagVelvetCascade::tagWithBackupFileName(nullptr, true);
+    const auto cascade = ZALTagVelvetCascade(nullptr, true);
     const std::string path = newFile();
     auto tag = opened(path);
     tag->setZalKey(key);
@@ -118,7 +118,7 @@ TEST_P(Contract, recordsAreSavedAndRemoved) {
     tag = opened(path);
     EXPECT_TRUE(tag->zalKey() == key && tag->zalEnergy() == energy && tag->zalBeatGrid() == grid);
     EXPECT_TRUE(tag->zalCuePoints() == cues && tag->zalVelvetCascade() == cascade);
-    tag->setZalKey(ZALTagKey::keyWithKey(std::nullopt, 1));  // has nothing to store
+    tag->setZalKey(ZALTagKey(std::nullopt, 1));  // has nothing to store
     tag->setZalEnergy(std::nullopt);
     tag->setZalBeatGrid(std::nullopt);
     tag->setZalCuePoints(std::nullopt);
@@ -143,7 +143,7 @@ TEST_P(Contract, aSeratoRecordKeepsWhatIsNoCueAndItsGridMovesCues) {
         folder_.write(std::string("song.") + GetParam().extension, GetParam().withSerato(markers, grid));
     auto tag = opened(path);
     EXPECT_EQ(tag->seratoCuePoints()[0].time(), 0.077);
-    const auto cue = [](double time) { return ZALTagCuePoint::cuePointWithTime(time, "Été 🎵"); };
+    const auto cue = [](double time) { return ZALTagCuePoint(time, "Été 🎵"); };
     tag->setSeratoCuePoints({cue(1.26), cue(1.24), cue(0.1)});
     ASSERT_TRUE(tag->save());
     expectAudio(path);

@@ -67,10 +67,13 @@ std::vector<Row> rows() {
     const ZALData full = tag(4, 0,
                              joined({title, album, id3Text("TPE1", "A"), id3Comment("eng", "", "c"),
                                      id3Text("TCON", "Other"), id3Text("TRCK", "1")}));
-    const ZALData pipe = fromHex("FFFFFFFF");
-    ZALData piped = wavFile();
-    std::copy(pipe.begin(), pipe.end(), piped.begin() + 4);
-    std::copy(pipe.begin(), pipe.end(), piped.begin() + 40);
+    // As written into a pipe, where no size can be put in later.
+    const auto piped = [](ZALData file) {
+        std::fill_n(file.begin() + 4, 4, 0xFF);
+        std::fill_n(std::ranges::search(file, std::string_view("data")).end(), 4, 0xFF);
+        return file;
+    };
+    const ZALData tagInFront = riffForm({wavFormat(), riffChunk("id3 ", tag(4, 0, title)), wavAudio()});
     return {
         frame("vinyl track.mp3", id3Text("TRCK", "A1")),
         frame("date in words.mp3", id3Text("TDRC", "Oct 3, 1995")),
@@ -84,6 +87,7 @@ std::vector<Row> rows() {
         frame("no end.mp3", joined({id3Frame("TXXX", raw("\3nodesc")), id3Frame("PRIV", raw("x")),
                                     id3Frame("GEOB", raw("\0noend")), id3Frame("COMM", raw("\3en"))})),
         frame("two genres.mp3", id3Text("TCON", {"House\0Techno", 12})),
+        frame("dates of 2.3 in 2.4.mp3", joined({id3Text("TYER", "1999"), id3Text("TDAT", "3112")})),
         frame("to be discarded.mp3", id3Frame("PRIV", raw("o\0x"), 0x4000)),
         frame("grouped.mp3", id3Frame("TPE1", raw("\1\3A"), 0x0040)),
         frame("encrypted.mp3", id3Frame("TPE1", raw("\1abc"), 0x0004)),
@@ -145,7 +149,8 @@ std::vector<Row> rows() {
         {"id3 around.flac",
          joined({tag(4, 0, joined({id3Text("TRCK", "A1"), album})), flacFile(), v1With("c", 200)}),
          {id3Text("TRCK", "A1"), album, v1With("c", 200)}},
-        {"pipe.wav", piped, {ZALData(piped.begin() + 44, piped.end())}},
+        {"pipe.wav", piped(wavFile()), {contentOf(wavFile(), "data")}},
+        {"pipe with a tag in front.wav", piped(tagInFront), {wavAudio()}},
         {"lists.wav",
          wavFile({infoList({{"INAM", "caf\xE9"}, {"IART", "a"}, {"IART", "b"}}), infoList({{"IPRD", "x"}}),
                   riffChunk("LIST", bytes("adtlxx"))}),
@@ -180,7 +185,7 @@ class KeptEntries : public testing::Test {
 
 TEST_F(KeptEntries, whateverIsSetBesideThem) {
     const std::pair<const char*, void (*)(ZALTag&)> edits[] = {
-        {"a cue", [](ZALTag& t) { t.setSeratoCuePoints({ZALTagCuePoint::cuePointWithTime(1.5, "Drop")}); }},
+        {"a cue", [](ZALTag& t) { t.setSeratoCuePoints({ZALTagCuePoint(1.5, "Drop")}); }},
         {"the grouping", [](ZALTag& t) { t.setGrouping(t.grouping() == "a" ? "b" : "a"); }},
         {"a picture", [](ZALTag& t) { t.replacePrimaryImage(picture(), false); }},
         {"the key", [](ZALTag& t) { t.setInitialKey("8A"); }},

@@ -99,7 +99,7 @@ TEST_F(FLAC, id3IsWrittenBesideTheComment) {
     for (const char* key : keys) {
         tag->setValue("55", key);
     }
-    tag->setZalKey(ZALTagKey::keyWithKey("5B", 1));
+    tag->setZalKey(ZALTagKey("5B", 1));
     EXPECT_THAT(savedFields(),
                 ElementsAre("ALBUM=55", "ARTIST=55", "BPM=55", "COMMENT=55", "DATE=55", "DESCRIPTION=55",
                             "ENERGYLEVEL=55", "GENRE=55", "INITIALKEY=55", StartsWith("KEY="), "TITLE=55"));
@@ -109,7 +109,7 @@ TEST_F(FLAC, id3IsWrittenBesideTheComment) {
     EXPECT_EQ(v2.artist() + v2.comment() + v2.frameList("TBPM").front()->toString(), "555555");
     EXPECT_EQ(v2.frameList("TPE4").front()->toString(), "55");
     EXPECT_TRUE(v2.genre() == "genre 3" && v2.year() == 1993) << "these go to the comment only";
-    EXPECT_EQ(tag->ZALTagID3::zalKey(), ZALTagKey::keyWithKey("5B", 1));
+    EXPECT_EQ(tag->ZALTagID3::zalKey(), ZALTagKey("5B", 1));
     for (const char* key : keys) {
         tag->setValue(nullptr, key);
     }
@@ -123,7 +123,7 @@ TEST_F(FLAC, withoutID3NothingOfItIsAdded) {
     tag->setModifiedBy("m");
     EXPECT_FALSE(tag->grouping() || tag->requiresSaving());
     tag->setArtist("a");
-    tag->setSeratoCuePoints({ZALTagCuePoint::cuePointWithTime(1, "x")});
+    tag->setSeratoCuePoints({ZALTagCuePoint(1, "x")});
     EXPECT_THAT(savedFields(), ElementsAre("ARTIST=a", StartsWith("SERATO_MARKERS_V2=YXBwbGljYXRpb24v")));
     EXPECT_EQ(contentsOf(path)[0], 'f');
 }

@@ -94,9 +94,9 @@ TEST_F(MP4, seratoCuePointsAreWrittenTwice) {
     // A loop of 19 bytes and the track's colour, which stay.
     const ZALData old = fromHex("0207 00000001 00000001 00000002 01 00000000 FF112233 03 00 00ABCDEF");
     open({mp4Freeform("com.serato.dj", "markers", {seratoText(old)})});
-    const auto cue = [](double time) { return ZALTagCuePoint::cuePointWithTime(time, "c"); };
+    const auto cue = [](double time) { return ZALTagCuePoint(time, "c"); };
     tag->setSeratoCuePoints({cue(1.2345), cue(0.0005)});
-    tag->setZalKey(ZALTagKey::keyWithKey("8A", 1));
+    tag->setZalKey(ZALTagKey("8A", 1));
     EXPECT_TRUE(tag->hasSeratoMetadata() && tag->seratoMarker()->major() == 1);
     const auto marker = ZALTagSeratoMarkerOld::initWithData(tag->oldSeratoMarkerData().value(), "m4a");
     EXPECT_TRUE(marker->minor() == 7 && marker->color() == 0x00ABCDEFu);

@@ -18,7 +18,7 @@ using testing::StartsWith;
 using Operation = FaultyFileSystem::Operation;
 
 ZALTagVelvetCascade record(bool isProcessed) {
-    return ZALTagVelvetCascade::tagWithBackupFileName(nullptr, isProcessed);
+    return ZALTagVelvetCascade(nullptr, isProcessed);
 }
 
 ZALData recordChunk(bool isProcessed) {
@@ -229,7 +229,7 @@ TEST_F(WAV, aRecordThatHasNothingToStoreLeavesAnEmptyChunk) {
     opened(wavFile({recordChunk(true)}));
     const LogCapture log;
     const auto name = std::make_shared<const std::string>("\xFF");
-    ZALTagWAV::writePNTag(ZALTagVelvetCascade::tagWithBackupFileName(name, true), path_);
+    ZALTagWAV::writePNTag(ZALTagVelvetCascade(name, true), path_);
     EXPECT_EQ(content(), wavFile({riffChunk("VCAS", {})}));
     EXPECT_EQ(again()->zalVelvetCascade(), std::nullopt);
     EXPECT_THAT(log.lines(), ElementsAre(StartsWith("Invalid generated json object"))) << "reading is silent";

@@ -84,6 +84,9 @@ def tags():
     yield "lyrics-without-ends", id3(frame(b"SYLT", b"\0eng\2\1d\0" + b"\1" * 1500000))
     yield "links-in-14-million-parts", id3(b"WFD" + be(14000001)[1:] + bytes(14000000) + b"a", 2)
     yield "frames-20000", id3(frame(b"TXXX", b"\0a\0b") * 20000)
+    yield "of-version-5", id3(TITLE, 5)
+    # Behind the last frame stands what a newer version would take for one.
+    yield "tail-of-another-version", id3(b"TT2\0\0\2\0aA  \0" + be(1) + b"\0\0x", 2)
     yield "frames-9990", id3(frame(b"TXXX", b"\0a\0b") * 9990)
     for name, picture in pictures():
         yield "picture-" + name, id3(frame(b"APIC", b"\0image/x\0\3\0" + picture) * 3)
@@ -251,6 +254,8 @@ def mp3_files():
     yield "frame-in-text", b"x" * 5000 + header + b"x" * 5000
     yield "frame-alone", header + bytes(413)
     yield "frames-in-junk", bytes(3000) + (header + bytes(413)) * 2 + bytes(3000)
+    part = frame(b"PRIV", syncsafe(30 << 20) + zlib.compress(bytes(30 << 20)), flags=9)
+    yield "inflating-to-1-gb-in-parts", id3(part * 40) + AUDIO
     yield "tag-alone", id3(TITLE)
     yield "v1-alone", bytes(3000) + V1
     ape = lambda size=32, flags=0: b"APETAGEX" + le(2000) + le(size) + le(0) + le(flags) + bytes(8)
@@ -281,6 +286,7 @@ def form_files(kind):
     yield "of-a-sister-kind", whole[:11] + b"C" + whole[12:]
     # Taking the tag away moves the pad bytes behind it to wrong places.
     odd = whole.replace(part(b"ID3 ", id3(TITLE)), b"")
+    yield "chunks-10000", resized(odd + part(b"junk", b"") * (9997 if kind == "wav" else 9998), number)
     yield "odd-tag-without-a-pad-byte", resized(odd[:12] + part(b"ID3 ", id3(TITLE + b"\0"))[:-1] + odd[12:] + b"\0" + part(b"cue ", b""), number)
 
 
@@ -326,7 +332,7 @@ def audio_files():
     text = lambda length, count: le(length) + b"x" + le(count) + le(length) + b"A=b"
     for name, blocks in (("comment-count", block(4, text(1, 0x20000000))), ("comment-length", block(4, text(0xFFFFFFFC, 1))),
                          ("comment-empty", block(4, b"")), ("past-file", block(4, b"x", 0xFFFFFF)),
-                         ("second-info", block(0, bytes(3))),
+                         ("second-info", block(0, bytes(3))), ("65534-of-them", block(2, b"") * 65534),
                          ("comment-back-to-itself", block(4, bytes(4) + le(255) + le(0xFFFFFFFC) + b"a=" + bytes(2000))),
                          ("maker-back-to-itself", block(4, le(0xFFFFFFFC) + le(4) + bytes(2000))),
                          ("comment-too-long", block(4, bytes(4) + le(1) + le(0xFFFF) + b"a=b")), ("100000-of-them", block(1, b"") * 100000),
@@ -352,7 +358,8 @@ def audio_files():
         yield f"places-{count:x}.m4a", mp4(atom(b"stco", bytes(4) + be(count) + be(8)) + item())
         yield f"long-places-{count:x}.m4a", mp4(atom(b"trak", atom(b"co64", bytes(4) + be(count) + bytes(8))) + item())
     yield "values-300000.m4a", mp4(item(atom(b"data", bytes(8)) * 300000))
-    yield "atoms-300000.m4a", mp4(atom(b"free", b"") * 300000)
+    for count in (300000, (1 << 18) - 3):  # too many; as many as there can be
+        yield f"atoms-{count}.m4a", mp4(atom(b"free", b"") * count)
 
 
 def long_files():

@@ -26,8 +26,8 @@ int tryLibrary(const std::string& path) {
     readEverything(*tag);
     tag->allImages();
     tag->setTitle("another");
-    tag->setZalKey(ZALTagKey::keyWithKey("8A", 1));
-    tag->setSeratoCuePoints({ZALTagCuePoint::cuePointWithTime(1.5, "cue")});
+    tag->setZalKey(ZALTagKey("8A", 1));
+    tag->setSeratoCuePoints({ZALTagCuePoint(1.5, "cue")});
     lines = 0;
     ZALError error;
     if (!tag->save(&error)) return said("refused", lines == 1 && error.code == ZALErrorCode::saveFailed);

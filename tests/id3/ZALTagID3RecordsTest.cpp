@@ -40,7 +40,7 @@ std::vector<std::string> framesOf(const ZALTagID3& tag) {
 ZALArray<ZALTagCuePoint> cues(std::initializer_list<double> times) {
     std::vector<ZALTagCuePoint> out;
     for (const double time : times) {
-        out.push_back(ZALTagCuePoint::cuePointWithTime(time, "c" + std::to_string(out.size())));
+        out.push_back(ZALTagCuePoint(time, "c" + std::to_string(out.size())));
     }
     return out;
 }
@@ -50,15 +50,15 @@ TEST(RecordFrames, theFirstOfAnExactDescriptionIsReadAndChanged) {
         tagWith({id3Object("key", "x/y", stored(R"({"key":"no"})")), id3Object("Keys", "x/y", {}),
                  id3Object("Key", "text/plain", stored(R"({"key":"8A","algorithm":2})")),
                  id3Text("TIT2", "t"), id3Object("Key", "x/y", stored(R"({"key":"1B"})"))});
-    EXPECT_EQ(tag->zalKey(), ZALTagKey::keyWithKey("8A", 2));
-    tag->setZalKey(ZALTagKey::keyWithKey("9A", 3));
+    EXPECT_EQ(tag->zalKey(), ZALTagKey("8A", 2));
+    tag->setZalKey(ZALTagKey("9A", 3));
     EXPECT_THAT(framesOf(*tag), ElementsAre("x/y:key", "x/y:Keys", "text/plain:Key", "TIT2", "x/y:Key"))
         << "only the object changes";
-    EXPECT_EQ(tag->zalKey(), ZALTagKey::keyWithKey("9A", 3));
+    EXPECT_EQ(tag->zalKey(), ZALTagKey("9A", 3));
     tag->setZalKey(std::nullopt);
-    EXPECT_EQ(tag->zalKey(), ZALTagKey::keyWithKey("1B", 0)) << "the second comes to light";
+    EXPECT_EQ(tag->zalKey(), ZALTagKey("1B", 0)) << "the second comes to light";
     tag->setZalKey(std::nullopt);
-    tag->setZalKey(ZALTagKey::keyWithKey("7A", 1));
+    tag->setZalKey(ZALTagKey("7A", 1));
     EXPECT_THAT(framesOf(*tag), ElementsAre("x/y:key", "x/y:Keys", "TIT2", "application/json:Key"));
     EXPECT_FALSE(tag->requiresSaving());
     EXPECT_EQ(tag->zalTagPropertyOfClassDescription<ZALTagKey>(""), std::nullopt);
@@ -67,7 +67,7 @@ TEST(RecordFrames, theFirstOfAnExactDescriptionIsReadAndChanged) {
 TEST(SeratoFrames, bothAreWrittenTheNewOneLast) {
     const auto tag = tagWith({id3Text("TIT2", "t")});
     tag->setSeratoCuePoints(cues({12.3456, 0.0004, -1}));
-    tag->setZalKey(ZALTagKey::keyWithKey("7A", 1));
+    tag->setZalKey(ZALTagKey("7A", 1));
     tag->setSeratoCuePoints(cues({12.3456, 0.0004, -1}));
     EXPECT_THAT(framesOf(*tag), ElementsAre("TIT2", "application/json:Serato Markers_",
                                             "application/json:Key", "application/json:Serato Markers2"));

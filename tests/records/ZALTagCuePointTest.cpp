@@ -12,7 +12,7 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 ZALTagCuePoint cue(double time, ZALNullableString name = std::nullopt) {
-    return ZALTagCuePoint::cuePointWithTime(time, std::move(name));
+    return ZALTagCuePoint(time, std::move(name));
 }
 
 std::vector<double> timesOf(const ZALArray<ZALTagCuePoint>& cues) {

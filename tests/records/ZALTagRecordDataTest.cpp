@@ -43,25 +43,25 @@ void expectStored(const Record& record, const std::string& text) {
 
 // The texts were made by another base64 and JSON writer.
 TEST(RecordData, everyRecordHasItsStoredBytes) {
-    expectStored(ZALTagKey::keyWithKey("5A é", 3),
+    expectStored(ZALTagKey("5A é", 3),
                  "eyJhbGdvcml0aG0iOjMsImtleSI6IjVBIMOpIiwic291cmNlIjoicXVvcnZhbnRpcyJ9\n");
-    expectStored(ZALTagEnergy::keyWithEnergy(0, -1),
+    expectStored(ZALTagEnergy(0, -1),
                  "eyJhbGdvcml0aG0iOi0xLCJlbmVyZ3lMZXZlbCI6MCwic291cmNlIjoicXVvcnZhbnRpcyJ9\n\n");
     expectStored(ZALTagBeatGrid::beatGridWithBeats(ZALArray<double>{0.5, 1.0}, 128.3f, 2),
                  "eyJhbGdvcml0aG0iOjIsImJlYXRzIjpbMC41LDEuMF0sInNvdXJjZSI6InF1b3J2YW50aXMi\n"
                  "LCJ0ZW1wbyI6MTI4LjMwMDAwMzA1MTc1Nzh9\n");
     // 1.2345 s is stored as 1234.5, and a cue without a name without "name".
-    expectStored(ZALTagCuePoints::cuePointsWithCuePointArray(
-                     {ZALTagCuePoint::cuePointWithTime(1.2345, "Drop"), ZALTagCuePoint()}, 1),
-                 "eyJhbGdvcml0aG0iOjEsImN1ZXMiOlt7Im5hbWUiOiJEcm9wIiwidGltZSI6MTIzNC41fSx7\n"
-                 "InRpbWUiOjAuMH1dLCJzb3VyY2UiOiJxdW9ydmFudGlzIn0=\n");
-    expectStored(ZALTagVelvetCascade::tagWithBackupFileName(nullptr, true),
+    expectStored(
+        ZALTagCuePoints::cuePointsWithCuePointArray({ZALTagCuePoint(1.2345, "Drop"), ZALTagCuePoint()}, 1),
+        "eyJhbGdvcml0aG0iOjEsImN1ZXMiOlt7Im5hbWUiOiJEcm9wIiwidGltZSI6MTIzNC41fSx7\n"
+        "InRpbWUiOjAuMH1dLCJzb3VyY2UiOiJxdW9ydmFudGlzIn0=\n");
+    expectStored(ZALTagVelvetCascade(nullptr, true),
                  "eyJiYWNrdXBGaWxlTmFtZSI6IiIsImlzUHJvY2Vzc2VkIjp0cnVlfQ==\n");
 }
 
 TEST(RecordData, nothingIsStoredAndReadInSilence) {
     const LogCapture log;
-    EXPECT_EQ(stored(ZALTagKey::keyWithKey(std::nullopt, 3)), "(null)");
+    EXPECT_EQ(stored(ZALTagKey(std::nullopt, 3)), "(null)");
     EXPECT_EQ(stored(ZALTagBeatGrid::beatGridWithBeats(std::nullopt, 120, 3)), "(null)");
     for (const char* text : {"", "\n\n", "==\n", "e"}) {
         EXPECT_EQ(JSONDict(bytesOf(text)), std::nullopt) << text;
@@ -114,18 +114,17 @@ TEST(RecordData, absentAndMistypedEntriesReadAsNullOrZero) {
         "cues":[4,{"time":"500","name":1}],"backupFileName":null,"isProcessed":1})");
     ASSERT_TRUE(odd);
     EXPECT_EQ(ZALTagKey::initWithJSONDict(odd)->key(), std::nullopt);
-    EXPECT_EQ(*ZALTagEnergy::initWithJSONDict(odd), ZALTagEnergy::keyWithEnergy(1, 7));
+    EXPECT_EQ(*ZALTagEnergy::initWithJSONDict(odd), ZALTagEnergy(1, 7));
     EXPECT_EQ(*ZALTagBeatGrid::initWithJSONDict(odd),
               ZALTagBeatGrid::beatGridWithBeats(ZALArray<double>{1.5, 0, 2}, 128.3f, 7))
         << "the tempo is narrowed to single precision";
     EXPECT_TRUE(
         tagData(*ZALTagBeatGrid::initWithJSONDict(readJSON(R"({"beats":[],"tempo":1e300})"))->JSONDict()))
         << "a tempo beyond it saturates, so that the record can be stored again";
-    const ZALTagCuePoint half = ZALTagCuePoint::cuePointWithTime(0.5, std::nullopt);
+    const ZALTagCuePoint half = ZALTagCuePoint(0.5, std::nullopt);
     EXPECT_EQ(ZALTagCuePoints::initWithJSONDict(odd)->cuePoints(),
               (ZALArray<ZALTagCuePoint>{ZALTagCuePoint(), half}));
-    EXPECT_EQ(*ZALTagVelvetCascade::initWithJSONDict(odd),
-              ZALTagVelvetCascade::tagWithBackupFileName(nullptr, true));
+    EXPECT_EQ(*ZALTagVelvetCascade::initWithJSONDict(odd), ZALTagVelvetCascade(nullptr, true));
     EXPECT_EQ(ZALTagBeatGrid::initWithJSONDict(readJSON(R"({"beats":7})"))->beats(), std::nullopt);
 }
 

@@ -11,8 +11,7 @@ namespace {
 
 ZALRekordboxCuePoint cue(std::int64_t type, double start, double end, std::int64_t num = 0,
                          const char* name = "a") {
-    auto made = ZALRekordboxCuePoint::rekordboxCueWithCuePoint(
-        ZALTagCuePoint::cuePointWithTime(start, ZALNullableString(name)), num);
+    auto made = ZALRekordboxCuePoint(ZALTagCuePoint(start, ZALNullableString(name)), num);
     made.setType(type);
     made.setEnd(end);
     return made;

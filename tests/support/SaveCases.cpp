@@ -48,7 +48,7 @@ SaveCase recordCase() {
             tag->setTitle(title);
             tag->setZalVelvetCascade(std::nullopt);
             if (processed) {
-                tag->setZalVelvetCascade(ZALTagVelvetCascade::tagWithBackupFileName(nullptr, *processed));
+                tag->setZalVelvetCascade(ZALTagVelvetCascade(nullptr, *processed));
             }
             return [tag] { return tag->save(); };
         };
@@ -61,7 +61,7 @@ SaveCase recordCase() {
     };
     const auto record = [](const std::string& path) {
         return [path] {
-            const auto processed = ZALTagVelvetCascade::tagWithBackupFileName(nullptr, true);
+            const auto processed = ZALTagVelvetCascade(nullptr, true);
             return !ZALTagWAV::writePNTag(processed, path);
         };
     };
@@ -89,7 +89,7 @@ SaveCase collectionCase(const std::string& name, const std::string& text, const 
         if (mode == ZALCollectionSaveMode::everyTrackWithCues)
             return [host, database] { return database->save(); };
         const std::shared_ptr<ZALCollectionQueue> queue = Queue::queueWithDatabase(database);
-        queue->setCuePoints({ZALTagCuePoint::cuePointWithTime(1, "n")}, audio, ZALCueKind::all);
+        queue->setCuePoints({ZALTagCuePoint(1, "n")}, audio, ZALCueKind::all);
         return [host, queue] { return saved(*queue).success; };
     };
     return {name, [text] { return bytesOf(text); }, open};

@@ -36,23 +36,6 @@ class CopyTag : public testing::Test {
     const LogCapture log_;
 };
 
-TEST_F(CopyTag, whatIsNoFileOfItsTypeIsSaid) {
-    for (const Copier& copier : copiers()) {
-        const ZALData junk = bytesOf("junk"), from = formatOf(copier.from).file(),
-                      to = formatOf(copier.to).file();
-        EXPECT_FALSE(copier.copy(std::nullopt, "a") || copier.copy("a", std::nullopt));
-        EXPECT_FALSE(copy(copier.copy, junk, to));
-        EXPECT_THAT(log_.lines().back(),
-                    testing::HasSubstr("source file not valid '" + folder_.path().string()));
-        EXPECT_EQ(result(), to);
-        EXPECT_FALSE(copy(copier.copy, from, junk));
-        EXPECT_THAT(log_.lines().back(),
-                    testing::EndsWith("destination file not valid '" + destination_ + "'"));
-        EXPECT_EQ(result(), junk);
-    }
-    EXPECT_EQ(log_.lines().size(), 2 * copiers().size());
-}
-
 TEST_F(CopyTag, whereThereIsNothingToCopyNothingIsWritten) {
     // Every one of these destinations would come out of a save changed: TagLib puts padding behind a tag.
     const ZALData own = id3Tag({id3Text("TIT2", "own")}), none = id3Tag({}, 10);
@@ -115,19 +98,6 @@ TEST_F(CopyTag, kindsOfTagsStay) {
     const ZALData mp4 = mp4File({mp4Tag({mp4Item("\251nam", {bytesOf("x")})})});
     EXPECT_TRUE(copy(ZALCopyTagMP42ID3, mp4, joined({mpegFrames(), id3v1Tag("own", "own", "own", 1)})));
     EXPECT_EQ(id3v1Of(destination_), id3v1Tag("x", "", "")) << "it has the new texts";
-}
-
-TEST_F(CopyTag, aNewXiphCommentHasTheFieldsOfTheSource) {
-    const ZALData destination =
-        joined({id3Tag({id3Text("TALB", "own")}), flacFile(), id3v1Tag("", "own", "")});
-    for (const bool fields : {true, false}) {
-        EXPECT_TRUE(copy(ZALCopyTagFLAC,
-                         fields ? flacFile({flacComment({"TITLE=x", "TITLE=y"})})
-                                : joined({id3Tag({id3Text("TIT2", "x")}), flacFile()}),
-                         destination));
-        EXPECT_TRUE(holds("TITLE=y") == fields && !holds("ALBUM=") && !holds("ARTIST="));
-        EXPECT_EQ(flacAudio(destination_), flacAudio(folder_.write("before.flac", destination)));
-    }
 }
 
 // A tag that is written could be one that is not opened any more.

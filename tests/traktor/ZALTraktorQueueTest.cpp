@@ -35,8 +35,7 @@ class TraktorQueue : public testing::Test, protected CollectionHost {
         return all;
     }
 
-    const ZALArray<ZALTagCuePoint> request{ZALTagCuePoint::cuePointWithTime(2.6, "late"),
-                                           ZALTagCuePoint::cuePointWithTime(1.4, std::nullopt)};
+    const ZALArray<ZALTagCuePoint> request{ZALTagCuePoint(2.6, "late"), ZALTagCuePoint(1.4, std::nullopt)};
     std::shared_ptr<ZALTraktorDatabase> database;
     std::shared_ptr<ZALTraktorQueue> queue;
 };

@@ -17,8 +17,7 @@ using testing::ElementsAre;
 
 ZALTraktorCuePoint cue(std::int64_t type, double start, double length, std::int64_t index = 0,
                        const char* name = "a") {
-    auto made = ZALTraktorCuePoint::traktorCueWithCuePoint(
-        ZALTagCuePoint::cuePointWithTime(start, ZALNullableString(name)), index);
+    auto made = ZALTraktorCuePoint(ZALTagCuePoint(start, ZALNullableString(name)), index);
     made.setType(type);
     made.setLength(length);
     return made;

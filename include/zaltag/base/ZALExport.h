@@ -1,4 +1,7 @@
 #pragma once
 
 /// ZALTAG_EXPORT marks what the shared library gives away; everything else stays hidden in it.
+///
+/// Every public name begins with ZAL, zal_ or ZALTAG. A few functions and a constant have a second name that
+/// does not; a host that has such names of its own defines ZALTAG_NO_BARE_NAMES before it includes a header.
 #define ZALTAG_EXPORT __attribute__((visibility("default")))

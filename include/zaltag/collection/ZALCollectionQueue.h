@@ -25,8 +25,11 @@ class ElementReader;
 
 /// What a queue is doing, for those who watch it.
 struct ZALCollectionProgress {
-    /// 0 idle, 1 requests are waiting, 2 loading the collection, 3 applying the requests, 4 saving.
-    std::uint64_t first = 0;
+    /// What `first` can be: nothing to do, requests are waiting, the collection is loaded, the requests are
+    /// applied, the collection is saved.
+    static constexpr std::uint64_t idle = 0, waiting = 1, loading = 2, applying = 3, saving = 4;
+
+    std::uint64_t first = idle;
     std::uint64_t second = 0;  ///< always 0
     std::uint64_t third = 0;   ///< always 0
     bool operator==(const ZALCollectionProgress&) const = default;
@@ -66,6 +69,10 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     /// the requests, not that the collection holds them: those for files that it does not hold are dropped,
     /// and all of them when no collection can be loaded.
     void save(ZALCompletion completion = nullptr);
+    /// The same, at once: false, with the error where there is one, when the batch failed or the queue was
+    /// shut down. Waits for what the queue does before; no completion, and nothing of the main queue's, is
+    /// waited for.
+    bool saveAndWait(ZALError* error = nullptr);
     /// Drops all waiting requests.
     void cancel();
 

@@ -8,9 +8,16 @@
 /// The beats and the tempo that an analysis found.
 class ZALTAG_EXPORT ZALTagBeatGrid : public ZALTagCustomProperty {
   public:
+    ZALTagBeatGrid() = default;
+    ZALTagBeatGrid(std::optional<ZALArray<double>> beats, double tempo, std::int64_t algorithm)
+        : beats_(std::move(beats)), tempo_(tempo) {
+        setAlgorithm(algorithm);
+    }
     /// The tempo has single precision here, as in the files.
     static ZALTagBeatGrid beatGridWithBeats(std::optional<ZALArray<double>> beats, float tempo,
-                                            std::int64_t algorithm);
+                                            std::int64_t algorithm) {
+        return {std::move(beats), tempo, algorithm};
+    }
     /// The doubled "With" belongs to the name.
     static ZALTagBeatGrid initWithWithBeats(std::optional<ZALArray<double>> beats, float tempo,
                                             std::int64_t algorithm) {

@@ -12,7 +12,10 @@
 class ZALTAG_EXPORT ZALTagCuePoint {
   public:
     ZALTagCuePoint() = default;
-    static ZALTagCuePoint cuePointWithTime(double time, ZALNullableString name);
+    ZALTagCuePoint(double seconds, ZALNullableString name) : time_(seconds), name_(std::move(name)) {}
+    static ZALTagCuePoint cuePointWithTime(double time, ZALNullableString name) {
+        return {time, std::move(name)};
+    }
     static ZALTagCuePoint initWithTime(double time, ZALNullableString name) {
         return cuePointWithTime(time, std::move(name));
     }
@@ -42,11 +45,21 @@ class ZALTAG_EXPORT ZALTagCuePoint {
 
 /// The cues by ascending time, as a new array; cues of one time keep their order, and cues whose time is not
 /// a number come last.
-ZALTAG_EXPORT ZALArray<ZALTagCuePoint> sortedCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
+ZALTAG_EXPORT ZALArray<ZALTagCuePoint> ZALSortedCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
 
 /// The cues in their order, each moved to the beat nearest to it. Beat times are in seconds and ascending:
 /// the walk along them stops at the first beat that is not closer, so that of two beats equally near the
 /// earlier one is taken. A cue that has no finite distance to the first beat keeps its time. An empty beat
 /// list gives the very same array object.
-ZALTAG_EXPORT ZALArray<ZALTagCuePoint> cuePointsAdjustedToBeatTimes(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                                                    const ZALArray<double>& beatTimes);
+ZALTAG_EXPORT ZALArray<ZALTagCuePoint> ZALCuePointsAdjustedToBeatTimes(
+    const ZALArray<ZALTagCuePoint>& cuePoints, const ZALArray<double>& beatTimes);
+
+#ifndef ZALTAG_NO_BARE_NAMES
+inline ZALArray<ZALTagCuePoint> sortedCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    return ZALSortedCuePoints(cuePoints);
+}
+inline ZALArray<ZALTagCuePoint> cuePointsAdjustedToBeatTimes(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                             const ZALArray<double>& beatTimes) {
+    return ZALCuePointsAdjustedToBeatTimes(cuePoints, beatTimes);
+}
+#endif

@@ -7,8 +7,15 @@
 /// The cue points that an analysis found.
 class ZALTAG_EXPORT ZALTagCuePoints : public ZALTagCustomProperty {
   public:
+    ZALTagCuePoints() = default;
+    ZALTagCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, std::int64_t algorithm)
+        : cuePoints_(cuePoints) {
+        setAlgorithm(algorithm);
+    }
     static ZALTagCuePoints cuePointsWithCuePointArray(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                                      std::int64_t algorithm);
+                                                      std::int64_t algorithm) {
+        return {cuePoints, algorithm};
+    }
     static ZALTagCuePoints initWithCuePointArray(const ZALArray<ZALTagCuePoint>& cuePoints,
                                                  std::int64_t algorithm) {
         return cuePointsWithCuePointArray(cuePoints, algorithm);

@@ -5,8 +5,12 @@
 /// The energy level that an analysis found.
 class ZALTAG_EXPORT ZALTagEnergy : public ZALTagCustomProperty {
   public:
-    /// Named after the key, as the files have it.
-    static ZALTagEnergy keyWithEnergy(std::int64_t energy, std::int64_t algorithm);
+    ZALTagEnergy() = default;
+    ZALTagEnergy(std::int64_t energy, std::int64_t algorithm) : energy_(energy) { setAlgorithm(algorithm); }
+    /// Named after the key's.
+    static ZALTagEnergy keyWithEnergy(std::int64_t energy, std::int64_t algorithm) {
+        return {energy, algorithm};
+    }
     static ZALTagEnergy initWithEnergy(std::int64_t energy, std::int64_t algorithm) {
         return keyWithEnergy(energy, algorithm);
     }

@@ -8,7 +8,13 @@
 /// The musical key that an analysis found.
 class ZALTAG_EXPORT ZALTagKey : public ZALTagCustomProperty {
   public:
-    static ZALTagKey keyWithKey(ZALNullableString key, std::int64_t algorithm);
+    ZALTagKey() = default;
+    ZALTagKey(ZALNullableString key, std::int64_t algorithm) : key_(std::move(key)) {
+        setAlgorithm(algorithm);
+    }
+    static ZALTagKey keyWithKey(ZALNullableString key, std::int64_t algorithm) {
+        return {std::move(key), algorithm};
+    }
     static ZALTagKey initWithKey(ZALNullableString key, std::int64_t algorithm) {
         return keyWithKey(std::move(key), algorithm);
     }

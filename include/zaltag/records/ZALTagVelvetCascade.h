@@ -9,8 +9,13 @@
 /// algorithm: the class-level members are the base's and throw.
 class ZALTAG_EXPORT ZALTagVelvetCascade : public ZALTagCustomProperty {
   public:
+    ZALTagVelvetCascade() = default;
+    ZALTagVelvetCascade(std::shared_ptr<const std::string> backupFileName, bool isProcessed)
+        : backupFileName_(std::move(backupFileName)), isProcessed_(isProcessed) {}
     static ZALTagVelvetCascade tagWithBackupFileName(std::shared_ptr<const std::string> backupFileName,
-                                                     bool isProcessed);
+                                                     bool isProcessed) {
+        return {std::move(backupFileName), isProcessed};
+    }
     static ZALTagVelvetCascade initWithBackupFileName(std::shared_ptr<const std::string> backupFileName,
                                                       bool isProcessed) {
         return tagWithBackupFileName(std::move(backupFileName), isProcessed);

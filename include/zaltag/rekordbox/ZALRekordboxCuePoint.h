@@ -16,19 +16,27 @@ class XMLElement;
 /// A hot cue or memory cue of a Rekordbox track. A value; copy it freely.
 class ZALTAG_EXPORT ZALRekordboxCuePoint {
   public:
+    static constexpr std::int64_t typeCue = 0, typeFadeIn = 1, typeFadeOut = 2, typeLoad = 3, typeLoop = 4;
+    /// The number of a memory cue.
+    static constexpr std::int64_t memoryCue = -1;
+
     ZALRekordboxCuePoint() = default;
-    /// The cue for a cue point: of type 0 and without an end. The index is the hot cue's slot, or -1 for a
-    /// memory cue.
+    /// The cue for a cue point: of the type typeCue and without an end. The index is the hot cue's slot, or
+    /// memoryCue.
+    ZALRekordboxCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t index)
+        : name_(cuePoint.name().value_or("")), start_(cuePoint.time()), num_(index) {}
     static ZALRekordboxCuePoint rekordboxCueWithCuePoint(const ZALTagCuePoint& cuePoint,
-                                                         std::int64_t atIndex);
+                                                         std::int64_t atIndex) {
+        return {cuePoint, atIndex};
+    }
 
     /// The label; empty when there is none.
     const std::string& name() const { return name_; }
     void setName(std::string name) { name_ = std::move(name); }
-    /// 0 "Cue", 1 "FadeIn", 2 "FadeOut", 3 "Load", 4 "Loop".
+    /// One of the types above, or what the file has.
     std::int64_t type() const { return type_; }
     void setType(std::int64_t type) { type_ = type; }
-    /// The word for the type; null for other numbers.
+    /// The word for the type: "Cue", "FadeIn", "FadeOut", "Load", "Loop"; null for other numbers.
     ZALNullableString typeName() const;
     /// In seconds.
     double start() const { return start_; }
@@ -36,7 +44,7 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
     /// The end of a loop, in seconds; 0 when there is none.
     double end() const { return end_; }
     void setEnd(double seconds) { end_ = seconds; }
-    /// The hot cue's slot from 0 on; -1 for a memory cue.
+    /// The hot cue's slot from 0 on, or memoryCue.
     std::int64_t num() const { return num_; }
     void setNum(std::int64_t num) { num_ = num; }
 
@@ -75,7 +83,7 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
 
   private:
     std::string name_;
-    std::int64_t type_ = 0;
+    std::int64_t type_ = typeCue;
     double start_ = 0;
     double end_ = 0;
     std::int64_t num_ = 0;

@@ -17,6 +17,9 @@ class PayloadLog;
 /// one copy from one thread at a time.
 class ZALTAG_EXPORT ZALTagSeratoCuePoint {
   public:
+    /// The colour of a cue for which none is set.
+    static constexpr std::uint32_t colorNotSet = 0x7FFFFFFF;
+
     /// The number of hot-cue slots: 8.
     static constexpr int maximumNumberOfCuePoints() { return 8; }
 
@@ -25,8 +28,11 @@ class ZALTAG_EXPORT ZALTagSeratoCuePoint {
 
     /// A cue in a slot, at a position in milliseconds, with a name that may be null. A slot that setIndex()
     /// refuses leaves 0.
+    ZALTagSeratoCuePoint(std::int16_t index, std::uint32_t position, ZALNullableString label);
     static ZALTagSeratoCuePoint cuePointWithIndex(std::int16_t index, std::uint32_t position,
-                                                  ZALNullableString label);
+                                                  ZALNullableString label) {
+        return {index, position, std::move(label)};
+    }
     static ZALTagSeratoCuePoint initWithIndex(std::int16_t index, std::uint32_t position,
                                               ZALNullableString label) {
         return cuePointWithIndex(index, position, std::move(label));
@@ -53,7 +59,7 @@ class ZALTAG_EXPORT ZALTagSeratoCuePoint {
     std::uint32_t position() const { return position_; }
     void setPosition(std::uint32_t milliseconds) { position_ = milliseconds; }
 
-    /// The colour word, 0xAARRGGBB; 0x7FFFFFFF means not set.
+    /// The colour word, 0xAARRGGBB, or colorNotSet.
     std::uint32_t color() const { return color_; }
     void setColor(std::uint32_t color) { color_ = color; }
     /// The colour word as eight upper-case hexadecimal digits.
@@ -78,6 +84,6 @@ class ZALTAG_EXPORT ZALTagSeratoCuePoint {
 
     std::int16_t index_ = 0;
     std::uint32_t position_ = 0;
-    std::uint32_t color_ = 0x7FFFFFFF;
+    std::uint32_t color_ = colorNotSet;
     ZALNullableString label_;
 };

@@ -16,6 +16,11 @@ class PayloadLog;
 /// one copy from one thread at a time.
 class ZALTAG_EXPORT ZALTagSeratoCuePointOld {
   public:
+    /// What a slot holds.
+    static constexpr std::uint8_t typeEmpty = 0, typeCuePoint = 1, typeLoop = 3;
+    /// The colour of a slot for which none is set.
+    static constexpr std::uint32_t colorNotSet = 0x7FFFFFFF;
+
     /// The number of cue slots: 5.
     static constexpr int maximumNumberOfCuePoints() { return 5; }
     /// The number of loop slots: 9.
@@ -26,7 +31,11 @@ class ZALTAG_EXPORT ZALTagSeratoCuePointOld {
 
     /// A cue point in a slot, at a position in milliseconds. Every slot number is kept; those outside 0 to 4
     /// are not written.
-    static ZALTagSeratoCuePointOld cuePointWithIndex(std::int16_t index, std::uint32_t position);
+    ZALTagSeratoCuePointOld(std::int16_t index, std::uint32_t position)
+        : index_(index), position_(position) {}
+    static ZALTagSeratoCuePointOld cuePointWithIndex(std::int16_t index, std::uint32_t position) {
+        return {index, position};
+    }
     static ZALTagSeratoCuePointOld initWithIndex(std::int16_t index, std::uint32_t position) {
         return cuePointWithIndex(index, position);
     }
@@ -74,13 +83,13 @@ class ZALTAG_EXPORT ZALTagSeratoCuePointOld {
     std::uint8_t loopLocked() const { return loopLocked_; }
     void setLoopLocked(std::uint8_t flag) { loopLocked_ = flag; }
 
-    /// 0 for an empty slot, 1 (the default) for a cue point, 3 for a loop.
+    /// One of the types above; a cue point by default.
     std::uint8_t type() const { return type_; }
     void setType(std::uint8_t type) { type_ = type; }
-    bool isCuePoint() const { return type_ == 1; }
-    bool isLoop() const { return type_ == 3; }
+    bool isCuePoint() const { return type_ == typeCuePoint; }
+    bool isLoop() const { return type_ == typeLoop; }
 
-    /// The colour word, 0x00RRGGBB; 0x7FFFFFFF means not set.
+    /// The colour word, 0x00RRGGBB, or colorNotSet.
     std::uint32_t color() const { return color_; }
     void setColor(std::uint32_t color) { color_ = color; }
     /// The colour word as eight upper-case hexadecimal digits.
@@ -96,11 +105,11 @@ class ZALTAG_EXPORT ZALTagSeratoCuePointOld {
     static std::optional<ZALTagSeratoCuePointOld> parse(ZALDataView entry, zal::PayloadLog& log);
 
     std::uint8_t loopEnabled_ = 0;
-    std::uint8_t type_ = 1;
+    std::uint8_t type_ = typeCuePoint;
     std::uint8_t loopLocked_ = 0;
     std::int16_t index_ = 0;
     std::uint32_t position_ = 0;
     std::uint32_t loopPosition_ = 0xFFFFFFFF;
     std::uint32_t loopIterations_ = 0;
-    std::uint32_t color_ = 0x7FFFFFFF;
+    std::uint32_t color_ = colorNotSet;
 };

@@ -10,6 +10,9 @@
 ZALTAG_EXPORT extern const std::string ZALTagImageDictionaryImageKey;
 ZALTAG_EXPORT extern const std::string ZALTagImageDictionaryImageTypeKey;
 
+/// The ID3 picture type of a front cover.
+inline constexpr std::uint32_t ZALTagImageTypeFrontCover = 3;
+
 /// One picture of a file, as allImages() lists it and setAllImages() takes it.
 struct ZALTagImageDictionary {
     ZALImagePtr image;  ///< ZALTagImageDictionaryImageKey

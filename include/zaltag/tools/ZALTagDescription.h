@@ -26,5 +26,14 @@ ZALTAG_EXPORT std::string ZALTagDescription(const ZALNullableString& path);
 // Called by the copying functions with the tags they are about to copy, and empty: there to set a breakpoint
 // on. The tag can be null.
 
-ZALTAG_EXPORT void dprintV2Tag(const TagLib::ID3v2::Tag* tag);
-ZALTAG_EXPORT void dprintMP4Tag(const TagLib::MP4::Tag* tag);
+ZALTAG_EXPORT void ZALPrintV2Tag(const TagLib::ID3v2::Tag* tag);
+ZALTAG_EXPORT void ZALPrintMP4Tag(const TagLib::MP4::Tag* tag);
+
+#ifndef ZALTAG_NO_BARE_NAMES
+inline void dprintV2Tag(const TagLib::ID3v2::Tag* tag) {
+    ZALPrintV2Tag(tag);
+}
+inline void dprintMP4Tag(const TagLib::MP4::Tag* tag) {
+    ZALPrintMP4Tag(tag);
+}
+#endif

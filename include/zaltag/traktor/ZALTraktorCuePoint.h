@@ -16,17 +16,26 @@ class XMLElement;
 /// A cue, loop or grid marker of a Traktor track. A value; copy it freely.
 class ZALTAG_EXPORT ZALTraktorCuePoint {
   public:
+    static constexpr std::int64_t typeCue = 0, typeFadeIn = 1, typeFadeOut = 2, typeLoad = 3, typeGrid = 4,
+                                  typeLoop = 5;
+    /// The index of a cue that is on no pad.
+    static constexpr std::int64_t noSlot = -1;
+
     ZALTraktorCuePoint() = default;
-    /// The cue for a cue point: of type 0 and without a length. The index is the hot cue's slot.
-    static ZALTraktorCuePoint traktorCueWithCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t atIndex);
+    /// The cue for a cue point: of the type typeCue and without a length. The index is the hot cue's slot.
+    ZALTraktorCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t index)
+        : name_(cuePoint.name().value_or("")), startTime_(cuePoint.time()), index_(index) {}
+    static ZALTraktorCuePoint traktorCueWithCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t atIndex) {
+        return {cuePoint, atIndex};
+    }
 
     /// The label; empty when there is none.
     const std::string& name() const { return name_; }
     void setName(std::string name) { name_ = std::move(name); }
-    /// 0 "Cue", 1 "FadeIn", 2 "FadeOut", 3 "Load", 4 "Grid", 5 "Loop".
+    /// One of the types above, or what the file has.
     std::int64_t type() const { return type_; }
     void setType(std::int64_t type) { type_ = type; }
-    /// The word for the type; null for other numbers.
+    /// The word for the type: "Cue", "FadeIn", "FadeOut", "Load", "Grid", "Loop"; null for other numbers.
     ZALNullableString typeName() const;
     /// True for a marker of the beat grid.
     bool isGrid() const;
@@ -36,8 +45,8 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     double length() const { return length_; }
     void setLength(double seconds) { length_ = seconds; }
     double endTime() const { return startTime_ + length_; }
-    /// The hot cue's slot from 0 on; -1 for every grid marker. The file says 0 for what is negative, so a cue
-    /// without a slot comes back with slot 0.
+    /// The hot cue's slot from 0 on; noSlot for every grid marker. The file says 0 for what is negative, so a
+    /// cue without a slot comes back with slot 0.
     std::int64_t index() const;
     void setIndex(std::int64_t index) { index_ = index; }
 
@@ -50,7 +59,7 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     std::string description() const;
 
     /// The number that the file has for the cue's place.
-    std::int64_t number() const { return isGrid() ? -1 : index_; }
+    std::int64_t number() const { return isGrid() ? noSlot : index_; }
     /// Equal name and type, and times that are the same in whole microseconds.
     bool isSameMark(const ZALTraktorCuePoint& other) const;
 
@@ -71,7 +80,7 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
 
   private:
     std::string name_;
-    std::int64_t type_ = 0;
+    std::int64_t type_ = typeCue;
     double startTime_ = 0;
     double length_ = 0;
     std::int64_t index_ = 0;
