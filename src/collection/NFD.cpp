@@ -19,7 +19,7 @@ std::string canonicalDecomposition(std::string_view text) {
         &decomposed, static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_DECOMPOSE));
     if (length < 0) return std::string(text);
     std::string result(reinterpret_cast<const char*>(decomposed), static_cast<std::size_t>(length));
-    std::free(decomposed);  // NOLINT: the library hands over what malloc gave
+    std::free(decomposed);  // the library hands over what malloc gave
     return result;
 }
 

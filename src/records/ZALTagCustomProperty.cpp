@@ -40,7 +40,7 @@ void ZALTagCustomProperty::setAlgorithmVersion(std::int64_t) {
 bool ZALTagCustomProperty::isEqualToTagProperty(const ZALTagCustomProperty& other) const {
     if (this == &other) return true;
     // The source is compared with itself on purpose: it is one constant, and the other's is never asked.
-    return source() == source() && algorithm_ == other.algorithm_;  // NOLINT(misc-redundant-expression)
+    return source() == source() && algorithm_ == other.algorithm_;
 }
 
 bool ZALTagCustomProperty::isEqual(const ZALTagCustomProperty& other) const {

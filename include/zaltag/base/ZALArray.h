@@ -17,7 +17,7 @@ class ZALArray {
 
     ZALArray() : ZALArray(std::vector<T>{}) {}
     ZALArray(std::initializer_list<T> elements) : ZALArray(std::vector<T>(elements)) {}
-    ZALArray(std::vector<T> elements)  // NOLINT: a vector is an array
+    ZALArray(std::vector<T> elements)  // a vector is an array
         : storage_(std::make_shared<const std::vector<T>>(std::move(elements))) {}
 
     std::size_t size() const { return storage_->size(); }

@@ -5,3 +5,6 @@
 /// Every public name begins with ZAL, zal_ or ZALTAG. A few functions and a constant have a second name that
 /// does not; a host that has such names of its own defines ZALTAG_NO_BARE_NAMES before it includes a header.
 #define ZALTAG_EXPORT __attribute__((visibility("default")))
+
+/// Members of exported classes that only the library itself can call.
+#define ZALTAG_INSIDE __attribute__((visibility("hidden")))

@@ -20,19 +20,19 @@ class ZALTAG_EXPORT ZALJSONValue {
     using Object = std::map<std::string, ZALJSONValue>;
 
     ZALJSONValue() = default;
-    ZALJSONValue(std::nullptr_t) {}                                     // NOLINT: every JSON type is a value
-    ZALJSONValue(bool value) : value_(value) {}                         // NOLINT
-    ZALJSONValue(int value) : value_(std::int64_t{value}) {}            // NOLINT
-    ZALJSONValue(std::int64_t value) : value_(value) {}                 // NOLINT
-    ZALJSONValue(std::uint32_t value) : value_(std::int64_t{value}) {}  // NOLINT
-    ZALJSONValue(double value) : value_(value) {}                       // NOLINT
-    ZALJSONValue(const char* value) : value_(std::string(value)) {}     // NOLINT
-    ZALJSONValue(std::string value) : value_(std::move(value)) {}       // NOLINT
-    ZALJSONValue(const ZALNullableString& value) {                      // NOLINT
+    ZALJSONValue(std::nullptr_t) {}  // every JSON type is a value
+    ZALJSONValue(bool value) : value_(value) {}
+    ZALJSONValue(int value) : value_(std::int64_t{value}) {}
+    ZALJSONValue(std::int64_t value) : value_(value) {}
+    ZALJSONValue(std::uint32_t value) : value_(std::int64_t{value}) {}
+    ZALJSONValue(double value) : value_(value) {}
+    ZALJSONValue(const char* value) : value_(std::string(value)) {}
+    ZALJSONValue(std::string value) : value_(std::move(value)) {}
+    ZALJSONValue(const ZALNullableString& value) {
         if (value) value_ = *value;
     }
-    ZALJSONValue(Array value) : value_(std::move(value)) {}   // NOLINT
-    ZALJSONValue(Object value) : value_(std::move(value)) {}  // NOLINT
+    ZALJSONValue(Array value) : value_(std::move(value)) {}
+    ZALJSONValue(Object value) : value_(std::move(value)) {}
 
     bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
     bool isBool() const { return std::holds_alternative<bool>(value_); }

@@ -108,7 +108,7 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     std::size_t cueCount() const;
 
   protected:
-    explicit ZALCollectionDatabase(const zal::CollectionProgram& program);
+    ZALTAG_INSIDE explicit ZALCollectionDatabase(const zal::CollectionProgram& program);
 
     /// Makes the file present, then loads it; a failure is one log line. Null leaves the database unloaded.
     void openFileAtURL(const ZALNullableString& url);
@@ -117,18 +117,18 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     void stayWithFileAtURL(const std::string& url);
 
     /// What is loaded; null before. It outlives a load while somebody holds it.
-    std::shared_ptr<const zal::CollectionIndex> index() const;
+    ZALTAG_INSIDE std::shared_ptr<const zal::CollectionIndex> index() const;
     /// Has the next needsReloading() say so.
     void askForReload() const;
 
   private:
     friend class ZALCollectionQueue;
-    bool saveChanges(const zal::CollectionChanges& changes, ZALError* error);
-    bool failSave(const std::string& reason, ZALError* error) const;
-    std::string write(const std::string& url, const zal::CollectionChanges& changes);
-    void adopt(std::shared_ptr<const zal::CollectionIndex> index, const std::string& url);
-    bool isFileThatWasRead(const std::string& url) const;
-    std::string whyNotToReplace(const std::string& url) const;
+    ZALTAG_INSIDE bool saveChanges(const zal::CollectionChanges& changes, ZALError* error);
+    ZALTAG_INSIDE bool failSave(const std::string& reason, ZALError* error) const;
+    ZALTAG_INSIDE std::string write(const std::string& url, const zal::CollectionChanges& changes);
+    ZALTAG_INSIDE void adopt(std::shared_ptr<const zal::CollectionIndex> index, const std::string& url);
+    ZALTAG_INSIDE bool isFileThatWasRead(const std::string& url) const;
+    ZALTAG_INSIDE std::string whyNotToReplace(const std::string& url) const;
 
     const zal::CollectionProgram& program_;
     mutable std::shared_mutex lock_;  // guards everything below, for a moment at a time

@@ -85,8 +85,8 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     void shutDown();
 
   protected:
-    ZALCollectionQueue(const zal::CollectionProgram& program,
-                       std::function<ZALCollectionDatabase&()> database);
+    ZALTAG_INSIDE ZALCollectionQueue(const zal::CollectionProgram& program,
+                                     std::function<ZALCollectionDatabase&()> database);
 
     /// Puts a request in the place of an earlier one for the same file. `method` is the operation's full
     /// name, for the log.
@@ -96,11 +96,12 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     // On the serial queue:
 
     /// Adds what the batch changes besides its tracks; the numbers are those of the tracks that it lists.
-    virtual void listTracks(zal::ElementReader& reader, const std::vector<std::uint32_t>& numbers,
-                            zal::CollectionChanges& changes) const;
+    ZALTAG_INSIDE virtual void listTracks(zal::ElementReader& reader,
+                                          const std::vector<std::uint32_t>& numbers,
+                                          zal::CollectionChanges& changes) const;
     /// After a batch that left the collection's file as the database has it, with what of its changes was not
     /// worth a save.
-    virtual void finishBatch(const zal::CollectionChanges& unsaved);
+    ZALTAG_INSIDE virtual void finishBatch(const zal::CollectionChanges& unsaved);
 
     /// Ends a queue with the process, whoever else still holds it.
     class AtExit {
@@ -121,18 +122,18 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     struct Outcome;
     struct State;
 
-    Outcome guarded(Outcome (ZALCollectionQueue::*operation)());
-    Outcome reloadIfNeeded();
-    Outcome processQueueAndSave();
-    Outcome batch();
-    bool applyRequests(zal::CollectionChanges& changes, bool& shouldSave);
-    void dropRequests();
-    void startTimerIfNeeded();
-    void processTimerFired();
-    void setExportStage(std::uint64_t stage);
-    void updateProgress();
-    void perform(Outcome (ZALCollectionQueue::*operation)(), ZALCompletion completion);
-    void assertProcessingQueue(const char* function) const;
+    ZALTAG_INSIDE Outcome guarded(Outcome (ZALCollectionQueue::*operation)());
+    ZALTAG_INSIDE Outcome reloadIfNeeded();
+    ZALTAG_INSIDE Outcome processQueueAndSave();
+    ZALTAG_INSIDE Outcome batch();
+    ZALTAG_INSIDE bool applyRequests(zal::CollectionChanges& changes, bool& shouldSave);
+    ZALTAG_INSIDE void dropRequests();
+    ZALTAG_INSIDE void startTimerIfNeeded();
+    ZALTAG_INSIDE void processTimerFired();
+    ZALTAG_INSIDE void setExportStage(std::uint64_t stage);
+    ZALTAG_INSIDE void updateProgress();
+    ZALTAG_INSIDE void perform(Outcome (ZALCollectionQueue::*operation)(), ZALCompletion completion);
+    ZALTAG_INSIDE void assertProcessingQueue(const char* function) const;
 
     const zal::CollectionProgram& program_;
     const std::function<ZALCollectionDatabase&()> database_;

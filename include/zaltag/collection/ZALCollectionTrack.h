@@ -80,8 +80,8 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     virtual bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) = 0;
     /// What the same changes in the text of the element, when nothing else may change. Without a document to
     /// make new marks in, the result has empty ones.
-    virtual zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
-                                   zal::XMLDocument* scratch) const = 0;
+    ZALTAG_INSIDE virtual zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                                                 zal::XMLDocument* scratch) const = 0;
 
   protected:
     ZALCollectionTrack() = default;
@@ -95,13 +95,13 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     void setPath(ZALNullableString path);
     void setNeedsUpdate(bool needed) { xmlNeedsUpdate_ = needed; }
     void setFileWithoutDate(std::string file) { fileWithoutDate_ = std::move(file); }
-    zal::XMLElement element() const;
-    void setElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE zal::XMLElement element() const;
+    ZALTAG_INSIDE void setElement(const zal::XMLElement& element);
     /// Makes this a copy that stands for itself.
     void leaveDocument();
 
   private:
-    void decompose() const;
+    ZALTAG_INSIDE void decompose() const;
 
     ZALNullableString path_;
     // Made when it is asked for, and before a copy is handed out; empty when it equals the path.
@@ -148,9 +148,9 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
 
     /// What a request changes in the marks, the child elements of that name. Marks that are no cues go when
     /// there are cues.
-    zal::TrackEdit editOfMarks(const char* elementName, const zal::XMLStyle& style,
-                               const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
-                               zal::XMLDocument* scratch) const;
+    ZALTAG_INSIDE zal::TrackEdit editOfMarks(const char* elementName, const zal::XMLStyle& style,
+                                             const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                                             zal::XMLDocument* scratch) const;
     /// Reads the cues from the child elements of that name and marks the track when there are any. True when
     /// there were elements, but no cue among them.
     bool readCues(const char* elementName);
@@ -167,7 +167,7 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
         std::shared_ptr<const Cue> value;  // when there is no element
         std::int64_t number = 0;           // as it is stored, also where the cue has another one
     };
-    static Cue valueOf(const StoredCue& stored);
+    ZALTAG_INSIDE static Cue valueOf(const StoredCue& stored);
 
     // How a request meets the cues of the track.
     struct Match {
@@ -175,7 +175,7 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
         std::vector<Cue> added;
         std::size_t kept() const;
     };
-    Match match(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const;
+    ZALTAG_INSIDE Match match(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const;
 
     std::vector<StoredCue> cues_;
 };

@@ -52,7 +52,7 @@ class ZALTAG_EXPORT ZALImage {
     bool operator==(const ZALImage& other) const = default;
 
   private:
-    ZALImage(std::uint32_t width, std::uint32_t height, ZALData pixels);
+    ZALTAG_INSIDE ZALImage(std::uint32_t width, std::uint32_t height, ZALData pixels);
 
     std::uint32_t width_;
     std::uint32_t height_;

@@ -67,17 +67,18 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
     // For elements of the document:
 
     /// Null for an element without a start: a placeholder.
-    static std::optional<ZALRekordboxCuePoint> initWithXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static std::optional<ZALRekordboxCuePoint> initWithXMLElement(
+        const zal::XMLElement& element);
     /// What the cues of a track are sorted by; null when the element is no cue.
-    static std::optional<std::int64_t> orderOfXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static std::optional<std::int64_t> orderOfXMLElement(const zal::XMLElement& element);
     /// Replaces all attributes of an element that was read: those the library does not know are dropped.
-    void updateXMLElement(zal::XMLElement element) const;
+    ZALTAG_INSIDE void updateXMLElement(zal::XMLElement element) const;
     /// Appends a new element for this cue to a track. Its attributes have another order than those of an
     /// updated element; both are as the files have them.
-    zal::XMLElement xmlElement(zal::XMLElement parent) const;
+    ZALTAG_INSIDE zal::XMLElement xmlElement(zal::XMLElement parent) const;
     /// Fills the new element of a cue that was stored in a track. Storing makes a copy by way of an element
     /// of its own, so this is an update.
-    void writeTo(zal::XMLElement element) const;
+    ZALTAG_INSIDE void writeTo(zal::XMLElement element) const;
     /// The cue as it comes back from the file.
     ZALRekordboxCuePoint copyAsStored() const;
 

@@ -77,5 +77,5 @@ class ZALTAG_EXPORT ZALRekordboxDatabase final : public ZALCollectionDatabase {
 
   private:
     friend class ZALRekordboxQueue;
-    ZALRekordboxDatabase();
+    ZALTAG_INSIDE ZALRekordboxDatabase();
 };

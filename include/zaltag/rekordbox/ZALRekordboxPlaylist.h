@@ -23,7 +23,8 @@ class ZALTAG_EXPORT ZALRekordboxPlaylist {
         return rekordboxPlaylistWithName(std::move(name));
     }
     /// The playlist of a node; null for an element that is none.
-    static std::shared_ptr<ZALRekordboxPlaylist> initWithXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static std::shared_ptr<ZALRekordboxPlaylist> initWithXMLElement(
+        const zal::XMLElement& element);
 
     const std::string& name() const { return name_; }
     /// Marks the playlist for writing.
@@ -41,7 +42,7 @@ class ZALTAG_EXPORT ZALRekordboxPlaylist {
     // For elements of the document:
 
     /// The element, written anew if the playlist changed. Without one, a node is appended to `parent` first.
-    zal::XMLElement xmlElement(zal::XMLElement parent);
+    ZALTAG_INSIDE zal::XMLElement xmlElement(zal::XMLElement parent);
     void updateXMLElement();
     /// A copy that stands for itself.
     std::shared_ptr<ZALRekordboxPlaylist> copy() const;

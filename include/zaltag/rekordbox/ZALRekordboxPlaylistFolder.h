@@ -19,7 +19,8 @@ class ZALTAG_EXPORT ZALRekordboxPlaylistFolder {
         return rekordboxPlaylistFolderWithName(std::move(name));
     }
     /// The folder of a node, with all that is in it; null for an element that is none.
-    static std::shared_ptr<ZALRekordboxPlaylistFolder> initWithXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static std::shared_ptr<ZALRekordboxPlaylistFolder> initWithXMLElement(
+        const zal::XMLElement& element);
 
     const std::string& name() const { return name_; }
     /// Marks the folder for writing: its node then holds the playlists first, the folders after them.
@@ -35,13 +36,13 @@ class ZALTAG_EXPORT ZALRekordboxPlaylistFolder {
     // For elements of the document:
 
     /// The element, written anew where something changed. Without one, a node is appended to `parent` first.
-    zal::XMLElement xmlElement(zal::XMLElement parent);
+    ZALTAG_INSIDE zal::XMLElement xmlElement(zal::XMLElement parent);
     void updateXMLElement();
     /// A copy that stands for itself, with all that is in it.
     std::shared_ptr<ZALRekordboxPlaylistFolder> copy() const;
 
   private:
-    void writeChildren();
+    ZALTAG_INSIDE void writeChildren();
 
     std::string name_;
     std::vector<std::shared_ptr<ZALRekordboxPlaylist>> playlists_;

@@ -47,14 +47,15 @@ class ZALTAG_EXPORT ZALRekordboxQueue final : public ZALCollectionQueue {
                       ZALCueKind kind) override;
 
   private:
-    explicit ZALRekordboxQueue(std::function<ZALCollectionDatabase&()> database);
-    static std::shared_ptr<ZALRekordboxQueue> queueOver(std::function<ZALCollectionDatabase&()> database);
-    void listTracks(zal::ElementReader& reader, const std::vector<std::uint32_t>& numbers,
-                    zal::CollectionChanges& changes) const override;
-    void finishBatch(const zal::CollectionChanges& unsaved) override;
+    ZALTAG_INSIDE explicit ZALRekordboxQueue(std::function<ZALCollectionDatabase&()> database);
+    ZALTAG_INSIDE static std::shared_ptr<ZALRekordboxQueue> queueOver(
+        std::function<ZALCollectionDatabase&()> database);
+    ZALTAG_INSIDE void listTracks(zal::ElementReader& reader, const std::vector<std::uint32_t>& numbers,
+                                  zal::CollectionChanges& changes) const override;
+    ZALTAG_INSIDE void finishBatch(const zal::CollectionChanges& unsaved) override;
 
-    ZALRekordboxDatabase& rekordboxDatabase() const;
-    void saveSplitXmlFiles(const zal::CollectionChanges& unsaved);
-    std::vector<zal::TrackChange> importCandidates(zal::ElementReader& reader,
-                                                   const zal::CollectionChanges& unsaved) const;
+    ZALTAG_INSIDE ZALRekordboxDatabase& rekordboxDatabase() const;
+    ZALTAG_INSIDE void saveSplitXmlFiles(const zal::CollectionChanges& unsaved);
+    ZALTAG_INSIDE std::vector<zal::TrackChange> importCandidates(zal::ElementReader& reader,
+                                                                 const zal::CollectionChanges& unsaved) const;
 };

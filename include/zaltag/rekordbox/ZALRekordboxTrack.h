@@ -12,10 +12,11 @@
 class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordboxCuePoint> {
   public:
     /// A track of an element of the document.
-    static std::unique_ptr<ZALRekordboxTrack> initWithXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static std::unique_ptr<ZALRekordboxTrack> initWithXMLElement(
+        const zal::XMLElement& element);
 
     /// The id in a track's element; 0 without one, and the nearest one where it is too large.
-    static std::int32_t idOfXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static std::int32_t idOfXMLElement(const zal::XMLElement& element);
     static std::int32_t idOfText(std::string_view text);
 
     /// 0 when the collection gives none.
@@ -33,10 +34,10 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
 
     void updateXMLElement() override;
     bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) override;
-    zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
-                           zal::XMLDocument* scratch) const override;
+    ZALTAG_INSIDE zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                                         zal::XMLDocument* scratch) const override;
     /// The element, brought up to date.
-    zal::XMLElement xmlElement();
+    ZALTAG_INSIDE zal::XMLElement xmlElement();
 
     /// Class, path and the cues' descriptions.
     std::string description() const;
@@ -47,10 +48,10 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
   private:
     ZALRekordboxTrack() = default;
     ZALRekordboxTrack(const ZALRekordboxTrack&) = default;
-    std::optional<ZALTrackTempo> readTempo() const override;
-    bool isReplaced(const ZALRekordboxCuePoint& cue, ZALCueKind kind) const override;
-    std::vector<ZALRekordboxCuePoint> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                              ZALCueKind kind) const override;
+    ZALTAG_INSIDE std::optional<ZALTrackTempo> readTempo() const override;
+    ZALTAG_INSIDE bool isReplaced(const ZALRekordboxCuePoint& cue, ZALCueKind kind) const override;
+    ZALTAG_INSIDE std::vector<ZALRekordboxCuePoint> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                            ZALCueKind kind) const override;
 
     std::int32_t trackId_ = 0;
     bool forceDummyCuePoint_ = false;

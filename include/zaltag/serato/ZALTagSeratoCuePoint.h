@@ -79,8 +79,8 @@ class ZALTAG_EXPORT ZALTagSeratoCuePoint {
 
   private:
     friend class ZALTagSeratoMarker;
-    static std::optional<ZALTagSeratoCuePoint> parse(ZALDataView entry, zal::PayloadLog& log);
-    void setIndex(std::int16_t index, zal::PayloadLog& log);
+    ZALTAG_INSIDE static std::optional<ZALTagSeratoCuePoint> parse(ZALDataView entry, zal::PayloadLog& log);
+    ZALTAG_INSIDE void setIndex(std::int16_t index, zal::PayloadLog& log);
 
     std::int16_t index_ = 0;
     std::uint32_t position_ = 0;

@@ -102,7 +102,8 @@ class ZALTAG_EXPORT ZALTagSeratoCuePointOld {
 
   private:
     friend class ZALTagSeratoMarkerOld;
-    static std::optional<ZALTagSeratoCuePointOld> parse(ZALDataView entry, zal::PayloadLog& log);
+    ZALTAG_INSIDE static std::optional<ZALTagSeratoCuePointOld> parse(ZALDataView entry,
+                                                                      zal::PayloadLog& log);
 
     std::uint8_t loopEnabled_ = 0;
     std::uint8_t type_ = typeCuePoint;

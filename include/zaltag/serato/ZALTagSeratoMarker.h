@@ -59,7 +59,7 @@ class ZALTAG_EXPORT ZALTagSeratoMarker {
     bool operator==(const ZALTagSeratoMarker& other) const = default;
 
   private:
-    void readCuePoints();
+    ZALTAG_INSIDE void readCuePoints();
 
     std::uint8_t major_ = 0;
     std::uint8_t minor_ = 0;

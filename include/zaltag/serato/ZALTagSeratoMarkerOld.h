@@ -79,9 +79,9 @@ class ZALTAG_EXPORT ZALTagSeratoMarkerOld {
     bool operator==(const ZALTagSeratoMarkerOld& other) const = default;
 
   private:
-    void readSlots(ZALDataView entries, std::size_t count, zal::PayloadLog& log);
-    void readColor(ZALDataView bytes, bool syncSafe, zal::PayloadLog& log);
-    std::vector<ZALTagSeratoCuePointOld> writtenSlots() const;
+    ZALTAG_INSIDE void readSlots(ZALDataView entries, std::size_t count, zal::PayloadLog& log);
+    ZALTAG_INSIDE void readColor(ZALDataView bytes, bool syncSafe, zal::PayloadLog& log);
+    ZALTAG_INSIDE std::vector<ZALTagSeratoCuePointOld> writtenSlots() const;
 
     std::uint8_t major_ = 0;
     std::uint8_t minor_ = 0;

@@ -66,15 +66,15 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     // For elements of the document:
 
     /// Null for an element of another name than CUE_V2, in any case.
-    static std::optional<ZALTraktorCuePoint> initWithXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static std::optional<ZALTraktorCuePoint> initWithXMLElement(const zal::XMLElement& element);
     /// What the cues of a track are sorted by: the index. Null when the element is no cue.
-    static std::optional<std::int64_t> orderOfXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static std::optional<std::int64_t> orderOfXMLElement(const zal::XMLElement& element);
     /// Sets the attributes that the element has; others are neither made nor touched.
-    void updateXMLElement(zal::XMLElement element) const;
+    ZALTAG_INSIDE void updateXMLElement(zal::XMLElement element) const;
     /// Appends a new element for this cue to a track.
-    zal::XMLElement xmlElement(zal::XMLElement parent) const;
+    ZALTAG_INSIDE zal::XMLElement xmlElement(zal::XMLElement parent) const;
     /// Gives a new, empty element all attributes.
-    void writeTo(zal::XMLElement element) const;
+    ZALTAG_INSIDE void writeTo(zal::XMLElement element) const;
     /// The cue as it comes back from the file: times in milliseconds with six decimals, no index below 0.
     ZALTraktorCuePoint copyAsStored() const;
 

@@ -77,5 +77,5 @@ class ZALTAG_EXPORT ZALTraktorDatabase final : public ZALCollectionDatabase {
     bool canExport(ZALError* error = nullptr) const override;
 
   private:
-    ZALTraktorDatabase();
+    ZALTAG_INSIDE ZALTraktorDatabase();
 };

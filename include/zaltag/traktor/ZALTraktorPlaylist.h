@@ -19,7 +19,7 @@ using ZALTraktorTrackMap = std::unordered_map<std::string_view, std::shared_ptr<
 
 /// A playlist of the Traktor collection, to be read only. One that a database hands out is a copy, and so are
 /// its tracks.
-class ZALTAG_EXPORT ZALTraktorPlaylist {
+class ZALTraktorPlaylist {
   public:
     /// The playlist of a node. An entry whose track the map lacks is left out, with a log line.
     static std::shared_ptr<const ZALTraktorPlaylist> initWithXMLElement(const zal::XMLElement& element,

@@ -32,6 +32,7 @@ class ZALTAG_EXPORT ZALTraktorQueue final : public ZALCollectionQueue {
                       ZALCueKind kind) override;
 
   private:
-    explicit ZALTraktorQueue(std::function<ZALCollectionDatabase&()> database);
-    static std::shared_ptr<ZALTraktorQueue> queueOver(std::function<ZALCollectionDatabase&()> database);
+    ZALTAG_INSIDE explicit ZALTraktorQueue(std::function<ZALCollectionDatabase&()> database);
+    ZALTAG_INSIDE static std::shared_ptr<ZALTraktorQueue> queueOver(
+        std::function<ZALCollectionDatabase&()> database);
 };

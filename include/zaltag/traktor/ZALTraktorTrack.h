@@ -14,7 +14,7 @@
 class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCuePoint> {
   public:
     /// A track of an element of the document; null without one.
-    static std::unique_ptr<ZALTraktorTrack> initWithXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static std::unique_ptr<ZALTraktorTrack> initWithXMLElement(const zal::XMLElement& element);
 
     /// The name of the volume the system was started from: that of the host. Tracks of every other volume are
     /// below "/Volumes".
@@ -38,11 +38,11 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
     /// Writes the cues of a changed track and its date: one second before the audio file's, or, with a log
     /// line when that cannot be looked at, an hour ago.
     void updateXMLElement() override;
-    zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
-                           zal::XMLDocument* scratch) const override;
+    ZALTAG_INSIDE zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                                         zal::XMLDocument* scratch) const override;
 
     /// The element, as it is: updateXMLElement() brings it up to date.
-    zal::XMLElement xmlElement() const;
+    ZALTAG_INSIDE zal::XMLElement xmlElement() const;
 
     /// Class, path and the cues' descriptions.
     std::string description() const;
@@ -53,18 +53,18 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
   private:
     ZALTraktorTrack() = default;
     ZALTraktorTrack(const ZALTraktorTrack&) = default;
-    std::optional<ZALTrackTempo> readTempo() const override;
+    ZALTAG_INSIDE std::optional<ZALTrackTempo> readTempo() const override;
 
     // The date as it is written.
     struct DateText {
         ZALNullableString day;
         std::string seconds;
     };
-    DateText readDate() const;
-    DateText newDate(std::string& failed) const;
-    bool isReplaced(const ZALTraktorCuePoint& cue, ZALCueKind kind) const override;
-    std::vector<ZALTraktorCuePoint> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                            ZALCueKind kind) const override;
+    ZALTAG_INSIDE DateText readDate() const;
+    ZALTAG_INSIDE DateText newDate(std::string& failed) const;
+    ZALTAG_INSIDE bool isReplaced(const ZALTraktorCuePoint& cue, ZALCueKind kind) const override;
+    ZALTAG_INSIDE std::vector<ZALTraktorCuePoint> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                          ZALCueKind kind) const override;
 
     std::string uniqueID_;
     std::shared_ptr<const DateText> keptDate_;  // of a copy
