@@ -105,6 +105,11 @@ std::vector<Row> rows() {
         {"longer than the tag.mp3",
          joined({tag(4, 0, joined({title, raw("TALB\0\0\0\x5a\0\0\3Cut")})), mpegFrames()}),
          {title, raw("TALB\0\0\0\x5a\0\0\3Cut")}},
+        // 257 as a plain number, as which alone it leads on to another frame.
+        {"plain size.mp3",
+         joined(
+             {tag(4, 0, joined({title, raw("TPE3\0\0\1\1\0\0\3"), ZALData(256, 'x'), album})), mpegFrames()}),
+         {title, id3Frame("TPE3", joined({{3}, ZALData(256, 'x')})), album}},
         {"extended header.mp3",
          joined({tag(4, 0x40, joined({fromHex("00000006 0100"), title, album})), mpegFrames()}),
          {title, album}},
