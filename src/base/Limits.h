@@ -55,8 +55,8 @@ inline constexpr int flacBlocks = 1 << 16;
 /// Chunks of a file: more than any program writes; TagLib's work grows with their square.
 inline constexpr std::size_t formChunks = 10'000;
 
-/// The longest chunk that is read whole, as long as an ID3v2 tag can be, and as those in front of MP3 and FLAC
-/// are in all.
+/// The longest chunk that is read whole, as long as an ID3v2 tag can be, and as those in front of MP3 and
+/// FLAC are in all.
 inline constexpr std::uint32_t formTag = std::uint32_t{1} << 28;
 
 /// The room that a WAV file's processing record needs below 4 GiB: more than any record takes.

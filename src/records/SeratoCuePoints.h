@@ -34,8 +34,8 @@ ZALTagSeratoMarker seratoMarkerWithCuePoints(std::optional<ZALTagSeratoMarker> m
 ZALTagSeratoMarkerOld oldSeratoMarkerWithCuePoints(std::optional<ZALTagSeratoMarkerOld> marker,
                                                    const ZALArray<ZALTagCuePoint>& cuePoints);
 
-/// The payload to write. Null, with a log line, when the marker cannot be rendered: a record from a file can hold
-/// colours that the form has no room for.
+/// The payload to write. Null, with a log line, when the marker cannot be rendered: a record from a file can
+/// hold colours that the form has no room for.
 ZALNullableData renderedSeratoMarker(const ZALTagSeratoMarker& marker, SeratoForm form);
 ZALNullableData renderedOldSeratoMarker(const ZALTagSeratoMarkerOld& marker, SeratoForm form);
 

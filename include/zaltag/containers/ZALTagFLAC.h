@@ -111,7 +111,6 @@ class ZALTAG_EXPORT ZALTagFLAC final : public ZALTagID3 {
     zal::Artwork artwork() const override;
 
   private:
-
     ZALTagFLAC();
 
     std::optional<ZALJSONValue> storedXiphDictionary(const std::string& xiphName) const;

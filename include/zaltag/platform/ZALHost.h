@@ -39,11 +39,14 @@ enum class ZALSaveMode {
 
 /// Which tracks a save of a DJ program's collection writes.
 enum class ZALCollectionSaveMode {
-    /// Every track that has cues: its cues and its date are written anew, and Rekordbox's file in UTF-8. What the
-    /// library does not know of a mark (Rekordbox's colours) is dropped then, and cues of Traktor that are on no
+    /// Every track that has cues: its cues and its date are written anew, and Rekordbox's file in UTF-8. What
+    /// the
+    /// library does not know of a mark (Rekordbox's colours) is dropped then, and cues of Traktor that are on
+    /// no
     /// pad are put on the first one.
     everyTrackWithCues,
-    /// Those that requests changed, and of those what they changed: everything else in the file keeps every byte,
+    /// Those that requests changed, and of those what they changed: everything else in the file keeps every
+    /// byte,
     /// but for the note of the maker and the playlist "ZAL Cue Points" of Rekordbox's. A save that changes
     /// nothing writes nothing.
     changedTracks,
