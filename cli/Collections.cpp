@@ -8,7 +8,6 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <filesystem>
 #include <thread>
 
@@ -148,13 +147,10 @@ std::vector<std::string> allPlaceNames(bool readableOnly) {
 }
 
 std::string whyNotUsable(const Collection& collection) {
-    // The first use of a collection loads it, and logs a failure without its reason for a person.
-    ZALHost::shared().setLogSink([](const std::string&) {});
     ZALError error;
     const auto database = collection.database();
     const bool isLoaded = database->isLoaded() || database->reload(&error);
     const ZALNullableString file = database->fileURL();
-    ZALHost::shared().setLogSink({});
     if (isLoaded) return {};
     if (!file) {
         return fmt::format("no {} collection was found (--{} FILE names one)", collection.name,
@@ -176,10 +172,6 @@ struct Saved {
 Saved saveOnce(const Collection& collection) {
     bool isDone = false;
     Saved saved;
-    // The reason of a failed write comes with the error.
-    ZALHost::shared().setLogSink([](const std::string& line) {
-        if (!line.starts_with("Failed to write to ")) std::fputs((printable(line) + "\n").c_str(), stderr);
-    });
     collection.queue()->save([&](bool succeeded, const ZALError* error) {
         isDone = true;
         saved.success = succeeded && error == nullptr;
@@ -194,7 +186,6 @@ Saved saveOnce(const Collection& collection) {
     while (!isDone) {
         ZALMainQueue::shared().runUntil([&] { return isDone; }, std::chrono::hours(1));
     }
-    ZALHost::shared().setLogSink({});
     return saved;
 }
 

@@ -3,14 +3,9 @@
 #include "Interrupts.h"
 #include "Output.h"
 
-#include <zaltag/platform/ZALHost.h>
-
 #include <fmt/format.h>
-#include <fmt/ranges.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 
 namespace fs = std::filesystem;
@@ -22,22 +17,6 @@ std::string absolutePath(const std::string& path) {
 }
 
 namespace {
-
-// Why a file that does not open does not.
-std::string reasonFor(const std::string& path) {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (error && status.type() != fs::file_type::not_found) return error.message();
-    if (status.type() == fs::file_type::not_found) return "no such file";
-    if (fs::is_directory(status)) return "is a folder";
-    if (!fs::is_regular_file(status)) return "is not a regular file";
-    if (!ZALTag::canInitWithPath(path)) {
-        return fmt::format("unsupported file type (supported: {})",
-                           fmt::join(ZALTag::supportedFileTypes().elements(), ", "));
-    }
-    if (::access(path.c_str(), R_OK) != 0) return "permission denied";
-    return "not a readable audio file of its type: damaged, or misnamed";
-}
 
 void walkFolder(const fs::path& folder, FoundFiles& found) {
     std::error_code error;
@@ -61,26 +40,17 @@ void walkFolder(const fs::path& folder, FoundFiles& found) {
 }  // namespace
 
 OpenedFile openFile(const std::string& path, bool readOnly) {
-    const std::string absolute = absolutePath(path);
-    OpenedFile opened{ZALTag::tagAtPath(absolute, readOnly), {}};
-    if (opened.tag == nullptr) opened.failure = reasonFor(absolute);
+    ZALError error;
+    OpenedFile opened{ZALTag::tagAtPath(absolutePath(path), readOnly, &error), {}};
+    if (opened.tag == nullptr) opened.failure = printable(error.localizedDescription);
     return opened;
 }
 
 std::string saveFile(ZALTag& tag) {
-    // The log line of a failed save is the reason; it belongs into ours.
-    std::string reason;
-    ZALHost::shared().setLogSink([&reason](const std::string& line) {
-        const std::size_t colon = line.find("': ");
-        if (line.starts_with("could not save '") && colon != std::string::npos) {
-            reason = ": " + printable(line.substr(colon + 3));
-        } else {
-            std::fputs((printable(line) + "\n").c_str(), stderr);
-        }
-    });
-    const bool isSaved = tag.save();
-    ZALHost::shared().setLogSink({});
-    return isSaved ? "" : fmt::format("could not be saved{}; the file is as it was", reason);
+    ZALError error;
+    if (tag.save(&error)) return {};
+    return fmt::format("could not be saved: {}; the file is as it was",
+                       printable(error.localizedDescription));
 }
 
 std::string changeFile(const std::string& path, const std::function<void(ZALTag&)>& change,

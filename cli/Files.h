@@ -30,8 +30,7 @@ class ChangeRefused : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Saves a file. Empty when that went well, else the reason for a person. One thread at a time: the log goes
-/// through it.
+/// Saves a file. Empty when that went well, else the reason for a person.
 std::string saveFile(ZALTag& tag);
 
 /// Opens a file, changes it and saves it. Empty when that went well, else the reason for a person; the file

@@ -14,7 +14,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <set>
 #include <thread>
 
@@ -60,23 +59,6 @@ struct Job {
     bool hasSource = false;           // the source has the file, with cue points or surely without
     std::string failure;              // of reading the source
     std::vector<FileResult> results;  // one per target; empty ones for targets in collections
-};
-
-// Reading a payload that is damaged costs a line of the log and gives nothing. To a folder full of files that
-// is not the same as having no cue points, so lines are counted while a source is read.
-thread_local std::size_t loggedLines = 0;
-
-class CountedLog {
-  public:
-    CountedLog() {
-        ZALHost::shared().setLogSink([](const std::string& line) {
-            ++loggedLines;
-            std::fputs((printable(line) + "\n").c_str(), stderr);
-        });
-    }
-    ~CountedLog() { ZALHost::shared().setLogSink({}); }
-    CountedLog(const CountedLog&) = delete;
-    CountedLog& operator=(const CountedLog&) = delete;
 };
 
 class Sync {
@@ -171,16 +153,13 @@ int Sync::run() {
     files_ = found.paths.size();
     Progress progress(files_);
     holdInterrupts();
-    {
-        const CountedLog log;
-        runInOrder<Job>(
-            files_, options_.jobs, [&](std::size_t i) { return work(found.paths[i]); },
-            [&](std::size_t i, Job&& job) {
-                progress.hide();
-                take(found.paths[i], std::move(job));
-                progress.show(i + 1);
-            });
-    }
+    runInOrder<Job>(
+        files_, options_.jobs, [&](std::size_t i) { return work(found.paths[i]); },
+        [&](std::size_t i, Job&& job) {
+            progress.hide();
+            take(found.paths[i], std::move(job));
+            progress.show(i + 1);
+        });
     progress.hide();
     if (isInterrupted()) return output_.finish();
     if (!options_.dryRun) saveCollections();
@@ -212,11 +191,13 @@ void Sync::workOnFile(const std::string& path, Job& job) const {
 }
 
 void Sync::readSource(const ZALTag& tag, Job& job) const {
-    const std::size_t before = loggedLines;
+    // To a folder full of files a payload that cannot be read is not the same as having no cue points.
+    const ZALDamageWatch watch;
     job.cuePoints = sourceInFile_->read(tag);
     job.hasSource = !job.cuePoints.empty() || sourceInFile_->isSurelyEmpty(tag);
-    if (job.cuePoints.empty() && loggedLines != before) {
-        job.failure = fmt::format("its cue points of {} cannot be read", sourceInFile_->name);
+    if (job.cuePoints.empty() && watch.firstDamage()) {
+        job.failure = fmt::format("its cue points of {} cannot be read: {}", sourceInFile_->name,
+                                  printable(*watch.firstDamage()));
     }
 }
 
@@ -238,8 +219,9 @@ void Sync::writeFile(const std::string& path, ZALTag& tag, Job& job) const {
     if (!anyChange) return;
     if (options_.dryRun ? ::access(path.c_str(), W_OK) != 0 : tag.readOnly()) {
         failTargetsInFile(job, readOnlyReason);
-    } else if (!options_.dryRun && !tag.save()) {
-        failTargetsInFile(job, "could not be saved; the file is as it was");
+    } else if (!options_.dryRun) {
+        const std::string failure = saveFile(tag);
+        if (!failure.empty()) failTargetsInFile(job, failure);
     }
 }
 

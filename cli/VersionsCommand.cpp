@@ -8,8 +8,6 @@
 #include <CLI/CLI.hpp>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 
 namespace {
 
@@ -30,25 +28,17 @@ std::string hostOf(std::string service) {
     return service;
 }
 
-// Waits until the update has told that it failed, or has succeeded; the reason of a failure.
+// Waits for the update; the reason of a failure.
 std::string update() {
-    std::mutex mutex;
-    std::condition_variable told;
+    bool isDone = false;
     std::string failure;
-    ZALHost::shared().setLogSink([&](const std::string& line) {
-        const std::lock_guard guard(mutex);
-        failure = line;
-        told.notify_all();
+    ZALTag::updateAlgorithmVersions([&](bool success, const ZALError* error) {
+        isDone = true;
+        if (!success) failure = error->localizedDescription;
     });
-    ZALTag::updateAlgorithmVersions();
-    {
-        std::unique_lock lock(mutex);
-        while (failure.empty() && !ZALTag::validAlgorithmVersions()) {
-            told.wait_for(lock, std::chrono::milliseconds(20));
-        }
+    while (!ZALMainQueue::shared().runUntil([&] { return isDone; }, std::chrono::hours(1))) {
     }
-    ZALHost::shared().setLogSink({});
-    return ZALTag::validAlgorithmVersions() ? "" : failure;
+    return failure;
 }
 
 int versions(const Options& options) {

@@ -49,6 +49,7 @@ std::string messageFor(const CLI::ParseError& error, const CLI::App& command) {
 }
 
 int run(int argc, char** argv) {
+    ZALHost::shared().setLogsFailures(false);  // each command says them itself
     CLI::App program("Reads and writes the metadata of DJ software in audio files.", "zaltag");
     const std::string version = "zaltag " + ZALHost::libraryVersion();
     Command chosen;

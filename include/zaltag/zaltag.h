@@ -23,6 +23,7 @@
 #include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/pictures/ZALImage.h>
 #include <zaltag/platform/ZALClock.h>
+#include <zaltag/platform/ZALDamageWatch.h>
 #include <zaltag/platform/ZALFileSystem.h>
 #include <zaltag/platform/ZALFolderBookmarks.h>
 #include <zaltag/platform/ZALHTTPClient.h>

@@ -36,6 +36,7 @@ void setLogSink(const py::object& take) {
 }  // namespace
 
 void addHost(py::module_& module) {
+    ZALHost::shared().setLogsFailures(false);  // exceptions say them
     module.attr("__version__") = ZALHost::libraryVersion();
     module.def("set_main_queue", &setMainQueue, py::arg("post"));
     module.def("set_log_sink", &setLogSink, py::arg("take"),

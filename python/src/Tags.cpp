@@ -35,10 +35,8 @@ class TagHandle {
             hasChanged_ = false;
             return;
         }
-        const std::string why = error.localizedDescription.empty()
-                                    ? "the file could not be saved; it is as it was"
-                                    : error.localizedDescription;
-        raise("SaveError", textOf(why), static_cast<std::int64_t>(error.code), pathOf(path));
+        raise("SaveError", textOf(error.localizedDescription), static_cast<std::int64_t>(error.code),
+              pathOf(path));
     }
     void close() { tag_.reset(); }
     bool isClosed() const { return tag_ == nullptr; }
@@ -66,11 +64,14 @@ using TagClass = py::class_<TagHandle>;
 std::unique_ptr<TagHandle> openTag(const py::object& path, bool readOnly) {
     const std::string name = pathFrom(path);
     std::shared_ptr<ZALTag> tag;
+    ZALError error;
     {
         const py::gil_scoped_release unlocked;
-        tag = ZALTag::tagAtPath(name, readOnly);
+        tag = ZALTag::tagAtPath(name, readOnly, &error);
     }
-    if (!tag) return nullptr;
+    if (!tag)
+        raise("OpenError", textOf(error.localizedDescription), static_cast<std::int64_t>(error.code),
+              pathOf(name));
     return std::make_unique<TagHandle>(std::move(tag));
 }
 

@@ -66,13 +66,11 @@ supported_file_types: Tuple[str, ...] = tuple(_core.supported_file_types())
 
 def open(path: StrPath, *, read_only: bool = False) -> Tag:
     """Opens an audio file. OSError when there is no such file, OpenError when it is none that can be opened."""
-    tag = _core.open_tag(path, read_only)
-    if tag is not None:
-        return tag
-    with builtins.open(path, "rb"):  # says better than we could why it cannot be read
-        pass
-    name = pathlib.Path(os.fsdecode(path))
-    raise OpenError("not a readable audio file of its type" if can_open(path) else "no supported file type", path=name)
+    try:
+        return _core.open_tag(path, read_only)
+    except OpenError:
+        with builtins.open(path, "rb"):  # OSError for what no program could read
+            raise
 
 
 def copy_tags(source: StrPath, destination: StrPath) -> None:

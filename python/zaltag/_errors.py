@@ -9,6 +9,7 @@ class ErrorCode(enum.IntEnum):
 
     NONE = 0
     SAVE_FAILED = 1
+    OPEN_FAILED = 2
     TRAKTOR_RUNNING = 1000
     TRAKTOR_UNREADABLE = 1003
     TRAKTOR_UNWRITABLE = 1004

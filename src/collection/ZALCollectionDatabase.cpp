@@ -121,7 +121,8 @@ void ZALCollectionDatabase::openFileAtURL(const ZALNullableString& url) {
         ZALError error;
         const bool done = loadFileAtURL(usable, &error);
         if (!done) {
-            zal::logf("{} at {}: {}", program_.openFailure, *usable, zal::describeError(error));
+            zal::logFailure(
+                fmt::format("{} at {}: {}", program_.openFailure, *usable, zal::describeError(error)));
         }
     });
 }
@@ -202,7 +203,7 @@ bool ZALCollectionDatabase::saveChanges(const zal::CollectionChanges& changes, Z
 }
 
 bool ZALCollectionDatabase::failSave(const std::string& reason, ZALError* error) const {
-    zal::logf("{} ({}): {}", program_.writeFailure, fileURL().value_or(""), reason);
+    zal::logFailure(fmt::format("{} ({}): {}", program_.writeFailure, fileURL().value_or(""), reason));
     fill(error, program_.unwritable, errorOf("file system", reason));
     if (error != nullptr) error->localizedDescription = ZALHost::shared().localized(program_.saveErrorText);
     return false;

@@ -220,8 +220,8 @@ ZALCollectionQueue::Outcome ZALCollectionQueue::batch() {
         setExportStage(Stage::loading);
         const bool reloaded = database().reload(&error);
         if (wasLoaded && (!reloaded || !error.domain.empty())) {
-            zal::logf("-[{} processQueueAndSave:] {}: {}", program_.queueClass, program_.reloadFailure,
-                      zal::describeError(error));
+            zal::logFailure(fmt::format("-[{} processQueueAndSave:] {}: {}", program_.queueClass,
+                                        program_.reloadFailure, zal::describeError(error)));
             return failure(reloaded);
         }
     }

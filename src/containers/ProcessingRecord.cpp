@@ -42,7 +42,7 @@ std::string withoutLink(ZALFileSystem& files, const std::string& path) {
 }
 
 ZALError logged(std::string message) {
-    log(message);
+    logFailure(message);
     ZALError error;
     error.domain = ZALTagErrorDomain;
     error.code = ZALErrorCode::saveFailed;

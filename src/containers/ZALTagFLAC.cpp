@@ -79,25 +79,27 @@ bool ZALTagFLAC::canInitWithPath(const ZALNullableString& path) {
     return zal::hasExtensionAmong(path, supportedFileTypes());
 }
 
-std::shared_ptr<ZALTagFLAC> ZALTagFLAC::tagAtPath(const ZALNullableString& path, bool readOnly) {
-    return canInitWithPath(path) ? initWithPath(path, readOnly) : nullptr;
+std::shared_ptr<ZALTagFLAC> ZALTagFLAC::tagAtPath(const ZALNullableString& path, bool readOnly,
+                                                  ZALError* error) {
+    return canInitWithPath(path) ? initWithPath(path, readOnly, error) : nullptr;
 }
 
 std::shared_ptr<ZALTag> ZALTagFLAC::initWithPath(const ZALNullableString& path) {
     return initReceiver("ZALTagFLAC", path);
 }
 
-std::shared_ptr<ZALTagFLAC> ZALTagFLAC::initWithPath(const ZALNullableString& path, bool readOnly) {
-    const auto open = [readOnly](const std::string& file) {
+std::shared_ptr<ZALTagFLAC> ZALTagFLAC::initWithPath(const ZALNullableString& path, bool readOnly,
+                                                     ZALError* error) {
+    const auto open = [readOnly](const std::string& file, zal::Failure& failure) {
         const std::shared_ptr<ZALTagFLAC> tag(new ZALTagFLAC);
-        return tag->openFLAC(file, readOnly) ? tag : nullptr;
+        return tag->openFLAC(file, readOnly, failure) ? tag : nullptr;
     };
-    return zal::openTag("-[ZALTagFLAC initWithPath:readOnly:]", path, canInitWithPath(path), open);
+    return zal::openTag("-[ZALTagFLAC initWithPath:readOnly:]", path, canInitWithPath(path), error, open);
 }
 
-bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly) {
+bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly, zal::Failure& failure) {
     State& s = state();
-    s.stream = zal::TagLibStream::open(path, readOnly);
+    s.stream = zal::TagLibStream::open(path, readOnly, &failure);
     if (s.stream == nullptr) return false;
     flacfile_ = zal::FLACFile::open(*s.stream);
     if (flacfile_ == nullptr) return false;
@@ -112,7 +114,8 @@ bool ZALTagFLAC::readOnly() const {
 
 bool ZALTagFLAC::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
-    return zal::saveFile(path(), *state().stream, *flacfile_) || failSave(error);
+    const auto failure = zal::saveFile(*state().stream, *flacfile_);
+    return !failure || failSave(error, failure);
 }
 
 // Basic fields

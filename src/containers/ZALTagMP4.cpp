@@ -58,24 +58,26 @@ bool ZALTagMP4::canInitWithPath(const ZALNullableString& path) {
     return zal::hasExtensionAmong(path, supportedFileTypes());
 }
 
-std::shared_ptr<ZALTagMP4> ZALTagMP4::tagAtPath(const ZALNullableString& path, bool readOnly) {
-    return canInitWithPath(path) ? initWithPath(path, readOnly) : nullptr;
+std::shared_ptr<ZALTagMP4> ZALTagMP4::tagAtPath(const ZALNullableString& path, bool readOnly,
+                                                ZALError* error) {
+    return canInitWithPath(path) ? initWithPath(path, readOnly, error) : nullptr;
 }
 
 std::shared_ptr<ZALTag> ZALTagMP4::initWithPath(const ZALNullableString& path) {
     return initReceiver("ZALTagMP4", path);
 }
 
-std::shared_ptr<ZALTagMP4> ZALTagMP4::initWithPath(const ZALNullableString& path, bool readOnly) {
-    const auto open = [readOnly](const std::string& file) {
+std::shared_ptr<ZALTagMP4> ZALTagMP4::initWithPath(const ZALNullableString& path, bool readOnly,
+                                                   ZALError* error) {
+    const auto open = [readOnly](const std::string& file, zal::Failure& failure) {
         const std::shared_ptr<ZALTagMP4> tag(new ZALTagMP4);
-        return tag->openMP4(file, readOnly) ? tag : nullptr;
+        return tag->openMP4(file, readOnly, failure) ? tag : nullptr;
     };
-    return zal::openTag("-[ZALTagMP4 initWithPath:readOnly:]", path, canInitWithPath(path), open);
+    return zal::openTag("-[ZALTagMP4 initWithPath:readOnly:]", path, canInitWithPath(path), error, open);
 }
 
-bool ZALTagMP4::openMP4(const std::string& path, bool readOnly) {
-    state_->stream = zal::TagLibStream::open(path, readOnly);
+bool ZALTagMP4::openMP4(const std::string& path, bool readOnly, zal::Failure& failure) {
+    state_->stream = zal::TagLibStream::open(path, readOnly, &failure);
     if (state_->stream == nullptr) return false;
     state_->file = zal::MP4File::open(*state_->stream);
     if (state_->file == nullptr) return false;
@@ -91,7 +93,8 @@ bool ZALTagMP4::readOnly() const {
 
 bool ZALTagMP4::save(ZALError* error) {
     if (!ZALTag::save(error)) return false;
-    return zal::saveFile(path(), *state_->stream, *state_->file) || failSave(error);
+    const auto failure = zal::saveFile(*state_->stream, *state_->file);
+    return !failure || failSave(error, failure);
 }
 
 // Basic fields

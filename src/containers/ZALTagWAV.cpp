@@ -77,26 +77,28 @@ bool ZALTagWAV::canInitWithPath(const ZALNullableString& path) {
     return zal::hasExtensionAmong(path, supportedFileTypes());
 }
 
-std::shared_ptr<ZALTagWAV> ZALTagWAV::tagAtPath(const ZALNullableString& path, bool readOnly) {
-    return canInitWithPath(path) ? initWithPath(path, readOnly) : nullptr;
+std::shared_ptr<ZALTagWAV> ZALTagWAV::tagAtPath(const ZALNullableString& path, bool readOnly,
+                                                ZALError* error) {
+    return canInitWithPath(path) ? initWithPath(path, readOnly, error) : nullptr;
 }
 
 std::shared_ptr<ZALTag> ZALTagWAV::initWithPath(const ZALNullableString& path) {
     return initReceiver("ZALTagWAV", path);
 }
 
-std::shared_ptr<ZALTagWAV> ZALTagWAV::initWithPath(const ZALNullableString& path, bool readOnly) {
-    const auto open = [readOnly](const std::string& file) {
+std::shared_ptr<ZALTagWAV> ZALTagWAV::initWithPath(const ZALNullableString& path, bool readOnly,
+                                                   ZALError* error) {
+    const auto open = [readOnly](const std::string& file, zal::Failure& failure) {
         const std::shared_ptr<ZALTagWAV> tag(new ZALTagWAV);
-        return tag->openWAV(file, readOnly) ? tag : nullptr;
+        return tag->openWAV(file, readOnly, failure) ? tag : nullptr;
     };
-    return zal::openTag("-[ZALTagWAV initWithPath:readOnly:]", path, canInitWithPath(path), open);
+    return zal::openTag("-[ZALTagWAV initWithPath:readOnly:]", path, canInitWithPath(path), error, open);
 }
 
-bool ZALTagWAV::openWAV(const std::string& path, bool readOnly) {
+bool ZALTagWAV::openWAV(const std::string& path, bool readOnly, zal::Failure& failure) {
     State& s = state();
     openedReadOnly_ = readOnly;
-    s.stream = zal::TagLibStream::open(path, readOnly);
+    s.stream = zal::TagLibStream::open(path, readOnly, &failure);
     if (s.stream == nullptr) return false;
     wavfile_ = zal::FormFile::openWAV(*s.stream);
     if (wavfile_ == nullptr) return false;
@@ -113,42 +115,43 @@ bool ZALTagWAV::readOnly() const {
 
 bool ZALTagWAV::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
-    if (wavfile_ == nullptr) return failSave(error);
+    if (wavfile_ == nullptr) return failSave(error, "it is not open");
     if (isOutdated_) reopen();
     const bool writesRecord = pnTag_ && path() && !isInFile(*pnTag_);
     if (writesRecord) wavfile_->setSizes();
     bool isRefused = false;
-    bool isSaved = zal::saveFile(path(), *state().stream, *wavfile_, isRefused);
+    const auto failure = zal::saveFile(*state().stream, *wavfile_, isRefused);
     // The record is written also where the tags could not be.
-    if (writesRecord && !isRefused) isSaved = saveRecord() && isSaved;
-    return isSaved || failSave(error);
+    const auto ofRecord = writesRecord && !isRefused ? saveRecord() : zal::Failure();
+    if (!failure && !ofRecord) return true;
+    std::string reason = failure.reason();
+    if (ofRecord) reason += (failure ? "; " : "") + ("its processing record: " + ofRecord.reason());
+    return failSave(error, reason);
 }
 
 bool ZALTagWAV::isInFile(const ZALTagVelvetCascade& record) const {
     return recordInFile_ && recordInFile_->JSONDict() == record.JSONDict();
 }
 
-bool ZALTagWAV::saveRecord() {
-    std::string failure;
+zal::Failure ZALTagWAV::saveRecord() {
+    zal::Failure failure;
     try {
         if (!state().stream->isCurrent()) {
             failure = "another program changed the file";
         } else if (!zal::canCarryProcessingRecord(*path())) {
             failure = "the copy would lose some of its chunks";
         } else {
-            writePNTag(pnTag_, *path());  // logs what fails
+            const auto failed = writePNTag(pnTag_, *path());  // logs it
             isOutdated_ = !state().stream->isCurrent();
+            if (!isOutdated_) failure = failed ? failed->localizedDescription : "it could not be copied";
         }
     } catch (const std::exception& exception) {  // no memory for an old record
         failure = exception.what();
     }
-    if (!failure.empty()) {
-        zal::logf("could not write the processing record of '{}': {}", zal::describe(path()), failure);
-    }
-    const bool isWritten = isOutdated_;
-    if (isWritten) recordInFile_ = pnTag_;
-    if (isOutdated_) reopen();
-    return isWritten;
+    if (failure) return failure;
+    recordInFile_ = pnTag_;
+    reopen();
+    return {};
 }
 
 // After the record was written the stream stands on a file that is gone.

@@ -13,61 +13,67 @@
 
 namespace zal {
 
-/// Opens a file for initWithPath(): `open` gives the tag object over it, or null. Null as well, with a log
-/// line that names the operation, for a null path; for a path that the class does not accept; and for a file
-/// whose sizes memory cannot hold.
+/// Opens a file for initWithPath(): `open` gives the tag object over it, or null with the reason. Null as
+/// well, with a log line that names the operation, for a null path; for a path that the class does not
+/// accept; and for a file whose sizes memory cannot hold.
 template <typename Open>
-auto openTag(const char* operation, const ZALNullableString& path, bool accepted, Open open)
-    -> decltype(open(*path)) {
+auto openTag(const char* operation, const ZALNullableString& path, bool accepted, ZALError* error, Open open)
+    -> decltype(open(*path, std::declval<Failure&>())) {
+    Failure failure;
     if (!path) {
         logf("{} nil file path", operation);
-        return nullptr;
+        failure = "there is no path";
+    } else if (!accepted) {
+        failure = "unsupported file type";
+    } else {
+        try {
+            if (const auto tag = open(*path, failure)) {
+                tag->setPath(path);
+                return tag;
+            }
+            if (!failure) failure = "not a readable audio file of its type: damaged, or misnamed";
+        } catch (const std::exception& exception) {
+            failure = exception.what();
+        }
     }
-    if (!accepted) return nullptr;
-    try {
-        const auto tag = open(*path);
-        if (tag != nullptr) tag->setPath(path);
-        return tag;
-    } catch (const std::exception&) {
-        return nullptr;
-    }
+    fillError(error, ZALErrorCode::openFailed, failure);
+    return nullptr;
 }
 
-/// Saves for save(): `write` puts what changes into the stream, which is then committed. False, with a log
-/// line, when that throws. What could not be saved is taken out of the stream again.
+/// Saves for save(): `write` puts what changes into the stream, which is then committed. What could not be
+/// saved is taken out of the stream again.
 template <typename Write>
-bool saveTag(const ZALNullableString& path, TagLibStream& stream, Write write) {
-    bool isSaved = false;
+Failure saveTag(TagLibStream& stream, Write write) {
+    Failure failure;
     try {
-        isSaved = write() && stream.commit();
+        failure = write();
+        if (!failure) stream.commit(&failure);
     } catch (const std::exception& exception) {
-        logf("could not save '{}': {}", describe(path), exception.what());
+        failure = exception.what();
     }
-    if (!isSaved) stream.revert();
-    return isSaved;
+    if (failure) stream.revert();
+    return failure;
 }
 
-/// Has a file put what changed into its stream and commits it. False, with one log line, when that fails;
-/// `isRefused` tells that the file is of a kind that cannot be saved.
+/// Has a file put what changed into its stream and commits it; `isRefused` tells that the file is of a kind
+/// that cannot be saved.
 template <typename File, typename... Arguments>
-bool saveFile(const ZALNullableString& path, TagLibStream& stream, File& file, bool& isRefused,
-              Arguments&&... arguments) {
-    const bool isSaved = saveTag(path, stream, [&] {
-        const std::string refusal =
-            stream.canCommit() ? file.write(std::forward<Arguments>(arguments)...) : std::string();
-        isRefused = !refusal.empty() && stream.canCommit();
-        if (isRefused) logf("could not save '{}': {}", describe(path), refusal);
-        return !isRefused;  // the commit says what else is wrong
+Failure saveFile(TagLibStream& stream, File& file, bool& isRefused, Arguments&&... arguments) {
+    const Failure failure = saveTag(stream, [&]() -> Failure {
+        if (!stream.canCommit()) return {};  // the commit says what is wrong
+        const Failure refusal = file.write(std::forward<Arguments>(arguments)...);
+        isRefused = refusal && stream.canCommit();
+        return isRefused ? refusal : Failure();
     });
-    if (isSaved) file.accept();
-    return isSaved;
+    if (!failure) file.accept();
+    return failure;
 }
 
-/// The same for who does not ask why.
+/// The same for who does not ask about that.
 template <typename File, typename... Arguments>
-bool saveFile(const ZALNullableString& path, TagLibStream& stream, File& file, Arguments&&... arguments) {
+Failure saveFile(TagLibStream& stream, File& file, Arguments&&... arguments) {
     bool isRefused = false;
-    return saveFile(path, stream, file, isRefused, std::forward<Arguments>(arguments)...);
+    return saveFile(stream, file, isRefused, std::forward<Arguments>(arguments)...);
 }
 
 }  // namespace zal

@@ -18,16 +18,16 @@ constexpr unsigned long keptMin = 16384;
 
 }  // namespace
 
-std::unique_ptr<TagLibStream> TagLibStream::open(const std::string& path, bool readOnly) {
-    auto file = SafeFile::open(path, readOnly);
+std::unique_ptr<TagLibStream> TagLibStream::open(const std::string& path, bool readOnly, Failure* failure) {
+    auto file = SafeFile::open(path, readOnly, failure);
     return file ? std::unique_ptr<TagLibStream>(new TagLibStream(std::move(file))) : nullptr;
 }
 
 TagLibStream::TagLibStream(std::unique_ptr<SafeFile> file) : file_(std::move(file)) {}
 TagLibStream::~TagLibStream() = default;
 
-bool TagLibStream::commit() {
-    return file_->commit();
+bool TagLibStream::commit(Failure* failure) {
+    return file_->commit(failure);
 }
 
 void TagLibStream::revert() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Failure.h"
+
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -18,14 +20,15 @@ class TagLibStream final : public TagLib::IOStream {
   public:
     /// Null when there is no regular file that can be read under the path; nothing is logged then. A file
     /// that the user may not write opens read-only.
-    static std::unique_ptr<TagLibStream> open(const std::string& path, bool readOnly);
+    static std::unique_ptr<TagLibStream> open(const std::string& path, bool readOnly,
+                                              Failure* failure = nullptr);
     ~TagLibStream() override;
 
     /// Writes what TagLib saved. True when the file holds it; the stream and the TagLib file over it then
-    /// stand on that file. False when it could not be written: the file is untouched, one line was logged,
-    /// and a later commit goes on from the same edits. A read-only stream gives false. SafeFile says what
-    /// stays and what a commit refuses.
-    bool commit();
+    /// stand on that file. False when it could not be written: the file is untouched, who asks is told why,
+    /// else one line is logged, and a later commit goes on from the same edits. A read-only stream gives
+    /// false. SafeFile says what stays and what a commit refuses.
+    bool commit(Failure* failure = nullptr);
     /// Forgets what was written since the last commit.
     void revert();
     /// Whether the file under the path still is the one the stream stands on, changed by nobody else.

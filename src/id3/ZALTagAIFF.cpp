@@ -17,25 +17,27 @@ bool ZALTagAIFF::canInitWithPath(const ZALNullableString& path) {
     return zal::hasExtensionAmong(path, supportedFileTypes());
 }
 
-std::shared_ptr<ZALTagAIFF> ZALTagAIFF::tagAtPath(const ZALNullableString& path, bool readOnly) {
-    return canInitWithPath(path) ? initWithPath(path, readOnly) : nullptr;
+std::shared_ptr<ZALTagAIFF> ZALTagAIFF::tagAtPath(const ZALNullableString& path, bool readOnly,
+                                                  ZALError* error) {
+    return canInitWithPath(path) ? initWithPath(path, readOnly, error) : nullptr;
 }
 
 std::shared_ptr<ZALTag> ZALTagAIFF::initWithPath(const ZALNullableString& path) {
     return initReceiver("ZALTagAIFF", path);
 }
 
-std::shared_ptr<ZALTagAIFF> ZALTagAIFF::initWithPath(const ZALNullableString& path, bool readOnly) {
-    const auto open = [readOnly](const std::string& file) {
+std::shared_ptr<ZALTagAIFF> ZALTagAIFF::initWithPath(const ZALNullableString& path, bool readOnly,
+                                                     ZALError* error) {
+    const auto open = [readOnly](const std::string& file, zal::Failure& failure) {
         const std::shared_ptr<ZALTagAIFF> tag(new ZALTagAIFF);
-        return tag->openAIFF(file, readOnly) ? tag : nullptr;
+        return tag->openAIFF(file, readOnly, failure) ? tag : nullptr;
     };
-    return zal::openTag("-[ZALTagAIFF initWithPath:readOnly:]", path, canInitWithPath(path), open);
+    return zal::openTag("-[ZALTagAIFF initWithPath:readOnly:]", path, canInitWithPath(path), error, open);
 }
 
-bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly) {
+bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly, zal::Failure& failure) {
     State& s = state();
-    s.stream = zal::TagLibStream::open(path, readOnly);
+    s.stream = zal::TagLibStream::open(path, readOnly, &failure);
     if (s.stream == nullptr) return false;
     aifffile_ = zal::FormFile::openAIFF(*s.stream);
     if (aifffile_ == nullptr) return false;
@@ -49,6 +51,7 @@ bool ZALTagAIFF::readOnly() const {
 
 bool ZALTagAIFF::save(ZALError* error) {
     if (!ZALTagID3::save(error)) return false;
-    if (aifffile_ == nullptr) return failSave(error);
-    return zal::saveFile(path(), *state().stream, *aifffile_) || failSave(error);
+    if (aifffile_ == nullptr) return failSave(error, "it is not open");
+    const auto failure = zal::saveFile(*state().stream, *aifffile_);
+    return !failure || failSave(error, failure);
 }

@@ -73,25 +73,27 @@ bool ZALTagID3::canInitWithPath(const ZALNullableString& path) {
     return zal::hasExtensionAmong(path, supportedFileTypes());
 }
 
-std::shared_ptr<ZALTagID3> ZALTagID3::tagAtPath(const ZALNullableString& path, bool readOnly) {
-    return canInitWithPath(path) ? initWithPath(path, readOnly) : nullptr;
+std::shared_ptr<ZALTagID3> ZALTagID3::tagAtPath(const ZALNullableString& path, bool readOnly,
+                                                ZALError* error) {
+    return canInitWithPath(path) ? initWithPath(path, readOnly, error) : nullptr;
 }
 
 std::shared_ptr<ZALTag> ZALTagID3::initWithPath(const ZALNullableString& path) {
     return initReceiver("ZALTagID3", path);
 }
 
-std::shared_ptr<ZALTagID3> ZALTagID3::initWithPath(const ZALNullableString& path, bool readOnly) {
-    const auto open = [readOnly](const std::string& file) {
+std::shared_ptr<ZALTagID3> ZALTagID3::initWithPath(const ZALNullableString& path, bool readOnly,
+                                                   ZALError* error) {
+    const auto open = [readOnly](const std::string& file, zal::Failure& failure) {
         const std::shared_ptr<ZALTagID3> tag(new ZALTagID3);
-        return tag->openMP3(file, readOnly) ? tag : nullptr;
+        return tag->openMP3(file, readOnly, failure) ? tag : nullptr;
     };
-    return zal::openTag("-[ZALTagID3 initWithPath:readOnly:]", path, canInitWithPath(path), open);
+    return zal::openTag("-[ZALTagID3 initWithPath:readOnly:]", path, canInitWithPath(path), error, open);
 }
 
-bool ZALTagID3::openMP3(const std::string& path, bool readOnly) {
+bool ZALTagID3::openMP3(const std::string& path, bool readOnly, zal::Failure& failure) {
     State& s = state();
-    s.stream = zal::TagLibStream::open(path, readOnly);
+    s.stream = zal::TagLibStream::open(path, readOnly, &failure);
     if (s.stream == nullptr) return false;
     s.file = zal::MP3File::open(*s.stream);
     if (s.file == nullptr) return false;
@@ -122,8 +124,9 @@ bool ZALTagID3::save(ZALError* error) {
     if (!ZALTag::save(error)) return false;
     if (state().file == nullptr) return true;  // the other containers save themselves after this call
     State& s = state();
-    if (!zal::saveFile(path(), *s.stream, *s.file, shouldStripID3v1Tag(), [this] { return fillID3v2(); }))
-        return failSave(error);
+    const auto fill = [this] { return fillID3v2(); };
+    const auto failure = zal::saveFile(*s.stream, *s.file, shouldStripID3v1Tag(), fill);
+    if (failure) return failSave(error, failure);
     s.requiresSaving = false;
     return true;
 }

@@ -1,15 +1,39 @@
 #include "platform/Log.h"
 
+#include <zaltag/platform/ZALDamageWatch.h>
 #include <zaltag/platform/ZALHost.h>
 
 #include <fmt/format.h>
 
 #include <iterator>
+#include <utility>
+
+namespace {
+
+thread_local ZALDamageWatch* watch = nullptr;  // the innermost one
+
+}  // namespace
+
+ZALDamageWatch::ZALDamageWatch() : outer_(std::exchange(watch, this)) {}
+
+ZALDamageWatch::~ZALDamageWatch() {
+    watch = outer_;
+}
 
 namespace zal {
 
 void log(const std::string& line) {
     ZALHost::shared().log(line);
+}
+
+void logFailure(const std::string& line) {
+    if (ZALHost::shared().logsFailures()) log(line);
+}
+
+void logDamage(const std::string& line) {
+    if (watch == nullptr) return log(line);
+    if (!watch->firstDamage_) watch->firstDamage_ = line;
+    logFailure(line);
 }
 
 std::string describe(ZALDataView bytes) {

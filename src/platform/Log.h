@@ -19,6 +19,12 @@ void logf(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
     log(fmt::format(format, std::forward<Arguments>(arguments)...));
 }
 
+/// The same for a failure that the caller is told, too: ZALHost::setLogsFailures() may leave it out.
+void logFailure(const std::string& line);
+
+/// The same for what a payload cannot be read of: ZALDamageWatch is told, too.
+void logDamage(const std::string& line);
+
 /// Bytes as the log shows them: "<0123abcd 4567>", groups of four bytes.
 std::string describe(ZALDataView bytes);
 

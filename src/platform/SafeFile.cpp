@@ -44,18 +44,38 @@ class LockedFile {
 
 }  // namespace
 
-std::unique_ptr<SafeFile> SafeFile::open(const std::string& path, bool readOnly) {
+namespace {
+
+Failure whyNotRegular(ZALFileKind kind) {
+    if (kind == ZALFileKind::missing) return "no such file";
+    if (kind == ZALFileKind::folder) return "is a folder";
+    return kind == ZALFileKind::regular ? Failure() : Failure("is not a regular file");
+}
+
+Failure failureOf(const std::error_code& error) {
+    return error == std::errc::permission_denied ? "permission denied" : describe(error);
+}
+
+}  // namespace
+
+std::unique_ptr<SafeFile> SafeFile::open(const std::string& path, bool readOnly, Failure* failure) {
     const auto files = ZALHost::shared().fileSystem();
+    const auto fail = [failure](Failure reason) {
+        if (failure != nullptr) *failure = std::move(reason);
+        return nullptr;
+    };
     // Before opening, since opening a device can do things by itself.
-    if (files->kindOfFile(path) != ZALFileKind::regular) return nullptr;
+    if (auto reason = whyNotRegular(files->kindOfFile(path))) return fail(std::move(reason));
     std::string target;
-    if (files->canonicalPath(path, target)) return nullptr;
-    std::error_code error;
+    std::error_code error = files->canonicalPath(path, target);
+    if (error) return fail(failureOf(error));
     auto handle = readOnly ? nullptr : files->open(target, true, error);
     const bool writable = handle != nullptr;
     if (!handle) handle = files->open(target, false, error);
     ZALFileAttributes attributes;
-    if (!handle || handle->attributes(attributes) || attributes.kind != ZALFileKind::regular) return nullptr;
+    if (handle) error = handle->attributes(attributes);
+    if (error) return fail(failureOf(error));
+    if (auto reason = whyNotRegular(attributes.kind)) return fail(std::move(reason));
     return std::unique_ptr<SafeFile>(
         new SafeFile(path, std::move(target), files, std::move(handle), attributes, !writable));
 }
@@ -147,27 +167,27 @@ void SafeFile::giveUp(std::string reason) {
     if (brokenBy_.empty()) brokenBy_ = std::move(reason);
 }
 
-bool SafeFile::commit() {
-    std::string reason;
+bool SafeFile::commit(Failure* failure) {
+    Failure found;
     try {
-        reason = writeChanges();
+        found = writeChanges();
     } catch (const std::exception& exception) {  // memory ran out
-        reason = exception.what();
+        found = exception.what();
     }
-    if (reason.empty()) return true;
-    logf("could not save '{}': {}", path_, reason);
+    if (!found) return true;
+    if (failure == nullptr) logf("could not save '{}': {}", path_, found.reason());
+    if (failure != nullptr) *failure = std::move(found);
     return false;
 }
 
-// Each of the following gives the reason of a failure, or an empty text.
-std::string SafeFile::writeChanges() {
+Failure SafeFile::writeChanges() {
     if (readOnly_) return "it is open for reading only";
     if (!brokenBy_.empty()) return brokenBy_;
     if (pieces_.isUntouched()) return {};
     // Keeps a save in place and a save beside, of two processes, from each losing what the other wrote.
     const LockedFile lock(handle_);
     if (lock.error()) return describe(lock.error());
-    if (std::string reason = checkUnchanged(); !reason.empty()) return reason;
+    if (auto changed = checkUnchanged()) return changed;
     if (length() != state_->size) return writeBeside();
     std::optional<Range> difference;
     if (const auto error = findDifference(difference)) return describe(error);
@@ -179,10 +199,10 @@ std::string SafeFile::writeChanges() {
 }
 
 bool SafeFile::isCurrent() {
-    return checkUnchanged().empty();
+    return !checkUnchanged();
 }
 
-std::string SafeFile::checkUnchanged() {
+Failure SafeFile::checkUnchanged() {
     if (!state_) noteState();
     ZALFileAttributes now;
     if (const auto error = files_->attributes(target_, now)) return describe(error);
@@ -281,7 +301,7 @@ std::error_code SafeFile::readReplaced(const Range& range,
     return {};
 }
 
-std::string SafeFile::writeInPlace(const Range& range) {
+Failure SafeFile::writeInPlace(const Range& range) {
     PieceList whole(length());
     const auto size = static_cast<std::size_t>(range.last - range.first + 1);
     const auto buffer = std::make_unique_for_overwrite<std::uint8_t[]>(size);
@@ -316,7 +336,7 @@ bool SafeFile::putBack(std::uint64_t position, ZALDataView original) {
     return true;
 }
 
-std::string SafeFile::writeBeside() {
+Failure SafeFile::writeBeside() {
     PieceList whole(length());
     FileReplacement replacement(files_, target_);
     bool written = replacement.begin(handle_.get());
@@ -333,7 +353,8 @@ std::string SafeFile::writeBeside() {
             written = replacement.appendZeros(piece.length);
         }
     }
-    if (!written || !replacement.finish([this] { return checkUnchanged(); })) return replacement.reason();
+    if (!written || !replacement.finish([this] { return checkUnchanged().reason(); }))
+        return replacement.reason();
     // Unlocked by name: a process forked from this one may keep it open.
     std::exchange(handle_, replacement.takeHandle())->unlock();
     state_ = replacement.attributes();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Failure.h"
 #include "platform/BlockCache.h"
 #include "platform/PieceList.h"
 
@@ -28,7 +29,7 @@ class SafeFile {
 
     /// Null when there is no regular file that can be read under the path; nothing is logged then. For
     /// editing, unless `readOnly` or the user may not write the file.
-    static std::unique_ptr<SafeFile> open(const std::string& path, bool readOnly);
+    static std::unique_ptr<SafeFile> open(const std::string& path, bool readOnly, Failure* failure = nullptr);
 
     /// As given to open().
     const std::string& path() const { return path_; }
@@ -66,13 +67,13 @@ class SafeFile {
 
     /// Writes the edited content. True when the file holds it: the object then stands on that file, and later
     /// edits and commits go on from there. Without a change nothing is written. False when the file could not
-    /// be written: it is untouched then, no other file is left, the edits stay for a later commit, and one
-    /// line was logged. A read-only file gives false.
+    /// be written: it is untouched then, no other file is left, the edits stay for a later commit, and who
+    /// asks is told why; else one line is logged. A read-only file gives false.
     ///
     /// A file with several hard links is written as a new file: its other names keep the old content. Owner,
     /// group, permissions and extended attributes stay; where the user may not give them to the new file, the
     /// commit fails.
-    bool commit();
+    bool commit(Failure* failure = nullptr);
 
   private:
     struct Range {
@@ -87,14 +88,14 @@ class SafeFile {
     std::error_code readOriginal(std::uint64_t position, std::span<std::uint8_t> buffer);
     void edit(std::uint64_t position, std::uint64_t removed, ZALDataView bytes);
 
-    std::string writeChanges();
-    std::string checkUnchanged();
+    Failure writeChanges();
+    Failure checkUnchanged();
     std::error_code findDifference(std::optional<Range>& difference);
     bool mayWriteInPlace(const Range& range) const;
     std::error_code readReplaced(const Range& range, std::vector<std::pair<std::size_t, ZALData>>& replaced);
-    std::string writeInPlace(const Range& range);
+    Failure writeInPlace(const Range& range);
     bool putBack(std::uint64_t position, ZALDataView original);
-    std::string writeBeside();
+    Failure writeBeside();
     void noteState();
 
     const std::string path_;

@@ -80,6 +80,7 @@ struct ZALHost::Services {
     std::string bootVolumeName = "Macintosh HD";
     ZALNullableString serviceHost;
     ZALNullableString certificateAuthorityFile;
+    bool logsFailures = true;
     ZALSaveMode saveMode = ZALSaveMode::safe;
     ZALCollectionSaveMode collectionSaveMode = ZALCollectionSaveMode::everyTrackWithCues;
     std::string name = program_invocation_short_name;
@@ -213,6 +214,13 @@ void ZALHost::setCertificateAuthorityFile(ZALNullableString path) {
 }
 ZALNullableString ZALHost::certificateAuthorityFile() const {
     return services_->get(services_->certificateAuthorityFile);
+}
+
+void ZALHost::setLogsFailures(bool logs) {
+    services_->set(services_->logsFailures, logs);
+}
+bool ZALHost::logsFailures() const {
+    return services_->get(services_->logsFailures);
 }
 
 void ZALHost::setSaveMode(ZALSaveMode mode) {

@@ -33,7 +33,8 @@ std::optional<ZALTagSeratoMarker> readSeratoMarker(const ZALNullableData& payloa
         return form == SeratoForm::raw ? ZALTagSeratoMarker::markerWithData(*payload)
                                        : ZALTagSeratoMarker::markerWithEncodedData(*payload);
     } catch (const std::out_of_range& error) {
-        logf("Serato marker data without payload: {} ({})", describe(*payload), error.what());
+        logDamage(
+            fmt::format("Serato marker data without payload: {} ({})", describe(*payload), error.what()));
         return std::nullopt;
     }
 }

@@ -40,7 +40,7 @@ std::optional<ZALJSONValue> ZALTagRecordDictionary(ZALDataView storedBytes) {
     auto value = ZALJSON::parse(textOf(*json), &error);
     if (value && value->isObject()) return value;
     // The error may quote the bytes that are at fault, so it too is made fit to print.
-    zal::logf("failed to parse json data {} with error: {}", ZALValidUTF8(textOf(*json)),
-              ZALValidUTF8(error));
+    zal::logDamage(fmt::format("failed to parse json data {} with error: {}", ZALValidUTF8(textOf(*json)),
+                               ZALValidUTF8(error)));
     return std::nullopt;
 }

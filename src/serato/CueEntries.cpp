@@ -35,8 +35,9 @@ ZALData withoutCueEntries(ZALDataView payload) {
     std::size_t at = 0;
     while (const auto entry = nextCueEntry(payload, at)) {
         if (!entry->fits(payload)) {
-            logf("invalid cue point size: {} at offset {} (length: {})", entry->size,
-                 static_cast<const void*>(&payload[entry->offset]), rest.size() + payload.size() - at);
+            logDamage(fmt::format("invalid cue point size: {} at offset {} (length: {})", entry->size,
+                                  static_cast<const void*>(&payload[entry->offset]),
+                                  rest.size() + payload.size() - at));
             return {};
         }
         rest.bytes(payload.subspan(at, entry->offset - at));

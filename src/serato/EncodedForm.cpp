@@ -17,7 +17,8 @@ constexpr std::string_view header("application/octet-stream\0\0Serato Markers2\0
 ZALNullableData recordFromEncodedForm(ZALDataView encoded, std::string_view kind) {
     ZALNullableData decoded = ZALDataByDecodingBase64(encoded);
     if (!decoded || decoded->size() < header.size()) {
-        logf("Failed to decode {} data: {} ({} bytes)", kind, describe(encoded), encoded.size());
+        logDamage(
+            fmt::format("Failed to decode {} data: {} ({} bytes)", kind, describe(encoded), encoded.size()));
         return std::nullopt;
     }
     decoded->erase(decoded->begin(), decoded->begin() + header.size());

@@ -16,7 +16,7 @@ class PayloadLog {
     void logf(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
         const fmt::string_view text = format;
         if (!said_.insert({text.data(), text.size()}).second) return;
-        zal::logf(format, std::forward<Arguments>(arguments)...);
+        zal::logDamage(fmt::format(format, std::forward<Arguments>(arguments)...));
     }
 
   private:

@@ -23,7 +23,7 @@ double nearestBeat(double time, float position, float beatLength) {
 
 std::optional<ZALTagSeratoGrid> ZALTagSeratoGrid::gridWithData(ZALDataView data) {
     if (data.size() < headerSize) {
-        zal::logf("Serato grid data too short: {}", zal::describe(data));
+        zal::logDamage(fmt::format("Serato grid data too short: {}", zal::describe(data)));
         return std::nullopt;
     }
     zal::ByteReader in(data);
@@ -32,7 +32,7 @@ std::optional<ZALTagSeratoGrid> ZALTagSeratoGrid::gridWithData(ZALDataView data)
     grid.minor_ = in.u8();
     const std::uint64_t count = in.u32be();
     if (in.remaining() < pointSize * count) {
-        zal::log("Serato grid data too short");
+        zal::logDamage("Serato grid data too short");
         return std::nullopt;
     }
     for (std::uint64_t i = 0; i < count; ++i) {

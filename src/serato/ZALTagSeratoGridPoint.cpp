@@ -8,7 +8,7 @@
 
 std::optional<ZALTagSeratoGridPoint> ZALTagSeratoGridPoint::gridPointWithData(ZALDataView data) {
     if (data.size() != 8) {
-        zal::logf("Serato grid point incorrect size: {}", zal::describe(data));
+        zal::logDamage(fmt::format("Serato grid point incorrect size: {}", zal::describe(data)));
         return std::nullopt;
     }
     zal::ByteReader in(data);

@@ -19,12 +19,13 @@ constexpr std::size_t versionSize = 2;
 
 std::optional<ZALTagSeratoMarker> ZALTagSeratoMarker::markerWithData(ZALDataView data) {
     if (data.size() < shortestRecord) {
-        zal::logf("Serato marker data too short: {}", zal::describe(data));
+        zal::logDamage(fmt::format("Serato marker data too short: {}", zal::describe(data)));
         return std::nullopt;
     }
     ZALNullableData payload = ZALDataByDecodingBase64(data.subspan(versionSize));
     if (!payload) {
-        zal::logf("Failed to decode marker data {} ({} bytes)", zal::describe(data), data.size());
+        zal::logDamage(
+            fmt::format("Failed to decode marker data {} ({} bytes)", zal::describe(data), data.size()));
         return std::nullopt;
     }
     if (payload->size() < versionSize) {

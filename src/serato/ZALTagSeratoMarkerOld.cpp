@@ -26,7 +26,7 @@ std::int16_t indexOfEntry(std::size_t i) {
 std::optional<ZALTagSeratoMarkerOld> ZALTagSeratoMarkerOld::initWithData(ZALDataView data,
                                                                          std::string_view fileType) {
     if (data.size() < shortestRecord) {
-        zal::logf("Serato marker data too short: {}", zal::describe(data));
+        zal::logDamage(fmt::format("Serato marker data too short: {}", zal::describe(data)));
         return std::nullopt;
     }
     zal::OldReader in(data, zal::isSyncSafeFileType(fileType));
@@ -35,12 +35,12 @@ std::optional<ZALTagSeratoMarkerOld> ZALTagSeratoMarkerOld::initWithData(ZALData
     marker.minor_ = in.u8();
     const std::size_t count = in.word();
     if (count == 0) {
-        zal::log("Serato marker point count parsed as 0");
+        zal::logDamage("Serato marker point count parsed as 0");
         return std::nullopt;
     }
     const std::size_t entriesSize = data.size() - shortestRecord;
     if (entriesSize % count != 0) {
-        zal::logf("Serato marker data size invalid: {}", data.size());
+        zal::logDamage(fmt::format("Serato marker data size invalid: {}", data.size()));
         return std::nullopt;
     }
     zal::PayloadLog log;

@@ -1,11 +1,14 @@
 #include <zaltag/tag/ZALTag.h>
 
+#include "base/Failure.h"
+#include "platform/Log.h"
 #include "tag/ZALTagBackEnds.h"
 
 #include <zaltag/base/ZALProgrammingError.h>
 #include <zaltag/tag/ZALTagComment.h>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cstring>
@@ -91,12 +94,12 @@ bool ZALTag::canInitWithPath(const ZALNullableString& path) {
     return zal::hasExtensionAmong(path, supportedFileTypes());
 }
 
-std::shared_ptr<ZALTag> ZALTag::tagAtPath(const ZALNullableString& path, bool readOnly) {
-    return initWithPath(path, readOnly);
+std::shared_ptr<ZALTag> ZALTag::tagAtPath(const ZALNullableString& path, bool readOnly, ZALError* error) {
+    return initWithPath(path, readOnly, error);
 }
 
-std::shared_ptr<ZALTag> ZALTag::initWithPath(const ZALNullableString& path, bool readOnly) {
-    return initReceiver("ZALTag", path, readOnly);
+std::shared_ptr<ZALTag> ZALTag::initWithPath(const ZALNullableString& path, bool readOnly, ZALError* error) {
+    return initReceiver("ZALTag", path, readOnly, error);
 }
 
 std::shared_ptr<ZALTag> ZALTag::initWithPath(const ZALNullableString& path) {
@@ -104,13 +107,16 @@ std::shared_ptr<ZALTag> ZALTag::initWithPath(const ZALNullableString& path) {
 }
 
 std::shared_ptr<ZALTag> ZALTag::initReceiver(const char* receiverClass, const ZALNullableString& path,
-                                             bool readOnly) {
+                                             bool readOnly, ZALError* error) {
     if (std::strcmp(receiverClass, "ZALTag") != 0) {
         throw ZALProgrammingError("-[ZALTag initWithPath:readOnly:] must not be called by subclasses");
     }
     for (const zal::BackEnd& backEnd : zal::backEnds()) {
-        if (backEnd.canInitWithPath(path)) return backEnd.initWithPath(path, readOnly);
+        if (backEnd.canInitWithPath(path)) return backEnd.initWithPath(path, readOnly, error);
     }
+    const auto& types = supportedFileTypes();
+    zal::fillError(error, ZALErrorCode::openFailed,
+                   fmt::format("unsupported file type (supported: {})", fmt::join(types, ", ")));
     return nullptr;
 }
 
@@ -118,7 +124,7 @@ std::shared_ptr<ZALTag> ZALTag::initReceiver(const char* receiverClass, const ZA
     if (std::strcmp(receiverClass, "ZALTag") != 0) {
         throw ZALProgrammingError("-[ZALTag initWithPath:] must not be called by subclasses");
     }
-    return initReceiver(receiverClass, path, false);
+    return initReceiver(receiverClass, path, false, nullptr);
 }
 
 const ZALArray<std::string>& ZALTag::standardPropertyKeys() {
@@ -149,12 +155,11 @@ bool ZALTag::save(ZALError* /*error*/) {
     return true;
 }
 
-bool ZALTag::failSave(ZALError* error) {
-    if (error == nullptr) return false;
-    *error = ZALError{};
-    error->domain = ZALTagErrorDomain;
-    error->code = ZALErrorCode::saveFailed;
-    error->userInfo[ZALTagErrorFailingTagKey] = weak_from_this();
+bool ZALTag::failSave(ZALError* error, const zal::Failure& failure) {
+    const std::string line = fmt::format("could not save '{}': {}", zal::describe(path()), failure.reason());
+    error == nullptr ? zal::log(line) : zal::logFailure(line);
+    zal::fillError(error, ZALErrorCode::saveFailed, failure);
+    if (error != nullptr) error->userInfo[ZALTagErrorFailingTagKey] = weak_from_this();
     return false;
 }
 

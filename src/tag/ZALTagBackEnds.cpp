@@ -16,8 +16,8 @@ namespace zal {
 namespace {
 
 template <typename Class>
-std::shared_ptr<ZALTag> make(const ZALNullableString& path, bool readOnly) {
-    return Class::initWithPath(path, readOnly);
+std::shared_ptr<ZALTag> make(const ZALNullableString& path, bool readOnly, ZALError* error) {
+    return Class::initWithPath(path, readOnly, error);
 }
 
 template <typename Class>

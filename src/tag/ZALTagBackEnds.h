@@ -12,7 +12,7 @@ namespace zal {
 struct BackEnd {
     const ZALArray<std::string>& (*supportedFileTypes)();
     bool (*canInitWithPath)(const ZALNullableString& path);
-    std::shared_ptr<ZALTag> (*initWithPath)(const ZALNullableString& path, bool readOnly);
+    std::shared_ptr<ZALTag> (*initWithPath)(const ZALNullableString& path, bool readOnly, ZALError* error);
 };
 
 /// The back-ends in the order in which the factory asks them.

@@ -82,12 +82,13 @@ bool saveDestination(CopiedFile<File>& destination, Opening<File> open) {
         logf("could not save '{}': it is read-only", destination.path);
         return false;
     }
-    return saveTag(destination.path, *destination.stream, [&] {
-        std::string refusal = destination->write();
-        if (refusal.empty() && open(*destination.stream) == nullptr) refusal = "it could not be opened again";
-        if (!refusal.empty()) logf("could not save '{}': {}", destination.path, refusal);
-        return refusal.empty();
+    const Failure failure = saveTag(*destination.stream, [&] {
+        Failure refusal = destination->write();
+        if (!refusal && open(*destination.stream) == nullptr) refusal = "it could not be opened again";
+        return refusal;
     });
+    if (failure) logf("could not save '{}': {}", destination.path, failure.reason());
+    return !failure;
 }
 
 }  // namespace zal

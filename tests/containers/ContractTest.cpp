@@ -5,6 +5,7 @@
 #include <zaltag/containers/ZALTagMP4.h>
 #include <zaltag/containers/ZALTagWAV.h>
 #include <zaltag/id3/ZALTagAIFF.h>
+#include <zaltag/platform/ZALHost.h>
 #include <zaltag/serato/ZALBase64.h>
 #include <zaltag/tag/ZALTag.h>
 
@@ -165,10 +166,28 @@ TEST_P(Contract, aReadOnlyObjectCannotBeSaved) {
     EXPECT_TRUE(tag->readOnly());
     tag->setTitle("new");
     ZALError error;
+    ZALHost::shared().setLogsFailures(false);
+    const LogCapture log;
     EXPECT_FALSE(tag->save(&error));
+    ZALHost::shared().setLogsFailures(true);
+    EXPECT_THAT(log.lines(), testing::IsEmpty());
     EXPECT_TRUE(error.domain == "ZALTagErrorDomain" && static_cast<int>(error.code) == 1);
+    EXPECT_EQ(error.localizedDescription, "it is open for reading only");
     EXPECT_EQ(error.failingTag(), tag);
     EXPECT_EQ(contentsOf(path), before);
+}
+
+TEST_P(Contract, whatDoesNotOpenSaysWhy) {
+    const auto reason = [](const std::string& path) {
+        ZALError error;
+        EXPECT_EQ(ZALTag::tagAtPath(path, false, &error), nullptr);
+        EXPECT_EQ(error.code, ZALErrorCode::openFailed);
+        return error.localizedDescription;
+    };
+    const std::string name = std::string("name.") + GetParam().extension;
+    EXPECT_EQ(reason("/none/" + name), "no such file");
+    EXPECT_THAT(reason(folder_.write(name, bytesOf("text"))), testing::HasSubstr("damaged, or misnamed"));
+    EXPECT_THAT(reason("/name.ogg"), testing::HasSubstr("supported: mp3, "));
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, Contract, testing::ValuesIn(formats()),

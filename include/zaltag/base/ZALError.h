@@ -18,6 +18,7 @@ ZALTAG_EXPORT extern const std::string ZALTagErrorFailingTagKey;
 enum class ZALErrorCode : std::int64_t {
     none = 0,
     saveFailed = 1,                      ///< an audio file could not be saved
+    openFailed = 2,                      ///< an audio file could not be opened
     traktorRunning = 1000,               ///< the collection is not written while Traktor runs
     traktorCollectionUnreadable = 1003,  ///< unreadable or not well-formed
     traktorCollectionUnwritable = 1004,

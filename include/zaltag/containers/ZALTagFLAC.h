@@ -25,8 +25,10 @@ class ZALTAG_EXPORT ZALTagFLAC final : public ZALTagID3 {
     /// Opens a FLAC file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that does not begin as a FLAC stream, with or without ID3v2 tags in front, or whose
     /// metadata blocks are cut off or more than any real file has.
-    static std::shared_ptr<ZALTagFLAC> tagAtPath(const ZALNullableString& path, bool readOnly = false);
-    static std::shared_ptr<ZALTagFLAC> initWithPath(const ZALNullableString& path, bool readOnly);
+    static std::shared_ptr<ZALTagFLAC> tagAtPath(const ZALNullableString& path, bool readOnly = false,
+                                                 ZALError* error = nullptr);
+    static std::shared_ptr<ZALTagFLAC> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                    ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
@@ -114,7 +116,7 @@ class ZALTAG_EXPORT ZALTagFLAC final : public ZALTagID3 {
     ZALTagFLAC();
 
     std::optional<ZALJSONValue> storedXiphDictionary(const std::string& xiphName) const;
-    bool openFLAC(const std::string& path, bool readOnly);
+    bool openFLAC(const std::string& path, bool readOnly, zal::Failure& failure);
 
     std::unique_ptr<zal::FLACFile> flacfile_;  // over the inherited stream, so it goes first
 };

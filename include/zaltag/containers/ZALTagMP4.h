@@ -8,6 +8,10 @@
 #include <memory>
 #include <string>
 
+namespace zal {
+class Failure;
+}
+
 /// The back-end of MPEG-4 audio files ("m4a", "mp4"). Every field is an item of the file's list: the standard
 /// fields iTunes' own items, the others freeform items ("----:...") of texts. An item of several texts reads
 /// as these texts with a blank between two (", " in the standard fields), and setting it leaves one.
@@ -24,8 +28,10 @@ class ZALTAG_EXPORT ZALTagMP4 final : public ZALTag {
     /// Opens an MPEG-4 file. Null for a null path, another extension, a path that is no
     /// regular file, a file without a "moov" atom, one whose atoms do not add up, and one that nests or
     /// counts more of them than any real file. One without tags opens with an empty list.
-    static std::shared_ptr<ZALTagMP4> tagAtPath(const ZALNullableString& path, bool readOnly = false);
-    static std::shared_ptr<ZALTagMP4> initWithPath(const ZALNullableString& path, bool readOnly);
+    static std::shared_ptr<ZALTagMP4> tagAtPath(const ZALNullableString& path, bool readOnly = false,
+                                                ZALError* error = nullptr);
+    static std::shared_ptr<ZALTagMP4> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                   ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
@@ -137,7 +143,7 @@ class ZALTAG_EXPORT ZALTagMP4 final : public ZALTag {
     ZALTagMP4();
 
     std::optional<ZALJSONValue> storedDictionary(const std::string& atomName) const;
-    bool openMP4(const std::string& path, bool readOnly);
+    bool openMP4(const std::string& path, bool readOnly, zal::Failure& failure);
 
     std::unique_ptr<State> state_;
 };

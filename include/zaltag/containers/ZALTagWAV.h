@@ -26,8 +26,10 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     /// Opens a WAV file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that does not begin with RIFF and WAVE or is over 4 GiB long. One without an ID3v2
     /// tag opens with an empty one.
-    static std::shared_ptr<ZALTagWAV> tagAtPath(const ZALNullableString& path, bool readOnly = false);
-    static std::shared_ptr<ZALTagWAV> initWithPath(const ZALNullableString& path, bool readOnly);
+    static std::shared_ptr<ZALTagWAV> tagAtPath(const ZALNullableString& path, bool readOnly = false,
+                                                ZALError* error = nullptr);
+    static std::shared_ptr<ZALTagWAV> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                   ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
@@ -117,8 +119,8 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
   private:
     ZALTagWAV();
 
-    bool openWAV(const std::string& path, bool readOnly);
-    bool saveRecord();
+    bool openWAV(const std::string& path, bool readOnly, zal::Failure& failure);
+    zal::Failure saveRecord();
     bool isInFile(const ZALTagVelvetCascade& record) const;
     void reopen();
 

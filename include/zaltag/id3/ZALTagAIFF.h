@@ -21,8 +21,10 @@ class ZALTAG_EXPORT ZALTagAIFF final : public ZALTagID3 {
     /// Opens an AIFF file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that does not begin as an AIFF or AIFF-C form or is over 4 GiB long. One without a
     /// tag opens with an empty one.
-    static std::shared_ptr<ZALTagAIFF> tagAtPath(const ZALNullableString& path, bool readOnly = false);
-    static std::shared_ptr<ZALTagAIFF> initWithPath(const ZALNullableString& path, bool readOnly);
+    static std::shared_ptr<ZALTagAIFF> tagAtPath(const ZALNullableString& path, bool readOnly = false,
+                                                 ZALError* error = nullptr);
+    static std::shared_ptr<ZALTagAIFF> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                    ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
@@ -37,7 +39,7 @@ class ZALTAG_EXPORT ZALTagAIFF final : public ZALTagID3 {
   private:
     ZALTagAIFF();
 
-    bool openAIFF(const std::string& path, bool readOnly);
+    bool openAIFF(const std::string& path, bool readOnly, zal::Failure& failure);
 
     std::unique_ptr<zal::FormFile> aifffile_;  // over the inherited stream, so it goes first
 };

@@ -31,8 +31,10 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     /// Opens an MP3 file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that holds neither a tag nor an MPEG frame, or a tag of
     /// more than 10,000 frames.
-    static std::shared_ptr<ZALTagID3> tagAtPath(const ZALNullableString& path, bool readOnly = false);
-    static std::shared_ptr<ZALTagID3> initWithPath(const ZALNullableString& path, bool readOnly);
+    static std::shared_ptr<ZALTagID3> tagAtPath(const ZALNullableString& path, bool readOnly = false,
+                                                ZALError* error = nullptr);
+    static std::shared_ptr<ZALTagID3> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                   ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
@@ -177,7 +179,7 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
 
   private:
     std::optional<ZALJSONValue> storedDictionary(const std::string& description) const;
-    bool openMP3(const std::string& path, bool readOnly);
+    bool openMP3(const std::string& path, bool readOnly, zal::Failure& failure);
     bool fillID3v2();
     void setPrimaryComment(const std::string& text);
     ZALNullableString textOfFrame(const char* id) const;

@@ -127,6 +127,11 @@ class ZALTAG_EXPORT ZALHost {
     void setCertificateAuthorityFile(ZALNullableString path);
     ZALNullableString certificateAuthorityFile() const;
 
+    /// Whether a failure that an operation tells its caller, by a ZALError or a completion, is a line of the
+    /// log as well; true until it is set. What nobody asked about is logged in any case.
+    void setLogsFailures(bool logs);
+    bool logsFailures() const;
+
     /// How saves of audio files are written from now on; `safe` until it is set.
     void setSaveMode(ZALSaveMode mode);
     ZALSaveMode saveMode() const;

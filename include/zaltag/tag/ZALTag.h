@@ -21,6 +21,10 @@
 
 class ZALTagComment;
 
+namespace zal {
+class Failure;
+}
+
 /// A tag object: one audio file, named by its path, and the metadata in it.
 ///
 /// ZALTag is the interface of every back-end and the factory that picks one by the path's extension. Setters
@@ -45,10 +49,13 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     static bool canInitWithPath(const ZALNullableString& path);
 
     /// Opens a file: the factory. The first back-end that takes the path's extension makes the object. Null
-    /// for any other extension and for what that back-end cannot open; nothing is logged here.
-    static std::shared_ptr<ZALTag> tagAtPath(const ZALNullableString& path, bool readOnly = false);
+    /// for any other extension and for what that back-end cannot open; nothing is logged here. An error that
+    /// is asked for has the code ZALErrorCode::openFailed, and the reason as its description.
+    static std::shared_ptr<ZALTag> tagAtPath(const ZALNullableString& path, bool readOnly = false,
+                                             ZALError* error = nullptr);
     /// The same operation under its other name.
-    static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path, bool readOnly);
+    static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                ZALError* error = nullptr);
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
     /// The seven keys that copyValuesFromTag() copies and description() shows, in order: artist, album, year,
@@ -73,8 +80,9 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     void setPath(ZALNullableString path) { path_ = std::move(path); }
     /// True when the file was opened read-only, or could only be opened so; saving then fails.
     virtual bool readOnly() const;
-    /// Writes the tags to the file. False with an error of code ZALErrorCode::saveFailed and this object
-    /// under ZALTagErrorFailingTagKey when that fails; the file is then as it was, the tags in memory stay as
+    /// Writes the tags to the file. False with an error of code ZALErrorCode::saveFailed, this object under
+    /// ZALTagErrorFailingTagKey and the reason as its description when that fails, and with a line of the log
+    /// (see ZALHost::setLogsFailures()); the file is then as it was, the tags in memory stay as
     /// they are, and a later save may succeed.
     virtual bool save(ZALError* error = nullptr);
     /// True when an operation moved frames or changed the grouping since the last save. Other setters do not
@@ -247,9 +255,10 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// True after one update has succeeded; never false again.
     static bool validAlgorithmVersions();
     /// Asks the web service of ZALHost::serviceHost() for the newest version of each analysis algorithm, sets
-    /// the algorithmVersion() of the record classes it names, and returns at once. A failure is one log line
-    /// and changes nothing.
-    static void updateAlgorithmVersions();
+    /// the algorithmVersion() of the record classes it names, and returns at once. A failure changes nothing
+    /// and is one log line (see ZALHost::setLogsFailures()). The completion is posted to the main queue; a
+    /// failure's error has the reason as its description.
+    static void updateAlgorithmVersions(ZALCompletion completion = nullptr);
 
     // Whole objects
 
@@ -267,12 +276,12 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// The factory behind both initWithPath(): throws ZALProgrammingError unless the receiver is ZALTag
     /// itself.
     static std::shared_ptr<ZALTag> initReceiver(const char* receiverClass, const ZALNullableString& path,
-                                                bool readOnly);
+                                                bool readOnly, ZALError* error);
     /// The same for the operation with one argument, which has its own message.
     static std::shared_ptr<ZALTag> initReceiver(const char* receiverClass, const ZALNullableString& path);
 
-    /// Fills the error of a failed save, when one is asked for, and returns false.
-    bool failSave(ZALError* error);
+    /// Logs a failed save, fills its error, when one is asked for, and returns false.
+    bool failSave(ZALError* error, const zal::Failure& failure);
 
   private:
     ZALNullableString path_;
