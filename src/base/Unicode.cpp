@@ -166,6 +166,10 @@ bool isBlankOrPunctuation(char32_t c) {
     return isPunctuation || isSeparator || (c >= 0x09 && c <= 0x0D) || c == 0x85;
 }
 
+bool isASCII(std::string_view bytes) {
+    return std::ranges::all_of(bytes, [](char c) { return (c & 0x80) == 0; });
+}
+
 std::string asciiLowercase(std::string_view text) {
     std::string out(text);
     std::transform(out.begin(), out.end(), out.begin(),

@@ -20,6 +20,9 @@ std::u16string utf16FromUTF8(std::string_view utf8);
 /// True when the bytes are well-formed UTF-8 (shortest forms, no surrogates, at most U+10FFFF).
 bool isValidUTF8(std::string_view bytes);
 
+/// Whether all bytes are below 0x80.
+bool isASCII(std::string_view bytes);
+
 /// The first `count` UTF-16 code units of a text, one less where the cut would split a surrogate pair.
 std::string prefixOfUTF16Length(std::string_view utf8, std::size_t count);
 

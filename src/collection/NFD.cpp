@@ -1,6 +1,7 @@
 #include "collection/NFD.h"
 
 #include "base/Limits.h"
+#include "base/Unicode.h"
 
 #include <utf8proc.h>
 
@@ -11,8 +12,7 @@ namespace zal {
 
 std::string canonicalDecomposition(std::string_view text) {
     // ASCII is decomposed already, and most paths are ASCII.
-    const bool isASCII = std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
-    if (isASCII || text.size() > limits::path) return std::string(text);
+    if (isASCII(text) || text.size() > limits::path) return std::string(text);
     utf8proc_uint8_t* decomposed = nullptr;
     const utf8proc_ssize_t length = utf8proc_map(
         reinterpret_cast<const utf8proc_uint8_t*>(text.data()), static_cast<utf8proc_ssize_t>(text.size()),

@@ -60,10 +60,9 @@ std::string decodedXML(std::string_view bytes, XMLEncoding encoding) {
 }
 
 std::string encodedXML(std::string_view markup, XMLEncoding encoding) {
-    const auto isASCII = [](char c) { return (c & 0x80) == 0; };
     if (encoding == XMLEncoding::utf8) return std::string(markup);
     if (!isWide(encoding)) {
-        if (std::all_of(markup.begin(), markup.end(), isASCII)) return std::string(markup);
+        if (isASCII(markup)) return std::string(markup);
         return inSingleBytes(markup, encoding == XMLEncoding::latin1 ? 0xFF : 0x7F);
     }
     std::string out;

@@ -3,10 +3,10 @@
 
 #include <zaltag/containers/ZALTagFLAC.h>
 
-#include "containers/FLACState.h"
+#include "containers/FLACFile.h"
 #include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
-#include "tag/Artwork.h"
+#include "tag/TagContents.h"
 
 #include <flacpicture.h>
 
@@ -62,16 +62,6 @@ class Blocks final : public zal::ArtworkContainer {
 
 }  // namespace
 
-zal::Artwork ZALTagFLAC::artwork() const {
-    return {std::make_unique<Blocks>(*flacfile_), zal::flacArtwork};
-}
-
-bool ZALTagFLAC::hasImages() const {
-    return !flacfile_->pictures().empty();
-}
-bool ZALTagFLAC::replaceOriginalImage(const ZALImagePtr& image) {
-    return artwork().replaceOriginalImage(image);
-}
-bool ZALTagFLAC::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
-    return artwork().replacePrimaryImage(image, markAsCustom);
+void ZALTagFLAC::addPictures(zal::TagContents& contents) {
+    contents.setArtwork(std::make_unique<Blocks>(*flacfile_), zal::flacArtwork);
 }

@@ -1,46 +1,49 @@
 #include <zaltag/containers/ZALTagMP4.h>
 
-#include "base/Numbers.h"
 #include "containers/MP4State.h"
-#include "containers/TextCarrier.h"
 #include "id3/TagFile.h"
-#include "id3/TagLibText.h"
+#include "stores/MP4Fields.h"
+#include "tag/TagContents.h"
 #include "tag/ZALTagBackEnds.h"
 
-#include <algorithm>
-#include <cstdint>
+#include <zaltag/records/ZALTagRecordData.h>
 
-namespace zal {
+#include <tfile.h>
 
-ZALNullableString itemText(const TagLib::MP4::Tag& tag, const std::string& name) {
-    const TagLib::String key = latin1TagLibString(name);
-    if (!tag.contains(key)) return std::nullopt;  // asking for the item would add it
-    return joinedText(tag.item(key).toStringList());
-}
-
-void setItemText(TagLib::MP4::Tag& tag, const std::string& name, const TagLib::String& text) {
-    tag.setItem(latin1TagLibString(name), TagLib::StringList(text));
-}
-
-void removeItem(TagLib::MP4::Tag& tag, const std::string& name) {
-    tag.removeItem(latin1TagLibString(name));
-}
-
-}  // namespace zal
+#include <string_view>
 
 namespace {
 
-constexpr char tempoItem[] = "tmpo";
-constexpr char keyItem[] = "----:com.apple.iTunes:initialkey";
-constexpr char energyItem[] = "----:com.apple.iTunes:energylevel";
-constexpr char groupingItem[] = "\251grp";
+// Traktor's data are not looked for in front of this place, as the files have it.
+constexpr long traktorOffset = 10000;
+constexpr std::string_view traktorMark = "NITR";
+constexpr std::string_view traktorEnd = "free";
+constexpr std::size_t searchedBlock = 1024;  // of TagLib's search
 
-// A basic field; null when its item is absent.
-ZALNullableString basicField(const TagLib::MP4::Tag& tag, const char* item,
-                             TagLib::String (TagLib::MP4::Tag::*field)() const) {
-    if (!tag.contains(item)) return std::nullopt;
-    return zal::stringWithTagLibString((tag.*field)());
+// False when TagLib's search finds no trace of Traktor for certain. It takes its time over every block of a
+// file, so that a quick look goes first.
+bool mayHoldTraktorMark(zal::TagLibStream& stream) {
+    constexpr std::size_t lookedAt = 64 * searchedBlock;
+    ZALData block(lookedAt + traktorMark.size() - 1);
+    for (unsigned long position = traktorOffset;; position += lookedAt) {
+        const std::size_t count = stream.readAt(position, block);
+        const std::string_view bytes(reinterpret_cast<const char*>(block.data()), count);
+        if (bytes.find(traktorMark) != bytes.npos) return true;
+        const std::size_t end = bytes.find(traktorEnd);
+        const bool isSeen = end < lookedAt && end % searchedBlock + traktorEnd.size() <= searchedBlock;
+        if (isSeen || bytes.size() < lookedAt) return false;
+    }
 }
+
+// TagLib's search is that of its files.
+class SearchedFile final : public TagLib::File {
+  public:
+    explicit SearchedFile(TagLib::IOStream& stream) : File(&stream) {}
+
+    TagLib::Tag* tag() const override { return nullptr; }
+    TagLib::AudioProperties* audioProperties() const override { return nullptr; }
+    bool save() override { return false; }
+};
 
 }  // namespace
 
@@ -81,7 +84,10 @@ bool ZALTagMP4::openMP4(const std::string& path, bool readOnly, zal::Failure& fa
     if (state_->stream == nullptr) return false;
     state_->file = zal::MP4File::open(*state_->stream);
     if (state_->file == nullptr) return false;
-    state_->tag = &state_->file->tag();
+    auto contents = std::make_unique<zal::TagContents>();
+    contents->add(std::make_unique<zal::MP4Fields>(state_->file->tag()));
+    addPictures(*contents);
+    setContents(std::move(contents));
     return true;
 }
 
@@ -97,92 +103,22 @@ bool ZALTagMP4::save(ZALError* error) {
     return !failure || failSave(error, failure);
 }
 
-// Basic fields
+// Records by any name
 
-ZALNullableString ZALTagMP4::artist() const {
-    return basicField(*state_->tag, "\251ART", &TagLib::MP4::Tag::artist);
-}
-void ZALTagMP4::setArtist(const ZALNullableString& artist) {
-    state_->tag->setArtist(zal::TagLibString(artist));
+std::optional<ZALJSONValue> ZALTagMP4::storedDictionary(const std::string& atomName) const {
+    const ZALNullableData payload = zal::MP4Fields(state_->file->tag()).payload({nullptr, atomName.c_str(), nullptr});
+    return payload ? JSONDict(*payload) : std::nullopt;
 }
 
-ZALNullableString ZALTagMP4::album() const {
-    return basicField(*state_->tag, "\251alb", &TagLib::MP4::Tag::album);
-}
-void ZALTagMP4::setAlbum(const ZALNullableString& album) {
-    state_->tag->setAlbum(zal::TagLibString(album));
-}
-
-ZALNullableString ZALTagMP4::title() const {
-    return basicField(*state_->tag, "\251nam", &TagLib::MP4::Tag::title);
-}
-void ZALTagMP4::setTitle(const ZALNullableString& title) {
-    state_->tag->setTitle(zal::TagLibString(title));
+void ZALTagMP4::setZalTagPropertyAtomName(const ZALTagCustomProperty* record, const std::string& atomName) {
+    if (atomName.empty()) return;
+    zal::MP4Fields fields(state_->file->tag());
+    zal::setRecord(fields, {nullptr, atomName.c_str(), nullptr}, record);
 }
 
-ZALNullableString ZALTagMP4::genre() const {
-    return basicField(*state_->tag, "\251gen", &TagLib::MP4::Tag::genre);
-}
-void ZALTagMP4::setGenre(const ZALNullableString& genre) {
-    state_->tag->setGenre(zal::TagLibString(genre));
-}
+// Traktor
 
-ZALNullableString ZALTagMP4::comment() const {
-    return basicField(*state_->tag, "\251cmt", &TagLib::MP4::Tag::comment);
-}
-void ZALTagMP4::setComment(const ZALNullableString& comment) {
-    state_->tag->setComment(zal::TagLibString(comment));
-}
-
-ZALArray<ZALTagComment> ZALTagMP4::allComments() const {
-    return zal::onlyComment(comment());
-}
-
-std::int64_t ZALTagMP4::year() const {
-    return state_->tag->year();
-}
-void ZALTagMP4::setYear(std::int64_t year) {
-    state_->tag->setYear(zal::clampedUnsigned(year));
-}
-
-// Fields of DJ programs
-
-std::int64_t ZALTagMP4::tempo() const {
-    return state_->tag->contains(tempoItem) ? state_->tag->item(tempoItem).toInt() : 0;
-}
-void ZALTagMP4::setTempo(std::int64_t tempo) {
-    state_->tag->setItem(tempoItem, static_cast<int>(std::clamp<std::int64_t>(tempo, 0, UINT16_MAX)));
-}
-
-ZALNullableString ZALTagMP4::initialKey() const {
-    return zal::itemText(*state_->tag, keyItem);
-}
-void ZALTagMP4::setInitialKey(const ZALNullableString& key) {
-    if (key) {
-        zal::setItemText(*state_->tag, keyItem, zal::TagLibString(key));
-    } else {
-        zal::removeItem(*state_->tag, keyItem);
-    }
-}
-
-std::int64_t ZALTagMP4::energyLevel() const {
-    return zal::integerValue(zal::itemText(*state_->tag, energyItem).value_or(""));
-}
-void ZALTagMP4::setEnergyLevel(std::int64_t level) {
-    if (level > 0) {
-        zal::setItemText(*state_->tag, energyItem, std::to_string(level));
-    } else {
-        zal::removeItem(*state_->tag, energyItem);
-    }
-}
-
-ZALNullableString ZALTagMP4::grouping() const {
-    return zal::itemText(*state_->tag, groupingItem);
-}
-void ZALTagMP4::setGrouping(const ZALNullableString& grouping) {
-    if (grouping.value_or("").empty()) {
-        zal::removeItem(*state_->tag, groupingItem);
-    } else {
-        zal::setItemText(*state_->tag, groupingItem, zal::TagLibString(grouping));
-    }
+bool ZALTagMP4::hasTraktorMetadata() const {
+    return mayHoldTraktorMark(*state_->stream) &&
+           SearchedFile(*state_->stream).find(traktorMark.data(), traktorOffset, traktorEnd.data()) >= 0;
 }

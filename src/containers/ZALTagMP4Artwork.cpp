@@ -4,7 +4,7 @@
 
 #include "containers/MP4State.h"
 #include "id3/TagLibBytes.h"
-#include "tag/Artwork.h"
+#include "tag/TagContents.h"
 
 #include <memory>
 
@@ -26,6 +26,11 @@ class Covers final : public zal::ArtworkContainer {
             out.push_back({.data = zal::viewOf(cover.data()), .mimeType = {}});
         }
         return out;
+    }
+
+    // Listing adds an empty item where there is none, as the files have it.
+    void prepareListing() override {
+        if (!tag_.contains(coverItem)) tag_.setItem(coverItem, CoverArtList());
     }
 
     bool canBackUp() const override { return true; }
@@ -53,56 +58,8 @@ class Covers final : public zal::ArtworkContainer {
     TagLib::MP4::Tag& tag_;
 };
 
-zal::Artwork artwork(TagLib::MP4::Tag& tag) {
-    return {std::make_unique<Covers>(tag), zal::mp4Artwork};
-}
-
-// Listing adds an empty item where there is none, which the next save writes, as the files have it.
-TagLib::MP4::Tag& withCovers(TagLib::MP4::Tag& tag) {
-    if (!tag.contains(coverItem)) tag.setItem(coverItem, CoverArtList());
-    return tag;
-}
-
 }  // namespace
 
-bool ZALTagMP4::hasImages() const {
-    return !Covers(withCovers(*state_->tag)).pictures(false).empty();
-}
-bool ZALTagMP4::hasOriginalImage() const {
-    return originalImage() != nullptr;
-}
-bool ZALTagMP4::hasCustomizedImage() const {
-    return customizedImage() != nullptr;
-}
-ZALImagePtr ZALTagMP4::originalImage() const {
-    return artwork(*state_->tag).originalImage();
-}
-ZALImagePtr ZALTagMP4::customizedImage() const {
-    return artwork(*state_->tag).customizedImage();
-}
-
-ZALArray<ZALTagImageDictionary> ZALTagMP4::allImages() const {
-    return artwork(withCovers(*state_->tag)).allImages();
-}
-void ZALTagMP4::setAllImages(const ZALArray<ZALTagImageDictionary>& images) {
-    artwork(*state_->tag).setAllImages(images);
-}
-ZALArray<ZALData> ZALTagMP4::allImageData() const {
-    return artwork(withCovers(*state_->tag)).allImageData();
-}
-ZALArray<ZALTagStoredImage> ZALTagMP4::allStoredImages() const {
-    return artwork(*state_->tag).allStoredImages();
-}
-
-bool ZALTagMP4::replaceOriginalImage(const ZALImagePtr& image) {
-    return artwork(*state_->tag).replaceOriginalImage(image);
-}
-bool ZALTagMP4::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
-    return artwork(*state_->tag).replacePrimaryImage(image, markAsCustom);
-}
-void ZALTagMP4::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
-    artwork(*state_->tag).backupOriginalImageAndSetCustomImage(image);
-}
-void ZALTagMP4::restoreOriginalImage() {
-    artwork(*state_->tag).restoreOriginalImage();
+void ZALTagMP4::addPictures(zal::TagContents& contents) {
+    contents.setArtwork(std::make_unique<Covers>(state_->file->tag()), zal::mp4Artwork);
 }

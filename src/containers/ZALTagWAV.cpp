@@ -5,7 +5,7 @@
 #include "id3/FormFile.h"
 #include "id3/ID3State.h"
 #include "id3/TagFile.h"
-#include "id3/TagLibText.h"
+#include "stores/InfoFields.h"
 #include "tag/ZALTagBackEnds.h"
 
 #include <algorithm>
@@ -13,32 +13,10 @@
 #include <utility>
 #include <vector>
 
+using zal::NumberField;
+using zal::TextField;
+
 namespace {
-
-constexpr char titleID[] = "INAM";
-constexpr char artistID[] = "IART";
-constexpr char albumID[] = "IPRD";
-constexpr char genreID[] = "IGNR";
-constexpr char commentID[] = "ICMT";
-
-// Null when no list has such a field.
-ZALNullableString infoText(const zal::FormFile* file, const char* id) {
-    if (file == nullptr) return std::nullopt;
-    for (const zal::InfoList& list : file->infos()) {
-        if (list.tag().fieldListMap().contains(id))
-            return zal::stringWithTagLibString(list.tag().fieldText(id));
-    }
-    return std::nullopt;
-}
-
-void setInfoText(zal::FormFile* file, const char* id, const ZALNullableString& text) {
-    if (file != nullptr) file->info().setFieldText(id, zal::TagLibString(text));
-}
-
-// A text of the ID3v2 tag, or the one of the INFO list where that has nothing to say.
-ZALNullableString firstText(const ZALNullableString& text, const ZALNullableString& infoText) {
-    return infoText && text.value_or("").empty() ? infoText : text;
-}
 
 struct InfoProperty {
     const char* key;
@@ -102,13 +80,22 @@ bool ZALTagWAV::openWAV(const std::string& path, bool readOnly, zal::Failure& fa
     if (s.stream == nullptr) return false;
     wavfile_ = zal::FormFile::openWAV(*s.stream);
     if (wavfile_ == nullptr) return false;
-    s.setV2TagsOf(*wavfile_);
+    auto contents = std::make_unique<zal::TagContents>();
+    s.addV2(*contents, *wavfile_);
+    info_ = std::make_unique<zal::TagContents>();
+    addInfo(*contents);
+    addInfo(*info_);
+    s.addPictures(*contents, zal::wavArtwork);
+    setContents(std::move(contents));
     recordInFile_ = pnTag_ = readPNTag(path);
     return true;
 }
 
-bool ZALTagWAV::readOnly() const {
-    return wavfile_ != nullptr && state().stream->readOnly();
+void ZALTagWAV::addInfo(zal::TagContents& contents) {
+    contents.add(std::make_unique<zal::InfoFields>(wavfile_->info()));
+    for (std::size_t i = 1; i < wavfile_->infos().size(); ++i) {
+        contents.add(std::make_unique<zal::InfoFields>(wavfile_->infos()[i].tag()), zal::Access::readOnly);
+    }
 }
 
 // Saving
@@ -178,103 +165,43 @@ std::optional<ZALError> ZALTagWAV::writePNTag(const std::optional<ZALTagVelvetCa
     return record ? zal::writeProcessingRecord(*record, path) : std::nullopt;
 }
 
-// The six basic fields
-
-ZALNullableString ZALTagWAV::artist() const {
-    return firstText(ZALTagID3::artist(), infoArtist());
-}
-void ZALTagWAV::setArtist(const ZALNullableString& artist) {
-    ZALTagID3::setArtist(artist);
-    setInfoArtist(artist);
-}
-
-ZALNullableString ZALTagWAV::album() const {
-    return firstText(ZALTagID3::album(), infoAlbum());
-}
-void ZALTagWAV::setAlbum(const ZALNullableString& album) {
-    ZALTagID3::setAlbum(album);
-    setInfoAlbum(album);
-}
-
-std::int64_t ZALTagWAV::year() const {
-    const std::int64_t year = ZALTagID3::year();
-    return year != 0 ? year : infoYear();
-}
-void ZALTagWAV::setYear(std::int64_t year) {
-    ZALTagID3::setYear(year);
-    setInfoYear(zal::clampedUnsigned(year));
-}
-
-ZALNullableString ZALTagWAV::title() const {
-    return firstText(ZALTagID3::title(), infoTitle());
-}
-void ZALTagWAV::setTitle(const ZALNullableString& title) {
-    ZALTagID3::setTitle(title);
-    setInfoTitle(title);
-}
-
-ZALNullableString ZALTagWAV::genre() const {
-    return firstText(ZALTagID3::genre(), infoGenre());
-}
-void ZALTagWAV::setGenre(const ZALNullableString& genre) {
-    ZALTagID3::setGenre(genre);
-    setInfoGenre(genre);
-}
-
-ZALNullableString ZALTagWAV::comment() const {
-    return firstText(ZALTagID3::comment(), infoComment());
-}
-void ZALTagWAV::setComment(const ZALNullableString& comment) {
-    ZALTagID3::setComment(comment);
-    setInfoComment(comment);
-}
-
 // The INFO list
 
 ZALNullableString ZALTagWAV::infoTitle() const {
-    return infoText(wavfile_.get(), titleID);
+    return info_->text(TextField::title);
 }
 void ZALTagWAV::setInfoTitle(const ZALNullableString& title) {
-    setInfoText(wavfile_.get(), titleID, title);
+    info_->setText(TextField::title, title);
 }
-
 ZALNullableString ZALTagWAV::infoArtist() const {
-    return infoText(wavfile_.get(), artistID);
+    return info_->text(TextField::artist);
 }
 void ZALTagWAV::setInfoArtist(const ZALNullableString& artist) {
-    setInfoText(wavfile_.get(), artistID, artist);
+    info_->setText(TextField::artist, artist);
 }
-
 ZALNullableString ZALTagWAV::infoAlbum() const {
-    return infoText(wavfile_.get(), albumID);
+    return info_->text(TextField::album);
 }
 void ZALTagWAV::setInfoAlbum(const ZALNullableString& album) {
-    setInfoText(wavfile_.get(), albumID, album);
+    info_->setText(TextField::album, album);
 }
-
 ZALNullableString ZALTagWAV::infoGenre() const {
-    return infoText(wavfile_.get(), genreID);
+    return info_->text(TextField::genre);
 }
 void ZALTagWAV::setInfoGenre(const ZALNullableString& genre) {
-    setInfoText(wavfile_.get(), genreID, genre);
+    info_->setText(TextField::genre, genre);
 }
-
 ZALNullableString ZALTagWAV::infoComment() const {
-    return infoText(wavfile_.get(), commentID);
+    return info_->text(TextField::comment);
 }
 void ZALTagWAV::setInfoComment(const ZALNullableString& comment) {
-    setInfoText(wavfile_.get(), commentID, comment);
+    info_->setText(TextField::comment, comment);
 }
-
 unsigned int ZALTagWAV::infoYear() const {
-    if (wavfile_ == nullptr) return 0;
-    for (const zal::InfoList& list : wavfile_->infos()) {
-        if (list.tag().year() != 0) return list.tag().year();
-    }
-    return 0;
+    return static_cast<unsigned int>(info_->number(NumberField::year));
 }
 void ZALTagWAV::setInfoYear(unsigned int year) {
-    if (wavfile_ != nullptr) wavfile_->info().setYear(year);
+    info_->setNumber(NumberField::year, year);
 }
 
 // Properties by key
@@ -300,12 +227,3 @@ void ZALTagWAV::setValue(const ZALJSONValue& value, const std::string& key) {
     if (property == nullptr) return ZALTagID3::setValue(value, key);
     (this->*property->setText)(value.stringValue());
 }
-
-// Pictures: none
-
-void ZALTagWAV::setAllImages(const ZALArray<ZALTagImageDictionary>& /*images*/) {}
-bool ZALTagWAV::replaceOriginalImage(const ZALImagePtr& /*image*/) {
-    return false;
-}
-void ZALTagWAV::backupOriginalImageAndSetCustomImage(const ZALImagePtr& /*image*/) {}
-void ZALTagWAV::restoreOriginalImage() {}

@@ -402,7 +402,7 @@ void FormFile::accept() {
     isWritten_ = false;
     takeWalk(std::move(walkAfter_));
     v2_->accept(edit_);
-    readInfo();
+    if (!newList_) infos_.front().accept(infos_.front().merged());
     newList_.reset();
 }
 

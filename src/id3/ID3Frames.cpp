@@ -1,5 +1,6 @@
 #include "id3/ID3Frames.h"
 
+#include "base/Unicode.h"
 #include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
 
@@ -14,6 +15,7 @@ namespace zal {
 
 using TagLib::ID3v2::Frame;
 using TagLib::ID3v2::GeneralEncapsulatedObjectFrame;
+using TagLib::ID3v2::PrivateFrame;
 using TagLib::ID3v2::Tag;
 using TagLib::ID3v2::TextIdentificationFrame;
 using TagLib::ID3v2::UnknownFrame;
@@ -78,6 +80,10 @@ void removeFirstFrame(ID3v2Store& store, const char* id) {
     if (Frame* frame = firstFrame(store.tag(), id)) store.tagToEdit(id).removeFrame(frame);
 }
 
+ZALNullableString textOfGRP1(const Tag& tag) {
+    return textOfGRP1(firstFrame(tag, groupingID));
+}
+
 ZALNullableString textOfGRP1(const Frame* frame) {
     if (const auto* unknown = dynamic_cast<const UnknownFrame*>(frame)) {
         const TagLib::ByteVector data = unknown->data();
@@ -85,6 +91,22 @@ ZALNullableString textOfGRP1(const Frame* frame) {
     }
     const auto* text = dynamic_cast<const TextIdentificationFrame*>(frame);
     return text != nullptr ? ZALNullableString(stringWithTagLibString(text->toString())) : std::nullopt;
+}
+
+void setTextOfGRP1(ID3v2Store& store, const ZALNullableString& text) {
+    setOrRemoveFirstFrame(store, groupingID, text);
+    if (text.value_or("").empty()) return;
+    auto* frame = dynamic_cast<TextIdentificationFrame*>(firstFrame(store.tag(), groupingID));
+    if (frame != nullptr) frame->setTextEncoding(isASCII(*text) ? TagLib::String::Latin1 : TagLib::String::UTF16);
+}
+
+std::vector<PrivateFrame*> traktorFrames(const Tag& tag) {
+    std::vector<PrivateFrame*> frames;
+    for (Frame* frame : framesWithID(tag, "PRIV")) {
+        auto* found = dynamic_cast<PrivateFrame*>(frame);
+        if (found != nullptr && found->owner().find("TRAKTOR") >= 0) frames.push_back(found);
+    }
+    return frames;
 }
 
 void moveToEnd(ID3v2Store& store, Frame* frame) {
@@ -110,14 +132,11 @@ Frame* objectFrame(const Tag& tag, const std::string& description) {
     return describedObject(tag, description);
 }
 
-ZALNullableData objectOf(const std::vector<const Tag*>& tags, const std::string& description) {
-    for (const Tag* tag : tags) {
-        const GeneralEncapsulatedObjectFrame* frame = describedObject(*tag, description);
-        if (frame == nullptr) continue;
-        const TagLib::ByteVector object = frame->object();
-        return ZALData(object.begin(), object.end());
-    }
-    return std::nullopt;
+ZALNullableData objectOf(const Tag& tag, const std::string& description) {
+    const GeneralEncapsulatedObjectFrame* frame = describedObject(tag, description);
+    if (frame == nullptr) return std::nullopt;
+    const TagLib::ByteVector object = frame->object();
+    return ZALData(object.begin(), object.end());
 }
 
 void setObject(ID3v2Store& store, const std::string& description, ZALDataView object) {

@@ -7,6 +7,7 @@
 
 #include <id3v2frame.h>
 #include <id3v2tag.h>
+#include <privateframe.h>
 
 #include <string>
 #include <vector>
@@ -39,9 +40,21 @@ void setOrRemoveFirstFrame(ID3v2Store& store, const char* id, const ZALNullableS
 /// Removes the first frame of an id, if there is one.
 void removeFirstFrame(ID3v2Store& store, const char* id);
 
+/// The frames of a grouping: some programs read TIT1, others GRP1.
+inline constexpr char contentGroupID[] = "TIT1";
+inline constexpr char groupingID[] = "GRP1";
+
 /// The text of a GRP1 frame, which TagLib holds as text or as bytes; null when it is neither, or cannot be
 /// decoded. Null for a null frame.
 ZALNullableString textOfGRP1(const TagLib::ID3v2::Frame* frame);
+/// That of the tag's first one.
+ZALNullableString textOfGRP1(const TagLib::ID3v2::Tag& tag);
+
+/// Sets it, in Latin-1 when the text is ASCII and in UTF-16 otherwise; null and the empty text remove the frame.
+void setTextOfGRP1(ID3v2Store& store, const ZALNullableString& text);
+
+/// Traktor's frames.
+std::vector<TagLib::ID3v2::PrivateFrame*> traktorFrames(const TagLib::ID3v2::Tag& tag);
 
 /// Takes a frame out and adds it again as the last one of the tag.
 void moveToEnd(ID3v2Store& store, TagLib::ID3v2::Frame* frame);
@@ -49,8 +62,8 @@ void moveToEnd(ID3v2Store& store, TagLib::ID3v2::Frame* frame);
 /// The first GEOB frame with this very description, or null.
 TagLib::ID3v2::Frame* objectFrame(const TagLib::ID3v2::Tag& tag, const std::string& description);
 
-/// The object of that frame in the first of the tags that has one; null without one.
-ZALNullableData objectOf(const std::vector<const TagLib::ID3v2::Tag*>& tags, const std::string& description);
+/// The object of that frame; null without one.
+ZALNullableData objectOf(const TagLib::ID3v2::Tag& tag, const std::string& description);
 
 /// Puts an object into that frame, of which nothing else changes, or into a new one at the end of the tag.
 void setObject(ID3v2Store& store, const std::string& description, ZALDataView object);

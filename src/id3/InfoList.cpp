@@ -39,7 +39,17 @@ ByteVector rendered(const ByteVector& id, const TagLib::String& text) {
 
 InfoList::InfoList() : tag_(std::make_unique<Tag>()) {}
 
-InfoList::InfoList(const ByteVector& content) : content_(content), tag_(std::make_unique<Tag>()) {
+InfoList::InfoList(const ByteVector& content) : InfoList() {
+    read(content);
+    for (const Field& field : fields_) {
+        if (const TagLib::String text = textOf(field.bytes); !text.isEmpty()) tag_->setFieldText(field.id, text);
+    }
+    original_ = tag_->fieldListMap();
+}
+
+void InfoList::read(const ByteVector& content) {
+    content_ = content;
+    fields_.clear();
     unsigned at = markSize;
     while (content.size() >= at + headerSize) {
         const std::uint64_t size = headerSize + std::uint64_t{content.toUInt(at + 4, false)};
@@ -47,11 +57,13 @@ InfoList::InfoList(const ByteVector& content) : content_(content), tag_(std::mak
         const auto padded =
             static_cast<unsigned>(std::min<std::uint64_t>(size + size % 2, content.size() - at));
         fields_.push_back({content.mid(at, 4), content.mid(at, padded)});
-        if (const TagLib::String text = textOf(fields_.back().bytes); !text.isEmpty())
-            tag_->setFieldText(fields_.back().id, text);
         at += padded;
     }
     tail_ = content.mid(at);
+}
+
+void InfoList::accept(const ByteVector& merged) {
+    read(merged);
     original_ = tag_->fieldListMap();
 }
 

@@ -20,11 +20,15 @@ class InfoList {
     const TagLib::RIFF::Info::Tag& tag() const { return *tag_; }
 
     bool isChanged() const { return merged() != content_; }
+    /// Takes what was merged for what the file has.
+    void accept(const TagLib::ByteVector& merged);
     /// What a save writes: all fields of an id whose text did not change keep their bytes. Empty when there
     /// is nothing to write.
     TagLib::ByteVector merged() const;
 
   private:
+    void read(const TagLib::ByteVector& content);
+
     struct Field {
         TagLib::ByteVector id;
         TagLib::ByteVector bytes;  // all of it, with its padding

@@ -1,38 +1,21 @@
 #include "id3/TagFilling.h"
 
+#include "base/Unicode.h"
+#include "id3/TagLibText.h"
+#include "stores/ID3v1Fields.h"
+#include "stores/ID3v2Fields.h"
+
 #include <algorithm>
 
 namespace zal {
 
 namespace {
 
-struct TextField {
-    const char* id;
-    TagLib::String (TagLib::Tag::*text)() const;
-    void (TagLib::Tag::*set)(const TagLib::String&);
-};
-constexpr TextField texts[] = {
-    {"TIT2", &TagLib::Tag::title, &TagLib::Tag::setTitle},
-    {"TPE1", &TagLib::Tag::artist, &TagLib::Tag::setArtist},
-    {"TALB", &TagLib::Tag::album, &TagLib::Tag::setAlbum},
-    {"TCON", &TagLib::Tag::genre, &TagLib::Tag::setGenre},
-};
-
-struct NumberField {
-    const char* id;
-    unsigned (TagLib::Tag::*number)() const;
-    void (TagLib::Tag::*set)(unsigned);
-};
-constexpr NumberField numbers[] = {
-    {"TDRC", &TagLib::Tag::year, &TagLib::Tag::setYear},
-    {"TRCK", &TagLib::Tag::track, &TagLib::Tag::setTrack},
-};
-
-bool isASCII(const TagLib::String& text) {
-    return std::all_of(text.begin(), text.end(), [](wchar_t unit) { return unit > 0 && unit < 0x80; });
-}
-
-}  // namespace
+constexpr std::pair<TextField, const char*> texts[] = {{TextField::title, "TIT2"},
+                                                       {TextField::artist, "TPE1"},
+                                                       {TextField::album, "TALB"},
+                                                       {TextField::genre, "TCON"},
+                                                       {TextField::comment, "COMM"}};
 
 bool lacksFrame(const MP3File& file, const char* id) {
     return !file.v2().hadFrame(id) && std::ranges::all_of(file.v2Tags(), [id](const TagLib::ID3v2::Tag* tag) {
@@ -40,19 +23,31 @@ bool lacksFrame(const MP3File& file, const char* id) {
     });
 }
 
+// Without the blanks with which some programs fill a comment to its end.
+std::string textOf(const TagStore& v1, TextField field) {
+    const TagLib::String text = TagLibString(v1.text(field));
+    return stringWithTagLibString(field == TextField::comment ? text.stripWhiteSpace() : text);
+}
+
+}  // namespace
+
 bool fillFromID3v1(MP3File& file) {
     bool isFilled = false;
-    const TagLib::Tag& v1 = file.v1()->tag();
-    for (const TextField& field : texts) {
-        const TagLib::String text = (v1.*field.text)();
-        if (text.isEmpty() || !isASCII(text) || !lacksFrame(file, field.id)) continue;
-        (file.v2().tagToEdit(field.id).*field.set)(text);
+    const TagLib::ID3v1::Tag& v1 = file.v1()->tag();
+    const ID3v1Fields from(file.v1()->tag());
+    ID3v2Fields to(file.v2());
+    for (const auto& [field, frame] : texts) {
+        const std::string text = textOf(from, field);
+        if (text.empty() || !isASCII(text) || !lacksFrame(file, frame)) continue;
+        to.setText(field, text);
         isFilled = true;
     }
-    for (const NumberField& field : numbers) {
-        const unsigned number = (v1.*field.number)();
-        if (number == 0 || !lacksFrame(file, field.id)) continue;
-        (file.v2().tagToEdit(field.id).*field.set)(number);
+    if (v1.year() != 0 && lacksFrame(file, "TDRC")) {
+        file.v2().tagToEdit("TDRC").setYear(v1.year());
+        isFilled = true;
+    }
+    if (v1.track() != 0 && lacksFrame(file, "TRCK")) {
+        file.v2().tagToEdit("TRCK").setTrack(v1.track());
         isFilled = true;
     }
     return isFilled;

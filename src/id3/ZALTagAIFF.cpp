@@ -41,12 +41,11 @@ bool ZALTagAIFF::openAIFF(const std::string& path, bool readOnly, zal::Failure& 
     if (s.stream == nullptr) return false;
     aifffile_ = zal::FormFile::openAIFF(*s.stream);
     if (aifffile_ == nullptr) return false;
-    s.setV2TagsOf(*aifffile_);
+    auto contents = std::make_unique<zal::TagContents>();
+    s.addV2(*contents, *aifffile_);
+    s.addPictures(*contents, zal::id3Artwork);
+    setContents(std::move(contents));
     return true;
-}
-
-bool ZALTagAIFF::readOnly() const {
-    return aifffile_ != nullptr && state().stream->readOnly();
 }
 
 bool ZALTagAIFF::save(ZALError* error) {

@@ -7,11 +7,13 @@
 #include "id3/TagLibBytes.h"
 #include "id3/TagLibText.h"
 #include "platform/Log.h"
-#include "tag/Artwork.h"
 
 #include <attachedpictureframe.h>
 
+#include <algorithm>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -28,14 +30,15 @@ void logNoPicture() {
 // go.
 class Pictures final : public zal::ArtworkContainer {
   public:
-    // The first tag is the one that is written; both can be null: then there are no pictures, and none can be
-    // added.
-    Pictures(zal::ID3v2Store* store, const TagLib::ID3v2::Tag* read)
-        : store_(store), tag_(store != nullptr ? &store->tag() : nullptr), read_(read) {}
+    // Those of the first tag that has any; the store's is the one that is written.
+    Pictures(zal::ID3v2Store& store, std::vector<const TagLib::ID3v2::Tag*> tags)
+        : store_(store), tags_(std::move(tags)) {}
+
+    bool isEmpty() const override { return frames(read()).empty(); }
 
     std::vector<zal::StoredPicture> pictures(bool logged) const override {
         std::vector<zal::StoredPicture> out;
-        for (const Frame* frame : frames(read_)) {
+        for (const Frame* frame : frames(read())) {
             const auto* picture = dynamic_cast<const AttachedPictureFrame*>(frame);
             if (picture != nullptr) {
                 out.push_back({zal::viewOf(picture->picture()),
@@ -49,19 +52,19 @@ class Pictures final : public zal::ArtworkContainer {
     }
 
     bool canBackUp() const override {
-        const auto all = frames(read_);
+        const auto all = frames(read());
         if (!all.empty() && dynamic_cast<AttachedPictureFrame*>(all.front()) != nullptr) return true;
         logNoPicture();
         return false;
     }
 
     void clear() override {
-        if (store_ != nullptr) store_->tagToEdit(pictureID).removeFrames(pictureID);
+        store_.tagToEdit(pictureID).removeFrames(pictureID);
     }
 
     void replace(std::size_t index, ZALData data, std::optional<std::uint32_t> type) override {
-        if (read_ != tag_) return copyThenReplace(index, std::move(data), type);
-        for (Frame* frame : frames(&store_->tagToEdit(pictureID))) {
+        if (&read() != &store_.tag()) return copyThenReplace(index, std::move(data), type);
+        for (Frame* frame : frames(store_.tagToEdit(pictureID))) {
             auto* picture = dynamic_cast<AttachedPictureFrame*>(frame);
             if (picture == nullptr || index-- != 0) continue;
             picture->setPicture(zal::TagLibBytes(data));
@@ -71,9 +74,8 @@ class Pictures final : public zal::ArtworkContainer {
     }
 
     void setPictures(std::vector<zal::NewPicture> pictures) override {
-        if (store_ == nullptr) return;
-        TagLib::ID3v2::Tag& tag = store_->tagToEdit(pictureID);
-        for (Frame* frame : frames(&tag)) {
+        TagLib::ID3v2::Tag& tag = store_.tagToEdit(pictureID);
+        for (Frame* frame : frames(tag)) {
             if (dynamic_cast<AttachedPictureFrame*>(frame) != nullptr) tag.removeFrame(frame);
         }
         for (const zal::NewPicture& picture : pictures) {
@@ -97,60 +99,22 @@ class Pictures final : public zal::ArtworkContainer {
         setPictures(std::move(all));
     }
 
-    static std::vector<Frame*> frames(const TagLib::ID3v2::Tag* tag) {
-        return tag != nullptr ? zal::framesWithID(*tag, pictureID) : std::vector<Frame*>();
+    const TagLib::ID3v2::Tag& read() const {
+        const auto hasAny = [](const TagLib::ID3v2::Tag* tag) { return !frames(*tag).empty(); };
+        const auto found = std::ranges::find_if(tags_, hasAny);
+        return found != tags_.end() ? **found : store_.tag();
     }
 
-    zal::ID3v2Store* store_;
-    const TagLib::ID3v2::Tag* tag_;
-    const TagLib::ID3v2::Tag* read_;
+    static std::vector<Frame*> frames(const TagLib::ID3v2::Tag& tag) {
+        return zal::framesWithID(tag, pictureID);
+    }
+
+    zal::ID3v2Store& store_;
+    std::vector<const TagLib::ID3v2::Tag*> tags_;
 };
 
 }  // namespace
 
-zal::Artwork ZALTagID3::artwork() const {
-    return {std::make_unique<Pictures>(state().v2, state().v2TagWith(pictureID)), zal::id3Artwork};
-}
-
-bool ZALTagID3::hasImages() const {
-    const auto* tag = state().v2TagWith(pictureID);
-    return tag != nullptr && zal::firstFrame(*tag, pictureID) != nullptr;
-}
-bool ZALTagID3::hasOriginalImage() const {
-    return originalImage() != nullptr;
-}
-bool ZALTagID3::hasCustomizedImage() const {
-    return customizedImage() != nullptr;
-}
-ZALImagePtr ZALTagID3::originalImage() const {
-    return artwork().originalImage();
-}
-ZALImagePtr ZALTagID3::customizedImage() const {
-    return artwork().customizedImage();
-}
-
-ZALArray<ZALTagImageDictionary> ZALTagID3::allImages() const {
-    return artwork().allImages();
-}
-void ZALTagID3::setAllImages(const ZALArray<ZALTagImageDictionary>& images) {
-    artwork().setAllImages(images);
-}
-ZALArray<ZALData> ZALTagID3::allImageData() const {
-    return artwork().allImageData();
-}
-ZALArray<ZALTagStoredImage> ZALTagID3::allStoredImages() const {
-    return artwork().allStoredImages();
-}
-
-bool ZALTagID3::replaceOriginalImage(const ZALImagePtr& image) {
-    return state().v2 != nullptr && artwork().replaceOriginalImage(image);
-}
-bool ZALTagID3::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
-    return state().v2 != nullptr && artwork().replacePrimaryImage(image, markAsCustom);
-}
-void ZALTagID3::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
-    artwork().backupOriginalImageAndSetCustomImage(image);
-}
-void ZALTagID3::restoreOriginalImage() {
-    artwork().restoreOriginalImage();
+void ZALTagID3::State::addPictures(zal::TagContents& contents, const zal::ArtworkRules& rules) {
+    contents.setArtwork(std::make_unique<Pictures>(*v2, v2Tags), rules);
 }

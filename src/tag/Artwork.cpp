@@ -52,17 +52,27 @@ ZALImagePtr Artwork::imageAt(std::optional<std::size_t> index,
     return index ? ZALImage::imageWithData(pictures[*index].data) : nullptr;
 }
 
+bool Artwork::hasImages() const {
+    if (rules_.areHidden) return false;
+    container_->prepareListing();
+    return !container_->isEmpty();
+}
+
 ZALImagePtr Artwork::originalImage() const {
+    if (rules_.areHidden) return nullptr;
     const auto pictures = container_->pictures(false);
     return imageAt(originalPicture(rules_, marksOf(pictures)), pictures);
 }
 
 ZALImagePtr Artwork::customizedImage() const {
+    if (rules_.areHidden) return nullptr;
     const auto pictures = container_->pictures(false);
     return imageAt(customizedPicture(marksOf(pictures)), pictures);
 }
 
 ZALArray<ZALTagImageDictionary> Artwork::allImages() const {
+    if (rules_.areHidden) return {};
+    container_->prepareListing();
     std::vector<ZALTagImageDictionary> images;
     std::uint64_t pixels = 0;
     for (const StoredPicture& picture : container_->pictures(false)) {
@@ -80,6 +90,7 @@ ZALArray<ZALTagImageDictionary> Artwork::allImages() const {
 }
 
 ZALArray<ZALData> Artwork::allImageData() const {
+    container_->prepareListing();
     std::vector<ZALData> data;
     for (const StoredPicture& picture : container_->pictures(true)) {
         data.push_back(copyOf(picture.data));
@@ -88,6 +99,7 @@ ZALArray<ZALData> Artwork::allImageData() const {
 }
 
 ZALArray<ZALTagStoredImage> Artwork::allStoredImages() const {
+    if (rules_.areHidden) return {};
     std::vector<ZALTagStoredImage> images;
     for (const StoredPicture& picture : container_->pictures(false)) {
         images.push_back({copyOf(picture.data), picture.type});
@@ -96,6 +108,7 @@ ZALArray<ZALTagStoredImage> Artwork::allStoredImages() const {
 }
 
 void Artwork::setAllImages(const ZALArray<ZALTagImageDictionary>& images) {
+    if (rules_.areHidden) return;
     container_->clear();
     std::vector<NewPicture> added;
     for (const ZALTagImageDictionary& dictionary : images) {
@@ -111,6 +124,7 @@ void Artwork::setAllImages(const ZALArray<ZALTagImageDictionary>& images) {
 }
 
 bool Artwork::replaceOriginalImage(const ZALImagePtr& image) {
+    if (rules_.areHidden) return false;
     if (rules_.replacesCustomized) return replacePrimaryImage(image, customizedImage() != nullptr);
     // The mark alone protects the host's picture, also one that no longer decodes.
     const bool isCustomized = customizedPicture(marksOf(container_->pictures(false))).has_value();
@@ -135,7 +149,7 @@ bool Artwork::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
 }
 
 void Artwork::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
-    if (image == nullptr) return;
+    if (image == nullptr || rules_.areHidden) return;
     const auto customized = customizedPicture(marksOf(container_->pictures(false)));
     ZALNullableData custom = render(*image, true);
     if (!custom) return;
@@ -147,6 +161,7 @@ void Artwork::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
 }
 
 void Artwork::restoreOriginalImage() {
+    if (rules_.areHidden) return;
     const auto pictures = container_->pictures(true);
     const auto marks = marksOf(pictures);
     const bool isMarked =

@@ -36,6 +36,9 @@ class ArtworkContainer {
     /// The pictures in the order of the file. An entry that is no picture is left out and, when asked,
     /// logged.
     virtual std::vector<StoredPicture> pictures(bool logged) const = 0;
+    virtual bool isEmpty() const { return pictures(false).empty(); }
+    /// Called before pictures are listed.
+    virtual void prepareListing() {}
     /// False, and one log line, when the first entry is no picture, so that it cannot be backed up.
     virtual bool canBackUp() const = 0;
     /// Takes away every entry.
@@ -54,6 +57,7 @@ class Artwork {
     Artwork(std::unique_ptr<ArtworkContainer> container, const ArtworkRules& rules)
         : container_(std::move(container)), rules_(rules) {}
 
+    bool hasImages() const;
     ZALImagePtr originalImage() const;
     ZALImagePtr customizedImage() const;
     ZALArray<ZALTagImageDictionary> allImages() const;

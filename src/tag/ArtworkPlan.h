@@ -28,6 +28,9 @@ struct ArtworkRules {
     /// The type of a picture that is replaced, new or restored. Null: a replaced one keeps its own, the
     /// others get the standard one.
     std::optional<std::uint32_t> primaryType{};
+    /// The container's pictures are not the file's: nothing but allImageData() and replacePrimaryImage() sees
+    /// them.
+    bool areHidden = false;
 };
 
 /// The picture type that TagLib gives a new picture.
@@ -35,6 +38,7 @@ inline constexpr std::uint32_t standardArtworkType = 0;
 inline constexpr std::uint32_t frontCoverType = 3;
 
 inline constexpr ArtworkRules id3Artwork{.setAllImagesName = "-[ZALTagID3 setAllImages:]"};
+inline constexpr ArtworkRules wavArtwork{.areHidden = true};
 inline constexpr ArtworkRules mp4Artwork{
     .setAllImagesName = "-[ZALTagMP4 setAllImages:]", .replacesCustomized = true, .keepsEveryOriginal = true};
 inline constexpr ArtworkRules flacArtwork{.setAllImagesName = "-[ZALTagFLAC setAllImages:]",

@@ -2,6 +2,7 @@
 
 #include "base/Failure.h"
 #include "platform/Log.h"
+#include "tag/TagContents.h"
 #include "tag/ZALTagBackEnds.h"
 
 #include <zaltag/base/ZALProgrammingError.h>
@@ -15,6 +16,9 @@
 
 const std::string ZALTagImageDictionaryImageKey = "ZALTagImageDictionaryImageKey";
 const std::string ZALTagImageDictionaryImageTypeKey = "ZALTagImageDictionaryImageTypeKey";
+
+using zal::NumberField;
+using zal::TextField;
 
 namespace {
 
@@ -77,6 +81,15 @@ ZALArray<std::string> firstKeys(std::size_t count) {
 
 ZALTag::ZALTag() = default;
 ZALTag::~ZALTag() = default;
+
+void ZALTag::setContents(std::unique_ptr<zal::TagContents> contents) {
+    contents_ = std::move(contents);
+}
+
+zal::TagContents& ZALTag::contentsFor(const char* operation) const {
+    if (contents_ == nullptr) abstract(operation);
+    return *contents_;
+}
 
 const ZALArray<std::string>& ZALTag::supportedFileTypes() {
     static const ZALArray<std::string> types = [] {
@@ -163,11 +176,6 @@ bool ZALTag::failSave(ZALError* error, const zal::Failure& failure) {
     return false;
 }
 
-ZALImagePtr ZALTag::primaryImage() const {
-    const ZALImagePtr customized = customizedImage();
-    return customized != nullptr ? customized : originalImage();
-}
-
 void ZALTag::copyValuesFromTag(const ZALTag& other) {
     ZALJSONValue::Object values;
     for (const std::string& key : standardPropertyKeys()) {
@@ -195,77 +203,89 @@ std::string ZALTag::description() const {
     return out + "}";
 }
 
-// What only back-ends can do.
+// Fields
 
 ZALNullableString ZALTag::artist() const {
-    abstract("artist");
+    return contentsFor("artist").text(TextField::artist);
 }
-void ZALTag::setArtist(const ZALNullableString&) {
-    abstract("setArtist:");
+void ZALTag::setArtist(const ZALNullableString& artist) {
+    contentsFor("setArtist:").setText(TextField::artist, artist);
 }
 ZALNullableString ZALTag::album() const {
-    abstract("album");
+    return contentsFor("album").text(TextField::album);
 }
-void ZALTag::setAlbum(const ZALNullableString&) {
-    abstract("setAlbum:");
-}
-std::int64_t ZALTag::year() const {
-    abstract("year");
-}
-void ZALTag::setYear(std::int64_t) {
-    abstract("setYear:");
+void ZALTag::setAlbum(const ZALNullableString& album) {
+    contentsFor("setAlbum:").setText(TextField::album, album);
 }
 ZALNullableString ZALTag::title() const {
-    abstract("title");
+    return contentsFor("title").text(TextField::title);
 }
-void ZALTag::setTitle(const ZALNullableString&) {
-    abstract("setTitle:");
+void ZALTag::setTitle(const ZALNullableString& title) {
+    contentsFor("setTitle:").setText(TextField::title, title);
 }
 ZALNullableString ZALTag::genre() const {
-    abstract("genre");
+    return contentsFor("genre").text(TextField::genre);
 }
-void ZALTag::setGenre(const ZALNullableString&) {
-    abstract("setGenre:");
-}
-std::int64_t ZALTag::tempo() const {
-    abstract("tempo");
-}
-void ZALTag::setTempo(std::int64_t) {
-    abstract("setTempo:");
+void ZALTag::setGenre(const ZALNullableString& genre) {
+    contentsFor("setGenre:").setText(TextField::genre, genre);
 }
 ZALNullableString ZALTag::initialKey() const {
-    abstract("initialKey");
+    return contentsFor("initialKey").text(TextField::initialKey);
 }
-void ZALTag::setInitialKey(const ZALNullableString&) {
-    abstract("setInitialKey:");
-}
-std::int64_t ZALTag::energyLevel() const {
-    abstract("energyLevel");
-}
-void ZALTag::setEnergyLevel(std::int64_t) {
-    abstract("setEnergyLevel:");
+void ZALTag::setInitialKey(const ZALNullableString& key) {
+    contentsFor("setInitialKey:").setText(TextField::initialKey, key);
 }
 ZALNullableString ZALTag::modifiedBy() const {
-    abstract("modifiedBy");
+    return contentsFor("modifiedBy").text(TextField::modifiedBy);
 }
-void ZALTag::setModifiedBy(const ZALNullableString&) {
-    abstract("setModifiedBy:");
+void ZALTag::setModifiedBy(const ZALNullableString& name) {
+    contentsFor("setModifiedBy:").setText(TextField::modifiedBy, name);
 }
 ZALNullableString ZALTag::grouping() const {
-    abstract("grouping");
+    return contentsFor("grouping").text(TextField::grouping);
 }
-void ZALTag::setGrouping(const ZALNullableString&) {
-    abstract("setGrouping:");
+void ZALTag::setGrouping(const ZALNullableString& grouping) {
+    contentsFor("setGrouping:").setText(TextField::grouping, grouping);
 }
 ZALNullableString ZALTag::comment() const {
-    abstract("comment");
+    return contentsFor("comment").text(TextField::comment);
 }
-void ZALTag::setComment(const ZALNullableString&) {
-    abstract("setComment:");
+void ZALTag::setComment(const ZALNullableString& comment) {
+    contentsFor("setComment:").setText(TextField::comment, comment);
 }
+
+std::int64_t ZALTag::year() const {
+    return contentsFor("year").number(NumberField::year);
+}
+void ZALTag::setYear(std::int64_t year) {
+    contentsFor("setYear:").setNumber(NumberField::year, year);
+}
+std::int64_t ZALTag::tempo() const {
+    return contentsFor("tempo").number(NumberField::tempo);
+}
+void ZALTag::setTempo(std::int64_t tempo) {
+    contentsFor("setTempo:").setNumber(NumberField::tempo, tempo);
+}
+std::int64_t ZALTag::energyLevel() const {
+    return contentsFor("energyLevel").number(NumberField::energyLevel);
+}
+void ZALTag::setEnergyLevel(std::int64_t level) {
+    contentsFor("setEnergyLevel:").setNumber(NumberField::energyLevel, level);
+}
+
 ZALArray<ZALTagComment> ZALTag::allComments() const {
-    abstract("allComments");
+    contentsFor("allComments");
+    const ZALNullableString text = comment();
+    if (!text) return {};
+    ZALTagComment only;
+    only.setComment(text);
+    only.setOriginalComment(text);
+    only.setIsPrimary(true);
+    return {only};
 }
+
+// What only back-ends can do
+
 void ZALTag::setCommentWithComment(const ZALTagComment&) {
     abstract("setCommentWithComment:");
 }
@@ -277,54 +297,6 @@ void ZALTag::deleteID3v1Comment() {
 }
 bool ZALTag::supportsImages() const {
     abstract("supportsImages");
-}
-bool ZALTag::hasImages() const {
-    abstract("hasImages");
-}
-bool ZALTag::hasOriginalImage() const {
-    abstract("hasOriginalImage");
-}
-bool ZALTag::hasCustomizedImage() const {
-    abstract("hasCustomizedImage");
-}
-ZALImagePtr ZALTag::originalImage() const {
-    abstract("originalImage");
-}
-ZALImagePtr ZALTag::customizedImage() const {
-    abstract("customizedImage");
-}
-ZALArray<ZALTagImageDictionary> ZALTag::allImages() const {
-    abstract("allImages");
-}
-void ZALTag::setAllImages(const ZALArray<ZALTagImageDictionary>&) {
-    abstract("setAllImages:");
-}
-ZALArray<ZALData> ZALTag::allImageData() const {
-    abstract("allImageData");
-}
-ZALArray<ZALTagStoredImage> ZALTag::allStoredImages() const {
-    abstract("allStoredImages");
-}
-bool ZALTag::replacePrimaryImage(const ZALImagePtr&, bool) {
-    abstract("replacePrimaryImage:markAsCustom:");
-}
-bool ZALTag::replaceOriginalImage(const ZALImagePtr&) {
-    abstract("replaceOriginalImage:");
-}
-void ZALTag::backupOriginalImageAndSetCustomImage(const ZALImagePtr&) {
-    abstract("backupOriginalImageAndSetCustomImage:");
-}
-void ZALTag::restoreOriginalImage() {
-    abstract("restoreOriginalImage");
-}
-void ZALTag::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>&) {
-    abstract("setSeratoCuePoints:");
-}
-bool ZALTag::hasSeratoMetadata() const {
-    abstract("hasSeratoMetadata");
-}
-bool ZALTag::hasTraktorMetadata() const {
-    abstract("hasTraktorMetadata");
 }
 bool ZALTag::hasID3v1Tag() const {
     abstract("hasID3v1Tag");

@@ -1,12 +1,13 @@
 #include "tools/Sections.h"
 
-#include "base/Numbers.h"
-#include "containers/FLACState.h"
-#include "containers/MP4State.h"
-#include "containers/TextCarrier.h"
 #include "id3/TagLibBytes.h"
-#include "platform/Log.h"
+#include "id3/TagLibText.h"
+#include "stores/MP4Fields.h"
+#include "stores/XiphFields.h"
+#include "tag/TagContents.h"
 #include "tools/PayloadTexts.h"
+
+#include <zaltag/records/ZALTagRecordData.h>
 
 #include <flacpicture.h>
 #include <infotag.h>
@@ -14,30 +15,30 @@
 #include <mp4tag.h>
 #include <xiphcomment.h>
 
-#include <functional>
-
 namespace zal {
 
 namespace {
 
-// MP4 items and Xiph fields are both texts under a name: the text of one, or null.
-using CarrierText = std::function<ZALNullableString(const char* name)>;
+// Payloads of which the stores hold none have no line.
 
-// Payloads of which the container holds none have no line.
+ZALNullableData payloadIn(const TagContents& stores, const Carrier& carrier) {
+    return stores.firstPayload(carrier, [](const ZALData& payload, const TagStore&) {
+        return ZALNullableData(payload);
+    });
+}
 
-void describeSerato(Report& report, const char* Carrier::*name, const CarrierText& textOf) {
+void describeSerato(Report& report, const TagContents& stores) {
     for (const SeratoText& serato : seratoTexts()) {
-        if (serato.carrier.*name == nullptr) continue;
-        const ZALNullableString text = textOf(serato.carrier.*name);
-        if (text) report.value("Serato", serato.text(payloadOf(text), SeratoForm::encoded));
+        const ZALNullableData payload = payloadIn(stores, serato.carrier);
+        if (payload) report.value("Serato", serato.text(payload, SeratoForm::encoded));
     }
 }
 
-void describeRecords(Report& report, const char* Carrier::*name, const CarrierText& textOf) {
+void describeRecords(Report& report, const TagContents& stores) {
     report.title("CUSTOM");
     for (const RecordText& record : recordTexts()) {
-        const ZALNullableString text = textOf(record.carrier.*name);
-        if (text) report.value(record.label, record.text(recordDictionaryOf(text), ": "));
+        const ZALNullableData payload = payloadIn(stores, record.carrier);
+        if (payload) report.value(record.label, record.text(JSONDict(*payload), ": "));
     }
 }
 
@@ -84,18 +85,18 @@ void describeCovers(Report& report, const TagLib::MP4::Tag& tag) {
     }
 }
 
-void describeExtras(Report& report, const TagLib::MP4::Tag& tag, const CarrierText& textOf) {
+void describeExtras(Report& report, const TagLib::MP4::Tag& tag, const TagContents& stores) {
     report.title("EXTRA");
-    if (const auto key = textOf("----:com.apple.iTunes:initialkey")) report.value("key", *key);
+    if (const auto key = stores.text(TextField::initialKey)) report.value("key", *key);
     if (tag.contains("tmpo")) report.value("tempo", tag.item("tmpo").toInt());
-    const auto energy = textOf("----:com.apple.iTunes:energylevel");
-    if (energy) report.value("energy", integerValue(*energy));
+    const std::int64_t energy = stores.number(NumberField::energyLevel);
+    if (energy != 0) report.value("energy", energy);
     if (tag.contains("trkn")) {
         const auto [number, total] = tag.item("trkn").toIntPair();
         report.value("track", fmt::format("{} of {}", number, total));
     }
     describeCovers(report, tag);
-    describeSerato(report, &Carrier::item, textOf);
+    describeSerato(report, stores);
 }
 
 // FLAC
@@ -127,11 +128,12 @@ void describeWAV(Report& report, FormFile& file) {
 
 void describeMP4(Report& report, MP4File& file) {
     const TagLib::MP4::Tag& tag = file.tag();
-    const CarrierText textOf = [&tag](const char* name) { return itemText(tag, name); };
+    TagContents stores;
+    stores.add(std::make_unique<MP4Fields>(file.tag()));
     report.title("MP4 Tag");
     describeStandardFields(report, {&tag});
-    describeExtras(report, tag, textOf);
-    describeRecords(report, &Carrier::item, textOf);
+    describeExtras(report, tag, stores);
+    describeRecords(report, stores);
     report.title("ATOMS");
     for (const auto& [name, item] : tag.itemMap()) {
         report.text("atom", name);
@@ -140,7 +142,10 @@ void describeMP4(Report& report, MP4File& file) {
 
 void describeFLAC(Report& report, FLACFile& file) {
     const TagLib::ID3v1::Tag* v1 = file.v1() != nullptr ? &file.v1()->tag() : nullptr;
-    const CarrierText textOf = [&file](const char* name) { return fieldText(file, name); };
+    TagContents stores;
+    for (const XiphStore& store : file.comments()) {
+        stores.add(std::make_unique<XiphFields>(store.comment()), Access::readOnly);
+    }
     std::vector<const TagLib::Tag*> tags;
     if (file.hasComment()) {
         describeFields(report, file.comment());
@@ -152,8 +157,8 @@ void describeFLAC(Report& report, FLACFile& file) {
     if (v1 != nullptr) tags.push_back(v1);
     report.title("SUMMARY");
     describeStandardFields(report, tags);
-    describeSerato(report, &Carrier::field, textOf);
-    describeRecords(report, &Carrier::field, textOf);
+    describeSerato(report, stores);
+    describeRecords(report, stores);
     if (file.hasV2()) {
         report.title("ID3v2 Tag");
         describeFrames(report, file.v2().tag());

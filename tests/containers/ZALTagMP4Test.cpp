@@ -7,7 +7,7 @@
 #include <zaltag/tag/ZALTagComment.h>
 
 #include "base/Endian.h"
-#include "containers/TextCarrier.h"
+#include "stores/TextPayloads.h"
 #include "id3/TagLibText.h"
 #include "support/AudioFixtures.h"
 #include "support/ContainerFixtures.h"

@@ -38,7 +38,6 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     ZALJSONValue valueForKey(const std::string& key) const override;
     void setValue(const ZALJSONValue& value, const std::string& key) override;
 
-    bool readOnly() const override;
     /// Writes the tags, and then, unless it is null, the processing record by a second rewrite of the file.
     /// The result is that of the tags: a record that could not be written is one log line, and the next save
     /// tries again. It is written also when the tags could not be, as with an object opened read-only, but
@@ -49,20 +48,6 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     ///
     /// v2Tag() is another object after a save that wrote the record; its frames are the same.
     bool save(ZALError* error = nullptr) override;
-    bool hasID3v1Tag() const override { return false; }
-
-    ZALNullableString artist() const override;
-    void setArtist(const ZALNullableString& artist) override;
-    ZALNullableString album() const override;
-    void setAlbum(const ZALNullableString& album) override;
-    std::int64_t year() const override;
-    void setYear(std::int64_t year) override;
-    ZALNullableString title() const override;
-    void setTitle(const ZALNullableString& title) override;
-    ZALNullableString genre() const override;
-    void setGenre(const ZALNullableString& genre) override;
-    ZALNullableString comment() const override;
-    void setComment(const ZALNullableString& comment) override;
 
     // The INFO list alone. Text that is not UTF-8 reads as Latin-1 and becomes UTF-8 with the next save. Null
     // and the empty text remove a field, the year 0 too.
@@ -98,21 +83,9 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     static std::optional<ZALError> writePNTag(const std::optional<ZALTagVelvetCascade>& record,
                                               const std::string& path);
 
-    // The library keeps no pictures in WAV files. The inherited allImageData() and replacePrimaryImage() work
-    // on those of the ID3v2 tag nevertheless.
-
+    /// False: the library keeps no pictures in WAV files. allImageData() and replacePrimaryImage() work on those
+    /// of the ID3v2 tag nevertheless; the other operations see none and change nothing.
     bool supportsImages() const override { return false; }
-    bool hasImages() const override { return false; }
-    bool hasOriginalImage() const override { return false; }
-    bool hasCustomizedImage() const override { return false; }
-    ZALImagePtr originalImage() const override { return nullptr; }
-    ZALImagePtr customizedImage() const override { return nullptr; }
-    ZALArray<ZALTagImageDictionary> allImages() const override { return {}; }
-    ZALArray<ZALTagStoredImage> allStoredImages() const override { return {}; }
-    void setAllImages(const ZALArray<ZALTagImageDictionary>& images) override;
-    bool replaceOriginalImage(const ZALImagePtr& image) override;
-    void backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) override;
-    void restoreOriginalImage() override;
 
     const char* className() const override { return "ZALTagWAV"; }
 
@@ -120,11 +93,13 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     ZALTagWAV();
 
     bool openWAV(const std::string& path, bool readOnly, zal::Failure& failure);
+    void addInfo(zal::TagContents& contents);
     zal::Failure saveRecord();
     bool isInFile(const ZALTagVelvetCascade& record) const;
     void reopen();
 
     std::unique_ptr<zal::FormFile> wavfile_;  // over the inherited stream, so it goes first
+    std::unique_ptr<zal::TagContents> info_;  // the INFO list alone
     std::optional<ZALTagVelvetCascade> pnTag_;
     std::optional<ZALTagVelvetCascade> recordInFile_;
     bool openedReadOnly_ = false;

@@ -28,11 +28,9 @@ class ZALTAG_EXPORT ZALTagAIFF final : public ZALTagID3 {
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
-    bool readOnly() const override;
     /// As every tag's, and refused, with one log line, for a file whose chunks are damaged: one runs past the
     /// end, or they stop before the end of the form. Such a file can be read.
     bool save(ZALError* error = nullptr) override;
-    bool hasID3v1Tag() const override { return false; }
 
     const char* className() const override { return "ZALTagAIFF"; }
 

@@ -2,6 +2,7 @@
 
 #include <zaltag/base/ZALArray.h>
 #include <zaltag/base/ZALCompletion.h>
+#include <zaltag/base/ZALData.h>
 #include <zaltag/base/ZALError.h>
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/base/ZALJSONValue.h>
@@ -12,6 +13,8 @@
 #include <zaltag/records/ZALTagEnergy.h>
 #include <zaltag/records/ZALTagKey.h>
 #include <zaltag/records/ZALTagVelvetCascade.h>
+#include <zaltag/serato/ZALTagSeratoGrid.h>
+#include <zaltag/serato/ZALTagSeratoMarker.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>
 
 #include <cstdint>
@@ -20,10 +23,10 @@
 #include <string>
 
 class ZALTagComment;
-
 namespace zal {
 class Failure;
-}
+class TagContents;
+}  // namespace zal
 
 /// A tag object: one audio file, named by its path, and the metadata in it.
 ///
@@ -96,35 +99,35 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
 
     // Standard fields
 
-    virtual ZALNullableString artist() const;
-    virtual void setArtist(const ZALNullableString& artist);
-    virtual ZALNullableString album() const;
-    virtual void setAlbum(const ZALNullableString& album);
+    ZALNullableString artist() const;
+    void setArtist(const ZALNullableString& artist);
+    ZALNullableString album() const;
+    void setAlbum(const ZALNullableString& album);
     /// 0 when there is none. Values below 0 are written as 0.
-    virtual std::int64_t year() const;
-    virtual void setYear(std::int64_t year);
-    virtual ZALNullableString title() const;
-    virtual void setTitle(const ZALNullableString& title);
-    virtual ZALNullableString genre() const;
-    virtual void setGenre(const ZALNullableString& genre);
+    std::int64_t year() const;
+    void setYear(std::int64_t year);
+    ZALNullableString title() const;
+    void setTitle(const ZALNullableString& title);
+    ZALNullableString genre() const;
+    void setGenre(const ZALNullableString& genre);
     /// Beats per minute; 0 when there is none.
-    virtual std::int64_t tempo() const;
-    virtual void setTempo(std::int64_t tempo);
-    virtual ZALNullableString initialKey() const;
-    virtual void setInitialKey(const ZALNullableString& key);
+    std::int64_t tempo() const;
+    void setTempo(std::int64_t tempo);
+    ZALNullableString initialKey() const;
+    void setInitialKey(const ZALNullableString& key);
     /// 0 when there is none; 0 and below remove it.
-    virtual std::int64_t energyLevel() const;
-    virtual void setEnergyLevel(std::int64_t level);
-    virtual ZALNullableString modifiedBy() const;
-    virtual void setModifiedBy(const ZALNullableString& name);
-    virtual ZALNullableString grouping() const;
-    virtual void setGrouping(const ZALNullableString& grouping);
+    std::int64_t energyLevel() const;
+    void setEnergyLevel(std::int64_t level);
+    ZALNullableString modifiedBy() const;
+    void setModifiedBy(const ZALNullableString& name);
+    ZALNullableString grouping() const;
+    void setGrouping(const ZALNullableString& grouping);
 
     // Comments
 
     /// The primary comment.
     virtual ZALNullableString comment() const;
-    virtual void setComment(const ZALNullableString& comment);
+    void setComment(const ZALNullableString& comment);
     /// All comments of the file.
     virtual ZALArray<ZALTagComment> allComments() const;
     /// Implemented by no back-end: calling it throws.
@@ -137,20 +140,16 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     // The library's own records. A getter decodes a new value from the file's tags on each call; null where
     // there is none or it cannot be read (one log line). Setting null removes the record.
 
-    virtual std::optional<ZALTagKey> zalKey() const { return zalKey_; }
-    virtual void setZalKey(const std::optional<ZALTagKey>& key) { zalKey_ = key; }
-    virtual std::optional<ZALTagEnergy> zalEnergy() const { return zalEnergy_; }
-    virtual void setZalEnergy(const std::optional<ZALTagEnergy>& energy) { zalEnergy_ = energy; }
-    virtual std::optional<ZALTagBeatGrid> zalBeatGrid() const { return zalBeatGrid_; }
-    virtual void setZalBeatGrid(const std::optional<ZALTagBeatGrid>& beatGrid) { zalBeatGrid_ = beatGrid; }
-    virtual std::optional<ZALTagCuePoints> zalCuePoints() const { return zalCuePoints_; }
-    virtual void setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
-        zalCuePoints_ = cuePoints;
-    }
-    virtual std::optional<ZALTagVelvetCascade> zalVelvetCascade() const { return zalVelvetCascade_; }
-    virtual void setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
-        zalVelvetCascade_ = record;
-    }
+    std::optional<ZALTagKey> zalKey() const;
+    void setZalKey(const std::optional<ZALTagKey>& key);
+    std::optional<ZALTagEnergy> zalEnergy() const;
+    void setZalEnergy(const std::optional<ZALTagEnergy>& energy);
+    std::optional<ZALTagBeatGrid> zalBeatGrid() const;
+    void setZalBeatGrid(const std::optional<ZALTagBeatGrid>& beatGrid);
+    std::optional<ZALTagCuePoints> zalCuePoints() const;
+    void setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints);
+    virtual std::optional<ZALTagVelvetCascade> zalVelvetCascade() const;
+    virtual void setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record);
 
     // Pictures
 
@@ -162,43 +161,43 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// Whether the format carries pictures.
     virtual bool supportsImages() const;
     /// Whether the file has a picture, readable or not.
-    virtual bool hasImages() const;
+    bool hasImages() const;
     /// Whether originalImage() is not null.
-    virtual bool hasOriginalImage() const;
+    bool hasOriginalImage() const;
     /// Whether customizedImage() is not null.
-    virtual bool hasCustomizedImage() const;
+    bool hasCustomizedImage() const;
     /// The first picture marked as original; when none is, the first picture (the last one of a FLAC file)
     /// unless it is marked as customised. Null for none and for one that does not decode.
-    virtual ZALImagePtr originalImage() const;
+    ZALImagePtr originalImage() const;
     /// The first picture marked as customised. Null for none and for one that does not decode.
-    virtual ZALImagePtr customizedImage() const;
+    ZALImagePtr customizedImage() const;
     /// The customised picture, or else the original one.
     ZALImagePtr primaryImage() const;
     /// Every picture that decodes, in the order of the file, with its type. A listing decodes at most 256
     /// mega pixels (a gigabyte); it ends before the picture that goes beyond, with a log line.
-    virtual ZALArray<ZALTagImageDictionary> allImages() const;
+    ZALArray<ZALTagImageDictionary> allImages() const;
     /// Replaces all pictures by these, as PNG. Their types are not written: every one gets the standard type
     /// (0). One that cannot be rendered is skipped with a log line.
-    virtual void setAllImages(const ZALArray<ZALTagImageDictionary>& images);
+    void setAllImages(const ZALArray<ZALTagImageDictionary>& images);
     /// The bytes of every picture, in the order of the file. An entry that is no picture is logged and left
     /// out.
-    virtual ZALArray<ZALData> allImageData() const;
+    ZALArray<ZALData> allImageData() const;
     /// The same with the picture types; nothing is logged.
-    virtual ZALArray<ZALTagStoredImage> allStoredImages() const;
+    ZALArray<ZALTagStoredImage> allStoredImages() const;
     /// Replaces the first picture, or adds one; null removes all. On a file with a customised picture, false
     /// without a change in the ID3 family; in MP4 and FLAC the picture takes its place and is marked. False
     /// also when it cannot be rendered (one log line).
-    virtual bool replaceOriginalImage(const ZALImagePtr& image);
+    bool replaceOriginalImage(const ZALImagePtr& image);
     /// Replaces the bytes of the first picture, or adds one, and marks them as customised when asked; null
     /// removes all pictures. False when the picture cannot be rendered (one log line); nothing is changed
     /// then.
-    virtual bool replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom);
+    bool replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom);
     /// Marks the first picture as the original and puts this one, marked as customised, in its place. When
     /// there is a customised picture already, only that is replaced. Does nothing for null, and when the
     /// picture cannot be rendered or the first entry is no picture (one log line).
-    virtual void backupOriginalImageAndSetCustomImage(const ZALImagePtr& image);
+    void backupOriginalImageAndSetCustomImage(const ZALImagePtr& image);
     /// Drops the customised pictures and puts the original one back; it keeps its mark.
-    virtual void restoreOriginalImage();
+    void restoreOriginalImage();
     /// Older names of replaceOriginalImage() and allImages().
     bool replaceImage(const ZALImagePtr& image) { return replaceOriginalImage(image); }
     ZALArray<ZALTagImageDictionary> images() const { return allImages(); }
@@ -206,11 +205,24 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     // Other programs
 
     /// The cue points that Serato keeps in the file, in its order; empty when there are none.
-    virtual ZALArray<ZALTagCuePoint> seratoCuePoints() const { return seratoCuePoints_; }
+    ZALArray<ZALTagCuePoint> seratoCuePoints() const;
     /// Writes them, in the order given, each moved to the nearest beat of Serato's grid where the file has
     /// one. An empty array removes Serato's cue points.
-    virtual void setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
-    virtual bool hasSeratoMetadata() const;
+    void setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// The same without moving cue points to the grid.
+    void setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// The two records of which that writes both: the legacy one, which is never read for cue points and which
+    /// FLAC files have not, and Markers2.
+    void setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints);
+    void setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// Serato's Markers2 record; null when there is none or it cannot be read (one log line).
+    std::optional<ZALTagSeratoMarker> seratoMarker() const;
+    /// Serato's beat grid; null when there is none or it cannot be read (one log line).
+    std::optional<ZALTagSeratoGrid> seratoGrid() const;
+    /// Serato's legacy record, read and written again; null when that is not possible: with a log line when it
+    /// cannot be read, without one when it holds colours that do not fit.
+    ZALNullableData oldSeratoMarkerData() const;
+    bool hasSeratoMetadata() const;
     virtual bool hasTraktorMetadata() const;
 
     // The collections of other programs. These work on the shared databases and queues (see
@@ -280,19 +292,25 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// The same for the operation with one argument, which has its own message.
     static std::shared_ptr<ZALTag> initReceiver(const char* receiverClass, const ZALNullableString& path);
 
+    /// What a back-end shows of the file it opened; an object without any has only abstract operations.
+    void setContents(std::unique_ptr<zal::TagContents> contents);
+
     /// Logs a failed save, fills its error, when one is asked for, and returns false.
     bool failSave(ZALError* error, const zal::Failure& failure);
 
   private:
+    zal::TagContents& contentsFor(const char* operation) const;
+
+    std::unique_ptr<zal::TagContents> contents_;
     ZALNullableString path_;
     bool shouldStripID3v1Tag_ = false;
     bool requiresSaving_ = false;
+    // Of an object without contents.
     std::optional<ZALTagKey> zalKey_;
     std::optional<ZALTagEnergy> zalEnergy_;
     std::optional<ZALTagBeatGrid> zalBeatGrid_;
     std::optional<ZALTagCuePoints> zalCuePoints_;
     std::optional<ZALTagVelvetCascade> zalVelvetCascade_;
-    ZALArray<ZALTagCuePoint> seratoCuePoints_;
     // What was last read from, or sent to, the collections.
     std::optional<ZALArray<ZALTagCuePoint>> traktorCuePoints_;
     std::optional<ZALArray<ZALTagCuePoint>> rekordboxHotCuePoints_;

@@ -1,15 +1,12 @@
 #pragma once
 
-#include <zaltag/base/ZALArray.h>
 #include <zaltag/base/ZALData.h>
-#include <zaltag/base/ZALJSONValue.h>
 #include <zaltag/base/ZALText.h>
-#include <zaltag/tag/ZALTagComment.h>
 
 #include <tstring.h>
 #include <tstringlist.h>
 
-#include <optional>
+#include <string>
 
 // What MP4 items and Xiph fields do alike: both are lists of texts, and payloads travel in them as text.
 
@@ -24,11 +21,5 @@ TagLib::String carrierText(ZALDataView payload);
 
 /// The bytes of a carrier's text, in UTF-8; null for null.
 ZALNullableData payloadOf(const ZALNullableString& text);
-
-/// The dictionary of the record in a carrier's text; null for null and for what is no record (one log line).
-std::optional<ZALJSONValue> recordDictionaryOf(const ZALNullableString& text);
-
-/// The list of all comments of a file that has at most one; empty for null.
-ZALArray<ZALTagComment> onlyComment(const ZALNullableString& text);
 
 }  // namespace zal

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "records/Carriers.h"
+#include "records/SeratoCuePoints.h"
+
+#include <zaltag/base/ZALData.h>
+#include <zaltag/base/ZALText.h>
+#include <zaltag/records/ZALTagCustomProperty.h>
+
+#include <cstdint>
+
+namespace zal {
+
+enum class TextField { title, artist, album, genre, comment, initialKey, modifiedBy, grouping };
+enum class NumberField { year, tempo, energyLevel };
+
+/// One of the tags that a file carries: the fields and payloads of a tag object under the names that they have
+/// there. What a store has no place for reads as null or 0, and setting it does nothing. A save is none of its
+/// business.
+class TagStore {
+  public:
+    virtual ~TagStore() = default;
+
+    /// Null when the store does not hold it.
+    virtual ZALNullableString text(TextField field) const = 0;
+    virtual void setText(TextField field, const ZALNullableString& text) = 0;
+    /// 0 when the store does not hold it.
+    virtual std::int64_t number(NumberField field) const = 0;
+    virtual void setNumber(NumberField field, std::int64_t number) = 0;
+
+    /// Whether the store has a place for a payload.
+    virtual bool carries(const Carrier&) const { return false; }
+    /// The bytes of a payload; null without one.
+    virtual ZALNullableData payload(const Carrier&) const { return std::nullopt; }
+    /// Null takes the payload away.
+    virtual void setPayload(const Carrier&, const ZALNullableData&) {}
+    /// Makes a payload the last one of its kind, where a store has an order.
+    virtual void movePayloadToEnd(const Carrier&) {}
+
+    /// How Serato's payloads stand in the store.
+    virtual SeratoForm seratoForm() const { return SeratoForm::raw; }
+    virtual bool holdsSeratoMetadata() const { return false; }
+    virtual bool holdsTraktorMetadata() const { return false; }
+};
+
+/// Stores a record. Null, and one that has nothing to store, take it away; one that could not be read again is
+/// one log line and leaves what is there.
+void setRecord(TagStore& store, const Carrier& carrier, const ZALTagCustomProperty* record);
+
+}  // namespace zal

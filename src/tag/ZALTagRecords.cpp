@@ -1,0 +1,157 @@
+// The payloads of a tag object: the library's own records, and Serato's.
+
+#include <zaltag/tag/ZALTag.h>
+
+#include "tag/TagContents.h"
+
+#include <zaltag/records/ZALTagRecordData.h>
+
+namespace {
+
+using zal::Carrier;
+using zal::TagContents;
+using zal::TagStore;
+
+// The library's own records: in an object without contents each is a member.
+
+template <typename Record>
+std::optional<Record> recordIn(const TagContents* contents, const Carrier& carrier,
+                               const std::optional<Record>& member) {
+    if (contents == nullptr) return member;
+    return contents->firstPayload(carrier, [](const ZALData& payload, const TagStore&) {
+        return Record::propertyWithJSONDict(JSONDict(payload));
+    });
+}
+
+void setPayload(TagContents& contents, const Carrier& carrier, const ZALNullableData& payload) {
+    contents.forEachWritten([&](TagStore& store) { store.setPayload(carrier, payload); });
+}
+
+template <typename Record>
+void setRecord(TagContents* contents, const Carrier& carrier, std::optional<Record>& member,
+               const std::optional<Record>& record) {
+    if (contents == nullptr) {
+        member = record;
+        return;
+    }
+    contents->forEachWritten([&](TagStore& store) { zal::setRecord(store, carrier, record ? &*record : nullptr); });
+}
+
+std::optional<ZALTagSeratoMarkerOld> oldMarkerOf(const TagStore& store) {
+    return zal::readOldSeratoMarker(store.payload(zal::markersCarrier), store.seratoForm());
+}
+
+}  // namespace
+
+std::optional<ZALTagKey> ZALTag::zalKey() const {
+    return recordIn(contents_.get(), zal::keyCarrier, zalKey_);
+}
+void ZALTag::setZalKey(const std::optional<ZALTagKey>& key) {
+    setRecord(contents_.get(), zal::keyCarrier, zalKey_, key);
+}
+
+std::optional<ZALTagEnergy> ZALTag::zalEnergy() const {
+    return recordIn(contents_.get(), zal::energyCarrier, zalEnergy_);
+}
+void ZALTag::setZalEnergy(const std::optional<ZALTagEnergy>& energy) {
+    setRecord(contents_.get(), zal::energyCarrier, zalEnergy_, energy);
+}
+
+std::optional<ZALTagBeatGrid> ZALTag::zalBeatGrid() const {
+    return recordIn(contents_.get(), zal::beatGridCarrier, zalBeatGrid_);
+}
+void ZALTag::setZalBeatGrid(const std::optional<ZALTagBeatGrid>& beatGrid) {
+    setRecord(contents_.get(), zal::beatGridCarrier, zalBeatGrid_, beatGrid);
+}
+
+std::optional<ZALTagCuePoints> ZALTag::zalCuePoints() const {
+    return recordIn(contents_.get(), zal::cuePointsCarrier, zalCuePoints_);
+}
+void ZALTag::setZalCuePoints(const std::optional<ZALTagCuePoints>& cuePoints) {
+    setRecord(contents_.get(), zal::cuePointsCarrier, zalCuePoints_, cuePoints);
+}
+
+std::optional<ZALTagVelvetCascade> ZALTag::zalVelvetCascade() const {
+    return recordIn(contents_.get(), zal::cascadeCarrier, zalVelvetCascade_);
+}
+void ZALTag::setZalVelvetCascade(const std::optional<ZALTagVelvetCascade>& record) {
+    setRecord(contents_.get(), zal::cascadeCarrier, zalVelvetCascade_, record);
+}
+
+// Serato
+
+std::optional<ZALTagSeratoMarker> ZALTag::seratoMarker() const {
+    if (contents_ == nullptr) return std::nullopt;
+    return contents_->firstPayload(zal::markers2Carrier, [](const ZALData& payload, const TagStore& store) {
+        return zal::readSeratoMarker(payload, store.seratoForm());
+    });
+}
+
+std::optional<ZALTagSeratoGrid> ZALTag::seratoGrid() const {
+    if (contents_ == nullptr) return std::nullopt;
+    return contents_->firstPayload(zal::seratoGridCarrier, [](const ZALData& payload, const TagStore& store) {
+        return zal::readSeratoGrid(payload, store.seratoForm());
+    });
+}
+
+ZALNullableData ZALTag::oldSeratoMarkerData() const {
+    if (contents_ == nullptr) return std::nullopt;
+    return contents_->firstPayload(
+        zal::markersCarrier, [](const ZALData& payload, const TagStore& store) -> ZALNullableData {
+            const auto marker = zal::readOldSeratoMarker(payload, store.seratoForm());
+            const char* type = store.seratoForm() == zal::SeratoForm::raw ? "mp3" : "m4a";
+            if (!marker || !marker->isRenderableForFileType(type)) return std::nullopt;
+            return marker->markerDataForFileType(type);
+        });
+}
+
+ZALArray<ZALTagCuePoint> ZALTag::seratoCuePoints() const {
+    return zal::cuePointsOfSeratoMarker(seratoMarker());
+}
+
+void ZALTag::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    contentsFor("setSeratoCuePoints:");
+    setRawSeratoCuePoints(cuePoints.empty() ? cuePoints
+                                            : zal::cuePointsOnSeratoGrid(cuePoints, seratoGrid()));
+}
+
+void ZALTag::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    setSeratoCuePointsOld(cuePoints);
+    setSeratoCuePointsNew(cuePoints);
+    contentsFor("setRawSeratoCuePoints:").forEachWritten([](TagStore& store) {
+        store.movePayloadToEnd(zal::markers2Carrier);
+    });
+}
+
+void ZALTag::setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    TagContents& contents = contentsFor("setSeratoCuePointsOld:");
+    if (cuePoints.empty()) return setPayload(contents, zal::markersCarrier, std::nullopt);
+    contents.forEachWritten([&](TagStore& store) {
+        if (!store.carries(zal::markersCarrier)) return;
+        const ZALNullableData data = zal::renderedOldSeratoMarker(
+            zal::oldSeratoMarkerWithCuePoints(oldMarkerOf(store), cuePoints), store.seratoForm());
+        if (data) store.setPayload(zal::markersCarrier, data);
+    });
+}
+
+void ZALTag::setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    TagContents& contents = contentsFor("setSeratoCuePointsNew:");
+    if (cuePoints.empty()) return setPayload(contents, zal::markers2Carrier, std::nullopt);
+    const ZALTagSeratoMarker marker = zal::seratoMarkerWithCuePoints(seratoMarker(), cuePoints);
+    contents.forEachWritten([&](TagStore& store) {
+        if (!store.carries(zal::markers2Carrier)) return;
+        const ZALNullableData data = zal::renderedSeratoMarker(marker, store.seratoForm());
+        if (data) store.setPayload(zal::markers2Carrier, data);
+    });
+}
+
+bool ZALTag::hasSeratoMetadata() const {
+    return contentsFor("hasSeratoMetadata").anyStore([](const TagStore& store) {
+        return store.holdsSeratoMetadata();
+    });
+}
+bool ZALTag::hasTraktorMetadata() const {
+    return contentsFor("hasTraktorMetadata").anyStore([](const TagStore& store) {
+        return store.holdsTraktorMetadata();
+    });
+}
