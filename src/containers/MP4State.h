@@ -1,7 +1,7 @@
 #pragma once
 
-#include "containers/MP4File.h"
-#include "id3/TagLibStream.h"
+#include "files/MP4File.h"
+#include "taglib/TagLibStream.h"
 
 #include <zaltag/containers/ZALTagMP4.h>
 

@@ -1,8 +1,8 @@
 #include <zaltag/containers/ZALTagFLAC.h>
 
-#include "containers/FLACFile.h"
+#include "files/FLACFile.h"
+#include "files/TagFile.h"
 #include "id3/ID3State.h"
-#include "id3/TagFile.h"
 #include "stores/BesideXiph.h"
 #include "stores/XiphFields.h"
 #include "tag/ZALTagBackEnds.h"
@@ -53,7 +53,8 @@ bool ZALTagFLAC::openFLAC(const std::string& path, bool readOnly, zal::Failure& 
     fields_ = fields.get();
     contents->add(std::move(fields));
     for (std::size_t i = 1; i < flacfile_->comments().size(); ++i) {
-        contents->add(std::make_unique<zal::XiphFields>(flacfile_->comments()[i].comment()), zal::Access::readOnly);
+        contents->add(std::make_unique<zal::XiphFields>(flacfile_->comments()[i].comment()),
+                      zal::Access::readOnly);
     }
     s.addV2(*contents, *flacfile_, [](std::unique_ptr<zal::TagStore> store) {
         return std::make_unique<zal::BesideXiph>(std::move(store));

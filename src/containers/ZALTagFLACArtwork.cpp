@@ -3,10 +3,10 @@
 
 #include <zaltag/containers/ZALTagFLAC.h>
 
-#include "containers/FLACFile.h"
-#include "id3/TagLibBytes.h"
-#include "id3/TagLibText.h"
+#include "files/FLACFile.h"
 #include "tag/TagContents.h"
+#include "taglib/TagLibBytes.h"
+#include "taglib/TagLibText.h"
 
 #include <flacpicture.h>
 

@@ -1,7 +1,7 @@
 #include <zaltag/containers/ZALTagMP4.h>
 
 #include "containers/MP4State.h"
-#include "id3/TagFile.h"
+#include "files/TagFile.h"
 #include "stores/MP4Fields.h"
 #include "tag/TagContents.h"
 #include "tag/ZALTagBackEnds.h"
@@ -106,7 +106,8 @@ bool ZALTagMP4::save(ZALError* error) {
 // Records by any name
 
 std::optional<ZALJSONValue> ZALTagMP4::storedDictionary(const std::string& atomName) const {
-    const ZALNullableData payload = zal::MP4Fields(state_->file->tag()).payload({nullptr, atomName.c_str(), nullptr});
+    const ZALNullableData payload =
+        zal::MP4Fields(state_->file->tag()).payload({nullptr, atomName.c_str(), nullptr});
     return payload ? JSONDict(*payload) : std::nullopt;
 }
 

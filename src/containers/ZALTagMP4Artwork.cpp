@@ -3,8 +3,8 @@
 #include <zaltag/containers/ZALTagMP4.h>
 
 #include "containers/MP4State.h"
-#include "id3/TagLibBytes.h"
 #include "tag/TagContents.h"
+#include "taglib/TagLibBytes.h"
 
 #include <memory>
 

@@ -2,9 +2,9 @@
 
 #include "base/Numbers.h"
 #include "containers/ProcessingRecord.h"
-#include "id3/FormFile.h"
+#include "files/FormFile.h"
+#include "files/TagFile.h"
 #include "id3/ID3State.h"
-#include "id3/TagFile.h"
 #include "stores/InfoFields.h"
 #include "tag/ZALTagBackEnds.h"
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "id3/MP3File.h"
-#include "id3/TagLibStream.h"
+#include "files/MP3File.h"
 #include "stores/ID3v1Fields.h"
 #include "stores/ID3v2Fields.h"
 #include "tag/TagContents.h"
+#include "taglib/TagLibStream.h"
 
 #include <zaltag/id3/ZALTagID3.h>
 

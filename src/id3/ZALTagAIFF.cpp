@@ -1,8 +1,8 @@
 #include <zaltag/id3/ZALTagAIFF.h>
 
-#include "id3/FormFile.h"
+#include "files/FormFile.h"
+#include "files/TagFile.h"
 #include "id3/ID3State.h"
-#include "id3/TagFile.h"
 #include "tag/ZALTagBackEnds.h"
 
 ZALTagAIFF::ZALTagAIFF() = default;

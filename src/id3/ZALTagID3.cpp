@@ -1,9 +1,9 @@
 #include <zaltag/id3/ZALTagID3.h>
 
-#include "id3/ID3Frames.h"
+#include "files/TagFile.h"
+#include "files/TagFilling.h"
 #include "id3/ID3State.h"
-#include "id3/TagFile.h"
-#include "id3/TagFilling.h"
+#include "stores/ID3Frames.h"
 #include "tag/ZALTagBackEnds.h"
 
 #include <zaltag/records/ZALTagRecordData.h>

@@ -2,11 +2,11 @@
 
 #include <zaltag/id3/ZALTagID3.h>
 
-#include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
-#include "id3/TagLibBytes.h"
-#include "id3/TagLibText.h"
 #include "platform/Log.h"
+#include "stores/ID3Frames.h"
+#include "taglib/TagLibBytes.h"
+#include "taglib/TagLibText.h"
 
 #include <attachedpictureframe.h>
 
@@ -58,9 +58,7 @@ class Pictures final : public zal::ArtworkContainer {
         return false;
     }
 
-    void clear() override {
-        store_.tagToEdit(pictureID).removeFrames(pictureID);
-    }
+    void clear() override { store_.tagToEdit(pictureID).removeFrames(pictureID); }
 
     void replace(std::size_t index, ZALData data, std::optional<std::uint32_t> type) override {
         if (&read() != &store_.tag()) return copyThenReplace(index, std::move(data), type);

@@ -3,11 +3,11 @@
 #include <zaltag/id3/ZALTagID3.h>
 
 #include "base/Unicode.h"
-#include "id3/ID3Frames.h"
 #include "id3/ID3State.h"
-#include "id3/TagLibText.h"
 #include "platform/Log.h"
+#include "stores/ID3Frames.h"
 #include "stores/ID3v2Comments.h"
+#include "taglib/TagLibText.h"
 
 #include <zaltag/tag/ZALTagComment.h>
 
@@ -78,7 +78,8 @@ void ZALTagID3::deleteExtraneousComments() {
     const CommentsFrame* primary = zal::primaryCommentFrame(tag);
     for (Frame* frame : zal::framesWithID(tag, zal::commentID)) {
         const auto* comment = dynamic_cast<CommentsFrame*>(frame);
-        if (comment != nullptr && comment != primary && !zal::isForeignComment(*comment)) tag.removeFrame(frame);
+        if (comment != nullptr && comment != primary && !zal::isForeignComment(*comment))
+            tag.removeFrame(frame);
     }
     // A blank stands for no comment in files of earlier versions.
     if (s.v1Tag != nullptr && s.v1Tag->comment() == " ") s.v1Tag->setComment("");

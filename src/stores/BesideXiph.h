@@ -7,9 +7,9 @@
 
 namespace zal {
 
-/// An ID3 tag of a FLAC file, where it stands behind the Xiph comment: genre and year are not written to it, the
-/// year is not read from it, Serato's records stand in the comment alone, and the tempo is read for the energy
-/// level, as the files have it.
+/// An ID3 tag of a FLAC file, where it stands behind the Xiph comment: genre and year are not written to it,
+/// the year is not read from it, Serato's records stand in the comment alone, and the tempo is read for the
+/// energy level, as the files have it.
 class BesideXiph final : public TagStore {
   public:
     explicit BesideXiph(std::unique_ptr<TagStore> store) : store_(std::move(store)) {}

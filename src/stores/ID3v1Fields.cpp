@@ -1,7 +1,7 @@
 #include "stores/ID3v1Fields.h"
 
 #include "base/Numbers.h"
-#include "id3/TagLibText.h"
+#include "taglib/TagLibText.h"
 
 #include <algorithm>
 

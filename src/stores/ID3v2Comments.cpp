@@ -1,7 +1,7 @@
 #include "stores/ID3v2Comments.h"
 
-#include "id3/ID3Frames.h"
-#include "id3/TagLibText.h"
+#include "stores/ID3Frames.h"
+#include "taglib/TagLibText.h"
 
 #include <id3v2framefactory.h>
 

@@ -2,9 +2,9 @@
 
 #include "base/Numbers.h"
 #include "base/Unicode.h"
-#include "id3/ID3Frames.h"
-#include "id3/TagLibText.h"
+#include "stores/ID3Frames.h"
 #include "stores/ID3v2Comments.h"
+#include "taglib/TagLibText.h"
 
 #include <generalencapsulatedobjectframe.h>
 #include <textidentificationframe.h>
@@ -28,9 +28,9 @@ struct Name {
     Emptied emptied;
 };
 constexpr Name names[] = {
-    {TextField::title, "TIT2", Emptied::removesAll},       {TextField::artist, "TPE1", Emptied::removesAll},
-    {TextField::album, "TALB", Emptied::removesAll},       {TextField::genre, "TCON", Emptied::removesAll},
-    {TextField::initialKey, "TKEY", Emptied::stays},       {TextField::modifiedBy, "TPE4", Emptied::removesFirst},
+    {TextField::title, "TIT2", Emptied::removesAll}, {TextField::artist, "TPE1", Emptied::removesAll},
+    {TextField::album, "TALB", Emptied::removesAll}, {TextField::genre, "TCON", Emptied::removesAll},
+    {TextField::initialKey, "TKEY", Emptied::stays}, {TextField::modifiedBy, "TPE4", Emptied::removesFirst},
 };
 constexpr char tempoFrame[] = "TBPM";
 constexpr char yearFrame[] = "TDRC";
@@ -122,8 +122,8 @@ void ID3v2Fields::setEnergyLevel(std::int64_t level) {
     if (level <= 0) return tag.removeFrame(frame);
     const TagLib::String text(std::to_string(level));
     if (frame != nullptr) return frame->setText(text);
-    tag.addFrame(new UserTextIdentificationFrame(energyDescription, TagLib::StringList(text),
-                                                 TagLib::String::UTF8));
+    tag.addFrame(
+        new UserTextIdentificationFrame(energyDescription, TagLib::StringList(text), TagLib::String::UTF8));
 }
 
 ZALNullableData ID3v2Fields::payload(const Carrier& carrier) const {

@@ -1,8 +1,8 @@
 #include "stores/MP4Fields.h"
 
 #include "base/Numbers.h"
-#include "id3/TagLibText.h"
 #include "stores/TextPayloads.h"
+#include "taglib/TagLibText.h"
 
 #include <algorithm>
 #include <cstdint>

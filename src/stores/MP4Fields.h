@@ -6,8 +6,9 @@
 
 namespace zal {
 
-/// The fields of an MP4 file's list of items: iTunes' own items, and freeform ones ("----:...") of texts, several
-/// of which are one with a blank between two (", " in the standard fields). Payloads are freeform items, too.
+/// The fields of an MP4 file's list of items: iTunes' own items, and freeform ones ("----:...") of texts,
+/// several of which are one with a blank between two (", " in the standard fields). Payloads are freeform
+/// items, too.
 class MP4Fields final : public TagStore {
   public:
     explicit MP4Fields(TagLib::MP4::Tag& tag) : tag_(tag) {}

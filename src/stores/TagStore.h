@@ -14,9 +14,9 @@ namespace zal {
 enum class TextField { title, artist, album, genre, comment, initialKey, modifiedBy, grouping };
 enum class NumberField { year, tempo, energyLevel };
 
-/// One of the tags that a file carries: the fields and payloads of a tag object under the names that they have
-/// there. What a store has no place for reads as null or 0, and setting it does nothing. A save is none of its
-/// business.
+/// One of the tags that a file carries: the fields and payloads of a tag object under the names that they
+/// have there. What a store has no place for reads as null or 0, and setting it does nothing. A save is none
+/// of its business.
 class TagStore {
   public:
     virtual ~TagStore() = default;
@@ -43,8 +43,8 @@ class TagStore {
     virtual bool holdsTraktorMetadata() const { return false; }
 };
 
-/// Stores a record. Null, and one that has nothing to store, take it away; one that could not be read again is
-/// one log line and leaves what is there.
+/// Stores a record. Null, and one that has nothing to store, take it away; one that could not be read again
+/// is one log line and leaves what is there.
 void setRecord(TagStore& store, const Carrier& carrier, const ZALTagCustomProperty* record);
 
 }  // namespace zal

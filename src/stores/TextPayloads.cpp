@@ -1,6 +1,6 @@
 #include "stores/TextPayloads.h"
 
-#include "id3/TagLibText.h"
+#include "taglib/TagLibText.h"
 
 namespace zal {
 

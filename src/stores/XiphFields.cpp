@@ -1,8 +1,8 @@
 #include "stores/XiphFields.h"
 
 #include "base/Numbers.h"
-#include "id3/TagLibText.h"
 #include "stores/TextPayloads.h"
+#include "taglib/TagLibText.h"
 
 #include <algorithm>
 
@@ -16,12 +16,9 @@ struct Name {
     TextField field;
     const char* name;
 };
-constexpr Name names[] = {{TextField::title, "TITLE"},
-                          {TextField::artist, "ARTIST"},
-                          {TextField::album, "ALBUM"},
-                          {TextField::genre, "GENRE"},
-                          {TextField::comment, "COMMENT"},
-                          {TextField::initialKey, "INITIALKEY"}};
+constexpr Name names[] = {{TextField::title, "TITLE"},     {TextField::artist, "ARTIST"},
+                          {TextField::album, "ALBUM"},     {TextField::genre, "GENRE"},
+                          {TextField::comment, "COMMENT"}, {TextField::initialKey, "INITIALKEY"}};
 
 const Name* nameOf(TextField field) {
     const auto* found = std::ranges::find(names, field, &Name::field);

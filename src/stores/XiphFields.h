@@ -6,8 +6,8 @@
 
 namespace zal {
 
-/// The fields of a Xiph comment, several values of one joined with a blank; payloads are fields, too. What is empty
-/// is not there.
+/// The fields of a Xiph comment, several values of one joined with a blank; payloads are fields, too. What is
+/// empty is not there.
 class XiphFields final : public TagStore {
   public:
     /// A comment that is written.

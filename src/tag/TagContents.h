@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tag/Artwork.h"
 #include "stores/TagStore.h"
+#include "tag/Artwork.h"
 
 #include <algorithm>
 #include <memory>
@@ -13,8 +13,8 @@ namespace zal {
 
 enum class Access { readOnly, readWrite };
 
-/// What a tag object has to show of its file: the stores, of which the first that holds something is read and all
-/// are written, and the pictures.
+/// What a tag object has to show of its file: the stores, of which the first that holds something is read and
+/// all are written, and the pictures.
 class TagContents {
   public:
     void add(std::unique_ptr<TagStore> store, Access access = Access::readWrite) {
@@ -50,8 +50,8 @@ class TagContents {
         forEachWritten([&](TagStore& store) { store.setNumber(field, number); });
     }
 
-    /// What `read` makes of the first payload from which it makes anything; it is called with the bytes and the
-    /// store.
+    /// What `read` makes of the first payload from which it makes anything; it is called with the bytes and
+    /// the store.
     template <typename Read>
     auto firstPayload(const Carrier& carrier, Read read) const
         -> decltype(read(std::declval<const ZALData&>(), std::declval<const TagStore&>())) {

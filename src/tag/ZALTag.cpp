@@ -1,6 +1,8 @@
 #include <zaltag/tag/ZALTag.h>
 
 #include "base/Failure.h"
+#include "base/Paths.h"
+#include "base/Unicode.h"
 #include "platform/Log.h"
 #include "tag/TagContents.h"
 #include "tag/ZALTagBackEnds.h"
@@ -16,6 +18,16 @@
 
 const std::string ZALTagImageDictionaryImageKey = "ZALTagImageDictionaryImageKey";
 const std::string ZALTagImageDictionaryImageTypeKey = "ZALTagImageDictionaryImageTypeKey";
+
+namespace zal {
+
+bool hasExtensionAmong(const ZALNullableString& path, const ZALArray<std::string>& types) {
+    if (!path) return false;
+    const std::string extension = asciiLowercase(pathExtension(*path));
+    return std::find(types.begin(), types.end(), extension) != types.end();
+}
+
+}  // namespace zal
 
 using zal::NumberField;
 using zal::TextField;

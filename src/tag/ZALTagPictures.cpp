@@ -41,10 +41,14 @@ bool ZALTag::replaceOriginalImage(const ZALImagePtr& image) {
     return contentsFor("replaceOriginalImage:").artwork().replaceOriginalImage(image);
 }
 bool ZALTag::replacePrimaryImage(const ZALImagePtr& image, bool markAsCustom) {
-    return contentsFor("replacePrimaryImage:markAsCustom:").artwork().replacePrimaryImage(image, markAsCustom);
+    return contentsFor("replacePrimaryImage:markAsCustom:")
+        .artwork()
+        .replacePrimaryImage(image, markAsCustom);
 }
 void ZALTag::backupOriginalImageAndSetCustomImage(const ZALImagePtr& image) {
-    contentsFor("backupOriginalImageAndSetCustomImage:").artwork().backupOriginalImageAndSetCustomImage(image);
+    contentsFor("backupOriginalImageAndSetCustomImage:")
+        .artwork()
+        .backupOriginalImageAndSetCustomImage(image);
 }
 void ZALTag::restoreOriginalImage() {
     contentsFor("restoreOriginalImage").artwork().restoreOriginalImage();

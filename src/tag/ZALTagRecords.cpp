@@ -34,7 +34,8 @@ void setRecord(TagContents* contents, const Carrier& carrier, std::optional<Reco
         member = record;
         return;
     }
-    contents->forEachWritten([&](TagStore& store) { zal::setRecord(store, carrier, record ? &*record : nullptr); });
+    contents->forEachWritten(
+        [&](TagStore& store) { zal::setRecord(store, carrier, record ? &*record : nullptr); });
 }
 
 std::optional<ZALTagSeratoMarkerOld> oldMarkerOf(const TagStore& store) {

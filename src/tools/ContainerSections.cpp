@@ -1,10 +1,10 @@
 #include "tools/Sections.h"
 
-#include "id3/TagLibBytes.h"
-#include "id3/TagLibText.h"
 #include "stores/MP4Fields.h"
 #include "stores/XiphFields.h"
 #include "tag/TagContents.h"
+#include "taglib/TagLibBytes.h"
+#include "taglib/TagLibText.h"
 #include "tools/PayloadTexts.h"
 
 #include <zaltag/records/ZALTagRecordData.h>
@@ -22,9 +22,8 @@ namespace {
 // Payloads of which the stores hold none have no line.
 
 ZALNullableData payloadIn(const TagContents& stores, const Carrier& carrier) {
-    return stores.firstPayload(carrier, [](const ZALData& payload, const TagStore&) {
-        return ZALNullableData(payload);
-    });
+    return stores.firstPayload(
+        carrier, [](const ZALData& payload, const TagStore&) { return ZALNullableData(payload); });
 }
 
 void describeSerato(Report& report, const TagContents& stores) {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "id3/TagFile.h"
-#include "id3/TagLibStream.h"
+#include "files/TagFile.h"
 #include "platform/Log.h"
+#include "taglib/TagLibStream.h"
 
 #include <zaltag/base/ZALText.h>
 

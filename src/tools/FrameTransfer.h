@@ -1,6 +1,6 @@
 #pragma once
 
-#include "id3/ID3v2Store.h"
+#include "stores/ID3v2Store.h"
 
 namespace zal {
 

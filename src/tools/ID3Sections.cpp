@@ -1,9 +1,9 @@
 #include "tools/Sections.h"
 
 #include "base/Unicode.h"
-#include "id3/ID3Frames.h"
-#include "id3/TagLibBytes.h"
 #include "platform/Log.h"
+#include "stores/ID3Frames.h"
+#include "taglib/TagLibBytes.h"
 #include "tools/PayloadTexts.h"
 
 #include <zaltag/records/ZALTagRecordData.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "id3/TagLibText.h"
+#include "taglib/TagLibText.h"
 
 #include <fmt/format.h>
 

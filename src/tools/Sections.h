@@ -1,9 +1,9 @@
 #pragma once
 
-#include "containers/FLACFile.h"
-#include "containers/MP4File.h"
-#include "id3/FormFile.h"
-#include "id3/MP3File.h"
+#include "files/FLACFile.h"
+#include "files/FormFile.h"
+#include "files/MP3File.h"
+#include "files/MP4File.h"
 #include "tools/Report.h"
 
 #include <id3v1tag.h>

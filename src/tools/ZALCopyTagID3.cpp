@@ -3,9 +3,9 @@
 #include <zaltag/tools/ZALCopyTag.h>
 #include <zaltag/tools/ZALTagDescription.h>
 
-#include "containers/FLACFile.h"
-#include "id3/FormFile.h"
-#include "id3/MP3File.h"
+#include "files/FLACFile.h"
+#include "files/FormFile.h"
+#include "files/MP3File.h"
 #include "tools/CopyFiles.h"
 #include "tools/FrameTransfer.h"
 

@@ -3,9 +3,9 @@
 #include <zaltag/tools/ZALCopyTag.h>
 #include <zaltag/tools/ZALTagDescription.h>
 
-#include "containers/MP4File.h"
-#include "id3/ID3Frames.h"
-#include "id3/MP3File.h"
+#include "files/MP3File.h"
+#include "files/MP4File.h"
+#include "stores/ID3Frames.h"
 #include "tools/CopyFiles.h"
 
 #include <attachedpictureframe.h>

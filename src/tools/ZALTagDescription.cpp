@@ -1,7 +1,7 @@
 #include <zaltag/tools/ZALTagDescription.h>
 
-#include "id3/TagLibStream.h"
 #include "tag/ZALTagBackEnds.h"
+#include "taglib/TagLibStream.h"
 #include "tools/Sections.h"
 
 #include <zaltag/containers/ZALTagFLAC.h>

@@ -8,11 +8,11 @@
 
 #include "base/Endian.h"
 #include "stores/TextPayloads.h"
-#include "id3/TagLibText.h"
 #include "support/AudioFixtures.h"
 #include "support/ContainerFixtures.h"
 #include "support/Hex.h"
 #include "support/LogCapture.h"
+#include "taglib/TagLibText.h"
 
 #include <gmock/gmock.h>
 #include <mp4file.h>

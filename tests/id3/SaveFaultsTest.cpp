@@ -1,8 +1,8 @@
-#include "id3/TagLibStream.h"
 #include "support/AudioFixtures.h"
 #include "support/FaultInjection.h"
 #include "support/FaultyFileSystem.h"
 #include "support/LogCapture.h"
+#include "taglib/TagLibStream.h"
 
 #include <gmock/gmock.h>
 #include <id3v2tag.h>

@@ -1,4 +1,4 @@
-#include "id3/TagLibStream.h"
+#include "taglib/TagLibStream.h"
 
 #include "support/AudioFixtures.h"
 #include "support/FaultyFileSystem.h"

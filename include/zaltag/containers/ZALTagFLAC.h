@@ -8,20 +8,20 @@
 namespace zal {
 class FLACFile;
 class XiphFields;
-}
+}  // namespace zal
 
 /// The back-end of FLAC files ("flac"). The fields live in the file's Xiph comment, several values of one
 /// field joined with a blank. ID3v2 and ID3v1 tags, which a FLAC file can carry as well, are read where the
 /// comment has nothing and written beside it, as far as the file has them; none is added.
 ///
-/// Genre and year are set in the comment only, and the year is read from it alone. The tempo is the field "BPM",
-/// the key "INITIALKEY", the energy level "ENERGYLEVEL" (without it the tempo of the ID3v2 tag, as the files have
-/// it); values below 1 and the empty text remove them. The comment is TagLib's comment field and "COMMENT"; it is
-/// never null, and the only one of allComments().
+/// Genre and year are set in the comment only, and the year is read from it alone. The tempo is the field
+/// "BPM", the key "INITIALKEY", the energy level "ENERGYLEVEL" (without it the tempo of the ID3v2 tag, as the
+/// files have it); values below 1 and the empty text remove them. The comment is TagLib's comment field and
+/// "COMMENT"; it is never null, and the only one of allComments().
 ///
 /// The library's own records are the fields "KEY", "ENERGY", "BEATGRID", "CUEPOINTS" and "VELVETCASCADE";
-/// Serato's "SERATO_MARKERS_V2" and "SERATO_BEATGRID", as base64 text, are in the comment alone; there is no legacy
-/// one. hasSeratoMetadata() is true when some field has a name that does not begin with "SERATO", and
+/// Serato's "SERATO_MARKERS_V2" and "SERATO_BEATGRID", as base64 text, are in the comment alone; there is no
+/// legacy one. hasSeratoMetadata() is true when some field has a name that does not begin with "SERATO", and
 /// hasTraktorMetadata() likewise with "TRAKTOR", as the files have it.
 ///
 /// Pictures are the file's picture blocks; those of the ID3v2 tag are not looked at.

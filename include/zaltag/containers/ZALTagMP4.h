@@ -13,17 +13,19 @@ class Failure;
 /// fields iTunes' own items, the others freeform items ("----:...") of texts. An item of several texts reads
 /// as these texts with a blank between two (", " in the standard fields), and setting it leaves one.
 ///
-/// The tempo is the item "tmpo"; 0 is written, and values outside of 16 bits are written as the nearest ones. A
-/// null key removes its item, the empty text is stored; of the grouping both remove it. The comment is the only
-/// one of allComments().
+/// The tempo is the item "tmpo"; 0 is written, and values outside of 16 bits are written as the nearest ones.
+/// A null key removes its item, the empty text is stored; of the grouping both remove it. The comment is the
+/// only one of allComments().
 ///
-/// The library's own records are the items "----:com.quorvantis.quorvantis:key", "...:energy", "...:beatgrid",
-/// "...:cuepoints" and "----:com.quorvantis.velvetcascade:data"; Serato's are freeform items of "com.serato.dj"
-/// ("markersv2", "markers", "beatgrid"), as base64 text. hasSeratoMetadata() is true when the name of any item
-/// contains "serato".
+/// The library's own records are the items "----:com.quorvantis.quorvantis:key", "...:energy",
+/// "...:beatgrid",
+/// "...:cuepoints" and "----:com.quorvantis.velvetcascade:data"; Serato's are freeform items of
+/// "com.serato.dj"
+/// ("markersv2", "markers", "beatgrid"), as base64 text. hasSeratoMetadata() is true when the name of any
+/// item contains "serato".
 ///
-/// Pictures are the covers of the item "covr". Where there is none, hasImages(), allImages(), allImageData() and
-/// setAllImages() add an empty item, which is not written. Every cover that is written is called a PNG.
+/// Pictures are the covers of the item "covr". Where there is none, hasImages(), allImages(), allImageData()
+/// and setAllImages() add an empty item, which is not written. Every cover that is written is called a PNG.
 ///
 /// There is no modified-by: it reads as null, and setting it does nothing. deleteExtraneousComments() and
 /// deleteID3v1Comment() are not implemented. requiresSaving() is always false.

@@ -83,8 +83,8 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     static std::optional<ZALError> writePNTag(const std::optional<ZALTagVelvetCascade>& record,
                                               const std::string& path);
 
-    /// False: the library keeps no pictures in WAV files. allImageData() and replacePrimaryImage() work on those
-    /// of the ID3v2 tag nevertheless; the other operations see none and change nothing.
+    /// False: the library keeps no pictures in WAV files. allImageData() and replacePrimaryImage() work on
+    /// those of the ID3v2 tag nevertheless; the other operations see none and change nothing.
     bool supportsImages() const override { return false; }
 
     const char* className() const override { return "ZALTagWAV"; }

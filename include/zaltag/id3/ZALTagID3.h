@@ -14,19 +14,19 @@ class Tag;
 ///
 /// Fields live in ID3v2 frames; artist, album, title, genre, year and comment are written to the ID3v1 tag as
 /// well, when the file has one that is not empty, and read from it where the ID3v2 tag has nothing. Numeric
-/// genres are turned into names when the file is opened. The tempo is the TBPM frame (0 is written as "0") and
-/// the key the TKEY frame (null is written as the empty text); neither is ever removed. The energy level is the
-/// user text frame "EnergyLevel", modified-by the TPE4 frame.
+/// genres are turned into names when the file is opened. The tempo is the TBPM frame (0 is written as "0")
+/// and the key the TKEY frame (null is written as the empty text); neither is ever removed. The energy level
+/// is the user text frame "EnergyLevel", modified-by the TPE4 frame.
 ///
 /// The library's own records are GEOB frames described "Key", "Energy", "BeatGrid", "CuePoints" and
 /// "VelvetCascade"; Serato's are the objects "Serato Markers2", "Serato Markers_" (the legacy one) and
 /// "Serato BeatGrid".
 ///
-/// Pictures are APIC frames. A picture that is made anew (all of them, when pictures are backed up, restored or
-/// set) has type 0 and no description; one that is replaced keeps its MIME type, type and description. After a
-/// backup the customised picture comes first, then the original, then the others; after a restore the original
-/// comes first. An APIC frame that TagLib does not hold as a picture is logged and stays, unless all pictures
-/// go.
+/// Pictures are APIC frames. A picture that is made anew (all of them, when pictures are backed up, restored
+/// or set) has type 0 and no description; one that is replaced keeps its MIME type, type and description.
+/// After a backup the customised picture comes first, then the original, then the others; after a restore the
+/// original comes first. An APIC frame that TagLib does not hold as a picture is logged and stays, unless all
+/// pictures go.
 class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
   public:
     ~ZALTagID3() override;

@@ -211,16 +211,16 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     void setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
     /// The same without moving cue points to the grid.
     void setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
-    /// The two records of which that writes both: the legacy one, which is never read for cue points and which
-    /// FLAC files have not, and Markers2.
+    /// The two records of which that writes both: the legacy one, which is never read for cue points and
+    /// which FLAC files have not, and Markers2.
     void setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints);
     void setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints);
     /// Serato's Markers2 record; null when there is none or it cannot be read (one log line).
     std::optional<ZALTagSeratoMarker> seratoMarker() const;
     /// Serato's beat grid; null when there is none or it cannot be read (one log line).
     std::optional<ZALTagSeratoGrid> seratoGrid() const;
-    /// Serato's legacy record, read and written again; null when that is not possible: with a log line when it
-    /// cannot be read, without one when it holds colours that do not fit.
+    /// Serato's legacy record, read and written again; null when that is not possible: with a log line when
+    /// it cannot be read, without one when it holds colours that do not fit.
     ZALNullableData oldSeratoMarkerData() const;
     bool hasSeratoMetadata() const;
     virtual bool hasTraktorMetadata() const;
