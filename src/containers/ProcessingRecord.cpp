@@ -163,7 +163,7 @@ std::optional<ZALTagVelvetCascade> readProcessingRecord(const std::string& path)
         if (!parser.OpenFile(path)) return std::nullopt;
         parser.ParseFile();
         if (parser.VCASPayload().empty()) return std::nullopt;
-        return ZALTagVelvetCascade::initWithJSONDict(JSONDict(parser.VCASPayload()));
+        return ZALTagVelvetCascade::initWithJSONDict(ZALTagRecordDictionary(parser.VCASPayload()));
     } catch (const std::exception&) {  // no memory for a chunk of that size
         return std::nullopt;
     }

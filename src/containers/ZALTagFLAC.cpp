@@ -78,7 +78,7 @@ ZALArray<ZALTagComment> ZALTagFLAC::allComments() const {
 std::optional<ZALJSONValue> ZALTagFLAC::storedXiphDictionary(const std::string& xiphName) const {
     const zal::Carrier carrier{nullptr, nullptr, xiphName.c_str()};
     const ZALNullableData payload = fields_->payload(carrier);
-    return payload ? JSONDict(*payload) : std::nullopt;
+    return payload ? ZALTagRecordDictionary(*payload) : std::nullopt;
 }
 
 void ZALTagFLAC::setZalTagPropertyXiphName(const ZALTagCustomProperty* record, const std::string& xiphName) {

@@ -108,7 +108,7 @@ bool ZALTagMP4::save(ZALError* error) {
 std::optional<ZALJSONValue> ZALTagMP4::storedDictionary(const std::string& atomName) const {
     const ZALNullableData payload =
         zal::MP4Fields(state_->file->tag()).payload({nullptr, atomName.c_str(), nullptr});
-    return payload ? JSONDict(*payload) : std::nullopt;
+    return payload ? ZALTagRecordDictionary(*payload) : std::nullopt;
 }
 
 void ZALTagMP4::setZalTagPropertyAtomName(const ZALTagCustomProperty* record, const std::string& atomName) {

@@ -109,18 +109,19 @@ bool ZALTagWAV::save(ZALError* error) {
     bool isRefused = false;
     const auto failure = zal::saveFile(*state().stream, *wavfile_, isRefused);
     // The record is written also where the tags could not be.
-    const auto ofRecord = writesRecord && !isRefused ? saveRecord() : zal::Failure();
+    bool isLogged = false;
+    const auto ofRecord = writesRecord && !isRefused ? saveRecord(isLogged) : zal::Failure();
     if (!failure && !ofRecord) return true;
     std::string reason = failure.reason();
     if (ofRecord) reason += (failure ? "; " : "") + ("its processing record: " + ofRecord.reason());
-    return failSave(error, reason);
+    return failSave(error, reason, isLogged && !failure);
 }
 
 bool ZALTagWAV::isInFile(const ZALTagVelvetCascade& record) const {
     return recordInFile_ && recordInFile_->JSONDict() == record.JSONDict();
 }
 
-zal::Failure ZALTagWAV::saveRecord() {
+zal::Failure ZALTagWAV::saveRecord(bool& isLogged) {
     zal::Failure failure;
     try {
         if (!state().stream->isCurrent()) {
@@ -128,7 +129,8 @@ zal::Failure ZALTagWAV::saveRecord() {
         } else if (!zal::canCarryProcessingRecord(*path())) {
             failure = "the copy would lose some of its chunks";
         } else {
-            const auto failed = writePNTag(pnTag_, *path());  // logs it
+            const auto failed = writePNTag(pnTag_, *path());
+            isLogged = true;
             isOutdated_ = !state().stream->isCurrent();
             if (!isOutdated_) failure = failed ? failed->localizedDescription : "it could not be copied";
         }

@@ -128,7 +128,7 @@ void ZALTagID3::setValue(const ZALJSONValue& value, const std::string& key) {
 std::optional<ZALJSONValue> ZALTagID3::storedDictionary(const std::string& description) const {
     for (const TagLib::ID3v2::Tag* tag : state().v2Tags) {
         const ZALNullableData stored = zal::objectOf(*tag, description);
-        if (stored && !description.empty()) return JSONDict(*stored);
+        if (stored && !description.empty()) return ZALTagRecordDictionary(*stored);
     }
     return std::nullopt;
 }

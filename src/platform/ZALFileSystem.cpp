@@ -3,8 +3,12 @@
 #include "base/Paths.h"
 #include "platform/ExtendedAttributes.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -199,7 +203,23 @@ std::unique_ptr<ZALFileHandle> handleOf(int descriptor, std::error_code& error) 
     return descriptor < 0 ? nullptr : std::make_unique<MachineFileHandle>(descriptor);
 }
 
+// What the kernel calls an open file: two calls, where realpath() asks about every folder on the way. False
+// where there is no /proc, and for names that it cuts off.
+bool nameOfOpenFile(int descriptor, std::string& name) {
+    std::array<char, PATH_MAX> buffer{};
+    const std::string link = fmt::format("/proc/self/fd/{}", descriptor);
+    const auto length = ::readlink(link.c_str(), buffer.data(), buffer.size());
+    if (length <= 0 || static_cast<std::size_t>(length) == buffer.size() || buffer[0] != '/') return false;
+    name.assign(buffer.data(), static_cast<std::size_t>(length));
+    return true;
+}
+
 std::error_code realPath(const std::string& path, std::string& canonical) {
+    const int descriptor = ::open(path.c_str(), O_PATH | O_CLOEXEC);
+    if (descriptor < 0) return errorOf(errno);
+    const bool isNamed = nameOfOpenFile(descriptor, canonical);
+    ::close(descriptor);
+    if (isNamed) return {};
     char* const resolved = ::realpath(path.c_str(), nullptr);
     if (resolved == nullptr) return errorOf(errno);
     canonical = resolved;

@@ -180,9 +180,9 @@ bool ZALTag::save(ZALError* /*error*/) {
     return true;
 }
 
-bool ZALTag::failSave(ZALError* error, const zal::Failure& failure) {
+bool ZALTag::failSave(ZALError* error, const zal::Failure& failure, bool isLogged) {
     const std::string line = fmt::format("could not save '{}': {}", zal::describe(path()), failure.reason());
-    error == nullptr ? zal::log(line) : zal::logFailure(line);
+    if (!isLogged) error == nullptr ? zal::log(line) : zal::logFailure(line);
     zal::fillError(error, ZALErrorCode::saveFailed, failure);
     if (error != nullptr) error->userInfo[ZALTagErrorFailingTagKey] = weak_from_this();
     return false;

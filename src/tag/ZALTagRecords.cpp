@@ -19,7 +19,7 @@ std::optional<Record> recordIn(const TagContents* contents, const Carrier& carri
                                const std::optional<Record>& member) {
     if (contents == nullptr) return member;
     return contents->firstPayload(carrier, [](const ZALData& payload, const TagStore&) {
-        return Record::propertyWithJSONDict(JSONDict(payload));
+        return Record::propertyWithJSONDict(ZALTagRecordDictionary(payload));
     });
 }
 

@@ -37,7 +37,7 @@ void describeRecords(Report& report, const TagContents& stores) {
     report.title("CUSTOM");
     for (const RecordText& record : recordTexts()) {
         const ZALNullableData payload = payloadIn(stores, record.carrier);
-        if (payload) report.value(record.label, record.text(JSONDict(*payload), ": "));
+        if (payload) report.value(record.label, record.text(ZALTagRecordDictionary(*payload), ": "));
     }
 }
 

@@ -94,7 +94,7 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
 
     bool openWAV(const std::string& path, bool readOnly, zal::Failure& failure);
     void addInfo(zal::TagContents& contents);
-    zal::Failure saveRecord();
+    zal::Failure saveRecord(bool& isLogged);
     bool isInFile(const ZALTagVelvetCascade& record) const;
     void reopen();
 

@@ -295,8 +295,8 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// What a back-end shows of the file it opened; an object without any has only abstract operations.
     void setContents(std::unique_ptr<zal::TagContents> contents);
 
-    /// Logs a failed save, fills its error, when one is asked for, and returns false.
-    bool failSave(ZALError* error, const zal::Failure& failure);
+    /// Logs a failed save, unless that was done, fills its error, when one is asked for, and returns false.
+    bool failSave(ZALError* error, const zal::Failure& failure, bool isLogged = false);
 
   private:
     zal::TagContents& contentsFor(const char* operation) const;
