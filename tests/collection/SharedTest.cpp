@@ -136,6 +136,9 @@ TEST_P(Shared, noOtherCollectionIsOverwritten) {
     kind.choose(path());
     write({"/1.mp3"});
     EXPECT_EQ(refused(path()), "another program has changed it since it was read");
+    ASSERT_TRUE(database->reload());
+    std::filesystem::last_write_time(path(), std::chrono::file_clock::now() + std::chrono::hours(1));
+    EXPECT_EQ(refused(path()), "another program has changed it since it was read") << "by its date";
     request(4);
     EXPECT_TRUE(saved(*queue).success) << "a batch reads it first";
     EXPECT_EQ(database->trackCount(), 1U);
