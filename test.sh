@@ -43,7 +43,7 @@ fuzz() {  # TARGET
     local work
     work=$(mktemp -d)
     if ! ZALTAG_FUZZ_TARGET=$1 build/fuzz/fuzz/zaltag_fuzz -max_total_time="$fuzz_seconds" -max_len=4096 \
-        -timeout=60 -rss_limit_mb=2048 -artifact_prefix="$work/" "$work" "fuzz/corpus/$1" >"$work.log" 2>&1; then
+        -timeout=1200 -rss_limit_mb=2048 -artifact_prefix="$work/" "$work" "fuzz/corpus/$1" >"$work.log" 2>&1; then
         tail -n 40 "$work.log"
         echo "$1: found something, the input is in $work"
         return 1
