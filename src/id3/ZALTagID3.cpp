@@ -141,7 +141,9 @@ void ZALTagID3::setZalTagPropertyDescription(const ZALTagCustomProperty* record,
 
 // Traktor
 
+// Who gets the frame may change it.
 TagLib::ID3v2::PrivateFrame* ZALTagID3::findTraktorPrivateFrame() const {
+    if (state_->v2 != nullptr) state_->v2->tagToEdit("PRIV");
     for (const TagLib::ID3v2::Tag* tag : state().v2Tags) {
         const auto frames = zal::traktorFrames(*tag);
         if (!frames.empty()) return frames.front();

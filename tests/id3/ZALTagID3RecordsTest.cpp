@@ -10,6 +10,7 @@
 #include <generalencapsulatedobjectframe.h>
 #include <gmock/gmock.h>
 #include <id3v2tag.h>
+#include <privateframe.h>
 
 namespace {
 
@@ -102,6 +103,13 @@ TEST(SeratoFrames, colorsTooWideForMP3AreRefused) {
         dynamic_cast<const GeneralEncapsulatedObjectFrame*>(tag->v2Tag()->frameList().front());
     const TagLib::ByteVector bytes = frame->object();
     EXPECT_EQ(ZALData(bytes.begin(), bytes.end()), record) << "the frame is left as it was";
+}
+
+TEST(TraktorFrames, whatAHostChangesInOneIsSaved) {
+    const auto tag = tagWith({id3Frame("PRIV", joined({bytesOf("TRAKTOR4"), {0, 1, 2}}))});
+    tag->findTraktorPrivateFrame()->setData("new");
+    ASSERT_TRUE(tag->save());
+    EXPECT_TRUE(ZALTagID3::tagAtPath(tag->path())->findTraktorPrivateFrame()->data() == "new");
 }
 
 TEST(TraktorFrames, areFoundAndRemoved) {
