@@ -167,6 +167,18 @@ bool ZALTrackWithCues<Cue>::readCues(const char* elementName) {
     return hasElements && cues_.empty();
 }
 
+namespace zal {
+
+template <typename Cue>
+void bringMarkUpToDate(XMLElement element) {
+    if constexpr (requires { Cue::isUpToDate(element); }) {
+        if (Cue::isUpToDate(element)) return;
+    }
+    if (const auto cue = Cue::initWithXMLElement(element)) cue->updateXMLElement(element);
+}
+
+}  // namespace zal
+
 template <typename Cue>
 void ZALTrackWithCues<Cue>::writeCues(const char* elementName) {
     zal::XMLElement parent = element();
@@ -184,7 +196,7 @@ void ZALTrackWithCues<Cue>::writeCues(const char* elementName) {
     for (StoredCue& stored : cues_) {
         if (stored.element != nullptr) {
             const auto element = zal::XMLElement::ofHandle(stored.element);
-            if (const auto cue = Cue::initWithXMLElement(element)) cue->updateXMLElement(element);
+            zal::bringMarkUpToDate<Cue>(element);
             parent.moveToEnd(element);
         } else {
             const zal::XMLElement made = parent.appendChild(elementName);

@@ -34,6 +34,13 @@ bool isFormatted(std::string_view text) {
            std::all_of(text.begin() + static_cast<std::ptrdiff_t>(point) + 1, text.end(), isDigit);
 }
 
+// A number below 100 as it is printed.
+bool isPlainNumber(std::string_view text) {
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    return !text.empty() && text.size() <= 2 && (text[0] != '0' || text.size() == 1) &&
+           std::all_of(text.begin(), text.end(), isDigit);
+}
+
 double seconds(std::string_view milliseconds) {
     return zal::doubleValue(milliseconds) / 1000;
 }
@@ -109,6 +116,18 @@ std::optional<ZALTraktorCuePoint> ZALTraktorCuePoint::initWithXMLElement(const z
 std::optional<std::int64_t> ZALTraktorCuePoint::orderOfXMLElement(const zal::XMLElement& element) {
     if (!isCue(element)) return std::nullopt;
     return integerOf(element, "TYPE") == typeGrid ? -1 : integerOf(element, "HOTCUE");
+}
+
+// Most are, and are not read as numbers then.
+bool ZALTraktorCuePoint::isUpToDate(const zal::XMLElement& element) {
+    const auto isTime = [&element](const char* attribute) {
+        const char* const text = element.attribute(attribute);
+        return text == nullptr || isFormatted(text);
+    };
+    const std::string_view hotcue = textOf(element, "HOTCUE");
+    const bool isGridMark = integerOf(element, "TYPE") == typeGrid;
+    return isPlainNumber(textOf(element, "TYPE")) && isPlainNumber(hotcue) &&
+           (!isGridMark || hotcue == "0") && isTime("START") && isTime("LEN");
 }
 
 void ZALTraktorCuePoint::updateXMLElement(zal::XMLElement element) const {

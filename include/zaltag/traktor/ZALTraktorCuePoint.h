@@ -69,6 +69,8 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     ZALTAG_INSIDE static std::optional<ZALTraktorCuePoint> initWithXMLElement(const zal::XMLElement& element);
     /// What the cues of a track are sorted by: the index. Null when the element is no cue.
     ZALTAG_INSIDE static std::optional<std::int64_t> orderOfXMLElement(const zal::XMLElement& element);
+    /// True for an element that updateXMLElement() of its own cue leaves as it is.
+    ZALTAG_INSIDE static bool isUpToDate(const zal::XMLElement& element);
     /// Sets the attributes that the element has; others are neither made nor touched.
     ZALTAG_INSIDE void updateXMLElement(zal::XMLElement element) const;
     /// Appends a new element for this cue to a track.
