@@ -70,7 +70,8 @@ std::vector<Row> rows() {
     // As written into a pipe, where no size can be put in later.
     const auto piped = [](ZALData file) {
         std::fill_n(file.begin() + 4, 4, 0xFF);
-        std::fill_n(std::ranges::search(file, std::string_view("data")).end(), 4, 0xFF);
+        constexpr std::string_view id = "data";
+        std::fill_n(std::search(file.begin(), file.end(), id.begin(), id.end()) + 4, 4, 0xFF);
         return file;
     };
     const ZALData tagInFront = riffForm({wavFormat(), riffChunk("id3 ", tag(4, 0, title)), wavAudio()});
