@@ -103,12 +103,7 @@ void FLACFile::removeAllPictures() {
 }
 
 std::vector<const TagLib::ID3v2::Tag*> FLACFile::v2Tags() const {
-    if (!hasV2()) return {};
-    std::vector<const TagLib::ID3v2::Tag*> tags{&v2_->tag()};
-    for (const auto& store : further_) {
-        tags.push_back(&store->tag());
-    }
-    return tags;
+    return hasV2() ? tagsOf(*v2_, further_) : std::vector<const TagLib::ID3v2::Tag*>();
 }
 
 ID3v1Store& FLACFile::makeV1() {

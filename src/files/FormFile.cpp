@@ -74,11 +74,7 @@ void FormFile::readInfo() {
 }
 
 std::vector<const TagLib::ID3v2::Tag*> FormFile::v2Tags() const {
-    std::vector<const TagLib::ID3v2::Tag*> tags{&v2_->tag()};
-    for (const auto& store : further_) {
-        tags.push_back(&store->tag());
-    }
-    return tags;
+    return tagsOf(*v2_, further_);
 }
 
 // The first LIST chunk of a type; of any for an empty one.

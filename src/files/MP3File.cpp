@@ -44,11 +44,7 @@ bool MP3File::readTags() {
 }
 
 std::vector<const TagLib::ID3v2::Tag*> MP3File::v2Tags() const {
-    std::vector<const TagLib::ID3v2::Tag*> tags{&v2_->tag()};
-    for (const auto& store : further_) {
-        tags.push_back(&store->tag());
-    }
-    return tags;
+    return tagsOf(*v2_, further_);
 }
 
 ID3v1Store& MP3File::makeV1() {

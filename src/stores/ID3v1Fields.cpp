@@ -3,8 +3,6 @@
 #include "base/Numbers.h"
 #include "taglib/TagLibText.h"
 
-#include <algorithm>
-
 namespace zal {
 
 namespace {
@@ -22,21 +20,16 @@ constexpr Place places[] = {
     {TextField::comment, &Tag::comment, &Tag::setComment},
 };
 
-const Place* placeOf(TextField field) {
-    const auto* found = std::ranges::find(places, field, &Place::field);
-    return found != std::end(places) ? found : nullptr;
-}
-
 }  // namespace
 
 ZALNullableString ID3v1Fields::text(TextField field) const {
-    const Place* place = placeOf(field);
+    const Place* place = rowOf(places, field);
     const TagLib::String text = place != nullptr ? (tag_.*place->text)() : TagLib::String();
     return text.isEmpty() ? std::nullopt : ZALNullableString(stringWithTagLibString(text));
 }
 
 void ID3v1Fields::setText(TextField field, const ZALNullableString& text) {
-    if (const Place* place = placeOf(field)) (tag_.*place->setText)(TagLibString(text));
+    if (const Place* place = rowOf(places, field)) (tag_.*place->setText)(TagLibString(text));
 }
 
 std::int64_t ID3v1Fields::number(NumberField field) const {

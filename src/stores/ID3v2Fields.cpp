@@ -37,11 +37,6 @@ constexpr char yearFrame[] = "TDRC";
 constexpr char energyFrame[] = "TXXX";
 constexpr char energyDescription[] = "EnergyLevel";
 
-const Name* nameOf(TextField field) {
-    const auto* found = std::ranges::find(names, field, &Name::field);
-    return found != std::end(names) ? found : nullptr;
-}
-
 UserTextIdentificationFrame* energyOf(const TagLib::ID3v2::Tag& tag) {
     for (TagLib::ID3v2::Frame* frame : framesWithID(tag, energyFrame)) {
         auto* text = dynamic_cast<UserTextIdentificationFrame*>(frame);
@@ -65,7 +60,7 @@ ZALNullableString ID3v2Fields::text(TextField field) const {
         const ZALNullableString grouping = textOfGRP1(tag_);
         return grouping ? grouping : textOfFirstFrame(tag_, contentGroupID);
     }
-    const Name* name = nameOf(field);
+    const Name* name = rowOf(names, field);
     if (firstFrame(tag_, name->frame) == nullptr) return std::nullopt;
     // TagLib joins several genres, and names those that are numbers.
     if (field == TextField::genre) return stringWithTagLibString(tag_.genre());
@@ -75,7 +70,7 @@ ZALNullableString ID3v2Fields::text(TextField field) const {
 void ID3v2Fields::setText(TextField field, const ZALNullableString& text) {
     if (field == TextField::comment) return setComment(text);
     if (field == TextField::grouping) return setGrouping(text);
-    const Name* name = nameOf(field);
+    const Name* name = rowOf(names, field);
     const bool isEmpty = text.value_or("").empty();
     if (isEmpty && name->emptied == Emptied::removesAll) {
         store_->tagToEdit(name->frame).removeFrames(name->frame);

@@ -349,4 +349,13 @@ void ID3v2Store::accept(const ID3v2Edit& edit) {
     tag_.header()->setTagSize(static_cast<unsigned>(room_ > 0 ? room_ - ID3v2Header::length : 0));
 }
 
+std::vector<const TagLib::ID3v2::Tag*> tagsOf(const ID3v2Store& first,
+                                              const std::vector<std::unique_ptr<ID3v2Store>>& further) {
+    std::vector<const TagLib::ID3v2::Tag*> tags{&first.tag()};
+    for (const auto& store : further) {
+        tags.push_back(&store->tag());
+    }
+    return tags;
+}
+
 }  // namespace zal

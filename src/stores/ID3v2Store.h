@@ -85,4 +85,8 @@ class ID3v2Store {
     std::vector<TagLib::ByteVector> addedUnread_;                // TagLib does not hold them
 };
 
+/// The tags of a file in its order: the one that is written, and those behind it.
+std::vector<const TagLib::ID3v2::Tag*> tagsOf(const ID3v2Store& first,
+                                              const std::vector<std::unique_ptr<ID3v2Store>>& further);
+
 }  // namespace zal

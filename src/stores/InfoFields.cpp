@@ -3,8 +3,6 @@
 #include "base/Numbers.h"
 #include "taglib/TagLibText.h"
 
-#include <algorithm>
-
 namespace zal {
 
 namespace {
@@ -19,21 +17,16 @@ constexpr Name names[] = {{TextField::title, "INAM"},
                           {TextField::genre, "IGNR"},
                           {TextField::comment, "ICMT"}};
 
-const Name* nameOf(TextField field) {
-    const auto* found = std::ranges::find(names, field, &Name::field);
-    return found != std::end(names) ? found : nullptr;
-}
-
 }  // namespace
 
 ZALNullableString InfoFields::text(TextField field) const {
-    const Name* name = nameOf(field);
+    const Name* name = rowOf(names, field);
     const bool isThere = name != nullptr && tag_.fieldListMap().contains(name->id);
     return isThere ? ZALNullableString(stringWithTagLibString(tag_.fieldText(name->id))) : std::nullopt;
 }
 
 void InfoFields::setText(TextField field, const ZALNullableString& text) {
-    if (const Name* name = nameOf(field)) written_->setFieldText(name->id, TagLibString(text));
+    if (const Name* name = rowOf(names, field)) written_->setFieldText(name->id, TagLibString(text));
 }
 
 std::int64_t InfoFields::number(NumberField field) const {

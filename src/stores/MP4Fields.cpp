@@ -27,11 +27,6 @@ constexpr Name names[] = {{TextField::title, "\251nam"},
 constexpr char tempoItem[] = "tmpo";
 constexpr char energyItem[] = "----:com.apple.iTunes:energylevel";
 
-const Name* nameOf(TextField field) {
-    const auto* found = std::ranges::find(names, field, &Name::field);
-    return found != std::end(names) ? found : nullptr;
-}
-
 ZALNullableString textOf(const TagLib::MP4::Tag& tag, const char* item, const char* separator) {
     const TagLib::String key = latin1TagLibString(item);
     if (!tag.contains(key)) return std::nullopt;  // asking for the item would add it
@@ -51,12 +46,12 @@ void setText(TagLib::MP4::Tag& tag, const char* item, const std::optional<TagLib
 }  // namespace
 
 ZALNullableString MP4Fields::text(TextField field) const {
-    const Name* name = nameOf(field);
+    const Name* name = rowOf(names, field);
     return name != nullptr ? textOf(tag_, name->item, name->separator) : std::nullopt;
 }
 
 void MP4Fields::setText(TextField field, const ZALNullableString& text) {
-    const Name* name = nameOf(field);
+    const Name* name = rowOf(names, field);
     if (name == nullptr) return;
     const bool stays = text && (name->keepsEmpty || !text->empty());
     zal::setText(tag_, name->item, stays ? std::optional(TagLibString(text)) : std::nullopt);

@@ -7,7 +7,10 @@
 #include <zaltag/base/ZALText.h>
 #include <zaltag/records/ZALTagCustomProperty.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 namespace zal {
 
@@ -42,6 +45,13 @@ class TagStore {
     virtual bool holdsSeratoMetadata() const { return false; }
     virtual bool holdsTraktorMetadata() const { return false; }
 };
+
+/// The row of a store's table of names for a field; null when the store has no place for it.
+template <typename Row, std::size_t size>
+const Row* rowOf(const Row (&table)[size], TextField field) {
+    const Row* row = std::ranges::find(table, field, &Row::field);
+    return row != std::end(table) ? row : nullptr;
+}
 
 /// Stores a record. Null, and one that has nothing to store, take it away; one that could not be read again
 /// is one log line and leaves what is there.

@@ -20,11 +20,6 @@ constexpr Name names[] = {{TextField::title, "TITLE"},     {TextField::artist, "
                           {TextField::album, "ALBUM"},     {TextField::genre, "GENRE"},
                           {TextField::comment, "COMMENT"}, {TextField::initialKey, "INITIALKEY"}};
 
-const Name* nameOf(TextField field) {
-    const auto* found = std::ranges::find(names, field, &Name::field);
-    return found != std::end(names) ? found : nullptr;
-}
-
 const char* nameOf(NumberField field) {
     return field == NumberField::tempo ? "BPM" : "ENERGYLEVEL";
 }
@@ -51,14 +46,14 @@ ZALNullableString XiphFields::text(TextField field) const {
     // TagLib's own comment is the field "DESCRIPTION" where there is one.
     const TagLib::String comment = field == TextField::comment ? comment_.comment() : TagLib::String();
     if (!comment.isEmpty()) return stringWithTagLibString(comment);
-    const Name* name = nameOf(field);
+    const Name* name = rowOf(names, field);
     return name != nullptr ? textOf(comment_, name->name) : std::nullopt;
 }
 
 // The empty text takes a field away.
 void XiphFields::setText(TextField field, const ZALNullableString& text) {
     if (field == TextField::comment) written_->setComment(TagLibString(text));
-    if (const Name* name = nameOf(field)) written_->addField(name->name, TagLibString(text), true);
+    if (const Name* name = rowOf(names, field)) written_->addField(name->name, TagLibString(text), true);
 }
 
 std::int64_t XiphFields::number(NumberField field) const {
