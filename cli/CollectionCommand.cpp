@@ -2,6 +2,7 @@
 #include "Collections.h"
 #include "Commands.h"
 #include "CuePlaces.h"
+#include "Matching.h"
 #include "Output.h"
 
 #include <zaltag/base/ZALJSON.h>
@@ -211,7 +212,8 @@ void printTrack(Output& output, const Members& members) {
 int track(const View& view, const Options& options) {
     Output output(false);
     const std::string unusable = whyNotUsable(*view.collection);
-    const Members members = unusable.empty() ? view.track(collectionPath(options.audio)) : Members();
+    const Members members =
+        unusable.empty() ? view.track(collectionKey(*view.collection, options.audio)) : Members();
     if (options.json) {
         output.line(members.empty() ? "null" : jsonObject(members));
     } else {

@@ -14,6 +14,7 @@
 namespace {
 
 CollectionOptions inUse;
+std::vector<PathMap> mapsInUse;
 
 template <typename Database>
 const std::shared_ptr<Database>& databaseInUse(const std::optional<std::string>& file) {
@@ -31,6 +32,7 @@ const std::shared_ptr<Queue>& queueInUse(const std::optional<std::string>& file)
 
 constexpr Collection rekordbox = {
     "Rekordbox",
+    "DJ_PLAYLISTS",
     []() -> std::shared_ptr<ZALCollectionDatabase> { return rekordboxDatabase(); },
     []() -> std::shared_ptr<ZALCollectionQueue> {
         return queueInUse<ZALRekordboxQueue, ZALRekordboxDatabase>(inUse.rekordbox);
@@ -39,6 +41,7 @@ constexpr Collection rekordbox = {
 
 constexpr Collection traktor = {
     "Traktor",
+    "NML",
     []() -> std::shared_ptr<ZALCollectionDatabase> { return traktorDatabase(); },
     []() -> std::shared_ptr<ZALCollectionQueue> {
         return queueInUse<ZALTraktorQueue, ZALTraktorDatabase>(inUse.traktor);
@@ -104,6 +107,10 @@ void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
         ->type_name("FILE");
     command.add_option("--traktor", options.traktor, "The Traktor collection to use (NML)")
         ->type_name("FILE");
+    command
+        .add_option("--map", options.maps, "A folder of the collection that is another one here; repeatable")
+        ->type_name("FROM=TO")
+        ->allow_extra_args(false);
     command.add_option("--boot-volume", options.bootVolume, "Traktor's name of the startup volume")
         ->type_name("NAME");
 }
@@ -117,10 +124,18 @@ void useCollections(const CollectionOptions& options) {
     check(options.rekordbox);
     check(options.traktor);
     inUse = options;
+    mapsInUse.clear();
+    for (const std::string& map : options.maps) {
+        mapsInUse.push_back(pathMapOf(map));
+    }
     ZALHost& host = ZALHost::shared();
     host.setCollectionSaveMode(options.rewriteAll ? ZALCollectionSaveMode::everyTrackWithCues
                                                   : ZALCollectionSaveMode::changedTracks);
     if (options.bootVolume) host.setBootVolumeName(*options.bootVolume);
+}
+
+const std::vector<PathMap>& pathMaps() {
+    return mapsInUse;
 }
 
 const CollectionPlace* collectionPlace(const std::string& name) {
@@ -157,6 +172,12 @@ std::string whyNotUsable(const Collection& collection) {
                            CLI::detail::to_lower(collection.name));
     }
     const auto cause = error.underlyingError;
+    const Collection& other = &collection == &rekordbox ? traktor : rekordbox;
+    if (cause &&
+        cause->localizedDescription.find(fmt::format("root is <{}>", other.root)) != std::string::npos) {
+        return fmt::format("{}: this is a {} collection: use --{}", printable(*file), other.name,
+                           CLI::detail::to_lower(other.name));
+    }
     return fmt::format("{}: is no {} collection that can be read{}", printable(*file), collection.name,
                        cause ? ": " + printable(cause->localizedDescription) : "");
 }
@@ -170,22 +191,12 @@ struct Saved {
 };
 
 Saved saveOnce(const Collection& collection) {
-    bool isDone = false;
-    Saved saved;
-    collection.queue()->save([&](bool succeeded, const ZALError* error) {
-        isDone = true;
-        saved.success = succeeded && error == nullptr;
-        if (error == nullptr) return;
-        saved.reason = error->localizedDescription;
-        if (!error->localizedRecoverySuggestion.empty())
-            saved.reason += " " + error->localizedRecoverySuggestion;
-        if (error->underlyingError) saved.reason += " (" + error->underlyingError->localizedDescription + ")";
-        saved.mayBeTriedAgain = error->code == ZALErrorCode::rekordboxCollectionUnwritable ||
-                                error->code == ZALErrorCode::traktorCollectionUnwritable;
-    });
-    while (!isDone) {
-        ZALMainQueue::shared().runUntil([&] { return isDone; }, std::chrono::hours(1));
-    }
+    ZALError error;
+    Saved saved{collection.queue()->saveAndWait(&error), false, error.localizedDescription};
+    if (!error.localizedRecoverySuggestion.empty()) saved.reason += " " + error.localizedRecoverySuggestion;
+    if (error.underlyingError) saved.reason += " (" + error.underlyingError->localizedDescription + ")";
+    saved.mayBeTriedAgain = error.code == ZALErrorCode::rekordboxCollectionUnwritable ||
+                            error.code == ZALErrorCode::traktorCollectionUnwritable;
     return saved;
 }
 

@@ -16,10 +16,22 @@ struct CollectionOptions {
     std::optional<std::string> rekordbox;
     std::optional<std::string> traktor;
     std::optional<std::string> bootVolume;
+    std::vector<std::string> maps;  ///< each FROM=TO
     bool rewriteAll = false;
 };
 
-/// Adds --rekordbox, --traktor and --boot-volume to a command.
+/// A folder of collections that stands for a folder here, both without a slash at their ends.
+struct PathMap {
+    std::string from;  ///< a drive of Windows as "C:/..."
+    std::string to;
+};
+
+/// The map that a text FROM=TO means; throws UsageError when it is none.
+PathMap pathMapOf(const std::string& text);
+/// Those of useCollections().
+const std::vector<PathMap>& pathMaps();
+
+/// Adds --rekordbox, --traktor, --boot-volume and --map to a command.
 void addCollectionOptions(CLI::App& command, CollectionOptions& options);
 /// The same for a command that saves: --rewrite-all, too.
 void addCollectionSaveOptions(CLI::App& command, CollectionOptions& options);
@@ -34,6 +46,7 @@ std::shared_ptr<ZALTraktorDatabase> traktorDatabase();
 /// A collection as the commands see it.
 struct Collection {
     const char* name;
+    const char* root;  ///< of its files
     std::shared_ptr<ZALCollectionDatabase> (*database)();
     std::shared_ptr<ZALCollectionQueue> (*queue)();
 

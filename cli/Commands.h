@@ -21,6 +21,7 @@ void addDumpCommand(CLI::App& program, Command& chosen);
 void addScanCommand(CLI::App& program, Command& chosen);
 void addCollectionCommands(CLI::App& program, Command& chosen);
 void addSyncCommand(CLI::App& program, Command& chosen);
+void addUndoCommand(CLI::App& program, Command& chosen);
 void addReportCommand(CLI::App& program, Command& chosen);
 void addVersionsCommand(CLI::App& program, Command& chosen);
 

@@ -4,6 +4,7 @@
 #include "CuePlaces.h"
 #include "Files.h"
 #include "Interrupts.h"
+#include "Matching.h"
 #include "Output.h"
 #include "TagMembers.h"
 
@@ -52,7 +53,7 @@ void listCollection(Output& output, const Options& options, const CollectionPlac
     const std::string unusable = whyNotUsable(*place.collection);
     if (!unusable.empty()) return output.problem(unusable);
     for (const std::string& file : options.words) {
-        const std::string path = collectionPath(file);
+        const std::string path = collectionKey(*place.collection, file);
         if (place.collection->hasTrack(path)) {
             print(output, options, file, place.read(path));
         } else {
@@ -72,8 +73,16 @@ int list(const Options& options) {
     return output.finish();
 }
 
-// A number of seconds and nothing else; NaN when the text is none.
+// A number of seconds, with minutes and a colon in front or not, and nothing else; NaN when the text is none.
 double secondsOf(const std::string& text) {
+    const std::size_t colon = text.find(':');
+    if (colon != std::string::npos) {
+        const std::string minutes = text.substr(0, colon);
+        const bool isNumber = !minutes.empty() && minutes.size() < 7 &&
+                              minutes.find_first_not_of("0123456789") == std::string::npos;
+        const double seconds = secondsOf(text.substr(colon + 1));
+        return isNumber && seconds >= 0 && seconds < 60 ? 60 * std::stod(minutes) + seconds : std::nan("");
+    }
     double seconds = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     const bool whole = error == std::errc{} && end == text.data() + text.size() && !text.empty();
@@ -118,8 +127,9 @@ int setInCollection(const Request& request, const CollectionPlace& place) {
     if (!unusable.empty()) output.problem(unusable);
     for (const std::string& file : request.files) {
         if (!unusable.empty()) break;
-        if (place.collection->hasTrack(collectionPath(file))) {
-            place.request(collectionPath(file), request.cuePoints);
+        const std::string path = collectionKey(*place.collection, file);
+        if (place.collection->hasTrack(path)) {
+            place.request(path, request.cuePoints);
             requested.push_back(file);
         } else {
             output.failure(file, notInCollection(*place.collection));
@@ -128,7 +138,7 @@ int setInCollection(const Request& request, const CollectionPlace& place) {
     const std::string unsaved = requested.empty() ? "" : saveCollection(*place.collection);
     if (!unsaved.empty()) output.problem(unsaved);
     for (const std::string& file : requested) {
-        const std::string path = collectionPath(file);
+        const std::string path = collectionKey(*place.collection, file);
         if (unsaved.empty() && !place.holds(path, request.cuePoints)) {
             output.failure(file, place.collection->whyNotWritten(path));
         }

@@ -18,6 +18,15 @@ std::string absolutePath(const std::string& path) {
 
 namespace {
 
+// Notes that other systems leave beside the files they belong to.
+bool isNote(const fs::path& path) {
+    return path.filename().string().starts_with("._");
+}
+
+bool isHidden(const fs::path& path) {
+    return path.filename().string().starts_with('.');
+}
+
 void walkFolder(const fs::path& folder, FoundFiles& found) {
     std::error_code error;
     std::vector<fs::directory_entry> entries;
@@ -29,9 +38,9 @@ void walkFolder(const fs::path& folder, FoundFiles& found) {
     for (const fs::directory_entry& entry : entries) {
         if (isInterrupted()) return;
         std::error_code ignored;
-        if (entry.is_directory(ignored) && !entry.is_symlink(ignored)) {
-            walkFolder(entry.path(), found);
-        } else if (ZALTag::canInitWithPath(entry.path().string()) && !entry.is_directory(ignored)) {
+        if (entry.is_directory(ignored)) {
+            if (!entry.is_symlink(ignored) && !isHidden(entry.path())) walkFolder(entry.path(), found);
+        } else if (!isNote(entry.path()) && ZALTag::canInitWithPath(entry.path().string())) {
             found.paths.push_back(entry.path().string());
         }
     }

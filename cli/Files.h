@@ -48,7 +48,7 @@ struct FoundFiles {
     std::vector<std::pair<std::string, std::string>> failures;  ///< path and reason
 };
 
-/// Every supported file below the paths, in the order of the names. A file that is named itself is taken
-/// whatever its type, so that the command can say what is wrong with it. Links to folders below a path are
-/// not followed.
+/// Every supported file below the paths, in the order of the names, without hidden folders and the "._" files
+/// of other systems. A file that is named itself is taken whatever its type, so that the command can say what
+/// is wrong with it. Links to folders below a path are not followed.
 FoundFiles findFiles(const std::vector<std::string>& paths);

@@ -5,6 +5,7 @@
 #include "Files.h"
 #include "InOrder.h"
 #include "Interrupts.h"
+#include "Matching.h"
 #include "Output.h"
 #include "PageFile.h"
 #include "Progress.h"
@@ -64,8 +65,8 @@ ZALJSONValue beatRuns(const std::optional<ZALArray<double>>& beats) {
 
 // A collection's view of a file: what `rekordbox tracks --json` gives, and its beats.
 template <typename Database>
-std::string laneOf(const Database& database, const std::string& path) {
-    const auto track = database.trackForSongFileAtURL(collectionPath(path));
+std::string laneOf(const Database& database, const std::string& key) {
+    const auto track = database.trackForSongFileAtURL(key);
     if (!track) return "null";
     Members members = membersOf(*track, false);
     members.emplace_back("beatRuns", beatRuns(track->beatTimes()));
@@ -89,7 +90,7 @@ class Report {
 
   private:
     bool mayUse(const std::optional<std::string>& option, const char* place);
-    Row work(const std::string& path) const;
+    Row work(const std::string& path, std::size_t number) const;
     void take(Row&& row);
     std::string coverIndex(const std::string& uri);
     void writeTracks(const FoundFiles& found);
@@ -101,6 +102,8 @@ class Report {
     PageFile page_;
     bool usesRekordbox_ = false;
     bool usesTraktor_ = false;
+    std::optional<Matching> inRekordbox_;
+    std::optional<Matching> inTraktor_;
     std::map<std::string, std::size_t> covers_;  // most tracks of an album share one
     std::size_t tracks_ = 0;
     std::size_t failures_ = 0;
@@ -113,7 +116,7 @@ bool Report::mayUse(const std::optional<std::string>& option, const char* place)
     return reason.empty();
 }
 
-Row Report::work(const std::string& path) const {
+Row Report::work(const std::string& path, std::size_t number) const {
     Row row;
     const OpenedFile opened = openFile(path, false);
     if (opened.tag == nullptr) {
@@ -123,8 +126,8 @@ Row Report::work(const std::string& path) const {
     }
     row.file = jsonObject(membersOfTag(path, *opened.tag));
     if (opened.tag->supportsImages()) row.cover = thumbnailURI(opened.tag->primaryImage());
-    if (usesRekordbox_) row.rekordbox = laneOf(*rekordboxDatabase(), path);
-    if (usesTraktor_) row.traktor = laneOf(*traktorDatabase(), path);
+    if (inRekordbox_) row.rekordbox = laneOf(*rekordboxDatabase(), inRekordbox_->of(number).key);
+    if (inTraktor_) row.traktor = laneOf(*traktorDatabase(), inTraktor_->of(number).key);
     return row;
 }
 
@@ -146,9 +149,11 @@ void Report::writeTracks(const FoundFiles& found) {
         ++failures_;
         output_.failure(path, reason);
     }
+    if (usesRekordbox_) inRekordbox_.emplace(*collectionPlace("rekordbox")->collection, found.paths);
+    if (usesTraktor_) inTraktor_.emplace(*collectionPlace("traktor")->collection, found.paths);
     Progress progress(found.paths.size());
     runInOrder<Row>(
-        found.paths.size(), options_.jobs, [&](std::size_t i) { return work(found.paths[i]); },
+        found.paths.size(), options_.jobs, [&](std::size_t i) { return work(found.paths[i], i); },
         [&](std::size_t i, Row&& row) {
             if (!row.failure.empty()) {
                 progress.hide();

@@ -9,8 +9,10 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
+#include <vector>
 
 namespace {
 
@@ -65,12 +67,19 @@ int run(int argc, char** argv) {
     addScanCommand(program, chosen);
     addCollectionCommands(program, chosen);
     addSyncCommand(program, chosen);
+    addUndoCommand(program, chosen);
     addReportCommand(program, chosen);
     addVersionsCommand(program, chosen);
     addVersion(program, version);
     addExamples(program);
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.emplace_back("--help");
+    }
+    std::reverse(words.begin(), words.end());  // as the parser takes them
     try {
-        program.parse(argc, argv);
+        program.parse(words);
     } catch (const CLI::Success& asked) {  // help or version
         return program.exit(asked);
     } catch (const CLI::ParseError& error) {

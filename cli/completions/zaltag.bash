@@ -1,7 +1,7 @@
 # Completion of the zaltag program for bash.
 
 _zaltag_options() {  # COMMAND [COMMAND-BELOW]
-    local collections="--rekordbox --traktor --boot-volume"
+    local collections="--rekordbox --traktor --boot-volume --map"
     case "$*" in
         show | "comments list" | "artwork list") echo "--json" ;;
         set) echo "--strip-v1" ;;
@@ -10,7 +10,8 @@ _zaltag_options() {  # COMMAND [COMMAND-BELOW]
         "artwork export") echo "--out" ;;
         "artwork replace" | "artwork backup") echo "--image" ;;
         scan) echo "--jobs --json" ;;
-        sync) echo "--from --to --dry-run --clear-empty --rewrite-all --jobs $collections" ;;
+        sync) echo "--from --to --dry-run --verbose --json --clear-empty --no-backup --output --rewrite-all --jobs $collections" ;;
+        undo) echo "--list" ;;
         report) echo "--output --jobs $collections" ;;
         rekordbox\ * | traktor\ *) echo "--json $collections" ;;
         versions) echo "--service --ca-file --json" ;;
@@ -20,7 +21,7 @@ _zaltag_options() {  # COMMAND [COMMAND-BELOW]
 
 _zaltag_below() {  # COMMAND: the commands below it
     case $1 in
-        "") echo "show set record cues comments artwork copy dump scan rekordbox traktor sync report versions" ;;
+        "") echo "show set record cues comments artwork copy dump scan rekordbox traktor sync undo report versions" ;;
         cues) echo "list set" ;;
         comments) echo "list set prune strip-v1" ;;
         artwork) echo "list export replace backup restore clear" ;;

@@ -36,6 +36,7 @@ complete -c zaltag -f -n __zaltag_nothing_yet -a scan -d 'Open every file below 
 complete -c zaltag -f -n __zaltag_nothing_yet -a rekordbox -d 'Read a Rekordbox collection'
 complete -c zaltag -f -n __zaltag_nothing_yet -a traktor -d 'Read a Traktor collection'
 complete -c zaltag -f -n __zaltag_nothing_yet -a sync -d 'Carry cue points from one program to others'
+complete -c zaltag -f -n __zaltag_nothing_yet -a undo -d 'Take back what the last sync wrote into collections'
 complete -c zaltag -f -n __zaltag_nothing_yet -a report -d 'Write one page that shows a music folder'
 complete -c zaltag -f -n __zaltag_nothing_yet -a versions -d 'Print the newest versions of the algorithms'
 
@@ -50,13 +51,14 @@ complete -c zaltag -n '__zaltag_in set' -a 'artist= album= title= year= genre= c
 complete -c zaltag -n '__zaltag_in record' -a 'zalBeatGrid= zalCuePoints= zalEnergy= zalKey= zalVelvetCascade='
 complete -c zaltag -n '__zaltag_in comments set' -a 'comment='
 
-for command in show 'comments list' 'artwork list' 'cues list' scan versions \
+for command in show 'comments list' 'artwork list' 'cues list' scan sync versions \
         'rekordbox info tracks track playlists' 'traktor info tracks track playlists'
     complete -c zaltag -n "__zaltag_in $command" -l json -d 'Print JSON'
 end
 for command in 'cues list set' sync report 'rekordbox info tracks track playlists' 'traktor info tracks track playlists'
     complete -c zaltag -n "__zaltag_in $command" -l rekordbox -r -d 'Rekordbox collection'
     complete -c zaltag -n "__zaltag_in $command" -l traktor -r -d 'Traktor collection'
+    complete -c zaltag -n "__zaltag_in $command" -l map -x -d 'A folder of the collection that is another one here'
     complete -c zaltag -n "__zaltag_in $command" -l boot-volume -x -d 'Name of the startup volume'
 end
 for command in 'cues list' sync
@@ -75,6 +77,10 @@ complete -c zaltag -n '__zaltag_in artwork export' -l out -r -d 'Where to'
 complete -c zaltag -n '__zaltag_in artwork replace backup' -l image -r -d 'Picture'
 complete -c zaltag -n '__zaltag_in report' -s o -l output -r -d 'Page to write'
 complete -c zaltag -n '__zaltag_in sync' -s n -l dry-run -d 'Only say what would change'
+complete -c zaltag -n '__zaltag_in sync' -s v -l verbose -d 'Name what a collection does not hold'
+complete -c zaltag -n '__zaltag_in sync' -l no-backup -d 'Make no copy of a collection'
+complete -c zaltag -n '__zaltag_in sync' -l output -r -d 'New collection to write'
+complete -c zaltag -n '__zaltag_in undo' -l list -d 'Only name the runs'
 complete -c zaltag -n '__zaltag_in sync' -l clear-empty -d 'Clear targets where the source has none'
 complete -c zaltag -n '__zaltag_in versions' -l service -x -d 'Web service'
 complete -c zaltag -n '__zaltag_in versions' -l ca-file -r -d 'Certificate authorities'

@@ -89,10 +89,11 @@ def copy_tags(source: StrPath, destination: StrPath) -> None:
 
 
 def walk(folder: StrPath) -> Iterator[pathlib.Path]:
-    """Every file below a folder whose name can be opened, in the order of the names. Links to folders are not
-    followed."""
+    """Every file below a folder whose name can be opened, in the order of the names, without hidden folders and the "._"
+    files of other systems. Links to folders are not followed."""
     for entry in sorted(os.scandir(os.fsdecode(folder)), key=lambda entry: os.fsencode(entry.path)):
-        if entry.is_dir(follow_symlinks=False):
-            yield from walk(entry.path)
-        elif can_open(entry.path) and not entry.is_dir():
+        if entry.is_dir():
+            if not entry.is_symlink() and not entry.name.startswith("."):
+                yield from walk(entry.path)
+        elif can_open(entry.path) and not entry.name.startswith("._"):
             yield pathlib.Path(entry.path)

@@ -30,30 +30,45 @@ std::uint64_t CollectionIndex::hashOf(std::string_view key) const {
 }
 
 void CollectionIndex::sortByPath() {
-    byPath_.clear();
-    byPath_.reserve(tracks_.size());
+    byPath_ = sortedBy(&IndexedTrack::pathHash);
+}
+
+std::vector<std::uint32_t> CollectionIndex::sortedBy(Hash hash) const {
+    std::vector<std::uint32_t> sorted;
+    sorted.reserve(tracks_.size());
     for (std::uint32_t number = 0; number < tracks_.size(); ++number) {
-        if (tracks_[number].hasPath) byPath_.push_back(number);
+        if (tracks_[number].hasPath) sorted.push_back(number);
     }
-    std::sort(byPath_.begin(), byPath_.end(), [this](std::uint32_t one, std::uint32_t other) {
-        const std::uint64_t hash = tracks_[one].pathHash;
-        const std::uint64_t otherHash = tracks_[other].pathHash;
-        return hash != otherHash ? hash < otherHash : one < other;
+    std::sort(sorted.begin(), sorted.end(), [this, hash](std::uint32_t one, std::uint32_t other) {
+        const std::uint64_t oneHash = tracks_[one].*hash;
+        const std::uint64_t otherHash = tracks_[other].*hash;
+        return oneHash != otherHash ? oneHash < otherHash : one < other;
     });
+    return sorted;
+}
+
+std::vector<std::uint32_t> CollectionIndex::withHash(const std::vector<std::uint32_t>& sorted, Hash member,
+                                                     std::uint64_t hash) const {
+    const auto isBefore = [this, member](std::uint32_t number, std::uint64_t wanted) {
+        return tracks_[number].*member < wanted;
+    };
+    std::vector<std::uint32_t> found;
+    auto at = std::lower_bound(sorted.begin(), sorted.end(), hash, isBefore);
+    for (; at != sorted.end() && tracks_[*at].*member == hash; ++at) {
+        found.push_back(*at);
+    }
+    return found;
 }
 
 std::vector<std::uint32_t> CollectionIndex::withPath(std::string_view path) const {
-    const std::uint64_t hash = hashOf(path);
-    const auto isBefore = [this](std::uint32_t number, std::uint64_t wanted) {
-        return tracks_[number].pathHash < wanted;
-    };
-    std::vector<std::uint32_t> found;
-    auto at = std::lower_bound(byPath_.begin(), byPath_.end(), hash, isBefore);
-    for (; at != byPath_.end() && tracks_[*at].pathHash == hash; ++at) {
-        found.push_back(*at);
-    }
+    std::vector<std::uint32_t> found = withHash(byPath_, &IndexedTrack::pathHash, hashOf(path));
     std::reverse(found.begin(), found.end());
     return found;
+}
+
+std::vector<std::uint32_t> CollectionIndex::withFoldedPath(std::string_view folded) const {
+    std::call_once(isSortedByFolded_, [this] { byFolded_ = sortedBy(&IndexedTrack::foldedHash); });
+    return withHash(byFolded_, &IndexedTrack::foldedHash, hashOf(folded));
 }
 
 bool CollectionIndex::isUnchanged() const {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,7 @@ struct IndexedTrack {
     std::uint64_t begin = 0;
     std::uint64_t checksum = 0;
     std::uint64_t pathHash = 0;
+    std::uint64_t foldedHash = 0;  ///< of the path in one letter case
     std::uint64_t nameHash = 0;
     std::uint32_t length = 0;
     std::uint32_t cues = 0;
@@ -70,6 +72,8 @@ class CollectionIndex {
     /// The tracks that may have this path, in canonical decomposition: those with its hash, the last one
     /// first.
     std::vector<std::uint32_t> withPath(std::string_view path) const;
+    /// The same for a path in one letter case, in the order of the file.
+    std::vector<std::uint32_t> withFoldedPath(std::string_view folded) const;
     /// The hash that a track with this name in playlists has.
     std::uint64_t hashOf(std::string_view key) const;
 
@@ -79,7 +83,11 @@ class CollectionIndex {
   private:
     friend class CollectionReader;
     friend class CollectionWriter;
+    using Hash = std::uint64_t IndexedTrack::*;
     void sortByPath();
+    std::vector<std::uint32_t> sortedBy(Hash hash) const;
+    std::vector<std::uint32_t> withHash(const std::vector<std::uint32_t>& sorted, Hash member,
+                                        std::uint64_t hash) const;
 
     const CollectionProgram& program_;
     std::shared_ptr<SharedFile> file_;
@@ -89,6 +97,8 @@ class CollectionIndex {
     std::uint64_t seed_ = 0;
     std::vector<IndexedTrack> tracks_;   // in the order of the file
     std::vector<std::uint32_t> byPath_;  // by hash, tracks of one hash in the order of the file
+    mutable std::once_flag isSortedByFolded_;
+    mutable std::vector<std::uint32_t> byFolded_;  // the same, made when it is first asked for
 };
 
 /// Reads elements of a collection, one at a time; one thread at a time.

@@ -4,9 +4,12 @@
 #include "base/Unicode.h"
 #include "collection/Checksum.h"
 #include "collection/CollectionIndex.h"
+#include "collection/NFD.h"
 #include "platform/FileReplacement.h"
 
 #include <zaltag/platform/ZALHost.h>
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <condition_variable>
@@ -122,6 +125,7 @@ class CollectionReader final : public XMLStream::Reader {
     const bool isSaved_;
     Batches batches_;
     int depth_ = 0;
+    std::string rootName_;
     Section section_ = Section::none;
     bool isInTrack_ = false;
     bool isInFirstNode_ = false;
@@ -148,6 +152,8 @@ std::string CollectionReader::read() {
     taken.get();
     index_.form_ = stream.form();
     if (!reason.empty() || !failure_.empty()) return reason.empty() ? failure_ : reason;
+    if (!index_.frame_.hasRoot)
+        return fmt::format("its root is <{}>, not <{}>", rootName_, program_.rootName);
     Summer summer(index_.file());
     sumFrame(summer);
     index_.tracks_.shrink_to_fit();
@@ -159,7 +165,8 @@ void CollectionReader::startElement(const XMLStream& stream, const char* name, X
     ++depth_;
     CollectionFrame& frame = index_.frame_;
     if (depth_ == 1) {
-        frame.hasRoot = std::strcmp(name, program_.rootName) == 0;
+        rootName_ = name;
+        frame.hasRoot = rootName_ == program_.rootName;
         frame.rootTag = {stream.tagBegin(), stream.tagEnd(), 0};
     } else if (depth_ == 2 && frame.hasRoot) {
         startSection(stream, name);
@@ -242,6 +249,7 @@ void CollectionReader::add(const TrackDraft& draft, Summer& summer) {
     track.checksum = summer.sumOf(draft.begin, draft.end);
     track.hasPath = !keys.path.empty();
     track.pathHash = index_.hashOf(keys.path);
+    track.foldedHash = index_.hashOf(inOneCase(keys.path));
     track.nameHash = index_.hashOf(keys.name);
     track.cues = draft.cues;
     track.id = draft.id;

@@ -5,22 +5,34 @@
 
 #include <utf8proc.h>
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace zal {
 
+namespace {
+
+std::string mapped(std::string_view text, int options) {
+    utf8proc_uint8_t* result = nullptr;
+    const utf8proc_ssize_t length = utf8proc_map(
+        reinterpret_cast<const utf8proc_uint8_t*>(text.data()), static_cast<utf8proc_ssize_t>(text.size()),
+        &result, static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_DECOMPOSE | options));
+    if (length < 0) return std::string(text);
+    std::string copy(reinterpret_cast<const char*>(result), static_cast<std::size_t>(length));
+    std::free(result);  // the library hands over what malloc gave
+    return copy;
+}
+
+}  // namespace
+
 std::string canonicalDecomposition(std::string_view text) {
     // ASCII is decomposed already, and most paths are ASCII.
     if (isASCII(text) || text.size() > limits::path) return std::string(text);
-    utf8proc_uint8_t* decomposed = nullptr;
-    const utf8proc_ssize_t length = utf8proc_map(
-        reinterpret_cast<const utf8proc_uint8_t*>(text.data()), static_cast<utf8proc_ssize_t>(text.size()),
-        &decomposed, static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_DECOMPOSE));
-    if (length < 0) return std::string(text);
-    std::string result(reinterpret_cast<const char*>(decomposed), static_cast<std::size_t>(length));
-    std::free(decomposed);  // the library hands over what malloc gave
-    return result;
+    return mapped(text, 0);
+}
+
+std::string inOneCase(std::string_view decomposed) {
+    if (isASCII(decomposed) || decomposed.size() > limits::path) return asciiLowercase(decomposed);
+    return mapped(decomposed, UTF8PROC_CASEFOLD);
 }
 
 }  // namespace zal

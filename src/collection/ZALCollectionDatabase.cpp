@@ -249,6 +249,21 @@ std::shared_ptr<const ZALCollectionTrack> ZALCollectionDatabase::track(const ZAL
     return found ? program_.copyOf(*found) : nullptr;
 }
 
+std::vector<std::shared_ptr<const ZALCollectionTrack>> ZALCollectionDatabase::tracksLike(
+    const std::string& path) const {
+    std::vector<std::shared_ptr<const ZALCollectionTrack>> found;
+    const auto held = index();
+    if (!held) return found;
+    const std::string folded = zal::inOneCase(keyOf(path));
+    zal::ElementReader reader(held);
+    for (const std::uint32_t number : held->withFoldedPath(folded)) {
+        const auto track = reader.track(number);
+        if (track && zal::inOneCase(track->indexKey()) == folded) found.push_back(program_.copyOf(*track));
+    }
+    if (reader.hasFailed()) askForReload();
+    return found;
+}
+
 bool ZALCollectionDatabase::hasTrackForSongFileAtURL(const ZALNullableString& path) const {
     return track(path) != nullptr;
 }

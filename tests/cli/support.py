@@ -22,6 +22,7 @@ class ProgramTest(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="zaltag-", dir=MEMORY)
         self.addCleanup(shutil.rmtree, self.folder)
+        os.environ["XDG_STATE_HOME"] = self.path("state")  # where runs note how to take them back
 
     def path(self, name):
         return os.path.join(self.folder, name)

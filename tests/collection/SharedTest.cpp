@@ -75,7 +75,8 @@ TEST_P(Shared, whatIsNoXMLOrWouldNotSurviveIsRefused) {
           std::string("<!DOCTYPE a [<!ATTLIST a b CDATA 'x'>]><a/>"),
           std::string("<!DOCTYPE a SYSTEM 'x'><a b='&x;'/>"), std::string("<!DOCTYPE a [ %x; ]><a b='&y;'/>"),
           std::string("\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?><a b='\xC3\xA9'/>"),
-          std::string("<?xml version='1.0' encoding='x-other'?><a/>"), std::string("<a>\xFF</a>"), nested}) {
+          std::string("<?xml version='1.0' encoding='x-other'?><a/>"), std::string("<a>\xFF</a>"),
+          std::string("<a/>"), nested}) {
         replace(refused);
         const LogCapture log;
         const auto opened = kind.chosen(path());
@@ -84,7 +85,9 @@ TEST_P(Shared, whatIsNoXMLOrWouldNotSurviveIsRefused) {
         ZALError error;
         EXPECT_FALSE(opened->reload(&error));
         EXPECT_TRUE(error.code == kind.unreadable && error.domain == ZALTagErrorDomain);
-        EXPECT_FALSE(error.underlyingError->localizedDescription.empty());
+        const std::string& reason = error.underlyingError->localizedDescription;
+        EXPECT_FALSE(reason.empty());
+        EXPECT_EQ(reason.starts_with("its root is <a>, not <"), refused == "<a/>") << reason;
         EXPECT_FALSE(opened->save(&error));
         EXPECT_EQ(contentOf(path()), refused);
     }
@@ -193,6 +196,7 @@ TEST_P(Shared, aPathIsOneInEveryNormalizationAndTheNewestRequestWins) {
     EXPECT_TRUE(saved(*queue).success);
     EXPECT_THAT(times("/\xC3\xA9.mp3"), ElementsAre(5));
     EXPECT_THAT(times("/E\xCC\x81.mp3"), ElementsAre(-1)) << "case counts";
+    EXPECT_EQ(database->tracksLike("/\xC3\x89.MP3").size(), 1U) << "but not there";
 }
 
 TEST_P(Shared, audioFilesThatAreAwayAreOneLine) {

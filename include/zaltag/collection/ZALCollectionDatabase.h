@@ -13,6 +13,7 @@
 #include <optional>
 #include <shared_mutex>
 #include <string>
+#include <vector>
 
 class ZALCollectionTrack;
 
@@ -90,6 +91,9 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     /// A copy of the track of an audio file, by its path in any Unicode normalization; null without one. Of
     /// several tracks with one path it is the last.
     std::shared_ptr<const ZALCollectionTrack> track(const ZALNullableString& path) const;
+    /// Copies of the tracks whose paths differ from this one in letter case or Unicode normalization at most,
+    /// in the order of the file.
+    std::vector<std::shared_ptr<const ZALCollectionTrack>> tracksLike(const std::string& path) const;
     /// Calls a function with a copy of every track, one after the other, in the order of the file. They are
     /// those of the moment of the call, whatever is loaded or saved meanwhile, and no lock is held: the
     /// function may use the database. False when the file turns out to have been changed: the rest is left

@@ -65,6 +65,8 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     /// finds the cues of that kind as it wants them: as many, each with its name, type, time in whole
     /// microseconds and number.
     virtual bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const = 0;
+    /// Cue points as a queue writes them for this track: by time, each moved to the nearest beat.
+    ZALArray<ZALTagCuePoint> onBeats(const ZALArray<ZALTagCuePoint>& cuePoints) const;
     /// Why a queue leaves out a request of that time for this track; empty when it does not.
     virtual std::string whyLeftOut(std::chrono::system_clock::time_point requested) const;
 
@@ -87,8 +89,6 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     ZALCollectionTrack() = default;
     ZALCollectionTrack(const ZALCollectionTrack&) = default;
 
-    /// Cue points as a queue writes them: by time, moved to the beats of the track.
-    ZALArray<ZALTagCuePoint> onBeats(const ZALArray<ZALTagCuePoint>& cuePoints) const;
     /// Reads the grid from the element; null without one.
     virtual std::optional<ZALTrackTempo> readTempo() const = 0;
 
