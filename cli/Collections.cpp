@@ -107,8 +107,7 @@ void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
         ->type_name("FILE");
     command.add_option("--traktor", options.traktor, "The Traktor collection to use (NML)")
         ->type_name("FILE");
-    command
-        .add_option("--map", options.maps, "A folder of the collection that is another one here; repeatable")
+    command.add_option("--map", options.maps, "A folder of the collection that is TO here")
         ->type_name("FROM=TO")
         ->allow_extra_args(false);
     command.add_option("--boot-volume", options.bootVolume, "Traktor's name of the startup volume")

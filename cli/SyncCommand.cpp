@@ -617,6 +617,12 @@ std::string Sync::summary() const {
     return text;
 }
 
+constexpr const char* steps =
+    "The way: export the collection (Rekordbox: File > Export Collection in xml\n"
+    "format) and close the DJ programs; look with --dry-run; run; in Rekordbox\n"
+    "import the file that the run names (File > Import > Import Playlist); check\n"
+    "a track or two. 'zaltag undo' takes the run back.\n";
+
 }  // namespace
 
 void addSyncCommand(CLI::App& program, Command& chosen) {
@@ -634,9 +640,9 @@ void addSyncCommand(CLI::App& program, Command& chosen) {
         ->allow_extra_args(false);
     addCollectionSaveOptions(*command, options->collections);
     command->add_flag("-n,--dry-run", options->dryRun, "Only say what would change");
-    command->add_flag("!--no-backup", options->backup, "Make no copy of a collection before it is written");
-    command
-        ->add_option("--output", options->output, "Write a new collection there and leave the old one alone")
+    command->add_flag_callback(
+        "--no-backup", [options] { options->backup = false; }, "Make no copy of a collection");
+    command->add_option("--output", options->output, "Write a new collection, leave the old one alone")
         ->type_name("FILE");
     command->add_flag("-v,--verbose", options->verbose, "Name the files that a collection does not hold");
     command->add_flag("--json", options->json, "Print one JSON array, an object per file and target");
@@ -644,5 +650,6 @@ void addSyncCommand(CLI::App& program, Command& chosen) {
     command->add_option("-j,--jobs", options->jobs, "Threads to use")
         ->type_name("N")
         ->check(CLI::Range(1, 256).description(""));
+    command->footer(steps);
     command->callback([options, &chosen] { chosen = [options] { return Sync(*options).run(); }; });
 }

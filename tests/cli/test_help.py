@@ -32,7 +32,10 @@ class Help(ProgramTest):
         commands = list(self.commands())
         self.assertGreater(len(commands), 30)
         for command, text, below, options, names in commands:
-            self.assertLessEqual((len(text.splitlines()), max(map(len, text.splitlines()))), (30, 80), "fits a screen")
+            lines = text.splitlines()
+            # What writes into collections has options for every difference between the programs that it goes between.
+            self.assertLessEqual(len(lines), {"sync": 50, "cues set": 34}.get(command, 30), "fits a screen")
+            self.assertLessEqual(max(map(len, lines)), 80, command)
             self.assertRegex(text, rf"Examples:\n(.*\n)*.*zaltag {command}", command)
             page = next((text for title, text in sections.items() if command in title.split(", ")), "") + sections["OPTIONS"]
             for common in ("COLLECTION OPTIONS", "CUE POINT PLACES"):
