@@ -60,7 +60,7 @@ constexpr Examples examples[] = {
     {"traktor playlists", "zaltag traktor playlists"},
     {"sync",
      "zaltag sync ~/Music --from serato --to rekordbox-hot --to traktor --dry-run\n"
-     "zaltag sync ~/Music --from traktor --to serato --map /DJ/Music=$HOME/Music"},
+     "zaltag sync ~/Music --from traktor --to serato --map 'C:/Music=/mnt/Music'"},
     {"undo", "zaltag undo"},
     {"report", "zaltag report ~/Music -o music.html"},
     {"versions", "zaltag versions --service https://example.org"},

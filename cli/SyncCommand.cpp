@@ -642,10 +642,10 @@ void addSyncCommand(CLI::App& program, Command& chosen) {
     command->add_flag("-n,--dry-run", options->dryRun, "Only say what would change");
     command->add_flag_callback(
         "--no-backup", [options] { options->backup = false; }, "Make no copy of a collection");
-    command->add_option("--output", options->output, "Write a new collection, leave the old one alone")
+    command->add_option("--output", options->output, "Write a new collection there, not the old one")
         ->type_name("FILE");
-    command->add_flag("-v,--verbose", options->verbose, "Name the files that a collection does not hold");
-    command->add_flag("--json", options->json, "Print one JSON array, an object per file and target");
+    command->add_flag("-v,--verbose", options->verbose, "Name files that a collection does not hold");
+    command->add_flag("--json", options->json, "Print a JSON array, an object per file and target");
     command->add_flag("--clear-empty", options->clearEmpty, "Clear the targets where the source has none");
     command->add_option("-j,--jobs", options->jobs, "Threads to use")
         ->type_name("N")

@@ -77,7 +77,7 @@ int undo(const Options& options) {
 
 void addUndoCommand(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<Options>();
-    CLI::App* command = program.add_subcommand("undo", "Take back what the last sync wrote into collections");
+    CLI::App* command = program.add_subcommand("undo", "Take back what the last sync wrote");
     command->add_flag("--list", options->list, "Only name the runs that can be taken back");
     command->callback([options, &chosen] { chosen = [options] { return undo(*options); }; });
 }
