@@ -32,6 +32,7 @@
 #include <zaltag/platform/ZALNotificationCenter.h>
 #include <zaltag/platform/ZALTagCloudFileResolver.h>
 #include <zaltag/platform/ZALUserDefaults.h>
+#include <zaltag/records/ZALCuePlan.h>
 #include <zaltag/records/ZALTagBeatGrid.h>
 #include <zaltag/records/ZALTagCuePoint.h>
 #include <zaltag/records/ZALTagCuePoints.h>
@@ -51,6 +52,7 @@
 #include <zaltag/serato/ZALTagSeratoCuePointOld.h>
 #include <zaltag/serato/ZALTagSeratoGrid.h>
 #include <zaltag/serato/ZALTagSeratoGridPoint.h>
+#include <zaltag/serato/ZALTagSeratoLoop.h>
 #include <zaltag/serato/ZALTagSeratoMarker.h>
 #include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTag.h>

@@ -40,9 +40,43 @@ void addCue(py::module_& module) {
     });
 }
 
+void addLoop(py::module_& module) {
+    using Loop = ZALTagSeratoLoop;
+    py::class_<Loop> loop(module, "SeratoLoop",
+                          "A loop as Serato stores it, in slots beside those of the cues.");
+    loop.def(py::init([](std::int16_t index, std::uint32_t position, std::uint32_t end,
+                         const std::optional<py::str>& label, std::optional<std::uint32_t> color) {
+                 Loop made;
+                 made.setIndex(index);
+                 if (made.index() != index) throw py::value_error("Serato's slots are 0 to 7");
+                 made.setPosition(position);
+                 made.setEndPosition(end);
+                 made.setLabel(textFrom(label));
+                 if (color) made.setColor(*color);
+                 return made;
+             }),
+             py::arg("index"), py::arg("position"), py::arg("end_position"), py::arg("label") = py::none(),
+             py::arg("color") = py::none());
+    loop.def_property_readonly("index", &Loop::index, "The slot, 0 to 7.");
+    loop.def_property("position", &Loop::position, &Loop::setPosition, "Milliseconds from the start.");
+    loop.def_property("end_position", &Loop::endPosition, &Loop::setEndPosition);
+    loop.def_property("color", &Loop::color, &Loop::setColor, "0xAARRGGBB.");
+    loop.def_property("locked", &Loop::isLocked, &Loop::setLocked, "Whether Serato keeps it as it is.");
+    loop.def_property(
+        "label", [](const Loop& one) { return textOf(one.label()); },
+        [](Loop& one, const std::optional<py::str>& label) { one.setLabel(textFrom(label)); });
+    loop.def(py::self == py::self);
+    loop.attr("__hash__") = py::none();
+    loop.def("__repr__", [](const Loop& one) {
+        return py::str("SeratoLoop({}, {}, {}, {!r}, 0x{:08X})")
+            .format(one.index(), one.position(), one.endPosition(), textOf(one.label()), one.color());
+    });
+}
+
 void addMarker(py::module_& module) {
     py::class_<ZALTagSeratoMarker> marker(
-        module, "SeratoMarker", "Serato's record of hot cues; what else is in it is carried byte for byte.");
+        module, "SeratoMarker",
+        "Serato's record of hot cues and loops; what else is in it is carried byte for byte.");
     marker.def(py::init<>());
     marker.def_static(
         "from_bytes",
@@ -59,6 +93,8 @@ void addMarker(py::module_& module) {
         "The raw record.");
     marker.def_property("cue_points", &ZALTagSeratoMarker::cuePoints, &ZALTagSeratoMarker::setCuePoints,
                         "A new list of the cues; the first eight are written.");
+    marker.def_property("loops", &ZALTagSeratoMarker::loops, &ZALTagSeratoMarker::setLoops,
+                        "A new list of the loops; the first eight are written.");
     marker.def_property("major", &ZALTagSeratoMarker::major, &ZALTagSeratoMarker::setMajor);
     marker.def_property("minor", &ZALTagSeratoMarker::minor, &ZALTagSeratoMarker::setMinor);
     marker.def(py::self == py::self);
@@ -144,6 +180,7 @@ void addGrid(py::module_& module) {
 
 void addSerato(py::module_& module) {
     addCue(module);
+    addLoop(module);
     addMarker(module);
     addOldMarker(module);
     addGrid(module);

@@ -150,9 +150,23 @@ void addSeratoParts(TagClass& tag) {
         [](TagHandle& one, std::vector<ZALTagCuePoint> cuePoints) {
             one.changing().setSeratoCuePoints(std::move(cuePoints));
         },
-        "A new list of Serato's cue points. What is set is moved to the nearest beats of Serato's grid, "
-        "where the file "
-        "has one; an empty list removes them.");
+        "A new list of Serato's cue points with pads and colours. What is set is moved to the nearest beats "
+        "of "
+        "Serato's grid, where the file has one and the cue point is not there already; without pads it takes "
+        "the slots in its order. Loops in the list take the place of the loops; an empty list removes all.");
+    tag.def_property(
+        "serato_loops", [](const TagHandle& one) { return vectorOf(one.tag().seratoLoops()); },
+        [](TagHandle& one, std::vector<ZALTagCuePoint> loops) {
+            one.changing().setSeratoLoops(std::move(loops));
+        },
+        "A new list of Serato's loops; an empty one removes them.");
+    tag.def(
+        "plan_serato_cue_points",
+        [](const TagHandle& one, std::vector<ZALTagCuePoint> cuePoints, bool keepTimes) {
+            return one.tag().planSeratoCuePoints(std::move(cuePoints), keepTimes).outcomes;
+        },
+        py::arg("cue_points"), py::arg("keep_times") = false,
+        "What setting serato_cue_points would make of these: a CueOutcome for each. Changes nothing.");
     tag.def_property_readonly(
         "serato_marker",
         [](const TagHandle& one) -> std::optional<ZALTagSeratoMarker> {

@@ -14,24 +14,74 @@ std::shared_ptr<const std::string> sharedText(const std::optional<py::str>& text
     return value ? std::make_shared<const std::string>(*value) : nullptr;
 }
 
+using CuePoint = ZALTagCuePoint;
+
+CuePoint::Kind kindFrom(const std::string& word) {
+    const auto kind = CuePoint::kindOfName(word);
+    if (!kind) throw py::value_error("a kind is 'cue', 'fade-in', 'fade-out', 'load' or 'loop'");
+    return *kind;
+}
+
+CuePoint cuePointFrom(double time, const std::optional<py::str>& name, std::optional<double> end,
+                      std::optional<int> pad, std::optional<std::uint32_t> color,
+                      const std::optional<std::string>& kind) {
+    CuePoint cue(time, textFrom(name));
+    cue.setEnd(end);
+    if (kind) cue.setKind(kindFrom(*kind));
+    if (end && cue.kind() != CuePoint::Kind::loop) throw py::value_error("only loops have an end");
+    cue.setPad(pad);
+    cue.setColor(color);
+    return cue;
+}
+
+// What is said of it besides its time and name, as the arguments that say it.
+std::string argumentsOf(const CuePoint& cue) {
+    std::string text;
+    const auto add = [&text](const py::str& argument) { text += std::string(argument); };
+    if (cue.end()) add(py::str(", end={!r}").format(*cue.end()));
+    if (cue.pad()) add(py::str(", pad={}").format(*cue.pad()));
+    if (cue.color()) add(py::str(", color=0x{:06X}").format(*cue.color()));
+    if (!cue.end() && cue.kind() != CuePoint::Kind::cue)
+        add(py::str(", kind={!r}").format(CuePoint::nameOfKind(cue.kind())));
+    return text;
+}
+
 void addCuePoint(py::module_& module) {
-    py::class_<ZALTagCuePoint> cuePoint(
+    py::class_<CuePoint> cuePoint(
         module, "CuePoint",
-        "A place in a track: a time in seconds and a name. Two are equal within a millisecond.");
-    cuePoint.def(py::init([](double time, const std::optional<py::str>& name) {
-                     return ZALTagCuePoint::cuePointWithTime(time, textFrom(name));
-                 }),
-                 py::arg("time") = 0.0, py::arg("name") = py::none());
-    cuePoint.def_property("time", &ZALTagCuePoint::time, &ZALTagCuePoint::setTime, "Seconds from the start.");
+        "A place in a track: a time in seconds and a name, and what else is known of it. Two are equal whose "
+        "names are and whose times are within a millisecond.");
+    cuePoint.def(py::init(&cuePointFrom), py::arg("time") = 0.0, py::arg("name") = py::none(), py::kw_only(),
+                 py::arg("end") = py::none(), py::arg("pad") = py::none(), py::arg("color") = py::none(),
+                 py::arg("kind") = py::none());
+    cuePoint.def_property("time", &CuePoint::time, &CuePoint::setTime, "Seconds from the start.");
     cuePoint.def_property(
-        "name", [](const ZALTagCuePoint& cue) { return textOf(cue.name()); },
-        [](ZALTagCuePoint& cue, const std::optional<py::str>& name) { cue.setName(textFrom(name)); },
+        "name", [](const CuePoint& cue) { return textOf(cue.name()); },
+        [](CuePoint& cue, const std::optional<py::str>& name) { cue.setName(textFrom(name)); },
         "The label, or None.");
+    cuePoint.def_property("end", &CuePoint::end, &CuePoint::setEnd,
+                          "The end of a loop in seconds, or None; what is given one is a loop.");
+    cuePoint.def_property("pad", &CuePoint::pad, &CuePoint::setPad,
+                          "The pad from 0 on, -1 for none, or None when nothing is said of it.");
+    cuePoint.def_property("color", &CuePoint::color, &CuePoint::setColor, "0xRRGGBB, or None.");
+    cuePoint.def_property(
+        "kind", [](const CuePoint& cue) { return CuePoint::nameOfKind(cue.kind()); },
+        [](CuePoint& cue, const std::string& kind) { cue.setKind(kindFrom(kind)); },
+        "'cue', 'fade-in', 'fade-out', 'load' or 'loop'.");
     cuePoint.def(py::self == py::self);
     cuePoint.attr("__hash__") = py::none();  // equal within a tolerance
-    cuePoint.def("__repr__", [](const ZALTagCuePoint& cue) {
-        return py::str("CuePoint({!r}, {!r})").format(cue.time(), textOf(cue.name()));
+    cuePoint.def("is_wholly_equal_to", &CuePoint::isWhollyEqualTo, py::arg("other"),
+                 "Equal, and of the same kind, end, colour and pad.");
+    cuePoint.def("__repr__", [](const CuePoint& cue) {
+        return py::str("CuePoint({!r}, {!r}{})").format(cue.time(), textOf(cue.name()), argumentsOf(cue));
     });
+    py::class_<ZALCueOutcome> outcome(module, "CueOutcome",
+                                      "What becomes of a cue point in the place where it is written.");
+    outcome.def_readonly("asked", &ZALCueOutcome::asked, "The cue point.");
+    outcome.def_readonly("held", &ZALCueOutcome::held,
+                         "As it will be read from there, or None when there is no room for it.");
+    outcome.def_property_readonly("is_less_than_asked", &ZALCueOutcome::isLessThanAsked,
+                                  "Left out, or of another kind, pad or colour.");
 }
 
 // What every record has.

@@ -8,7 +8,7 @@ import unittest
 import mutagen
 
 import zaltag
-from collection_files import serato_cues
+from collection_files import serato_cues, serato_entries
 from support import ProgramTest
 
 
@@ -40,6 +40,25 @@ class Files(FilesTest):
                 self.assertEqual([cue.position for cue in tag.serato_marker.cue_points], [1500, 3000])
                 self.assertEqual([cue.position for cue in tag.serato_marker_old.cue_points], [1500, 3000])
             self.assertIn("Drop", zaltag.describe(path))
+
+    def test_cue_points_keep_and_take_slots_and_colours(self):
+        path = self.mp3()
+        drop = zaltag.CuePoint(1.5, "Drop", pad=3, color=0xE62828)
+        loop = zaltag.CuePoint(4, "Break", end=8.0)
+        self.assertEqual((repr(drop), loop.kind), ("CuePoint(1.5, 'Drop', pad=3, color=0xE62828)", "loop"))
+        self.assertRaises(ValueError, zaltag.CuePoint, 1, kind="grid")
+        with zaltag.open(path) as tag:
+            self.assertTrue(tag.plan_serato_cue_points([drop])[0].is_less_than_asked)
+            tag.serato_cue_points = [zaltag.CuePoint(9, "End", pad=7), drop, loop]
+        with zaltag.open(path) as tag:
+            cues = tag.serato_cue_points
+            cues[0].name = "Start"
+            tag.serato_cue_points = cues
+            self.assertTrue(tag.serato_loops[0].is_wholly_equal_to(zaltag.CuePoint(4, "Break", end=8.0, pad=-1, color=0x27AAE1)))
+        entries = serato_entries(str(path))
+        self.assertEqual(entries, [("CUE", bytes.fromhex("0007 00002328 008800CC 0000") + b"Start\0"),
+                                   ("CUE", bytes.fromhex("0003 000005DC 00CC0000 0000") + b"Drop\0"),
+                                   ("LOOP", bytes.fromhex("0000 00000FA0 00001F40 FFFFFFFF 0027AAE1 0000") + b"Break\0")])
 
     def test_what_cannot_be_opened(self):
         (self.folder / "text.txt").write_text("x")

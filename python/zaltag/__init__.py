@@ -17,6 +17,7 @@ from ._asyncio import main_queue_on, save_async
 from ._core import (
     BeatGrid,
     Comment,
+    CueOutcome,
     CuePoint,
     CuePoints,
     Energy,
@@ -29,6 +30,7 @@ from ._core import (
     SeratoCuePointOld,
     SeratoGrid,
     SeratoGridPoint,
+    SeratoLoop,
     SeratoMarker,
     SeratoMarkerOld,
     StoredImage,
@@ -50,9 +52,9 @@ from ._core import (
 from ._errors import CollectionError, Error, ErrorCode, OpenError, SaveError, UnsupportedOperation
 
 __all__ = [
-    "BeatGrid", "CollectionError", "Comment", "CuePoint", "CuePoints", "Energy", "Error", "ErrorCode", "Key", "OpenError",
-    "RekordboxCollection", "RekordboxCue", "RekordboxPlaylist", "RekordboxTrack", "SaveError", "SeratoCuePoint",
-    "SeratoCuePointOld", "SeratoGrid", "SeratoGridPoint", "SeratoMarker", "SeratoMarkerOld", "StoredImage", "Tag",
+    "BeatGrid", "CollectionError", "Comment", "CueOutcome", "CuePoint", "CuePoints", "Energy", "Error", "ErrorCode", "Key",
+    "OpenError", "RekordboxCollection", "RekordboxCue", "RekordboxPlaylist", "RekordboxTrack", "SaveError", "SeratoCuePoint",
+    "SeratoCuePointOld", "SeratoGrid", "SeratoGridPoint", "SeratoLoop", "SeratoMarker", "SeratoMarkerOld", "StoredImage", "Tag",
     "TraktorCollection", "TraktorCue", "TraktorPlaylist", "TraktorTrack", "UnsupportedOperation", "VelvetCascade",
     "__version__", "can_open", "copy_tags", "describe", "main_queue_on", "open", "rekordbox", "run_pending", "save_async",
     "set_log_sink", "supported_file_types", "traktor", "use_collections", "walk",

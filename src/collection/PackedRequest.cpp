@@ -52,6 +52,31 @@ ZALNullableString takenText(std::string_view& in) {
     return text;
 }
 
+// What a cue point says besides its time and name; a bit each.
+constexpr unsigned saysEnd = 1, saysColor = 2, saysPad = 4, kindShift = 3;
+
+void putCue(std::string& out, const ZALTagCuePoint& cue) {
+    put(out, cue.time());
+    putText(out, cue.name());
+    const unsigned says = (cue.end() ? saysEnd : 0) | (cue.color() ? saysColor : 0) |
+                          (cue.pad() ? saysPad : 0) | static_cast<unsigned>(cue.kind()) << kindShift;
+    put(out, static_cast<std::uint8_t>(says));
+    if (cue.end()) put(out, *cue.end());
+    if (cue.color()) put(out, *cue.color());
+    if (cue.pad()) put(out, *cue.pad());
+}
+
+ZALTagCuePoint takenCue(std::string_view& in) {
+    const auto time = taken<double>(in);
+    ZALTagCuePoint cue(time, takenText(in));
+    const auto says = taken<std::uint8_t>(in);
+    if (says & saysEnd) cue.setEnd(taken<double>(in));
+    cue.setKind(static_cast<ZALTagCuePoint::Kind>(says >> kindShift));
+    if (says & saysColor) cue.setColor(taken<std::uint32_t>(in));
+    if (says & saysPad) cue.setPad(taken<int>(in));
+    return cue;
+}
+
 }  // namespace
 
 PackedRequest::PackedRequest(const ZALCollectionQueueItem& item, const std::string& key) {
@@ -61,8 +86,7 @@ PackedRequest::PackedRequest(const ZALCollectionQueueItem& item, const std::stri
     put(out, item.kind);
     putSize(out, item.cuePoints.size());
     for (const ZALTagCuePoint& cue : item.cuePoints) {
-        put(out, cue.time());
-        putText(out, cue.name());
+        putCue(out, cue);
     }
     const std::size_t size = out.size();
     bytes_ = std::make_unique<char[]>(sizeof size + size);  // no more than it takes
@@ -80,8 +104,7 @@ ZALCollectionQueueItem PackedRequest::item(const std::string& key) const {
     item.kind = taken<ZALCueKind>(in);
     std::vector<ZALTagCuePoint> cuePoints(takenSize(in));
     for (ZALTagCuePoint& cue : cuePoints) {
-        cue.setTime(taken<double>(in));
-        cue.setName(takenText(in));
+        cue = takenCue(in);
     }
     item.cuePoints = cuePoints;
     return item;

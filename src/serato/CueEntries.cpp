@@ -1,6 +1,7 @@
 #include "serato/CueEntries.h"
 
 #include "base/Endian.h"
+#include "base/Unicode.h"
 #include "platform/Log.h"
 
 #include <algorithm>
@@ -22,29 +23,78 @@ std::optional<std::size_t> findNextCue(ZALDataView bytes) {
     return static_cast<std::size_t>(hit - searched.begin());
 }
 
-std::optional<CueEntry> nextCueEntry(ZALDataView payload, std::size_t from) {
-    if (from >= payload.size()) return std::nullopt;
-    const auto hit = findNextCue(payload.subspan(from));
-    if (!hit) return std::nullopt;
-    const std::size_t offset = from + *hit;
-    return CueEntry{offset, std::uint64_t{ByteReader(payload.subspan(offset + 4)).u32be()} + 8};
+std::vector<LoopEntry> loopEntries(ZALDataView payload) {
+    static constexpr std::array<std::uint8_t, 5> loopName{'L', 'O', 'O', 'P', 0};
+    std::vector<LoopEntry> loops;
+    std::size_t at = 0;
+    while (true) {
+        const ZALDataView rest = payload.subspan(at);
+        const auto nameEnd = std::find(rest.begin(), rest.end(), 0);
+        if (nameEnd == rest.begin() || nameEnd == rest.end()) return loops;
+        const auto nameSize = static_cast<std::size_t>(nameEnd - rest.begin()) + 1;
+        ByteReader in(rest.subspan(nameSize));
+        const std::uint32_t size = in.u32be();
+        if (in.failed() || size > in.remaining()) return loops;
+        const std::size_t end = at + nameSize + 4 + size;
+        if (std::equal(loopName.begin(), loopName.end(), rest.begin(), nameEnd + 1)) {
+            loops.push_back({at, end});
+        }
+        at = end;
+    }
 }
 
-ZALData withoutCueEntries(ZALDataView payload) {
-    ByteWriter rest;
-    std::size_t at = 0;
-    while (const auto entry = nextCueEntry(payload, at)) {
+std::optional<CueEntry> nextCueEntry(ZALDataView payload, std::size_t from,
+                                     const std::vector<LoopEntry>& loops) {
+    while (from < payload.size()) {
+        const auto hit = findNextCue(payload.subspan(from));
+        if (!hit) return std::nullopt;
+        const std::size_t offset = from + *hit;
+        const auto endsBefore = [](const LoopEntry& loop, std::size_t place) { return loop.end <= place; };
+        const auto loop = std::lower_bound(loops.begin(), loops.end(), offset, endsBefore);
+        if (loop == loops.end() || loop->offset > offset) {
+            return CueEntry{offset, std::uint64_t{ByteReader(payload.subspan(offset + 4)).u32be()} + 8};
+        }
+        from = loop->end;
+    }
+    return std::nullopt;
+}
+
+ZALData carriedEntries(ZALDataView payload, bool withLoops) {
+    const std::vector<LoopEntry> loops = loopEntries(payload);
+    std::vector<LoopEntry> cut;
+    std::size_t cutSize = 0;
+    std::size_t from = 0;
+    while (const auto entry = nextCueEntry(payload, from, loops)) {
         if (!entry->fits(payload)) {
             logDamage(fmt::format("invalid cue point size: {} at offset {} (length: {})", entry->size,
                                   static_cast<const void*>(&payload[entry->offset]),
-                                  rest.size() + payload.size() - at));
+                                  payload.size() - cutSize));
             return {};
         }
-        rest.bytes(payload.subspan(at, entry->offset - at));
-        at = entry->end();
+        cut.push_back({entry->offset, entry->end()});
+        cutSize += static_cast<std::size_t>(entry->size);
+        from = entry->end();
+    }
+    if (!withLoops) {
+        cut.insert(cut.end(), loops.begin(), loops.end());
+        std::sort(cut.begin(), cut.end(),
+                  [](const LoopEntry& one, const LoopEntry& other) { return one.offset < other.offset; });
+    }
+    ByteWriter rest;
+    std::size_t at = 0;
+    for (const LoopEntry& entry : cut) {
+        if (entry.offset > at) rest.bytes(payload.subspan(at, entry.offset - at));
+        at = std::max(at, entry.end);  // an entry may lie inside the one before
     }
     rest.bytes(payload.subspan(at));
     return rest.take();
+}
+
+ZALNullableString labelFromBytes(ZALDataView bytes) {
+    // An entry that ends without the terminator has an empty label too.
+    std::string text(bytes.begin(), bytes.empty() ? bytes.end() : bytes.end() - 1);
+    if (!isValidUTF8(text)) return std::nullopt;
+    return text;
 }
 
 }  // namespace zal

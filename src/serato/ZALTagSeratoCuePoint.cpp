@@ -2,19 +2,13 @@
 
 #include "base/Description.h"
 #include "base/Endian.h"
-#include "base/Unicode.h"
+#include "serato/CueEntries.h"
 #include "serato/PayloadLog.h"
 #include "serato/SlotColor.h"
 
 namespace {
 
 constexpr std::size_t fixedEntrySize = 20;  // up to the label
-
-ZALNullableString labelFromBytes(ZALDataView bytes) {
-    std::string text(bytes.begin(), bytes.end());
-    if (!zal::isValidUTF8(text)) return std::nullopt;
-    return text;
-}
 
 }  // namespace
 
@@ -42,8 +36,7 @@ std::optional<ZALTagSeratoCuePoint> ZALTagSeratoCuePoint::parse(ZALDataView entr
     cue.position_ = in.u32be();
     cue.color_ = in.u32be();
     in.skip(2);
-    // An entry that ends without the terminator has an empty label too.
-    cue.label_ = labelFromBytes(in.remaining() > 0 ? in.take(in.remaining() - 1) : ZALDataView());
+    cue.label_ = zal::labelFromBytes(in.take(in.remaining()));
     return cue;
 }
 

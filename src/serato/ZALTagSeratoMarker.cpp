@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::size_t shortestRecord = 7;
 constexpr std::size_t versionSize = 2;
+constexpr auto mostCues = static_cast<std::size_t>(ZALTagSeratoCuePoint::maximumNumberOfCuePoints());
+constexpr auto mostLoops = static_cast<std::size_t>(ZALTagSeratoLoop::maximumNumberOfLoops());
 
 }  // namespace
 
@@ -37,14 +39,16 @@ std::optional<ZALTagSeratoMarker> ZALTagSeratoMarker::markerWithData(ZALDataView
     marker.minor_ = data[1];
     marker.sourceMarkerData_ = std::move(payload);
     marker.readCuePoints();
+    marker.readLoops();
     return marker;
 }
 
 void ZALTagSeratoMarker::readCuePoints() {
     const ZALDataView payload = *sourceMarkerData_;
+    const std::vector<zal::LoopEntry> loops = zal::loopEntries(payload);
     zal::PayloadLog log;
     std::size_t at = 0;
-    while (const auto entry = zal::nextCueEntry(payload, at)) {
+    while (const auto entry = zal::nextCueEntry(payload, at, loops)) {
         if (!entry->fits(payload)) {
             log.logf("invalid cue point size: {} at offset {} (length: {})", entry->size, entry->offset,
                      payload.size());
@@ -54,6 +58,21 @@ void ZALTagSeratoMarker::readCuePoints() {
         auto cue = ZALTagSeratoCuePoint::parse(payload.subspan(entry->offset, at - entry->offset), log);
         if (cue) cuePoints_.push_back(std::move(*cue));
     }
+}
+
+void ZALTagSeratoMarker::readLoops() {
+    const ZALDataView payload = *sourceMarkerData_;
+    zal::PayloadLog log;
+    for (const zal::LoopEntry& entry : zal::loopEntries(payload)) {
+        auto loop = ZALTagSeratoLoop::parse(payload.subspan(entry.offset, entry.end - entry.offset), log);
+        if (loop) loops_.push_back(std::move(*loop));
+    }
+}
+
+void ZALTagSeratoMarker::setLoops(std::vector<ZALTagSeratoLoop> loops) {
+    if (loops == loops_) return;  // their entries keep their bytes and places
+    loops_ = std::move(loops);
+    areLoopsSet_ = true;
 }
 
 std::optional<ZALTagSeratoMarker> ZALTagSeratoMarker::markerWithEncodedData(ZALDataView data) {
@@ -66,11 +85,13 @@ ZALNullableData ZALTagSeratoMarker::markerData() const {
     zal::ByteWriter inner;
     inner.u8(major_);
     inner.u8(minor_);
-    const auto most = static_cast<std::size_t>(ZALTagSeratoCuePoint::maximumNumberOfCuePoints());
-    for (std::size_t i = 0; i < std::min(cuePoints_.size(), most); ++i) {
+    for (std::size_t i = 0; i < std::min(cuePoints_.size(), mostCues); ++i) {
         inner.bytes(cuePoints_[i].cuePointData());
     }
-    if (sourceMarkerData_) inner.bytes(zal::withoutCueEntries(*sourceMarkerData_));
+    for (std::size_t i = 0; areLoopsSet_ && i < std::min(loops_.size(), mostLoops); ++i) {
+        inner.bytes(loops_[i].loopData());
+    }
+    if (sourceMarkerData_) inner.bytes(zal::carriedEntries(*sourceMarkerData_, !areLoopsSet_));
     const ZALNullableData text = ZALDataByEncodingBase64(inner.data());
     if (!text) {
         zal::logf("Failed to encode data {} ({} bytes)", zal::describe(inner.data()), inner.size());

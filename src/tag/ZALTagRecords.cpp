@@ -42,6 +42,45 @@ std::optional<ZALTagSeratoMarkerOld> oldMarkerOf(const TagStore& store) {
     return zal::readOldSeratoMarker(store.payload(zal::markersCarrier), store.seratoForm());
 }
 
+void writeOldSlots(TagContents& contents, const zal::SeratoSlots& slots) {
+    contents.forEachWritten([&](TagStore& store) {
+        if (!store.carries(zal::markersCarrier)) return;
+        const ZALNullableData data = zal::renderedOldSeratoMarker(
+            zal::oldSeratoMarkerWithSlots(oldMarkerOf(store), slots), store.seratoForm());
+        if (data) store.setPayload(zal::markersCarrier, data);
+    });
+}
+
+void writeNewSlots(TagContents& contents, const std::optional<ZALTagSeratoMarker>& old,
+                   const zal::SeratoSlots& slots) {
+    const ZALTagSeratoMarker marker = zal::seratoMarkerWithSlots(old, slots);
+    contents.forEachWritten([&](TagStore& store) {
+        if (!store.carries(zal::markers2Carrier)) return;
+        const ZALNullableData data = zal::renderedSeratoMarker(marker, store.seratoForm());
+        if (data) store.setPayload(zal::markers2Carrier, data);
+    });
+}
+
+void writeOldCuePoints(TagContents& contents, const std::optional<ZALTagSeratoMarker>& marker,
+                       const ZALArray<ZALTagCuePoint>& cuePoints) {
+    if (cuePoints.empty()) return setPayload(contents, zal::markersCarrier, std::nullopt);
+    writeOldSlots(contents, zal::seratoSlotsFor(cuePoints, marker));
+}
+
+void writeNewCuePoints(TagContents& contents, const std::optional<ZALTagSeratoMarker>& marker,
+                       const ZALArray<ZALTagCuePoint>& cuePoints) {
+    if (cuePoints.empty()) return setPayload(contents, zal::markers2Carrier, std::nullopt);
+    writeNewSlots(contents, marker, zal::seratoSlotsFor(cuePoints, marker));
+}
+
+// The legacy record, then Markers2, which is the last one.
+void writeCuePoints(TagContents& contents, const std::optional<ZALTagSeratoMarker>& marker,
+                    const ZALArray<ZALTagCuePoint>& cuePoints) {
+    writeOldCuePoints(contents, marker, cuePoints);
+    writeNewCuePoints(contents, marker, cuePoints);
+    contents.forEachWritten([](TagStore& store) { store.movePayloadToEnd(zal::markers2Carrier); });
+}
+
 }  // namespace
 
 std::optional<ZALTagKey> ZALTag::zalKey() const {
@@ -110,40 +149,48 @@ ZALArray<ZALTagCuePoint> ZALTag::seratoCuePoints() const {
     return zal::cuePointsOfSeratoMarker(seratoMarker());
 }
 
+ZALArray<ZALTagCuePoint> ZALTag::seratoLoops() const {
+    return zal::loopsOfSeratoMarker(seratoMarker());
+}
+
 void ZALTag::setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    contentsFor("setSeratoCuePoints:");
-    setRawSeratoCuePoints(cuePoints.empty() ? cuePoints
-                                            : zal::cuePointsOnSeratoGrid(cuePoints, seratoGrid()));
+    TagContents& contents = contentsFor("setSeratoCuePoints:");
+    const auto marker = seratoMarker();
+    writeCuePoints(
+        contents, marker,
+        cuePoints.empty() ? cuePoints : zal::cuePointsOnSeratoGrid(cuePoints, seratoGrid(), marker));
 }
 
 void ZALTag::setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    setSeratoCuePointsOld(cuePoints);
-    setSeratoCuePointsNew(cuePoints);
-    contentsFor("setRawSeratoCuePoints:").forEachWritten([](TagStore& store) {
-        store.movePayloadToEnd(zal::markers2Carrier);
-    });
+    writeCuePoints(contentsFor("setRawSeratoCuePoints:"), seratoMarker(), cuePoints);
+}
+
+void ZALTag::setSeratoLoops(const ZALArray<ZALTagCuePoint>& loops) {
+    TagContents& contents = contentsFor("setSeratoLoops:");
+    const auto marker = seratoMarker();
+    const zal::SeratoSlots slots =
+        zal::seratoLoopSlotsFor(zal::cuePointsOnSeratoGrid(loops, seratoGrid(), marker), marker);
+    if (!marker && slots.loops->empty()) return;
+    writeOldSlots(contents, slots);
+    writeNewSlots(contents, marker, slots);
+}
+
+ZALCuePlan ZALTag::planSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, bool keepsTimes) const {
+    const auto marker = seratoMarker();
+    const auto moved = keepsTimes ? cuePoints : zal::cuePointsOnSeratoGrid(cuePoints, seratoGrid(), marker);
+    ZALCuePlan plan{zal::seratoSlotsFor(moved, marker).outcomes};
+    for (std::size_t i = 0; i < plan.outcomes.size(); ++i) {
+        plan.outcomes[i].asked = cuePoints[i];
+    }
+    return plan;
 }
 
 void ZALTag::setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    TagContents& contents = contentsFor("setSeratoCuePointsOld:");
-    if (cuePoints.empty()) return setPayload(contents, zal::markersCarrier, std::nullopt);
-    contents.forEachWritten([&](TagStore& store) {
-        if (!store.carries(zal::markersCarrier)) return;
-        const ZALNullableData data = zal::renderedOldSeratoMarker(
-            zal::oldSeratoMarkerWithCuePoints(oldMarkerOf(store), cuePoints), store.seratoForm());
-        if (data) store.setPayload(zal::markersCarrier, data);
-    });
+    writeOldCuePoints(contentsFor("setSeratoCuePointsOld:"), seratoMarker(), cuePoints);
 }
 
 void ZALTag::setSeratoCuePointsNew(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    TagContents& contents = contentsFor("setSeratoCuePointsNew:");
-    if (cuePoints.empty()) return setPayload(contents, zal::markers2Carrier, std::nullopt);
-    const ZALTagSeratoMarker marker = zal::seratoMarkerWithCuePoints(seratoMarker(), cuePoints);
-    contents.forEachWritten([&](TagStore& store) {
-        if (!store.carries(zal::markers2Carrier)) return;
-        const ZALNullableData data = zal::renderedSeratoMarker(marker, store.seratoForm());
-        if (data) store.setPayload(zal::markers2Carrier, data);
-    });
+    writeNewCuePoints(contentsFor("setSeratoCuePointsNew:"), seratoMarker(), cuePoints);
 }
 
 bool ZALTag::hasSeratoMetadata() const {

@@ -60,8 +60,8 @@ def traktor_cues(entry):
             for cue in entry.findall("CUE_V2")]
 
 
-def serato_cues(path):
-    """(milliseconds, name) of Serato's hot cues in a file by their slots, with mutagen and nothing of ours."""
+def serato_entries(path):
+    """(name, data) of every entry of Serato's Markers2 in a file, with mutagen and nothing of ours."""
     file = mutagen.File(path)
     if isinstance(file, mutagen.flac.FLAC):
         data = base64.b64decode(pad(file["SERATO_MARKERS_V2"][0].encode()))
@@ -71,13 +71,19 @@ def serato_cues(path):
         data = file.tags["GEOB:Serato Markers2"].data
     data = data[data.index(b"Serato Markers2") + 16:] if b"Serato Markers2" in data else data
     payload = base64.b64decode(pad(data[2:].split(b"\0")[0]))[2:]
-    cues = {}
+    entries = []
     while payload and payload[0]:
         name, rest = payload.split(b"\0", 1)
         length = int.from_bytes(rest[:4], "big")
-        entry, payload = rest[4:4 + length], rest[4 + length:]
-        if name == b"CUE":
-            cues[entry[1]] = (int.from_bytes(entry[2:6], "big"), entry[12:].rstrip(b"\0").decode())
+        entries.append((name.decode(), rest[4:4 + length]))
+        payload = rest[4 + length:]
+    return entries
+
+
+def serato_cues(path):
+    """(milliseconds, name) of its hot cues by their slots."""
+    cues = {entry[1]: (int.from_bytes(entry[2:6], "big"), entry[12:].rstrip(b"\0").decode())
+            for name, entry in serato_entries(path) if name == "CUE"}
     return [cues[slot] for slot in sorted(cues)]
 
 

@@ -7,6 +7,7 @@
 #include <zaltag/id3/ZALTagAIFF.h>
 #include <zaltag/platform/ZALHost.h>
 #include <zaltag/serato/ZALBase64.h>
+#include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTag.h>
 
 #include "support/AudioFixtures.h"
@@ -14,6 +15,7 @@
 #include "support/Hex.h"
 #include "support/LogCapture.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -157,6 +159,75 @@ TEST_P(Contract, aSeratoRecordKeepsWhatIsNoCueAndItsGridMovesCues) {
     tag->setSeratoCuePoints({});
     ASSERT_TRUE(tag->save());
     EXPECT_TRUE(opened(path)->seratoCuePoints().empty());
+}
+
+// Entries as Serato orders them. Labels are the names of other entries, colours not its own, and no time is
+// on the grid.
+TEST_P(Contract, aSeratoCueThatComesBackKeepsItsSlotColorAndTime) {
+    const auto cueData = [](std::int16_t index, std::uint32_t position, const char* label,
+                            std::uint32_t color) {
+        auto cue = ZALTagSeratoCuePoint::cuePointWithIndex(index, position, label);
+        cue.setColor(color);
+        return cue.cuePointData();
+    };
+    const ZALData first = cueData(7, 77, "LOOP", 0xFF123456), third = cueData(3, 90, "", 0x00CC8800),
+                  color = fromHex("434F4C4F5200 00000004 00FFFFFF"),
+                  loop =
+                      fromHex("4C4F4F5000 00000018 0002 00000064 000000C8 01020304 00AABBCC 0501 43554500"),
+                  flip = fromHex("464C495000 00000007 4C4F4F5000 0000"),
+                  lock = fromHex("42504D4C4F434B00 00000001 01");
+    const ZALData payload =
+        joined({{1, 1}, color, first, cueData(0, 80, "Intro", 0x00CC0000), third, loop, flip, lock, {0}});
+    const std::string path =
+        folder_.write(std::string("song.") + GetParam().extension,
+                      GetParam().withSerato(joined({{1, 1}, *dataByEncodingBase64(payload)}),
+                                            fromHex("0100 00000001 3F000000 42F00000 37")));
+    const auto saved = [&](const std::function<void(ZALTag & tag)>& change) {
+        auto tag = opened(path);
+        change(*tag);
+        EXPECT_TRUE(tag->save());
+        const ZALData record = opened(path)->seratoMarker()->markerData().value();
+        return toHex(*dataByDecodingBase64(ZALDataView(record).subspan(2)));
+    };
+    const auto rename = [](ZALTag& tag) {
+        auto cues = tag.seratoCuePoints().elements();
+        EXPECT_EQ(cues[0].color(), 0x123456u);
+        cues[1].setName("Start");
+        tag.setSeratoCuePoints(cues);
+    };
+    const ZALData second = cueData(0, 80, "Start", 0x00CC0000);
+    EXPECT_EQ(saved(rename), toHex(joined({{1, 1}, first, second, third, color, loop, flip, lock, {0}})));
+    const auto move = [](ZALTag& tag) {
+        auto cues = tag.seratoCuePoints().elements();
+        cues[2].setPad(5);
+        cues[2].setColor(0x28E214);
+        ZALTagCuePoint added(4.2, "Break");
+        added.setEnd(6.2);
+        std::vector<ZALTagCuePoint> loops = tag.seratoLoops().elements();
+        EXPECT_TRUE(loops.at(0).isLoop() && loops[0].color() == 0xAABBCCu && loops[0].pad() == -1);
+        loops.insert(loops.begin(), added);
+        const ZALCuePlan plan = tag.planSeratoCuePoints(cues);
+        EXPECT_TRUE(plan.outcomes[2].isMoved() && plan.outcomes[2].hasOtherColor() &&
+                    plan.count(&ZALCueOutcome::isLessThanAsked) == 1);
+        tag.setSeratoCuePoints(cues);
+        tag.setSeratoLoops(loops);
+    };
+    const ZALData moved = cueData(5, 0, "", 0x0000CC00),
+                  added = fromHex("4C4F4F5000 0000001A 0000 00000FA0 00001770 FFFFFFFF 0027AAE1 0000");
+    EXPECT_EQ(
+        saved(move),
+        toHex(joined(
+            {{1, 1}, first, second, moved, added, bytesOf("Break"), {0}, loop, color, flip, lock, {0}})));
+    const auto old = opened(path)->oldSeratoMarkerData();
+    if (!old) return;  // FLAC
+    const auto slots = ZALTagSeratoMarkerOld::initWithData(*old, GetParam().extension)->loopPoints();
+    const auto slot = [](const ZALTagSeratoCuePointOld& one) {
+        return fmt::format("{} {}-{} {:X} {}", one.type(), one.position(), one.loopPosition(), one.color(),
+                           one.loopLocked());
+    };
+    EXPECT_EQ(slot(slots.at(0)), "3 4000-6000 27AAE1 0");
+    EXPECT_EQ(slot(slots.at(1)), "3 4294967295-4294967295 0 0");
+    EXPECT_EQ(slot(slots.at(2)), "3 100-200 AABBCC 1");
 }
 
 TEST_P(Contract, aReadOnlyObjectCannotBeSaved) {

@@ -2,6 +2,7 @@
 
 #include <zaltag/id3/ZALTagID3.h>
 #include <zaltag/serato/ZALBase64.h>
+#include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 
 #include "support/AudioFixtures.h"
 #include "support/Hex.h"
@@ -73,6 +74,10 @@ TEST(SeratoFrames, bothAreWrittenTheNewOneLast) {
     EXPECT_THAT(framesOf(*tag), ElementsAre("TIT2", "application/json:Serato Markers_",
                                             "application/json:Key", "application/json:Serato Markers2"));
     EXPECT_EQ(tag->seratoCuePoints()[1].time(), 0) << "before the start is the start";
+    tag->setSeratoCuePoints(cues({1, 2, 3, 4, 5, 6, 7, 8, 9}));
+    EXPECT_EQ(ZALTagSeratoMarkerOld::initWithData(*tag->oldSeratoMarkerData())->cuePoints()[0].position(),
+              1000u)
+        << "the ninth is in no slot";
     tag->setSeratoCuePoints({});
     EXPECT_THAT(framesOf(*tag), ElementsAre("TIT2", "application/json:Key"));
 }

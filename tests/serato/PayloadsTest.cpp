@@ -2,15 +2,16 @@
 // block is a case; a line a word and its value.
 //
 //     kind  "markers2" a record, "payload" what such a one wraps, "grid", or the type of the file of a legacy
-//     record read  in words; without this line it is null out   what is written back; "mp3" and "m4a" for a
-//     legacy record, "-" where it cannot be snap  times and where the grid moves them log   a line each; up
-//     to a "…" only
+//     record read  in words; without this line it is null loops  of Markers2 out   what is written back;
+//     "mp3" and "m4a" for a legacy record, "-" where it cannot be snap  times and where the grid moves them
+//     log   a line each; up to a "…" only
 
 #include <zaltag/serato/ZALBase64.h>
 #include <zaltag/serato/ZALTagSeratoGrid.h>
 #include <zaltag/serato/ZALTagSeratoMarker.h>
 #include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 
+#include "serato/CueColors.h"
 #include "serato/CueEntries.h"
 #include "support/AudioFixtures.h"
 #include "support/Hex.h"
@@ -68,12 +69,20 @@ Lines readMarkers2(const ZALData& record) {
         read += fmt::format("{}{}@{} {} {}", read.empty() ? "" : "; ", cue.index(), cue.position(),
                             cue.argbColor(), cue.label().value_or("null"));
     }
+    std::string loops;
+    for (const ZALTagSeratoLoop& loop : marker->loops()) {
+        loops +=
+            fmt::format("{}{}@{}-{} {:X} {} {}", loops.empty() ? "" : "; ", loop.index(), loop.position(),
+                        loop.endPosition(), loop.color(), loop.isLocked(), loop.label().value_or("null"));
+    }
     const ZALData written = marker->markerData().value();
     const LogCapture silence;
     EXPECT_EQ(ZALTagSeratoMarker::markerWithEncodedData(encoded(record)), marker);
     EXPECT_EQ(ZALTagSeratoMarker::markerWithEncodedData(marker->encodedMarkerData().value()),
               ZALTagSeratoMarker::markerWithData(written));
-    return {{"read", read}, {"out", toHex(dataByDecodingBase64(ZALDataView(written).subspan(2)).value())}};
+    return {{"read", read},
+            {"loops", loops},
+            {"out", toHex(dataByDecodingBase64(ZALDataView(written).subspan(2)).value())}};
 }
 
 Lines readGrid(const ZALData& record, const std::string& snap) {
@@ -195,6 +204,16 @@ TEST(Payloads, theLastCueOfASlotWinsAndTheFirstEightAreWritten) {
     ASSERT_EQ(read.size(), 8u);
     for (std::size_t i = 0; i < 8; ++i) {
         EXPECT_EQ(read[i].cuePointData(), cues[i].cuePointData()) << "not by index";
+    }
+}
+
+TEST(CueColors, areTheNearestToTheEye) {
+    // Pads of Rekordbox, and what lies between two of Serato's by numbers alone.
+    const std::pair<std::uint32_t, std::uint32_t> colors[] = {
+        {0xE62828, 0xCC0000}, {0x28E214, 0x00CC00}, {0x305AFF, 0x0044CC}, {0xB432FF, 0x8800CC},
+        {0xE0641B, 0xCC4400}, {0x00CC44, 0x00CC44}, {0x00E0FF, 0x00CCCC}, {0xFF127B, 0xCC0044}};
+    for (const auto& [rgb, nearest] : colors) {
+        EXPECT_EQ(zal::nearestCueColor(rgb), nearest) << std::hex << rgb;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <zaltag/base/ZALData.h>
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/serato/ZALTagSeratoCuePoint.h>
+#include <zaltag/serato/ZALTagSeratoLoop.h>
 
 #include <cstdint>
 #include <optional>
@@ -10,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-/// Serato's record "Serato Markers2": hot cues, and entries such as loops, track colour and BPM lock, which
+/// Serato's record "Serato Markers2": hot cues, loops, and entries such as track colour and BPM lock, which
 /// are carried through byte for byte. A value; copy it freely, use one copy from one thread at a time. One
 /// record logs each kind of complaint once, however often it gives cause.
 class ZALTAG_EXPORT ZALTagSeratoMarker {
@@ -33,8 +34,9 @@ class ZALTAG_EXPORT ZALTagSeratoMarker {
         return markerWithEncodedData(data);
     }
 
-    /// The raw record: the first eight cues in their order in the list, then everything of the record read
-    /// that is not a cue, in its old order. When a cue of the record read runs past the end, this is logged
+    /// The raw record: the first eight cues in their order in the list, then the first eight loops, then
+    /// everything else of the record read, in its old order. Loops that are those that were read stay where
+    /// they stood. When a cue of the record read runs past the end, this is logged
     /// and nothing of that record is carried. Null, with one log line, when the memory cannot be had.
     ZALNullableData markerData() const;
 
@@ -52,18 +54,26 @@ class ZALTAG_EXPORT ZALTagSeratoMarker {
     const std::vector<ZALTagSeratoCuePoint>& cuePoints() const { return cuePoints_; }
     void setCuePoints(std::vector<ZALTagSeratoCuePoint> cuePoints) { cuePoints_ = std::move(cuePoints); }
 
+    /// The loops in the order found; their slots are their own. Loops that stand behind an entry that is none
+    /// are not found.
+    const std::vector<ZALTagSeratoLoop>& loops() const { return loops_; }
+    void setLoops(std::vector<ZALTagSeratoLoop> loops);
+
     /// "<ZALTagSeratoMarker: 0x...> major: 1, minor: 1, cuePoints: (...)", with the description of each cue.
     std::string description() const;
 
-    /// Equal versions, cues and carried bytes.
+    /// Equal versions, cues, loops and carried bytes.
     bool operator==(const ZALTagSeratoMarker& other) const = default;
 
   private:
     ZALTAG_INSIDE void readCuePoints();
+    ZALTAG_INSIDE void readLoops();
 
     std::uint8_t major_ = 0;
     std::uint8_t minor_ = 0;
     std::vector<ZALTagSeratoCuePoint> cuePoints_;
+    std::vector<ZALTagSeratoLoop> loops_;
+    bool areLoopsSet_ = false;
     // The payload as it was read, without its two version bytes; null when none was read.
     ZALNullableData sourceMarkerData_;
 };

@@ -62,10 +62,16 @@ class ZALTAG_EXPORT ZALTagSeratoMarkerOld {
     std::uint8_t minor() const { return minor_; }
     void setMinor(std::uint8_t version) { minor_ = version; }
 
-    /// The cue points in the order found. Loops are not among them; those of the record read are kept and
-    /// written again.
+    /// The cue points in the order found. Loops are not among them.
     const std::vector<ZALTagSeratoCuePointOld>& cuePoints() const { return cuePoints_; }
     void setCuePoints(std::vector<ZALTagSeratoCuePointOld> cuePoints) { cuePoints_ = std::move(cuePoints); }
+
+    /// The loop slots in their order, also those in which no loop is: of the record read, they are kept and
+    /// written again.
+    const std::vector<ZALTagSeratoCuePointOld>& loopPoints() const { return loopPoints_; }
+    void setLoopPoints(std::vector<ZALTagSeratoCuePointOld> loopPoints) {
+        loopPoints_ = std::move(loopPoints);
+    }
 
     /// The colour of the track, 0x00RRGGBB; 0x00FFFFFF by default.
     std::uint32_t color() const { return color_; }

@@ -7,6 +7,7 @@
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/base/ZALJSONValue.h>
 #include <zaltag/base/ZALText.h>
+#include <zaltag/records/ZALCuePlan.h>
 #include <zaltag/records/ZALTagBeatGrid.h>
 #include <zaltag/records/ZALTagCuePoint.h>
 #include <zaltag/records/ZALTagCuePoints.h>
@@ -204,13 +205,29 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
 
     // Other programs
 
-    /// The cue points that Serato keeps in the file, in its order; empty when there are none.
+    /// The cue points that Serato keeps in the file, in its order, with pads and colours; empty when there
+    /// are none.
     ZALArray<ZALTagCuePoint> seratoCuePoints() const;
-    /// Writes them, in the order given, each moved to the nearest beat of Serato's grid where the file has
-    /// one. An empty array removes Serato's cue points.
+    /// The loops that it keeps beside them, in slots of their own: they are on no pad.
+    ZALArray<ZALTagCuePoint> seratoLoops() const;
+    /// Writes cue points in the place of those that are there, in the order given, each moved to the nearest
+    /// beat of Serato's grid where the file has one. An empty array removes Serato's records.
+    ///
+    /// Cue points that say nothing of pads get the slots and their colours in the order of the array.
+    /// Otherwise each gets its pad; a later one for the same, one on no pad and one that says nothing the
+    /// lowest free one; those without any are left out. What stands on its pad at its time is not moved, and
+    /// keeps its colour when none is said; other colours become the nearest that Serato has. Fade and load
+    /// markers become cues. Loops among them take the place of the loops; without any, these stay.
     void setSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
     /// The same without moving cue points to the grid.
     void setRawSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// Replaces the loops and nothing else; an empty array removes them. A loop that is there, to the
+    /// millisecond, keeps its slot, its lock, and its colour when none is said; others are moved to the grid
+    /// by their beginnings and get the free slots in the order of time, those without one are left out.
+    void setSeratoLoops(const ZALArray<ZALTagCuePoint>& loops);
+    /// What setSeratoCuePoints() would make of cue points, or setRawSeratoCuePoints(), which keeps their
+    /// times. Changes nothing.
+    ZALCuePlan planSeratoCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, bool keepsTimes = false) const;
     /// The two records of which that writes both: the legacy one, which is never read for cue points and
     /// which FLAC files have not, and Markers2.
     void setSeratoCuePointsOld(const ZALArray<ZALTagCuePoint>& cuePoints);
