@@ -8,6 +8,7 @@
 #include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTagComment.h>
 #include <zaltag/tag/ZALTagDataImage.h>
+#include <zaltag/walks/ZALFirstFrame.h>
 
 #include <fmt/format.h>
 
@@ -29,7 +30,7 @@ std::string colorText(std::uint32_t color) {
 }
 
 // JSON has no word for the numbers that a damaged grid can hold.
-ZALJSONValue finite(double value) {
+ZALJSONValue finiteOrNull(double value) {
     return std::isfinite(value) ? ZALJSONValue(value) : ZALJSONValue();
 }
 
@@ -69,9 +70,9 @@ ZALJSONValue jsonOfGrid(const std::optional<ZALTagSeratoGrid>& grid) {
     if (!grid) return nullptr;
     Array gridPoints;
     for (const ZALTagSeratoGridPoint& point : grid->gridPoints()) {
-        gridPoints.push_back(Object{{"position", finite(point.position())},
+        gridPoints.push_back(Object{{"position", finiteOrNull(point.position())},
                                     {"beatsToNext", point.beatsToNext()},
-                                    {"tempo", finite(point.tempo())}});
+                                    {"tempo", finiteOrNull(point.tempo())}});
     }
     return Object{{"major", grid->major()}, {"minor", grid->minor()}, {"gridPoints", std::move(gridPoints)}};
 }
@@ -86,12 +87,34 @@ void addSeratoPayloads(Members& members, const Tag& tag, const char* fileType) {
                                    {"seratoGrid", jsonOfGrid(tag.seratoGrid())}});
 }
 
+// With more members than these, their record says all.
+ZALJSONValue timesAndNames(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    Array out;
+    for (const ZALTagCuePoint& cue : cuePoints) {
+        out.push_back(Object{{"time", cue.time()}, {"name", cue.name()}});
+    }
+    return out;
+}
+
+ZALJSONValue jsonOfFirstFrame(const std::string& path) {
+    const auto frame = ZALFirstFrame::ofFile(path);
+    if (!frame) return nullptr;
+    return Object{{"case", std::string(1, static_cast<char>(frame->kind))},
+                  {"offset", frame->traktorOffset()}};
+}
+
 }  // namespace
 
 ZALJSONValue jsonOfCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
     Array out;
     for (const ZALTagCuePoint& cue : cuePoints) {
-        out.push_back(Object{{"time", cue.time()}, {"name", cue.name()}});
+        out.push_back(Object{
+            {"time", cue.time()},
+            {"name", cue.name()},
+            {"pad", cue.pad() ? ZALJSONValue(*cue.pad()) : ZALJSONValue()},
+            {"color", cue.color() ? ZALJSONValue(fmt::format("{:06X}", *cue.color())) : ZALJSONValue()},
+            {"end", cue.end() ? finiteOrNull(*cue.end()) : ZALJSONValue()},
+            {"kind", ZALTagCuePoint::nameOfKind(cue.kind())}});
     }
     return out;
 }
@@ -155,11 +178,12 @@ Members membersOfTag(const std::string& path, const ZALTag& tag) {
                                    {"zalVelvetCascade", jsonOfRecord(tag.zalVelvetCascade())},
                                    {"hasSeratoMetadata", tag.hasSeratoMetadata()},
                                    {"hasTraktorMetadata", tag.hasTraktorMetadata()},
-                                   {"seratoCuePoints", jsonOfCuePoints(tag.seratoCuePoints())}});
+                                   {"seratoCuePoints", timesAndNames(tag.seratoCuePoints())}});
     if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&tag)) addSeratoPayloads(members, *id3, "mp3");
     if (const auto* mp4 = dynamic_cast<const ZALTagMP4*>(&tag)) addSeratoPayloads(members, *mp4, "m4a");
     members.insert(members.end(), {{"allComments", jsonOfComments(tag)},
                                    {"supportsImages", tag.supportsImages()},
-                                   {"allImages", jsonOfPictures(tag)}});
+                                   {"allImages", jsonOfPictures(tag)},
+                                   {"firstFrame", jsonOfFirstFrame(path)}});
     return members;
 }

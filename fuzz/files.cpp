@@ -15,6 +15,7 @@
 #include <zaltag/tools/ZALTagDescription.h>
 #include <zaltag/traktor/ZALTraktorDatabase.h>
 #include <zaltag/traktor/ZALTraktorQueue.h>
+#include <zaltag/walks/ZALFirstFrame.h>
 
 namespace {
 
@@ -62,6 +63,8 @@ void audio(ZALDataView data) {
     const auto tag = ZALTag::tagAtPath(file.path());
     if (tag == nullptr) return;
     readEverything(*tag);
+    const auto frame = ZALFirstFrame::ofFile(file.path());
+    require(!frame || frame->duration > 0);
     const std::vector<ZALDataView> entries = plainEntries(data, extension);
     for (const std::size_t length : {20U, 3000U, 5U}) {
         const std::string text(length, 't');

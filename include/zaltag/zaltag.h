@@ -67,3 +67,4 @@
 #include <zaltag/traktor/ZALTraktorPlaylist.h>
 #include <zaltag/traktor/ZALTraktorQueue.h>
 #include <zaltag/traktor/ZALTraktorTrack.h>
+#include <zaltag/walks/ZALFirstFrame.h>

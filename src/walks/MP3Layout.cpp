@@ -125,6 +125,17 @@ std::vector<std::uint64_t> positionsOfID3v2(TagLibStream& stream, std::uint64_t 
     return positions;
 }
 
+std::uint64_t endOfTagsInFront(TagLibStream& stream) {
+    std::uint64_t end = 0;
+    if (const auto first = positionOfID3v2(stream)) {
+        end = endOfID3v2(stream, positionsOfID3v2(stream, *first).back());
+    }
+    if (!isAt(stream, end, "APETAGEX")) return end;
+    std::array<std::uint8_t, apeSize> header{};
+    stream.readAt(end, header);
+    return end + apeSize + ByteReader(ZALDataView(header).subspan(12)).u32le();
+}
+
 bool hasAPETag(TagLibStream& stream) {
     return endsAt(stream, endBeforeID3v1(stream), apeSize, "APETAGEX");
 }

@@ -27,6 +27,9 @@ std::uint64_t endOfID3v2(TagLibStream& stream, std::uint64_t position);
 /// them; no more of them than a real file has.
 std::vector<std::uint64_t> positionsOfID3v2(TagLibStream& stream, std::uint64_t position);
 
+/// The place behind the tags that the file begins with: ID3v2, and an APE tag behind it.
+std::uint64_t endOfTagsInFront(TagLibStream& stream);
+
 /// Whether an APE tag stands at the end of the file, or in front of an ID3v1 tag there.
 bool hasAPETag(TagLibStream& stream);
 

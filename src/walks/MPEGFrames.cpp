@@ -1,6 +1,7 @@
 #include "walks/MPEGFrames.h"
 
 #include "base/Limits.h"
+#include "taglib/TagLibStream.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -8,11 +9,6 @@
 namespace zal {
 
 namespace {
-
-struct Header {
-    std::uint32_t kind = 0;  // the bits that stay the same from frame to frame
-    long length = 0;         // of the whole frame in bytes; 0 for no valid header
-};
 
 // kbit/s by row: MPEG 1 layers I, II, III; MPEG 2 and 2.5 layer I; their layers II and III.
 constexpr int bitrates[5][15] = {
@@ -24,7 +20,7 @@ constexpr int bitrates[5][15] = {
 };
 constexpr int sampleRates[3] = {44100, 48000, 32000};
 
-Header headerFrom(const TagLib::ByteVector& bytes, unsigned at) {
+MPEGFrame headerFrom(const TagLib::ByteVector& bytes, unsigned at) {
     if (at + 4 > bytes.size()) return {};
     const std::uint32_t word = bytes.toUInt(at, true);
     const unsigned version = (word >> 19) & 3;  // 0: 2.5, 2: 2, 3: 1
@@ -38,29 +34,31 @@ Header headerFrom(const TagLib::ByteVector& bytes, unsigned at) {
     const int bitsPerSecond = bitrates[row][bitrate] * 1000;
     const int samplesPerSecond = sampleRates[rate] / (version == 3 ? 1 : version == 2 ? 2 : 4);
     const int padding = static_cast<int>((word >> 9) & 1);
-    Header header;
+    MPEGFrame header;
     header.kind = word & 0xFFFE0C00;
-    if (layer == 1) {
-        header.length = (12 * bitsPerSecond / samplesPerSecond + padding) * 4;
-    } else {
-        const int slots = layer == 3 && version != 3 ? 72 : 144;
-        header.length = slots * bitsPerSecond / samplesPerSecond + padding;
-    }
+    header.isVersion1 = version == 3;
+    header.layer = layer;
+    header.isMono = ((word >> 6) & 3) == 3;
+    header.sampleRate = samplesPerSecond;
+    const int slots = layer == 3 && version != 3 ? 72 : 144;
+    const int length = layer == 1 ? (12 * bitsPerSecond / samplesPerSecond + padding) * 4
+                                  : slots * bitsPerSecond / samplesPerSecond + padding;
+    header.length = static_cast<std::uint64_t>(length);
     return header;
 }
 
-bool isFrameAt(TagLib::IOStream& stream, const Header& header, long position) {
+bool isFrameAt(TagLib::IOStream& stream, const MPEGFrame& header, long position) {
     if (header.length == 0) return false;
-    const long end = position + header.length;
+    const long end = position + static_cast<long>(header.length);
     if (end >= stream.length()) return end == stream.length();
     stream.seek(end);
     return headerFrom(stream.readBlock(4), 0).kind == header.kind;
 }
 
 // TagLib reckons lengths in layer I in another way, and takes no frame without another one behind it.
-bool isFrameForTagLib(TagLib::IOStream& stream, const Header& header, long position) {
+bool isFrameForTagLib(TagLib::IOStream& stream, const MPEGFrame& header, long position) {
     const bool isLayerI = ((header.kind >> 17) & 3) == 3;
-    return !isLayerI && position + header.length + 4 <= stream.length() &&
+    return !isLayerI && position + static_cast<long>(header.length) + 4 <= stream.length() &&
            isFrameAt(stream, header, position);
 }
 
@@ -71,10 +69,24 @@ bool holdsMPEGFrame(TagLib::IOStream& stream) {
     const TagLib::ByteVector start = stream.readBlock(limits::mpegSearch);
     for (unsigned at = 0; at + 4 <= start.size(); ++at) {
         if (static_cast<std::uint8_t>(start.data()[at]) != 0xFF) continue;
-        const Header header = headerFrom(start, at);
+        const MPEGFrame header = headerFrom(start, at);
         if (isFrameAt(stream, header, at)) return true;
     }
     return false;
+}
+
+std::optional<MPEGFrame> firstMPEGFrame(TagLibStream& stream, std::uint64_t from) {
+    constexpr std::uint64_t usual = 4096;  // most begin right there
+    for (const std::uint64_t reach : {usual, static_cast<std::uint64_t>(limits::mpegSearch)}) {
+        const TagLib::ByteVector start = stream.bytesAt(from, reach);
+        for (unsigned at = 0; at + MPEGFrame::headerSize <= start.size(); ++at) {
+            if (static_cast<std::uint8_t>(start.data()[at]) != 0xFF) continue;
+            MPEGFrame frame = headerFrom(start, at);
+            frame.position = from + at;
+            if (isFrameAt(stream, frame, static_cast<long>(frame.position))) return frame;
+        }
+    }
+    return std::nullopt;
 }
 
 bool hasMPEGFrameBefore(TagLib::IOStream& stream, long end) {
