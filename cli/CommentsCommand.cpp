@@ -60,11 +60,9 @@ int set(const Options& options) {
     return changeFiles(files, [&text = text](ZALTag& tag) { tag.setComment(text); });
 }
 
-// Only the ID3 family has comments to clean up.
-ZALTagID3& id3Family(ZALTag& tag) {
-    auto* id3 = dynamic_cast<ZALTagID3*>(&tag);
-    if (id3 == nullptr) throw ChangeRefused("only files with ID3 tags have such comments");
-    return *id3;
+ZALTag& withSeveralComments(ZALTag& tag) {
+    if (!tag.supportsSeveralComments()) throw ChangeRefused("only files with ID3 tags have such comments");
+    return tag;
 }
 
 }  // namespace
@@ -84,9 +82,9 @@ void addCommentsCommand(CLI::App& program, Command& chosen) {
     lister->add_flag("--json", options->json, "Print one JSON array, an object per file");
     add("set", "Set the primary comment", "FILE... comment=TEXT", set);
     add("prune", "Remove all but the primary and foreign ones", "FILE", [](const Options& o) {
-        return changeFiles(o.words, [](ZALTag& tag) { id3Family(tag).deleteExtraneousComments(); });
+        return changeFiles(o.words, [](ZALTag& tag) { withSeveralComments(tag).deleteExtraneousComments(); });
     });
     add("strip-v1", "Empty the comment of the ID3v1 tag", "FILE", [](const Options& o) {
-        return changeFiles(o.words, [](ZALTag& tag) { id3Family(tag).deleteID3v1Comment(); });
+        return changeFiles(o.words, [](ZALTag& tag) { withSeveralComments(tag).deleteID3v1Comment(); });
     });
 }

@@ -23,9 +23,7 @@ void writeOwn(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) {
 // that is known, says that they are none.
 bool hasNoneOfSerato(const ZALTag& tag) {
     if (!tag.hasSeratoMetadata()) return true;
-    std::optional<ZALTagSeratoMarker> marker;
-    if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&tag)) marker = id3->seratoMarker();
-    if (const auto* mp4 = dynamic_cast<const ZALTagMP4*>(&tag)) marker = mp4->seratoMarker();
+    const auto marker = tag.seratoMarker();
     return marker && marker->major() <= 2;
 }
 
@@ -36,9 +34,7 @@ std::string missingInSerato(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& c
         missing += (missing.empty() ? "there is no slot for " : ", ") + secondsText(cuePoints[i].time()) +
                    "=" + cuePoints[i].name().value_or("");
     }
-    const auto* id3 = dynamic_cast<const ZALTagID3*>(&tag);
-    const bool hasTwo = id3 != nullptr && dynamic_cast<const ZALTagFLAC*>(&tag) == nullptr;
-    if (hasTwo && !cuePoints.empty() && !id3->oldSeratoMarkerData())
+    if (tag.supportsOldSeratoMarker() && !cuePoints.empty() && !tag.oldSeratoMarker())
         missing += (missing.empty() ? "" : "; ") + std::string("Serato's older record could not be written");
     return missing;
 }

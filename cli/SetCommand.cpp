@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 
 namespace {
@@ -23,6 +24,18 @@ struct Assignment {
     ZALJSONValue value;
 };
 
+struct Property {
+    std::string name;
+    std::vector<std::string> values;
+};
+
+struct Changes {
+    std::vector<std::string> files;
+    std::vector<Assignment> assignments;
+    std::vector<Property> properties;
+    bool stripV1 = false;
+};
+
 const std::vector<std::string> texts{"artist",     "album",      "title",      "genre",        "comment",
                                      "initialKey", "grouping",   "modifiedBy", "TIT1Grouping", "GRP1Grouping",
                                      "infoTitle",  "infoArtist", "infoAlbum",  "infoGenre",    "infoComment"};
@@ -30,6 +43,20 @@ const std::vector<std::string> integers{"year", "tempo", "energyLevel", "infoYea
 
 bool contains(const std::vector<std::string>& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// Names in capitals are those that all formats share.
+bool isProperty(const std::string& name) {
+    const auto isAllowed = [](unsigned char c) { return c > ' ' && c < '~' && std::islower(c) == 0; };
+    return !name.empty() && std::isupper(static_cast<unsigned char>(name.front())) != 0 &&
+           std::ranges::all_of(name, isAllowed);
+}
+
+// A name that is given again adds a value; no text takes the field away.
+void addProperty(std::vector<Property>& properties, const std::string& name, const std::string& text) {
+    auto found = std::ranges::find(properties, name, &Property::name);
+    if (found == properties.end()) found = properties.insert(found, {name, {}});
+    if (!text.empty()) found->values.push_back(text);
 }
 
 Assignment parsed(const std::string& name, const std::string& text) {
@@ -47,28 +74,34 @@ Assignment parsed(const std::string& name, const std::string& text) {
 }
 
 // The words as files and values; everything is checked before a file is touched.
-std::pair<std::vector<std::string>, std::vector<Assignment>> readWords(const Options& options) {
+Changes readWords(const Options& options) {
     std::vector<std::string> names = texts;
     names.insert(names.end(), integers.begin(), integers.end());
     FilesAndAssignments words;
     try {
-        words =
-            splitWords(options.words, [&names](const std::string& name) { return contains(names, name); });
+        words = splitWords(options.words, [&names](const std::string& name) {
+            return contains(names, name) || isProperty(name);
+        });
     } catch (const UsageError& error) {
         const std::string closest = closestName(error.what(), names);
-        throw UsageError(closest.empty() ? fmt::format("'{}' is not NAME=VALUE; the names are: {}",
-                                                       printable(error.what()), fmt::join(names, ", "))
-                                         : fmt::format("there is no property '{}': did you mean '{}'?",
-                                                       printable(error.what()), closest));
+        throw UsageError(closest.empty()
+                             ? fmt::format("'{}' is not NAME=VALUE; the names are: {}, and any in capitals",
+                                           printable(error.what()), fmt::join(names, ", "))
+                             : fmt::format("there is no property '{}': did you mean '{}'?",
+                                           printable(error.what()), closest));
     }
     if (words.files.empty()) throw UsageError("no file is named");
     if (words.assignments.empty() && !options.stripV1)
         throw UsageError("nothing is set: NAME=VALUE is missing");
-    std::vector<Assignment> assignments;
+    Changes changes{words.files, {}, {}, options.stripV1};
     for (const auto& [name, text] : words.assignments) {
-        assignments.push_back(parsed(name, text));
+        if (isProperty(name)) {
+            addProperty(changes.properties, name, text);
+        } else {
+            changes.assignments.push_back(parsed(name, text));
+        }
     }
-    return {words.files, assignments};
+    return changes;
 }
 
 // Other formats have no ID3v1 tag, or keep it in step.
@@ -77,17 +110,22 @@ void requireID3v1(const ZALTag& tag) {
         throw ChangeRefused(fmt::format("{} has no ID3v1 tag to remove", tag.className()));
 }
 
-void change(ZALTag& tag, const std::vector<Assignment>& assignments, bool stripV1) {
-    if (stripV1) requireID3v1(tag);
+void change(ZALTag& tag, const Changes& changes) {
+    if (changes.stripV1) requireID3v1(tag);
     const auto keys = tag.propertyKeys();
-    for (const Assignment& assignment : assignments) {
+    for (const Assignment& assignment : changes.assignments) {
         if (!contains(keys.elements(), assignment.name)) {
             throw ChangeRefused(fmt::format("{} has no {}", tag.className(), assignment.name));
         }
     }
-    if (stripV1) tag.setShouldStripID3v1Tag(true);
-    for (const Assignment& assignment : assignments) {
+    if (changes.stripV1) tag.setShouldStripID3v1Tag(true);
+    for (const Assignment& assignment : changes.assignments) {
         tag.setValue(assignment.value, assignment.name);
+    }
+    for (const Property& property : changes.properties) {
+        ZALError error;
+        if (!tag.setProperty(property.name, property.values, &error))
+            throw ChangeRefused(error.localizedDescription);
     }
 }
 
@@ -102,10 +140,10 @@ std::string missing(const ZALTag& tag, const std::vector<Assignment>& assignment
 }
 
 int set(const Options& options) {
-    const auto [files, assignments] = readWords(options);
+    const Changes changes = readWords(options);
     return changeFiles(
-        files, [&, &assignments = assignments](ZALTag& tag) { change(tag, assignments, options.stripV1); },
-        [&assignments = assignments](const ZALTag& tag) { return missing(tag, assignments); });
+        changes.files, [&](ZALTag& tag) { change(tag, changes); },
+        [&](const ZALTag& tag) { return missing(tag, changes.assignments); });
 }
 
 }  // namespace
@@ -119,6 +157,8 @@ void addSetCommand(CLI::App& program, Command& chosen) {
     command->add_flag("--strip-v1", options->stripV1, "Remove the ID3v1 tag of MP3 files, its fields kept");
     std::vector<std::string> names = texts;
     names.insert(names.end(), integers.begin(), integers.end());
-    command->footer(wrapped("Names", names));
+    command->footer(wrapped("Names", names) +
+                    "\nAny other field has its name in capitals: LABEL, REMIXER, TRACKNUMBER, DATE ...;\n"
+                    "given twice, it gets two values.");
     command->callback([options, &chosen] { chosen = [options] { return set(*options); }; });
 }

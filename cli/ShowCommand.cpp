@@ -15,6 +15,7 @@ namespace {
 struct Options {
     std::vector<std::string> files;
     bool json = false;
+    bool all = false;
 };
 
 std::string textOf(const ZALJSONValue& value) {
@@ -33,10 +34,23 @@ void printPictures(Output& output, const std::string& name, const ZALJSONValue& 
     }
 }
 
+// One line a value.
+void printProperties(Output& output, const ZALJSONValue& properties) {
+    for (const auto& [name, values] : properties.objectValue()) {
+        for (const ZALJSONValue& value : values.arrayValue()) {
+            output.line(fmt::format("  {:<20}{}", name, textOf(value)));
+        }
+    }
+}
+
 void printText(Output& output, const Members& members) {
     for (const auto& [name, value] : members) {
         if (name == "allImages") {
             printPictures(output, name, value);
+            continue;
+        }
+        if (name == "properties") {
+            printProperties(output, value);
             continue;
         }
         output.line(name == "path" ? textOf(value) : fmt::format("  {:<20}{}", name, textOf(value)));
@@ -49,11 +63,11 @@ int show(const Options& options) {
         const OpenedFile opened = openFile(file, false);
         if (opened.tag == nullptr) {
             output.failure(file, opened.failure);
-        } else if (options.json) {
-            output.object(membersOfTag(file, *opened.tag));
-        } else {
-            printText(output, membersOfTag(file, *opened.tag));
+            continue;
         }
+        Members members = membersOfTag(file, *opened.tag);
+        if (options.all) addProperties(members, *opened.tag);
+        options.json ? output.object(members) : printText(output, members);
     }
     return output.finish();
 }
@@ -64,6 +78,7 @@ void addShowCommand(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("show", "Print every field of audio files");
     command->add_option("FILE", options->files, "Audio files")->required();
+    command->add_flag("--all", options->all, "Every other field, too, by the name that all formats share");
     command->add_flag("--json", options->json, "Print one JSON array, an object per file");
     command->callback([options, &chosen] { chosen = [options] { return show(*options); }; });
 }

@@ -77,16 +77,6 @@ ZALJSONValue jsonOfGrid(const std::optional<ZALTagSeratoGrid>& grid) {
     return Object{{"major", grid->major()}, {"minor", grid->minor()}, {"gridPoints", std::move(gridPoints)}};
 }
 
-// Serato's payloads of the classes that have them; `fileType` names the form of the legacy record.
-template <typename Tag>
-void addSeratoPayloads(Members& members, const Tag& tag, const char* fileType) {
-    const ZALNullableData old = tag.oldSeratoMarkerData();
-    const auto oldMarker = old ? ZALTagSeratoMarkerOld::initWithData(*old, fileType) : std::nullopt;
-    members.insert(members.end(), {{"seratoMarker", jsonOfMarker(tag.seratoMarker())},
-                                   {"oldSeratoMarker", jsonOfOldMarker(oldMarker)},
-                                   {"seratoGrid", jsonOfGrid(tag.seratoGrid())}});
-}
-
 // With more members than these, their record says all.
 ZALJSONValue timesAndNames(const ZALArray<ZALTagCuePoint>& cuePoints) {
     Array out;
@@ -158,6 +148,16 @@ std::string lineOfPicture(const ZALJSONValue& picture) {
                        picture["mark"].stringValue().value_or("-"));
 }
 
+void addProperties(Members& members, const ZALTag& tag) {
+    Object properties;
+    for (const auto& [name, values] : tag.properties()) {
+        properties[name] = Array(values.begin(), values.end());
+    }
+    const auto unsupported = tag.unsupportedProperties();
+    members.emplace_back("properties", std::move(properties));
+    members.emplace_back("unsupportedProperties", Array(unsupported.begin(), unsupported.end()));
+}
+
 Members membersOfTag(const std::string& path, const ZALTag& tag) {
     Members members{
         {"path", path},
@@ -179,9 +179,10 @@ Members membersOfTag(const std::string& path, const ZALTag& tag) {
                                    {"hasSeratoMetadata", tag.hasSeratoMetadata()},
                                    {"hasTraktorMetadata", tag.hasTraktorMetadata()},
                                    {"seratoCuePoints", timesAndNames(tag.seratoCuePoints())}});
-    if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&tag)) addSeratoPayloads(members, *id3, "mp3");
-    if (const auto* mp4 = dynamic_cast<const ZALTagMP4*>(&tag)) addSeratoPayloads(members, *mp4, "m4a");
-    members.insert(members.end(), {{"allComments", jsonOfComments(tag)},
+    members.insert(members.end(), {{"seratoMarker", jsonOfMarker(tag.seratoMarker())},
+                                   {"oldSeratoMarker", jsonOfOldMarker(tag.oldSeratoMarker())},
+                                   {"seratoGrid", jsonOfGrid(tag.seratoGrid())},
+                                   {"allComments", jsonOfComments(tag)},
                                    {"supportsImages", tag.supportsImages()},
                                    {"allImages", jsonOfPictures(tag)},
                                    {"firstFrame", jsonOfFirstFrame(path)}});

@@ -21,3 +21,5 @@ std::string lineOfPicture(const ZALJSONValue& picture);
 
 /// Everything a tag object tells, under the names of its properties. Absent is null, never left out.
 Members membersOfTag(const std::string& path, const ZALTag& tag);
+/// Adds every field by the name that all formats share, and what else is in the file.
+void addProperties(Members& members, const ZALTag& tag);

@@ -21,11 +21,8 @@ std::uint64_t lengthOf(const ZALNullableString& text) {
     return text ? text->size() : 0;
 }
 
-// Serato's payloads of the classes that have them.
-template <typename Tag>
-void readSerato(const Tag& tag, const char* fileType, Sums& sums) {
-    const ZALNullableData old = tag.oldSeratoMarkerData();
-    const auto oldMarker = old ? ZALTagSeratoMarkerOld::initWithData(*old, fileType) : std::nullopt;
+void readSerato(const ZALTag& tag, Sums& sums) {
+    const auto oldMarker = tag.oldSeratoMarker();
     const auto marker = tag.seratoMarker();
     const auto grid = tag.seratoGrid();
     if (oldMarker) sums.rest += oldMarker->cuePoints().size();
@@ -60,8 +57,7 @@ void read(const std::string& path, Sums& sums) {
     for (const ZALData& picture : tag->allImageData()) {
         sums.pictures += picture.size();
     }
-    if (const auto* id3 = dynamic_cast<const ZALTagID3*>(tag.get())) readSerato(*id3, "mp3", sums);
-    if (const auto* mp4 = dynamic_cast<const ZALTagMP4*>(tag.get())) readSerato(*mp4, "m4a", sums);
+    readSerato(*tag, sums);
 }
 
 }  // namespace

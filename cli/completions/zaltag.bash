@@ -3,7 +3,8 @@
 _zaltag_options() {  # COMMAND [COMMAND-BELOW]
     local collections="--rekordbox --traktor --boot-volume --map"
     case "$*" in
-        show | "comments list" | "artwork list") echo "--json" ;;
+        show) echo "--all --json" ;;
+        "comments list" | "artwork list") echo "--json" ;;
         set) echo "--strip-v1" ;;
         "cues list") echo "--from --json $collections" ;;
         "cues set") echo "--to --clear --rewrite-all $collections" ;;

@@ -12,6 +12,7 @@
 #include <zaltag/base/ZALTagDecodeGRP1FrameData.h>
 #include <zaltag/base/ZALTagSyncSafeInteger.h>
 #include <zaltag/base/ZALText.h>
+#include <zaltag/base/ZALVersion.h>
 #include <zaltag/base/zal_versionStringCompare.h>
 #include <zaltag/collection/ZALCollectionDatabase.h>
 #include <zaltag/collection/ZALCollectionQueue.h>

@@ -131,6 +131,71 @@ void addFields(TagClass& tag) {
         "path", [](const TagHandle& one) { return pathOf(one.tag().path()); }, "The file's path, absolute.");
 }
 
+py::tuple tupleOf(const ZALArray<std::string>& texts) {
+    return py::cast(vectorOf(texts));
+}
+
+// One text, or several.
+std::vector<std::string> valuesFrom(const py::object& values) {
+    if (py::isinstance<py::str>(values)) return {*textFrom(py::str(values))};
+    std::vector<std::string> texts;
+    for (const py::handle& value : values) {
+        if (!py::isinstance<py::str>(value)) throw py::type_error("the values of a field are texts");
+        texts.push_back(*textFrom(py::reinterpret_borrow<py::str>(value)));
+    }
+    return texts;
+}
+
+void setProperty(TagHandle& one, const std::string& name, const std::vector<std::string>& values) {
+    ZALError error;
+    const auto before = one.tag().property(name);
+    if (!one.tag().setProperty(name, values, &error)) throw py::value_error(error.localizedDescription);
+    if (one.tag().property(name) != before) one.changing();
+}
+
+void addProperties(TagClass& tag) {
+    tag.def(
+        "__getitem__",
+        [](const TagHandle& one, const std::string& name) {
+            const auto values = one.tag().property(name);
+            if (values.empty()) throw py::key_error(name);
+            return tupleOf(values);
+        },
+        py::arg("name"), "The values of any field by the name that all formats share, such as \"LABEL\".");
+    tag.def(
+        "__setitem__",
+        [](TagHandle& one, const std::string& name, const py::object& values) {
+            setProperty(one, name, valuesFrom(values));
+        },
+        py::arg("name"), py::arg("values"),
+        "Sets it to one text or several. ValueError when the file could not give back these very values.");
+    tag.def(
+        "__delitem__",
+        [](TagHandle& one, const std::string& name) {
+            if (one.tag().property(name).empty()) throw py::key_error(name);
+            setProperty(one, name, {});
+        },
+        py::arg("name"), "Takes the field away.");
+    tag.def(
+        "__contains__",
+        [](const TagHandle& one, const std::string& name) { return !one.tag().property(name).empty(); },
+        py::arg("name"));
+    tag.def_property_readonly(
+        "properties",
+        [](const TagHandle& one) {
+            py::dict properties;
+            for (const auto& [name, values] : one.tag().properties()) {
+                properties[textOf(name)] = tupleOf(values);
+            }
+            return properties;
+        },
+        "A new dict of all fields that have a name, with their values.");
+    tag.def_property_readonly(
+        "unsupported_properties",
+        [](const TagHandle& one) { return tupleOf(one.tag().unsupportedProperties()); },
+        "What else is in the file, by the names of its format.");
+}
+
 void addRecords(TagClass& tag) {
     addRecord<&ZALTag::zalKey, &ZALTag::setZalKey, ZALTagKey>(
         tag, "zal_key", "The key record: a new Key, or None; set one, or None to remove it.");
@@ -168,32 +233,13 @@ void addSeratoParts(TagClass& tag) {
         py::arg("cue_points"), py::arg("keep_times") = false,
         "What setting serato_cue_points would make of these: a CueOutcome for each. Changes nothing.");
     tag.def_property_readonly(
-        "serato_marker",
-        [](const TagHandle& one) -> std::optional<ZALTagSeratoMarker> {
-            if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&one.tag())) return id3->seratoMarker();
-            if (const auto* mp4 = dynamic_cast<const ZALTagMP4*>(&one.tag())) return mp4->seratoMarker();
-            return std::nullopt;
-        },
+        "serato_marker", [](const TagHandle& one) { return one.tag().seratoMarker(); },
         "Serato's record of hot cues with slots and colours, or None.");
     tag.def_property_readonly(
-        "serato_marker_old",
-        [](const TagHandle& one) -> std::optional<ZALTagSeratoMarkerOld> {
-            const auto* id3 = dynamic_cast<const ZALTagID3*>(&one.tag());
-            const auto* mp4 = dynamic_cast<const ZALTagMP4*>(&one.tag());
-            const auto data = id3   ? id3->oldSeratoMarkerData()
-                              : mp4 ? mp4->oldSeratoMarkerData()
-                                    : std::nullopt;
-            if (!data) return std::nullopt;
-            return ZALTagSeratoMarkerOld::initWithData(*data, id3 ? "mp3" : "m4a");
-        },
+        "serato_marker_old", [](const TagHandle& one) { return one.tag().oldSeratoMarker(); },
         "Serato's legacy record, or None; FLAC has none. It is written with serato_cue_points.");
     tag.def_property_readonly(
-        "serato_grid",
-        [](const TagHandle& one) -> std::optional<ZALTagSeratoGrid> {
-            if (const auto* id3 = dynamic_cast<const ZALTagID3*>(&one.tag())) return id3->seratoGrid();
-            if (const auto* mp4 = dynamic_cast<const ZALTagMP4*>(&one.tag())) return mp4->seratoGrid();
-            return std::nullopt;
-        },
+        "serato_grid", [](const TagHandle& one) { return one.tag().seratoGrid(); },
         "Serato's beat grid, or None.");
 }
 
@@ -304,6 +350,7 @@ void addTags(py::module_& module) {
                  "One thread at a time; different tags can be used at once.");
     addFile(tag);
     addFields(tag);
+    addProperties(tag);
     addRecords(tag);
     addSeratoParts(tag);
     addComments(module, tag);

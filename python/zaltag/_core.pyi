@@ -1,7 +1,7 @@
 import os
 import pathlib
 from types import TracebackType
-from typing import Any, Callable, ClassVar, Dict, Iterable, Iterator, List, Optional, Type, Union
+from typing import Any, Callable, ClassVar, Dict, Iterable, Iterator, List, Optional, Tuple, Type, Union
 
 _Path = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 
@@ -184,6 +184,14 @@ class Tag:
     zal_velvet_cascade: Optional[VelvetCascade]
     serato_cue_points: List[CuePoint]
     serato_loops: List[CuePoint]
+    def __getitem__(self, name: str) -> Tuple[str, ...]: ...
+    def __setitem__(self, name: str, values: Union[str, Iterable[str]]) -> None: ...
+    def __delitem__(self, name: str) -> None: ...
+    def __contains__(self, name: str) -> bool: ...
+    @property
+    def properties(self) -> Dict[str, Tuple[str, ...]]: ...
+    @property
+    def unsupported_properties(self) -> Tuple[str, ...]: ...
     @property
     def serato_marker(self) -> Optional[SeratoMarker]: ...
     @property

@@ -1,5 +1,7 @@
 #include "base/Paths.h"
 
+#include <filesystem>
+
 #include <algorithm>
 
 namespace zal {
@@ -13,6 +15,12 @@ std::size_t extensionDot(std::string_view name) {
 }
 
 }  // namespace
+
+std::string absolutePath(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    return error || path.empty() ? path : absolute.string();
+}
 
 std::string_view lastPathComponent(std::string_view path) {
     const std::size_t last = path.find_last_not_of('/');

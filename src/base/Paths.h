@@ -5,6 +5,10 @@
 
 namespace zal {
 
+/// A path that stands for the same file wherever the program goes: below the working folder unless it is
+/// absolute, and otherwise as it is.
+std::string absolutePath(const std::string& path);
+
 /// The last component of a path, trailing slashes left aside; empty for "/" and "".
 std::string_view lastPathComponent(std::string_view path);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Paths.h"
 #include "platform/Log.h"
 #include "taglib/TagLibStream.h"
 
@@ -27,8 +28,9 @@ auto openTag(const char* operation, const ZALNullableString& path, bool accepted
         failure = "unsupported file type";
     } else {
         try {
-            if (const auto tag = open(*path, failure)) {
-                tag->setPath(path);
+            const std::string file = absolutePath(*path);
+            if (const auto tag = open(file, failure)) {
+                tag->setPath(file);
                 return tag;
             }
             if (!failure) failure = "not a readable audio file of its type: damaged, or misnamed";

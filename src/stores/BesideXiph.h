@@ -24,6 +24,10 @@ class BesideXiph final : public TagStore {
     void setNumber(NumberField field, std::int64_t number) override {
         if (field != NumberField::year) store_->setNumber(field, number);
     }
+    Properties properties() const override { return store_->properties(); }
+    void setProperty(const std::string& name, const Properties::Values& values) override {
+        store_->setProperty(name, values);
+    }
     bool carries(const Carrier& carrier) const override {
         const bool isSerato =
             &carrier == &markersCarrier || &carrier == &markers2Carrier || &carrier == &seratoGridCarrier;

@@ -4,6 +4,8 @@
 #include "base/Unicode.h"
 #include "stores/ID3Frames.h"
 #include "stores/ID3v2Comments.h"
+#include "stores/ID3v2Properties.h"
+#include "stores/TagLibProperties.h"
 #include "taglib/TagLibText.h"
 
 #include <generalencapsulatedobjectframe.h>
@@ -119,6 +121,18 @@ void ID3v2Fields::setEnergyLevel(std::int64_t level) {
     if (frame != nullptr) return frame->setText(text);
     tag.addFrame(
         new UserTextIdentificationFrame(energyDescription, TagLib::StringList(text), TagLib::String::UTF8));
+}
+
+Properties ID3v2Fields::properties() const {
+    return propertiesWithTagLibMap(propertiesOf(tag_));
+}
+
+void ID3v2Fields::setProperty(const std::string& name, const Properties::Values& values) {
+    zal::setProperty(*store_, name, TagLibStrings(values));
+}
+
+Properties::Values ID3v2Fields::heldValues(const std::string& name, const Properties::Values& values) const {
+    return stringsWithTagLibStrings(zal::heldValues(name, TagLibStrings(values)));
 }
 
 ZALNullableData ID3v2Fields::payload(const Carrier& carrier) const {

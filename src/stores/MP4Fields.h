@@ -17,6 +17,9 @@ class MP4Fields final : public TagStore {
     void setText(TextField field, const ZALNullableString& text) override;
     std::int64_t number(NumberField field) const override;
     void setNumber(NumberField field, std::int64_t number) override;
+    Properties properties() const override;
+    void setProperty(const std::string& name, const Properties::Values& values) override;
+    Properties::Values heldValues(const std::string& name, const Properties::Values& values) const override;
     bool carries(const Carrier&) const override { return true; }
     ZALNullableData payload(const Carrier& carrier) const override;
     void setPayload(const Carrier& carrier, const ZALNullableData& payload) override;
@@ -24,6 +27,8 @@ class MP4Fields final : public TagStore {
     bool holdsSeratoMetadata() const override;
 
   private:
+    TagLib::MP4::ItemMap itemsOf(const std::string& name, const Properties::Values& values) const;
+
     TagLib::MP4::Tag& tag_;
 };
 

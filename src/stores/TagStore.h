@@ -11,11 +11,26 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <map>
+#include <string>
+#include <vector>
 
 namespace zal {
 
 enum class TextField { title, artist, album, genre, comment, initialKey, modifiedBy, grouping };
 enum class NumberField { year, tempo, energyLevel };
+
+/// The fields of a tag by TagLib's names of them, in capitals, and what has no such name.
+struct Properties {
+    using Values = std::vector<std::string>;
+
+    std::map<std::string, Values> values;
+    std::vector<std::string> unsupported;
+
+    bool contain(const std::string& name) const { return values.contains(name); }
+    /// Empty when there is none.
+    Values of(const std::string& name) const;
+};
 
 /// One of the tags that a file carries: the fields and payloads of a tag object under the names that they
 /// have there. What a store has no place for reads as null or 0, and setting it does nothing. A save is none
@@ -39,6 +54,13 @@ class TagStore {
     virtual void setPayload(const Carrier&, const ZALNullableData&) {}
     /// Makes a payload the last one of its kind, where a store has an order.
     virtual void movePayloadToEnd(const Carrier&) {}
+
+    /// Unless the store knows more names, the six basic fields.
+    virtual Properties properties() const;
+    /// Sets the values of a field by its name; none takes it away. What has no place is left out.
+    virtual void setProperty(const std::string& name, const Properties::Values& values);
+    /// What a file gives back for values that are set.
+    virtual Properties::Values heldValues(const std::string& name, const Properties::Values& values) const;
 
     /// How Serato's payloads stand in the store.
     virtual SeratoForm seratoForm() const { return SeratoForm::raw; }

@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "stores/TextPayloads.h"
+#include "stores/XiphStore.h"
 #include "taglib/TagLibText.h"
 
 #include <algorithm>
@@ -66,6 +67,29 @@ void XiphFields::setNumber(NumberField field, std::int64_t number) {
     if (field == NumberField::year) return written_->setYear(clampedUnsigned(number));
     const TagLib::String text = number > 0 ? TagLib::String(std::to_string(number)) : TagLib::String();
     written_->addField(nameOf(field), text, true);
+}
+
+Properties XiphFields::properties() const {
+    Properties found;
+    for (const auto& [name, values] : comment_.fieldListMap()) {
+        found.values[stringWithTagLibString(name)] = stringsWithTagLibStrings(values);
+    }
+    return found;
+}
+
+void XiphFields::setProperty(const std::string& name, const Properties::Values& values) {
+    written_->removeFields(name);
+    for (const std::string& value : values) {
+        written_->addField(name, TagLibString(value), false);
+    }
+}
+
+Properties::Values XiphFields::heldValues(const std::string& name, const Properties::Values& values) const {
+    if (!XiphComment::checkKey(name)) return {};
+    XiphStore file;
+    XiphFields(file.comment()).setProperty(name, values);
+    const XiphStore again(file.merged());
+    return XiphFields(again.comment()).properties().of(name);
 }
 
 ZALNullableData XiphFields::payload(const Carrier& carrier) const {

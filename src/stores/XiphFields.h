@@ -19,6 +19,9 @@ class XiphFields final : public TagStore {
     void setText(TextField field, const ZALNullableString& text) override;
     std::int64_t number(NumberField field) const override;
     void setNumber(NumberField field, std::int64_t number) override;
+    Properties properties() const override;
+    void setProperty(const std::string& name, const Properties::Values& values) override;
+    Properties::Values heldValues(const std::string& name, const Properties::Values& values) const override;
     bool carries(const Carrier& carrier) const override { return carrier.field != nullptr; }
     ZALNullableData payload(const Carrier& carrier) const override;
     void setPayload(const Carrier& carrier, const ZALNullableData& payload) override;

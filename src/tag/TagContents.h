@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Failure.h"
 #include "stores/TagStore.h"
 #include "tag/Artwork.h"
 
@@ -49,6 +50,12 @@ class TagContents {
     void setNumber(NumberField field, std::int64_t number) {
         forEachWritten([&](TagStore& store) { store.setNumber(field, number); });
     }
+
+    /// The values of fields by name: those of the first store that has any.
+    Properties properties() const;
+    /// Sets the values of a field: in the first store that is written, and in those behind it that have one.
+    /// Gives the reason when the file could not give back these very values; nothing is changed then.
+    Failure setProperty(const std::string& name, const Properties::Values& values);
 
     /// What `read` makes of the first payload from which it makes anything; it is called with the bytes and
     /// the store.

@@ -60,7 +60,7 @@ constexpr Property integerProperty(const char* key, std::int64_t (ZALTag::*get)(
 
 // The standard keys come first, in their order.
 constexpr std::size_t standardKeyCount = 7;
-constexpr Property properties[] = {
+constexpr Property keyedProperties[] = {
     textProperty("artist", &ZALTag::artist, &ZALTag::setArtist),
     textProperty("album", &ZALTag::album, &ZALTag::setAlbum),
     integerProperty("year", &ZALTag::year, &ZALTag::setYear),
@@ -75,16 +75,17 @@ constexpr Property properties[] = {
 };
 
 const Property& propertyForKey(const std::string& key) {
-    const auto* found = std::find_if(std::begin(properties), std::end(properties),
+    const auto* found = std::find_if(std::begin(keyedProperties), std::end(keyedProperties),
                                      [&key](const Property& property) { return key == property.key; });
-    if (found == std::end(properties)) throw ZALProgrammingError("ZALTag has no property for the key " + key);
+    if (found == std::end(keyedProperties))
+        throw ZALProgrammingError("ZALTag has no property for the key " + key);
     return *found;
 }
 
 ZALArray<std::string> firstKeys(std::size_t count) {
     std::vector<std::string> keys;
     for (std::size_t i = 0; i < count; ++i) {
-        keys.emplace_back(properties[i].key);
+        keys.emplace_back(keyedProperties[i].key);
     }
     return keys;
 }
@@ -158,7 +159,7 @@ const ZALArray<std::string>& ZALTag::standardPropertyKeys() {
 }
 
 ZALArray<std::string> ZALTag::propertyKeys() const {
-    return firstKeys(std::size(properties));
+    return firstKeys(std::size(keyedProperties));
 }
 
 ZALJSONValue ZALTag::valueForKey(const std::string& key) const {

@@ -81,6 +81,20 @@ void writeCuePoints(TagContents& contents, const std::optional<ZALTagSeratoMarke
     contents.forEachWritten([](TagStore& store) { store.movePayloadToEnd(zal::markers2Carrier); });
 }
 
+// The first legacy record that can be written again, and the file type of the form in which it stands.
+std::optional<std::pair<ZALTagSeratoMarkerOld, const char*>> renderableOldMarker(
+    const TagContents* contents) {
+    using Found = std::optional<std::pair<ZALTagSeratoMarkerOld, const char*>>;
+    if (contents == nullptr) return std::nullopt;
+    return contents->firstPayload(
+        zal::markersCarrier, [](const ZALData& payload, const TagStore& store) -> Found {
+            const auto marker = zal::readOldSeratoMarker(payload, store.seratoForm());
+            const char* type = store.seratoForm() == zal::SeratoForm::raw ? "mp3" : "m4a";
+            if (!marker || !marker->isRenderableForFileType(type)) return std::nullopt;
+            return std::pair(*marker, type);
+        });
+}
+
 }  // namespace
 
 std::optional<ZALTagKey> ZALTag::zalKey() const {
@@ -134,15 +148,19 @@ std::optional<ZALTagSeratoGrid> ZALTag::seratoGrid() const {
     });
 }
 
+std::optional<ZALTagSeratoMarkerOld> ZALTag::oldSeratoMarker() const {
+    const auto marker = renderableOldMarker(contents_.get());
+    return marker ? std::optional(marker->first) : std::nullopt;
+}
+
 ZALNullableData ZALTag::oldSeratoMarkerData() const {
-    if (contents_ == nullptr) return std::nullopt;
-    return contents_->firstPayload(
-        zal::markersCarrier, [](const ZALData& payload, const TagStore& store) -> ZALNullableData {
-            const auto marker = zal::readOldSeratoMarker(payload, store.seratoForm());
-            const char* type = store.seratoForm() == zal::SeratoForm::raw ? "mp3" : "m4a";
-            if (!marker || !marker->isRenderableForFileType(type)) return std::nullopt;
-            return marker->markerDataForFileType(type);
-        });
+    const auto marker = renderableOldMarker(contents_.get());
+    return marker ? ZALNullableData(marker->first.markerDataForFileType(marker->second)) : std::nullopt;
+}
+
+bool ZALTag::supportsOldSeratoMarker() const {
+    return contents_ != nullptr &&
+           contents_->anyStore([](const TagStore& store) { return store.carries(zal::markersCarrier); });
 }
 
 ZALArray<ZALTagCuePoint> ZALTag::seratoCuePoints() const {

@@ -30,4 +30,20 @@ TagLib::String latin1TagLibString(const std::string& bytes) {
     return {bytes, TagLib::String::Latin1};
 }
 
+std::vector<std::string> stringsWithTagLibStrings(const TagLib::StringList& strings) {
+    std::vector<std::string> texts;
+    for (const TagLib::String& string : strings) {
+        texts.push_back(stringWithTagLibString(string));
+    }
+    return texts;
+}
+
+TagLib::StringList TagLibStrings(const std::vector<std::string>& texts) {
+    TagLib::StringList strings;
+    for (const std::string& text : texts) {
+        strings.append(TagLibString(text));
+    }
+    return strings;
+}
+
 }  // namespace zal

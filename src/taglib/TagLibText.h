@@ -3,8 +3,10 @@
 #include <zaltag/base/ZALText.h>
 
 #include <tstring.h>
+#include <tstringlist.h>
 
 #include <string>
+#include <vector>
 
 namespace zal {
 
@@ -16,5 +18,9 @@ TagLib::String TagLibString(const ZALNullableString& text);
 
 /// The bytes of a text frame or item, read as Latin-1: one character per byte.
 TagLib::String latin1TagLibString(const std::string& bytes);
+
+/// Several of them.
+std::vector<std::string> stringsWithTagLibStrings(const TagLib::StringList& strings);
+TagLib::StringList TagLibStrings(const std::vector<std::string>& texts);
 
 }  // namespace zal

@@ -4,6 +4,8 @@ import os
 import resource
 import subprocess
 
+import mutagen
+
 from support import FRAME, ProgramTest
 
 
@@ -46,6 +48,45 @@ class Fields(ProgramTest):
             self.assertEqual(out, "")
             self.assertIn(message, err)
         self.assertEqual(self.content(song), before)
+
+
+FIELDS = {"LABEL": "Ostgut", "REMIXER": "Ünal", "COMPOSER": "C", "TRACKNUMBER": "3/12", "DATE": "2020-05-03",
+          "ISRC": "DEA1", "CONDUCTOR": "夜", "MOOD": "dark", "RATING": "5", "ENCODEDBY": "E"}
+# Where other readers find them: frames, and items, whose names are not those of the fields.
+FRAMES = {"LABEL": "TPUB", "REMIXER": "TPE4", "COMPOSER": "TCOM", "TRACKNUMBER": "TRCK", "DATE": "TDRC", "ISRC": "TSRC",
+          "CONDUCTOR": "TPE3", "MOOD": "TMOO", "RATING": "TXXX:RATING", "ENCODEDBY": "TENC"}
+ITEMS = {"COMPOSER": "\xa9wrt", "TRACKNUMBER": "trkn", "DATE": "\xa9day", "ENCODEDBY": "\xa9too"}
+
+
+class AnyField(ProgramTest):
+    def read(self, song):
+        tags = mutagen.File(song).tags
+        if song.endswith(".flac"):
+            return {name: tags[name][0] for name in FIELDS}
+        if song.endswith(".m4a"):
+            items = {name: tags[ITEMS.get(name, f"----:com.apple.iTunes:{name}")][0] for name in FIELDS}
+            return {name: "%d/%d" % item if name == "TRACKNUMBER" else item.decode() if isinstance(item, bytes) else item
+                    for name, item in items.items()}
+        return {name: str(tags[frame]) for name, frame in FRAMES.items()}
+
+    def test_ten_fields_in_five_formats(self):
+        for song in (self.mp3(), self.make("s.m4a"), self.make("s.wav"), self.make("s.aiff"), self.make("s.flac")):
+            self.zaltag("set", song, *(f"{name}={value}" for name, value in FIELDS.items()))
+            self.assertEqual(self.read(song), FIELDS, song)
+            shown = json.loads(self.zaltag("show", "--all", "--json", song)[0])[0]["properties"]
+            self.assertEqual({name: values[0] for name, values in shown.items() if name in FIELDS}, FIELDS)
+            before = os.stat(song)
+            self.zaltag("set", song, "LABEL=Ostgut", "title=")
+            after = os.stat(song)
+            self.assertEqual((after.st_ino, after.st_mtime_ns), (before.st_ino, before.st_mtime_ns), "nothing is written")
+            self.zaltag("set", song, "LABEL=", "MOOD=a", "MOOD=b")
+            lines = self.zaltag("show", "--all", song)[0].split("unsupportedProperties")[0]
+            self.assertNotIn("Ostgut", lines)
+            self.assertRegex(lines, r"MOOD +a\n +MOOD +b")
+        before = self.content(self.path("s.m4a"))
+        out, err = self.zaltag("set", self.path("s.m4a"), "title=x", "BPM=128.5", status=1)
+        self.assertIn("BPM: '128.5' would become '128'", err)
+        self.assertEqual(self.content(self.path("s.m4a")), before)
 
 
 class Failures(ProgramTest):

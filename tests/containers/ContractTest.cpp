@@ -10,6 +10,7 @@
 #include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTag.h>
 
+#include "base/Unicode.h"
 #include "support/AudioFixtures.h"
 #include "support/Formats.h"
 #include "support/Hex.h"
@@ -19,6 +20,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
 
 namespace {
@@ -60,6 +62,78 @@ class Contract : public testing::TestWithParam<Format> {
 
     TemporaryFolder folder_;
 };
+
+TEST_P(Contract, anyFieldIsHeldAsItWasSet) {
+    const std::map<std::string, ZALArray<std::string>> set{
+        {"LABEL", {"Ostgut"}},     {"REMIXER", {"Ünal", "夜明け"}},
+        {"DATE", {"2020-05-03"}},  {"COMMENT", {"élan"}},
+        {"TRACKNUMBER", {"3/12"}}, {"RATING", {"5"}},
+        {"BPM", {"128"}},          {"ISRC", {"DEA1"}},
+        {"COMPOSER", {"C"}},       {"MY OWN", {"x", "y z"}}};
+    const std::string path = newFile();
+    auto tag = opened(path);
+    for (const auto& [name, values] : set) {
+        EXPECT_TRUE(tag->setProperty(zal::asciiLowercase(name), values)) << name;
+    }
+    ASSERT_TRUE(tag->save());
+    tag = opened(path);
+    EXPECT_EQ(tag->properties(), set);
+    EXPECT_EQ(tag->comment(), "élan");
+    EXPECT_EQ(tag->year(), 2020);
+    EXPECT_EQ(tag->property("my own").elements(), (std::vector<std::string>{"x", "y z"}));
+    const ZALData before = contentsOf(path);
+    for (const auto& [name, values] : set) {
+        EXPECT_TRUE(tag->setProperty(name, values));
+    }
+    ASSERT_TRUE(tag->save());
+    EXPECT_EQ(contentsOf(path), before) << "the same values";
+    for (const auto& [name, values] : set) {
+        EXPECT_TRUE(tag->setProperty(name, {}));
+    }
+    ASSERT_TRUE(tag->save());
+    EXPECT_TRUE(opened(path)->properties().empty());
+    expectAudio(path);
+}
+
+TEST_P(Contract, aRelativePathStaysTheSameFile) {
+    namespace fs = std::filesystem;
+    const fs::path path = newFile("here"), before = fs::current_path();
+    fs::current_path(path.parent_path());
+    const auto tag = opened(path.filename());
+    fs::current_path(before);
+    EXPECT_EQ(tag->path(), path.string());
+    tag->setTitle("T");
+    EXPECT_TRUE(tag->save());
+    EXPECT_EQ(opened(path)->title(), "T");
+}
+
+TEST_P(Contract, whatAFieldCannotHoldIsRefused) {
+    struct Case {
+        const char* name;
+        std::string value;
+        const char* onlyIn = nullptr;
+    };
+    const Case cases[] = {{"", "x"},
+                          {"A=B", "x"},
+                          {"NÄME", "x"},
+                          {"LABEL", ""},
+                          {"LABEL", "\xFF"},
+                          {"LABEL", std::string("a\0b", 3)},
+                          {"BPM", "128.5", "m4a"},
+                          {"TRACKNUMBER", "A1", "m4a"},
+                          {"TRACKNUMBER", "70000", "m4a"},
+                          {"COMPILATION", "perhaps", "m4a"}};
+    auto tag = opened(newFile());
+    for (const Case& one : cases) {
+        const bool isHeld = one.onlyIn != nullptr && GetParam().extension != std::string(one.onlyIn);
+        ZALError error;
+        EXPECT_EQ(tag->setProperty(one.name, {one.value}, &error), isHeld) << one.name << one.value;
+        if (isHeld) continue;
+        EXPECT_EQ(error.code, ZALErrorCode::propertyRefused);
+        EXPECT_FALSE(error.localizedDescription.empty());
+        EXPECT_EQ(tag->property(one.name).size(), 0U);
+    }
+}
 
 TEST_P(Contract, fieldsAreSavedAndCleared) {
     const std::string path = newFile();

@@ -97,6 +97,20 @@ TEST(TagStores, aStoreForReadingStaysAsItIs) {
     EXPECT_EQ(second, (Lines{{"ARTIST", "Two"}}));
 }
 
+TEST(TagStores, aFieldBehindTheFirstStoreFollowsWhereItIs) {
+    Lines first, second{{"TITLE", "Two"}};
+    TextTag tag({&first, &second});
+    EXPECT_TRUE(tag.setProperty("title", {"New", "One"}) == false) << "it would become one text";
+    EXPECT_TRUE(tag.setProperty("title", {"New"}));
+    EXPECT_TRUE(tag.setProperty("ARTIST", {"A"}));
+    EXPECT_EQ(first, (Lines{{"TITLE", "New"}, {"ARTIST", "A"}}));
+    EXPECT_EQ(second, (Lines{{"TITLE", "New"}}));
+    TextTag closed({&first, &second}, zal::Access::readOnly);
+    EXPECT_FALSE(closed.setProperty("TITLE", {})) << "the second would go on to be read";
+    EXPECT_TRUE(closed.setProperty("ARTIST", {}));
+    EXPECT_EQ(first.size() + second.size(), 2U);
+}
+
 TEST(TagStores, recordsAndSeratosCuesComeBack) {
     Lines lines;
     TextTag tag({&lines});

@@ -38,16 +38,17 @@ class ZALTAG_EXPORT ZALTagFLAC final : public ZALTagID3 {
     /// Opens a FLAC file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that does not begin as a FLAC stream, with or without ID3v2 tags in front, or whose
     /// metadata blocks are cut off or more than any real file has.
-    static std::shared_ptr<ZALTagFLAC> tagAtPath(const ZALNullableString& path, bool readOnly = false,
-                                                 ZALError* error = nullptr);
-    static std::shared_ptr<ZALTagFLAC> initWithPath(const ZALNullableString& path, bool readOnly,
-                                                    ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagFLAC> tagAtPath(const ZALNullableString& path,
+                                                               bool readOnly = false,
+                                                               ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagFLAC> initWithPath(const ZALNullableString& path,
+                                                                  bool readOnly, ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
     /// Fails as well, with a log line, when the comment or a picture has grown over the 16 MiB that a
     /// metadata block holds.
-    bool save(ZALError* error = nullptr) override;
+    [[nodiscard]] bool save(ZALError* error = nullptr) override;
 
     ZALArray<ZALTagComment> allComments() const override;
 

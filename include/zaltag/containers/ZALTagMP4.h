@@ -39,10 +39,11 @@ class ZALTAG_EXPORT ZALTagMP4 final : public ZALTag {
     /// Opens an MPEG-4 file. Null for a null path, another extension, a path that is no
     /// regular file, a file without a "moov" atom, one whose atoms do not add up, and one that nests or
     /// counts more of them than any real file. One without tags opens with an empty list.
-    static std::shared_ptr<ZALTagMP4> tagAtPath(const ZALNullableString& path, bool readOnly = false,
-                                                ZALError* error = nullptr);
-    static std::shared_ptr<ZALTagMP4> initWithPath(const ZALNullableString& path, bool readOnly,
-                                                   ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagMP4> tagAtPath(const ZALNullableString& path,
+                                                              bool readOnly = false,
+                                                              ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagMP4> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                                 ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
@@ -50,7 +51,7 @@ class ZALTAG_EXPORT ZALTagMP4 final : public ZALTag {
     /// Fails as well, with a log line, for a file that can be read but whose audio a save could lose: one
     /// whose atoms do not lie within one another, or that holds the places of its audio where they cannot be
     /// kept.
-    bool save(ZALError* error = nullptr) override;
+    [[nodiscard]] bool save(ZALError* error = nullptr) override;
     bool hasID3v1Tag() const override { return false; }
     bool hasID3v2Tag() const override { return false; }
 

@@ -26,10 +26,11 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     /// Opens a WAV file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that does not begin with RIFF and WAVE or is over 4 GiB long. One without an ID3v2
     /// tag opens with an empty one.
-    static std::shared_ptr<ZALTagWAV> tagAtPath(const ZALNullableString& path, bool readOnly = false,
-                                                ZALError* error = nullptr);
-    static std::shared_ptr<ZALTagWAV> initWithPath(const ZALNullableString& path, bool readOnly,
-                                                   ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagWAV> tagAtPath(const ZALNullableString& path,
+                                                              bool readOnly = false,
+                                                              ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagWAV> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                                 ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
@@ -47,7 +48,7 @@ class ZALTAG_EXPORT ZALTagWAV final : public ZALTagID3 {
     /// end, or they stop before the end of the form. Such a file can be read.
     ///
     /// v2Tag() is another object after a save that wrote the record; its frames are the same.
-    bool save(ZALError* error = nullptr) override;
+    [[nodiscard]] bool save(ZALError* error = nullptr) override;
 
     // The INFO list alone. Text that is not UTF-8 reads as Latin-1 and becomes UTF-8 with the next save. Null
     // and the empty text remove a field, the year 0 too.

@@ -21,16 +21,17 @@ class ZALTAG_EXPORT ZALTagAIFF final : public ZALTagID3 {
     /// Opens an AIFF file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that does not begin as an AIFF or AIFF-C form or is over 4 GiB long. One without a
     /// tag opens with an empty one.
-    static std::shared_ptr<ZALTagAIFF> tagAtPath(const ZALNullableString& path, bool readOnly = false,
-                                                 ZALError* error = nullptr);
-    static std::shared_ptr<ZALTagAIFF> initWithPath(const ZALNullableString& path, bool readOnly,
-                                                    ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagAIFF> tagAtPath(const ZALNullableString& path,
+                                                               bool readOnly = false,
+                                                               ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagAIFF> initWithPath(const ZALNullableString& path,
+                                                                  bool readOnly, ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
     /// As every tag's, and refused, with one log line, for a file whose chunks are damaged: one runs past the
     /// end, or they stop before the end of the form. Such a file can be read.
-    bool save(ZALError* error = nullptr) override;
+    [[nodiscard]] bool save(ZALError* error = nullptr) override;
 
     const char* className() const override { return "ZALTagAIFF"; }
 

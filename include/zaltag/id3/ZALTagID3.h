@@ -37,10 +37,11 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     /// Opens an MP3 file. Null for a null path, another extension, a path that is no regular
     /// file, and a file that holds neither a tag nor an MPEG frame, or a tag of
     /// more than 10,000 frames.
-    static std::shared_ptr<ZALTagID3> tagAtPath(const ZALNullableString& path, bool readOnly = false,
-                                                ZALError* error = nullptr);
-    static std::shared_ptr<ZALTagID3> initWithPath(const ZALNullableString& path, bool readOnly,
-                                                   ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagID3> tagAtPath(const ZALNullableString& path,
+                                                              bool readOnly = false,
+                                                              ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTagID3> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                                 ZALError* error = nullptr);
     /// Throws ZALProgrammingError: the factory with one argument belongs to ZALTag alone.
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
@@ -49,7 +50,7 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     void setValue(const ZALJSONValue& value, const std::string& key) override;
 
     bool readOnly() const override;
-    bool save(ZALError* error = nullptr) override;
+    [[nodiscard]] bool save(ZALError* error = nullptr) override;
     bool requiresSaving() const override;
     /// True when the file had an ID3v1 tag that was not empty when it was opened; stripping it does not
     /// change this.
@@ -65,6 +66,7 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     ZALNullableString GRP1Grouping() const;
     void setGRP1Grouping(const ZALNullableString& grouping);
 
+    bool supportsSeveralComments() const override { return true; }
     /// The primary comment: the last COMM frame with an empty description and an ordinary language; else the
     /// comment of the ID3v1 tag; else the empty text (never null).
     ZALNullableString comment() const override;

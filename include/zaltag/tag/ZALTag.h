@@ -16,9 +16,11 @@
 #include <zaltag/records/ZALTagVelvetCascade.h>
 #include <zaltag/serato/ZALTagSeratoGrid.h>
 #include <zaltag/serato/ZALTagSeratoMarker.h>
+#include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -55,11 +57,11 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// Opens a file: the factory. The first back-end that takes the path's extension makes the object. Null
     /// for any other extension and for what that back-end cannot open; nothing is logged here. An error that
     /// is asked for has the code ZALErrorCode::openFailed, and the reason as its description.
-    static std::shared_ptr<ZALTag> tagAtPath(const ZALNullableString& path, bool readOnly = false,
-                                             ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTag> tagAtPath(const ZALNullableString& path,
+                                                           bool readOnly = false, ZALError* error = nullptr);
     /// The same operation under its other name.
-    static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path, bool readOnly,
-                                                ZALError* error = nullptr);
+    [[nodiscard]] static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path, bool readOnly,
+                                                              ZALError* error = nullptr);
     static std::shared_ptr<ZALTag> initWithPath(const ZALNullableString& path);
 
     /// The seven keys that copyValuesFromTag() copies and description() shows, in order: artist, album, year,
@@ -79,7 +81,7 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
 
     // The file
 
-    /// The path the object was opened with.
+    /// The path the object was opened with, made absolute.
     const ZALNullableString& path() const { return path_; }
     void setPath(ZALNullableString path) { path_ = std::move(path); }
     /// True when the file was opened read-only, or could only be opened so; saving then fails.
@@ -88,7 +90,7 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// ZALTagErrorFailingTagKey and the reason as its description when that fails, and with a line of the log
     /// (see ZALHost::setLogsFailures()); the file is then as it was, the tags in memory stay as
     /// they are, and a later save may succeed.
-    virtual bool save(ZALError* error = nullptr);
+    [[nodiscard]] virtual bool save(ZALError* error = nullptr);
     /// True when an operation moved frames or changed the grouping since the last save. Other setters do not
     /// count.
     virtual bool requiresSaving() const { return requiresSaving_; }
@@ -124,8 +126,30 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     ZALNullableString grouping() const;
     void setGrouping(const ZALNullableString& grouping);
 
+    // Any field by its name
+
+    // TITLE, LABEL, REMIXER, COMPOSER, TRACKNUMBER, DATE, ISRC, BPM, RATING and so on: the names that TagLib
+    // has for fields, one for all formats. A name that a format does not know is a field of its own there: a
+    // user text frame in ID3v2, a freeform item in MP4. Capital and small letters are one. Values are texts,
+    // several where a field has several; the described fields above are views of the same ones.
+
+    /// All fields of the file that have a name, with their values; names in capitals.
+    std::map<std::string, ZALArray<std::string>> properties() const;
+    /// The values of one; empty when the file has none.
+    ZALArray<std::string> property(const std::string& name) const;
+    /// Sets the values; an empty array removes the field. False, with an error of code
+    /// ZALErrorCode::propertyRefused whose description is the reason, and nothing changed, when the file
+    /// could not give back these very values ("'128.5' would become '128'"), and for a name or a value that
+    /// is no text. Values that stand there already change nothing.
+    [[nodiscard]] bool setProperty(const std::string& name, const ZALArray<std::string>& values,
+                                   ZALError* error = nullptr);
+    /// What else is in the file's tags, by the names of its format ("APIC", "covr"), each once: no field.
+    ZALArray<std::string> unsupportedProperties() const;
+
     // Comments
 
+    /// Whether the format can hold several comments, of which the last two operations below clean up.
+    virtual bool supportsSeveralComments() const { return false; }
     /// The primary comment.
     virtual ZALNullableString comment() const;
     void setComment(const ZALNullableString& comment);
@@ -239,13 +263,16 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// Serato's legacy record, read and written again; null when that is not possible: with a log line when
     /// it cannot be read, without one when it holds colours that do not fit.
     ZALNullableData oldSeratoMarkerData() const;
+    /// That record; null as with its data.
+    std::optional<ZALTagSeratoMarkerOld> oldSeratoMarker() const;
+    /// Whether the format has a place for it.
+    bool supportsOldSeratoMarker() const;
     bool hasSeratoMetadata() const;
     virtual bool hasTraktorMetadata() const;
 
     // The collections of other programs. These work on the shared databases and queues (see
     // ZALCollectionDatabase and ZALCollectionQueue) and never touch the audio file. The first use loads the
-    // collection. The file is known to a collection by path(), which therefore is to be absolute and without
-    // "." and "..".
+    // collection. The file is known to a collection by path(), which therefore is to be without "." and "..".
 
     /// True while the collection is loaded.
     static bool isTraktorDBAvailable();
