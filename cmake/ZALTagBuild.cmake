@@ -49,7 +49,7 @@ function(zaltag_room name)
     add_library(zaltag_${name} OBJECT ${sources})
     target_include_directories(zaltag_${name} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> ${PROJECT_SOURCE_DIR}/src)
-    target_compile_definitions(zaltag_${name} PRIVATE ZALTAG_BUILDING ZALTAG_VERSION="${PROJECT_VERSION}")
+    target_compile_definitions(zaltag_${name} PRIVATE ZALTAG_BUILDING)
     target_link_libraries(zaltag_${name} PRIVATE zaltag_options ${ROOM_LIBRARIES})
     set_property(GLOBAL APPEND PROPERTY ZALTAG_ROOMS zaltag_${name})
     set_property(GLOBAL APPEND PROPERTY ZALTAG_ROOM_LIBRARIES ${ROOM_LIBRARIES})

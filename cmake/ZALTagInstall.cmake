@@ -21,5 +21,10 @@ install(FILES ${PROJECT_BINARY_DIR}/ZALTagConfig.cmake ${PROJECT_BINARY_DIR}/ZAL
 
 # The path from the folder of the pkg-config file to the prefix, so that the installed tree can be moved.
 file(RELATIVE_PATH ZALTAG_PREFIX_FROM_PKGCONFIG /p/${pkgconfig_folder} /p)
+# Only a static library has what is below it in every program's link; pkg-config wants each of these for the flags alone.
+if(NOT BUILD_SHARED_LIBS)
+    string(CONCAT ZALTAG_PRIVATE "Requires.private: taglib fmt libpng libjpeg libwebp zlib pugixml expat libutf8proc\n"
+        "Libs.private: -lb64 -ldl -pthread\n")
+endif()
 configure_file(cmake/zaltag.pc.in ${PROJECT_BINARY_DIR}/zaltag.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zaltag.pc DESTINATION ${pkgconfig_folder} COMPONENT development)

@@ -1,21 +1,27 @@
 #!/usr/bin/env bash
-# Installs what building and testing need, on Debian 12, and the packages named as arguments. Asks apt for nothing when
-# nothing is missing.
+# Installs what building and testing need (with --build first, what building needs), on Debian 12, and the packages named
+# as arguments. Asks apt for nothing when nothing is missing.
 set -euo pipefail
 
 packages=(
-    # building
     g++ cmake ninja-build ccache pkg-config
     # the libraries below this one
     libtag1-dev libb64-dev libfmt-dev nlohmann-json3-dev libcli11-dev
     libpng-dev libjpeg62-turbo-dev libwebp-dev libstb-dev zlib1g-dev
     libpugixml-dev libexpat1-dev libutf8proc-dev
     libasio-dev libcurl4-openssl-dev
-    # testing: the framework, a second compiler for fuzzing, encoders and readers nobody here wrote
+)
+# The framework, a second compiler for fuzzing, encoders and readers nobody here wrote.
+testing=(
     libgtest-dev libgmock-dev libbenchmark-dev clang clang-format libclang-rt-14-dev
     openssl python3 python3-mutagen lame flac ffmpeg libimage-exiftool-perl
-    "$@"
 )
+if [ "${1-}" = --build ]; then
+    shift
+else
+    packages+=("${testing[@]}")
+fi
+packages+=("$@")
 
 missing=()
 for package in "${packages[@]}"; do

@@ -3,6 +3,8 @@
 #include "platform/RunningPrograms.h"
 #include "platform/UserFolders.h"
 
+#include <zaltag/base/ZALVersion.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>

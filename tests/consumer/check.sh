@@ -40,7 +40,8 @@ find "$work/prefix/include" -name '*.h' -print0 |
 step "moved, through pkg-config"
 mv "$work/prefix" "$work/moved"
 pkgconfig=$(dirname "$(find "$work/moved" -name zaltag.pc)")
-flags=$(PKG_CONFIG_PATH=$pkgconfig pkg-config --cflags --libs zaltag)
+# With no other package in sight: a shared library brings none along.
+flags=$(PKG_CONFIG_LIBDIR=$pkgconfig pkg-config --cflags --libs zaltag)
 # shellcheck disable=SC2086
 g++ -std=c++20 "$here/main.cpp" $flags -Wl,-rpath,"$(dirname "$pkgconfig")" -o "$work/packaged"
 try "$work/packaged"

@@ -19,6 +19,7 @@ enum class ZALErrorCode : std::int64_t {
     none = 0,
     saveFailed = 1,                      ///< an audio file could not be saved
     openFailed = 2,                      ///< an audio file could not be opened
+    propertyRefused = 3,                 ///< a field of an audio file cannot hold a value
     traktorRunning = 1000,               ///< the collection is not written while Traktor runs
     traktorCollectionUnreadable = 1003,  ///< unreadable or not well-formed
     traktorCollectionUnwritable = 1004,
