@@ -60,6 +60,23 @@ class Files(FilesTest):
                                    ("CUE", bytes.fromhex("0003 000005DC 00CC0000 0000") + b"Drop\0"),
                                    ("LOOP", bytes.fromhex("0000 00000FA0 00001F40 FFFFFFFF 0027AAE1 0000") + b"Break\0")])
 
+    def test_any_field_by_its_name(self):
+        path = self.mp3()
+        with zaltag.open(path) as tag:
+            tag["LABEL"], tag["artist"] = "Ostgut", ("One", "Two")
+            self.assertEqual((tag["label"], "ARTIST" in tag, "MOOD" in tag), (("Ostgut",), True, False))
+        self.assertEqual(mutagen.File(path)["TPUB"].text, ["Ostgut"])
+        with zaltag.open(path) as tag:
+            self.assertEqual(tag.properties, {"LABEL": ("Ostgut",), "ARTIST": ("One", "Two")})
+            tag["LABEL"] = ["Ostgut"]
+            self.assertFalse(tag.changed)
+            for wrong, kind in ((3, TypeError), ([3], TypeError), ("", ValueError), ("a\0", ValueError)):
+                with self.assertRaises(kind):
+                    tag["MOOD"] = wrong
+            del tag["LABEL"]
+            for missing in (lambda: tag["LABEL"], lambda: tag.__delitem__("LABEL")):
+                self.assertRaises(KeyError, missing)
+
     def test_what_cannot_be_opened(self):
         (self.folder / "text.txt").write_text("x")
         (self.folder / "bad.flac").write_text("x")
