@@ -5,6 +5,7 @@ find_package(Threads REQUIRED)
 pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib>=1.13)
 find_package(fmt 9 REQUIRED)
 find_package(nlohmann_json 3.11 REQUIRED)
+pkg_check_modules(SIMDJSON REQUIRED IMPORTED_TARGET simdjson)
 # Pictures. TIFF is read by our own code: Debian's libtiff brings in libjbig, which is under the GPL.
 find_package(ZLIB REQUIRED)
 find_package(PNG REQUIRED)

@@ -23,7 +23,7 @@ install(FILES ${PROJECT_BINARY_DIR}/ZALTagConfig.cmake ${PROJECT_BINARY_DIR}/ZAL
 file(RELATIVE_PATH ZALTAG_PREFIX_FROM_PKGCONFIG /p/${pkgconfig_folder} /p)
 # Only a static library has what is below it in every program's link; pkg-config wants each of these for the flags alone.
 if(NOT BUILD_SHARED_LIBS)
-    string(CONCAT ZALTAG_PRIVATE "Requires.private: taglib fmt libpng libjpeg libwebp zlib pugixml expat libutf8proc\n"
+    string(CONCAT ZALTAG_PRIVATE "Requires.private: taglib fmt simdjson libpng libjpeg libwebp zlib pugixml expat libutf8proc\n"
         "Libs.private: -lb64 -ldl -pthread\n")
 endif()
 configure_file(cmake/zaltag.pc.in ${PROJECT_BINARY_DIR}/zaltag.pc @ONLY)

@@ -33,7 +33,7 @@ THIRD_PARTY = {
                               "tools"],
     r"^b64/": ["serato"],
     r"^fmt/": list(ROOMS),
-    r"^nlohmann/": ["base"],
+    r"^(nlohmann/|simdjson\.h)": ["base"],
     r"^(curl/|asio)": ["platform"],
     r"^zlib\.h": ["platform", "pictures"],
     r"^(png\.h|jpeglib|jerror|webp/|stb)": ["pictures"],

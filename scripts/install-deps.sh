@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
     g++ cmake ninja-build ccache pkg-config
     # the libraries below this one
-    libtag1-dev libb64-dev libfmt-dev nlohmann-json3-dev libcli11-dev
+    libtag1-dev libb64-dev libfmt-dev nlohmann-json3-dev libsimdjson-dev libcli11-dev
     libpng-dev libjpeg62-turbo-dev libwebp-dev libstb-dev zlib1g-dev
     libpugixml-dev libexpat1-dev libutf8proc-dev
     libasio-dev libcurl4-openssl-dev

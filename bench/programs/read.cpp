@@ -54,9 +54,7 @@ void read(const std::string& path, Sums& sums) {
     sums.rest += tag->zalVelvetCascade().has_value();
     sums.rest += tag->seratoCuePoints().size();
     sums.rest += static_cast<std::uint64_t>(tag->hasSeratoMetadata() + tag->hasTraktorMetadata());
-    for (const ZALData& picture : tag->allImageData()) {
-        sums.pictures += picture.size();
-    }
+    tag->forEachImageData([&sums](ZALDataView data, std::uint32_t) { sums.pictures += data.size(); });
     readSerato(*tag, sums);
 }
 

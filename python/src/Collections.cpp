@@ -303,7 +303,7 @@ void addRekordbox(py::module_& module) {
     py::class_<ZALRekordboxTrack, ZALCollectionTrack, std::shared_ptr<ZALRekordboxTrack>> track(
         module, "RekordboxTrack", "A track of Rekordbox's.");
     track.def_property_readonly(
-        "cues", [](const ZALRekordboxTrack& one) { return vectorOf(one.cues()); }, "A new list of the cues.");
+        "cues", [](const ZALRekordboxTrack& one) { return tupleOf(one.cues()); }, "The cues.");
     track.def_property_readonly("track_id", &ZALRekordboxTrack::trackId);
     py::class_<RekordboxPlaylist> playlist(module, "RekordboxPlaylist",
                                            "A playlist as the collection held it; iterable.");
@@ -356,8 +356,7 @@ void addTraktor(py::module_& module) {
     py::class_<ZALTraktorTrack, ZALCollectionTrack, std::shared_ptr<ZALTraktorTrack>>(module, "TraktorTrack",
                                                                                       "A track of Traktor's.")
         .def_property_readonly(
-            "cues", [](const ZALTraktorTrack& one) { return vectorOf(one.cues()); },
-            "A new list of the cues.");
+            "cues", [](const ZALTraktorTrack& one) { return tupleOf(one.cues()); }, "The cues.");
     py::class_<ZALTraktorPlaylist, std::shared_ptr<ZALTraktorPlaylist>> playlist(
         module, "TraktorPlaylist", "A playlist as the collection held it; iterable.");
     playlist.def_property_readonly(

@@ -45,6 +45,27 @@ ZALNullableString textFrom(const std::optional<py::str>& text) {
     return static_cast<std::string>(*text);
 }
 
+namespace {
+
+[[noreturn]] void refuse(const py::object& value, const char* argument, const char* kind) {
+    throw py::type_error(std::string(argument) + " has to be " + kind + " or None, not " +
+                         std::string(py::repr(value)));
+}
+
+}  // namespace
+
+ZALNullableString textFrom(const py::object& text, const char* argument) {
+    if (text.is_none()) return std::nullopt;
+    if (!py::isinstance<py::str>(text)) refuse(text, argument, "a str");
+    return static_cast<std::string>(py::str(text));
+}
+
+std::int64_t integerFrom(const py::object& number, const char* argument) {
+    if (number.is_none()) return 0;
+    if (PyIndex_Check(number.ptr()) == 0) refuse(number, argument, "an int");
+    return number.cast<std::int64_t>();
+}
+
 std::string pathFrom(const py::object& path) {
     const auto bytes = py::module_::import("os").attr("fsencode")(path).cast<std::string>();
     std::error_code error;

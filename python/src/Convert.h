@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace py = pybind11;
@@ -34,9 +35,41 @@ py::object objectOf(const ZALJSONValue& value);
 /// Throws TypeError for what JSON has not.
 ZALJSONValue jsonFrom(const py::handle& object);
 
+/// The text of a str, null for None; TypeError with the argument's name for anything else.
+ZALNullableString textFrom(const py::object& text, const char* argument);
+/// The value of an int or so, 0 for None; the same.
+std::int64_t integerFrom(const py::object& number, const char* argument);
+
+/// An array or a vector as a tuple.
+template <typename Elements>
+py::tuple tupleOf(const Elements& elements) {
+    py::tuple tuple(elements.size());
+    std::size_t i = 0;
+    for (const auto& element : elements) {
+        if constexpr (std::is_same_v<std::decay_t<decltype(element)>, std::string>)
+            tuple[i++] = textOf(element);
+        else
+            tuple[i++] = py::cast(element);
+    }
+    return tuple;
+}
+
+/// The elements of any iterable but a text; TypeError with the argument's name for one of another type.
 template <typename T>
-std::vector<T> vectorOf(const ZALArray<T>& array) {
-    return array.elements();
+std::vector<T> vectorFrom(const py::object& elements, const char* argument) {
+    const std::string kind = py::str(py::type::of<T>().attr("__name__"));
+    std::vector<T> vector;
+    try {
+        for (const py::handle& element : elements) {
+            vector.push_back(element.cast<T>());
+        }
+    } catch (const py::cast_error&) {
+        throw py::type_error(std::string(argument) + " holds " + kind + " alone");
+    } catch (py::error_already_set& error) {
+        if (!error.matches(PyExc_TypeError)) throw;
+        throw py::type_error(std::string(argument) + " has to be an iterable of " + kind);
+    }
+    return vector;
 }
 
 /// A Python object that C++ code of any thread may let go of.

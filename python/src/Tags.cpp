@@ -75,11 +75,19 @@ std::unique_ptr<TagHandle> openTag(const py::object& path, bool readOnly) {
     return std::make_unique<TagHandle>(std::move(tag));
 }
 
+// What stands there already changes nothing.
+template <auto Getter, auto Setter, typename Value>
+void setIfOther(TagHandle& one, const Value& value) {
+    if ((one.tag().*Getter)() != value) (one.changing().*Setter)(value);
+}
+
 template <auto Getter, auto Setter>
 void addText(TagClass& tag, const char* name, const char* doc) {
     tag.def_property(
         name, [](const TagHandle& one) { return textOf((one.tag().*Getter)()); },
-        [](TagHandle& one, const std::optional<py::str>& text) { (one.changing().*Setter)(textFrom(text)); },
+        [name](TagHandle& one, const py::object& text) {
+            setIfOther<Getter, Setter>(one, textFrom(text, name));
+        },
         doc);
 }
 
@@ -87,20 +95,37 @@ template <auto Getter, auto Setter>
 void addNumber(TagClass& tag, const char* name, const char* doc) {
     tag.def_property(
         name, [](const TagHandle& one) { return (one.tag().*Getter)(); },
-        [](TagHandle& one, std::int64_t number) { (one.changing().*Setter)(number); }, doc);
+        [name](TagHandle& one, const py::object& number) {
+            setIfOther<Getter, Setter>(one, integerFrom(number, name));
+        },
+        doc);
 }
 
 template <auto Getter, auto Setter, typename Record>
 void addRecord(TagClass& tag, const char* name, const char* doc) {
     tag.def_property(
         name, [](const TagHandle& one) { return (one.tag().*Getter)(); },
-        [](TagHandle& one, const std::optional<Record>& record) { (one.changing().*Setter)(record); }, doc);
+        [name](TagHandle& one, const py::object& record) {
+            const std::string kind = py::str(py::type::of<Record>().attr("__name__"));
+            if (!record.is_none() && !py::isinstance<Record>(record))
+                throw py::type_error(std::string(name) + " has to be a " + kind + " or None, not " +
+                                     std::string(py::repr(record)));
+            (one.changing().*Setter)(record.cast<std::optional<Record>>());
+        },
+        doc);
 }
 
 template <auto Getter>
 void addAnswer(TagClass& tag, const char* name, const char* doc) {
     tag.def_property_readonly(
         name, [](const TagHandle& one) { return (one.tag().*Getter)(); }, doc);
+}
+
+void setProperty(TagHandle& one, const std::string& name, const std::vector<std::string>& values) {
+    ZALError error;
+    const auto before = one.tag().property(name);
+    if (!one.tag().setProperty(name, values, &error)) throw py::value_error(error.localizedDescription);
+    if (one.tag().property(name) != before) one.changing();
 }
 
 void addFields(TagClass& tag) {
@@ -114,7 +139,13 @@ void addFields(TagClass& tag) {
     addText<&ZALTag::modifiedBy, &ZALTag::setModifiedBy>(tag, "modified_by",
                                                          "Who changed the file, or None.");
     addNumber<&ZALTag::year, &ZALTag::setYear>(tag, "year", "The year; 0 when there is none.");
-    addNumber<&ZALTag::tempo, &ZALTag::setTempo>(tag, "tempo", "Beats per minute; 0 when there is none.");
+    tag.def_property(
+        "tempo", [](const TagHandle& one) { return one.tag().tempo(); },
+        [](TagHandle& one, const py::object& tempo) {
+            if (tempo.is_none()) return setProperty(one, "BPM", {});
+            setIfOther<&ZALTag::tempo, &ZALTag::setTempo>(one, integerFrom(tempo, "tempo"));
+        },
+        "Beats per minute; 0 when there is none. None takes it away.");
     addNumber<&ZALTag::energyLevel, &ZALTag::setEnergyLevel>(tag, "energy_level",
                                                              "The energy; 0 when there is none.");
     addAnswer<&ZALTag::readOnly>(tag, "read_only", "True when the file can only be read; saving then fails.");
@@ -131,10 +162,6 @@ void addFields(TagClass& tag) {
         "path", [](const TagHandle& one) { return pathOf(one.tag().path()); }, "The file's path, absolute.");
 }
 
-py::tuple tupleOf(const ZALArray<std::string>& texts) {
-    return py::cast(vectorOf(texts));
-}
-
 // One text, or several.
 std::vector<std::string> valuesFrom(const py::object& values) {
     if (py::isinstance<py::str>(values)) return {*textFrom(py::str(values))};
@@ -144,13 +171,6 @@ std::vector<std::string> valuesFrom(const py::object& values) {
         texts.push_back(*textFrom(py::reinterpret_borrow<py::str>(value)));
     }
     return texts;
-}
-
-void setProperty(TagHandle& one, const std::string& name, const std::vector<std::string>& values) {
-    ZALError error;
-    const auto before = one.tag().property(name);
-    if (!one.tag().setProperty(name, values, &error)) throw py::value_error(error.localizedDescription);
-    if (one.tag().property(name) != before) one.changing();
 }
 
 void addProperties(TagClass& tag) {
@@ -211,24 +231,28 @@ void addRecords(TagClass& tag) {
 
 void addSeratoParts(TagClass& tag) {
     tag.def_property(
-        "serato_cue_points", [](const TagHandle& one) { return vectorOf(one.tag().seratoCuePoints()); },
-        [](TagHandle& one, std::vector<ZALTagCuePoint> cuePoints) {
-            one.changing().setSeratoCuePoints(std::move(cuePoints));
+        "serato_cue_points", [](const TagHandle& one) { return tupleOf(one.tag().seratoCuePoints()); },
+        [](TagHandle& one, const py::object& cuePoints) {
+            auto vector = vectorFrom<ZALTagCuePoint>(cuePoints, "serato_cue_points");
+            one.changing().setSeratoCuePoints(std::move(vector));
         },
-        "A new list of Serato's cue points with pads and colours. What is set is moved to the nearest beats "
-        "of "
-        "Serato's grid, where the file has one and the cue point is not there already; without pads it takes "
-        "the slots in its order. Loops in the list take the place of the loops; an empty list removes all.");
+        "Serato's cue points with pads and colours. What is set is moved to the nearest beats of Serato's "
+        "grid, where the file has one and the cue point is not there already; without pads it takes the "
+        "slots in its order. Loops in the list take the place of the loops; an empty list removes all.");
     tag.def_property(
-        "serato_loops", [](const TagHandle& one) { return vectorOf(one.tag().seratoLoops()); },
-        [](TagHandle& one, std::vector<ZALTagCuePoint> loops) {
-            one.changing().setSeratoLoops(std::move(loops));
+        "serato_loops", [](const TagHandle& one) { return tupleOf(one.tag().seratoLoops()); },
+        [](TagHandle& one, const py::object& loops) {
+            auto vector = vectorFrom<ZALTagCuePoint>(loops, "serato_loops");
+            one.changing().setSeratoLoops(std::move(vector));
         },
-        "A new list of Serato's loops; an empty one removes them.");
+        "Serato's loops; an empty list removes them.");
     tag.def(
         "plan_serato_cue_points",
-        [](const TagHandle& one, std::vector<ZALTagCuePoint> cuePoints, bool keepTimes) {
-            return one.tag().planSeratoCuePoints(std::move(cuePoints), keepTimes).outcomes;
+        [](const TagHandle& one, const py::object& cuePoints, bool keepTimes) {
+            return tupleOf(
+                one.tag()
+                    .planSeratoCuePoints(vectorFrom<ZALTagCuePoint>(cuePoints, "cue_points"), keepTimes)
+                    .outcomes);
         },
         py::arg("cue_points"), py::arg("keep_times") = false,
         "What setting serato_cue_points would make of these: a CueOutcome for each. Changes nothing.");
@@ -244,19 +268,22 @@ void addSeratoParts(TagClass& tag) {
 }
 
 void addComments(py::module_& module, TagClass& tag) {
-    py::class_<ZALTagComment> comment(module, "Comment",
-                                      "One comment of a file. Changing it changes no file.");
+    py::class_<ZALTagComment> comment(module, "Comment", "One comment of a file.");
+    comment.def(py::init([](const py::object& text, const py::object& lang, bool isPrimary) {
+                    ZALTagComment made;
+                    made.setComment(textFrom(text, "text"));
+                    made.setLang(textFrom(lang, "lang"));
+                    made.setIsPrimary(isPrimary);
+                    return made;
+                }),
+                py::arg("text") = py::none(), py::arg("lang") = py::none(), py::arg("is_primary") = false);
     comment.def_property_readonly("text", [](const ZALTagComment& one) { return textOf(one.comment()); });
     comment.def_property_readonly(
         "lang", [](const ZALTagComment& one) { return textOf(one.lang()); },
         "The language of an ID3v2 comment, or None.");
     comment.def_property_readonly("is_primary", &ZALTagComment::isPrimary);
-    comment.def("__repr__", [](const ZALTagComment& one) {
-        return py::str("<Comment {!r}>").format(textOf(one.comment()));
-    });
     tag.def_property_readonly(
-        "comments", [](const TagHandle& one) { return vectorOf(one.tag().allComments()); },
-        "A new list of all comments.");
+        "comments", [](const TagHandle& one) { return tupleOf(one.tag().allComments()); }, "All comments.");
     tag.def(
         "prune_comments", [](TagHandle& one) { one.changing().deleteExtraneousComments(); },
         "Removes every comment but the primary one and those of other programs.");
@@ -276,6 +303,11 @@ ZALImagePtr imageFrom(const py::bytes& data) {
 
 void addPictures(py::module_& module, TagClass& tag) {
     py::class_<ZALTagStoredImage> image(module, "StoredImage", "A picture as the file stores it.");
+    image.def(py::init([](const py::bytes& data, std::uint32_t type) {
+                  const ZALDataView view = viewOf(data);
+                  return ZALTagStoredImage{{view.begin(), view.end()}, type};
+              }),
+              py::arg("data"), py::arg("image_type") = 0);
     image.def_property_readonly("data", [](const ZALTagStoredImage& one) { return bytesOf(one.data); });
     image.def_property_readonly(
         "image_type", [](const ZALTagStoredImage& one) { return one.imageType; },
@@ -287,8 +319,7 @@ void addPictures(py::module_& module, TagClass& tag) {
         return ZALTagDataImage(one.data).isCustomImage();
     });
     tag.def_property_readonly(
-        "images", [](const TagHandle& one) { return vectorOf(one.tag().allStoredImages()); },
-        "A new list of all pictures.");
+        "images", [](const TagHandle& one) { return tupleOf(one.tag().allStoredImages()); }, "All pictures.");
     tag.def(
         "replace_image",
         [](TagHandle& one, const std::optional<py::bytes>& data) {
@@ -359,7 +390,7 @@ void addTags(py::module_& module) {
     module.def(
         "can_open", [](const py::object& path) { return ZALTag::canInitWithPath(pathFrom(path)); },
         py::arg("path"), "True when the name has the extension of a format that can be opened.");
-    module.def("supported_file_types", [] { return vectorOf(ZALTag::supportedFileTypes()); });
+    module.def("supported_file_types", [] { return tupleOf(ZALTag::supportedFileTypes()); });
     module.def(
         "copy_tags",
         [](const py::object& source, const py::object& destination) -> std::optional<bool> {

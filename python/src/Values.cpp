@@ -1,7 +1,5 @@
 #include "Convert.h"
 
-#include <pybind11/operators.h>
-
 namespace {
 
 std::optional<ZALArray<double>> beatsFrom(std::optional<std::vector<double>> beats) {
@@ -47,36 +45,31 @@ std::string argumentsOf(const CuePoint& cue) {
 }
 
 void addCuePoint(py::module_& module) {
-    py::class_<CuePoint> cuePoint(
-        module, "CuePoint",
-        "A place in a track: a time in seconds and a name, and what else is known of it. Two are equal whose "
-        "names are and whose times are within a millisecond.");
+    py::class_<CuePoint> cuePoint(module, "CuePoint",
+                                  "A place in a track: a time in seconds and a name, and what else is known "
+                                  "of it. One with an end is a "
+                                  "loop.");
     cuePoint.def(py::init(&cuePointFrom), py::arg("time") = 0.0, py::arg("name") = py::none(), py::kw_only(),
                  py::arg("end") = py::none(), py::arg("pad") = py::none(), py::arg("color") = py::none(),
                  py::arg("kind") = py::none());
-    cuePoint.def_property("time", &CuePoint::time, &CuePoint::setTime, "Seconds from the start.");
-    cuePoint.def_property(
-        "name", [](const CuePoint& cue) { return textOf(cue.name()); },
-        [](CuePoint& cue, const std::optional<py::str>& name) { cue.setName(textFrom(name)); },
-        "The label, or None.");
-    cuePoint.def_property("end", &CuePoint::end, &CuePoint::setEnd,
-                          "The end of a loop in seconds, or None; what is given one is a loop.");
-    cuePoint.def_property("pad", &CuePoint::pad, &CuePoint::setPad,
-                          "The pad from 0 on, -1 for none, or None when nothing is said of it.");
-    cuePoint.def_property("color", &CuePoint::color, &CuePoint::setColor, "0xRRGGBB, or None.");
-    cuePoint.def_property(
+    cuePoint.def_property_readonly("time", &CuePoint::time, "Seconds from the start.");
+    cuePoint.def_property_readonly(
+        "name", [](const CuePoint& cue) { return textOf(cue.name()); }, "The label, or None.");
+    cuePoint.def_property_readonly("end", &CuePoint::end, "The end of a loop in seconds, or None.");
+    cuePoint.def_property_readonly("pad", &CuePoint::pad,
+                                   "The pad from 0 on, -1 for none, or None when nothing is said of it.");
+    cuePoint.def_property_readonly("color", &CuePoint::color, "0xRRGGBB, or None.");
+    cuePoint.def_property_readonly(
         "kind", [](const CuePoint& cue) { return CuePoint::nameOfKind(cue.kind()); },
-        [](CuePoint& cue, const std::string& kind) { cue.setKind(kindFrom(kind)); },
         "'cue', 'fade-in', 'fade-out', 'load' or 'loop'.");
-    cuePoint.def(py::self == py::self);
-    cuePoint.attr("__hash__") = py::none();  // equal within a tolerance
-    cuePoint.def("is_wholly_equal_to", &CuePoint::isWhollyEqualTo, py::arg("other"),
-                 "Equal, and of the same kind, end, colour and pad.");
+    cuePoint.def("is_close", &CuePoint::isEqualToCuePoint, py::arg("other"),
+                 "Whether the names are equal and the times within a millisecond.");
     cuePoint.def("__repr__", [](const CuePoint& cue) {
         return py::str("CuePoint({!r}, {!r}{})").format(cue.time(), textOf(cue.name()), argumentsOf(cue));
     });
     py::class_<ZALCueOutcome> outcome(module, "CueOutcome",
                                       "What becomes of a cue point in the place where it is written.");
+    outcome.def(py::init<CuePoint, std::optional<CuePoint>>(), py::arg("asked"), py::arg("held"));
     outcome.def_readonly("asked", &ZALCueOutcome::asked, "The cue point.");
     outcome.def_readonly("held", &ZALCueOutcome::held,
                          "As it will be read from there, or None when there is no room for it.");
@@ -87,8 +80,8 @@ void addCuePoint(py::module_& module) {
 // What every record has.
 template <typename Record>
 void addRecordBase(py::class_<Record>& record) {
-    record.def_property("algorithm", &Record::algorithm, &Record::setAlgorithm,
-                        "The version of the algorithm that made this record.");
+    record.def_property_readonly("algorithm", &Record::algorithm,
+                                 "The version of the algorithm that made this record.");
     record.def_property_readonly(
         "source", [](const Record& one) { return textOf(one.source()); }, "Who makes such records.");
     record.def(
@@ -103,11 +96,9 @@ void addRecordBase(py::class_<Record>& record) {
         [](const py::dict& dictionary) { return *Record::propertyWithJSONDict(jsonFrom(dictionary)); },
         py::arg("dictionary"),
         "The record of such a dict; what is missing or of another type reads as 0 or None.");
-    record.def("__eq__", [](const Record& one, const Record& other) { return one.isEqual(other); });
-    record.attr("__hash__") = py::none();
-    record.def("__repr__", [](const py::object& one) {
-        return py::str("<{} {}>").format(py::type::of(one).attr("__name__"), one.attr("as_dict")());
-    });
+    record.def(
+        "is_close", [](const Record& one, const Record& other) { return one.isEqual(other); },
+        py::arg("other"), "Whether both are the same but for the rounding of times.");
 }
 
 void addKeyAndEnergy(py::module_& module) {
@@ -116,14 +107,12 @@ void addKeyAndEnergy(py::module_& module) {
                 return ZALTagKey::keyWithKey(textFrom(text), algorithm);
             }),
             py::arg("key") = py::none(), py::arg("algorithm") = 0);
-    key.def_property(
-        "key", [](const ZALTagKey& one) { return textOf(one.key()); },
-        [](ZALTagKey& one, const std::optional<py::str>& text) { one.setKey(textFrom(text)); },
-        "As the analysis gave it, or None.");
+    key.def_property_readonly(
+        "key", [](const ZALTagKey& one) { return textOf(one.key()); }, "As the analysis gave it, or None.");
     addRecordBase(key);
     py::class_<ZALTagEnergy> energy(module, "Energy", "The energy level that an analysis found.");
     energy.def(py::init(&ZALTagEnergy::keyWithEnergy), py::arg("energy") = 0, py::arg("algorithm") = 0);
-    energy.def_property("energy", &ZALTagEnergy::energy, &ZALTagEnergy::setEnergy);
+    energy.def_property_readonly("energy", &ZALTagEnergy::energy);
     addRecordBase(energy);
 }
 
@@ -133,29 +122,23 @@ void addGridAndCues(py::module_& module) {
                  return ZALTagBeatGrid::beatGridWithBeats(beatsFrom(std::move(beats)), tempo, algorithm);
              }),
              py::arg("beats") = py::none(), py::arg("tempo") = 0.0F, py::arg("algorithm") = 0);
-    grid.def_property(
+    grid.def_property_readonly(
         "beats",
-        [](const ZALTagBeatGrid& one) -> std::optional<std::vector<double>> {
-            if (!one.beats()) return std::nullopt;
-            return one.beats()->elements();
+        [](const ZALTagBeatGrid& one) -> py::object {
+            if (!one.beats()) return py::none();
+            return tupleOf(*one.beats());
         },
-        [](ZALTagBeatGrid& one, std::optional<std::vector<double>> beats) {
-            one.setBeats(beatsFrom(std::move(beats)));
-        },
-        "A new list of the beats' times, or None.");
-    grid.def_property("tempo", &ZALTagBeatGrid::tempo, &ZALTagBeatGrid::setTempo, "Beats per minute.");
+        "The times of the beats, or None.");
+    grid.def_property_readonly("tempo", &ZALTagBeatGrid::tempo, "Beats per minute.");
     addRecordBase(grid);
     py::class_<ZALTagCuePoints> cues(module, "CuePoints", "The cue points that an analysis found.");
     cues.def(py::init([](std::vector<ZALTagCuePoint> cuePoints, std::int64_t algorithm) {
                  return ZALTagCuePoints::cuePointsWithCuePointArray(std::move(cuePoints), algorithm);
              }),
              py::arg("cue_points") = std::vector<ZALTagCuePoint>(), py::arg("algorithm") = 0);
-    cues.def_property(
-        "cue_points", [](const ZALTagCuePoints& one) { return vectorOf(one.cuePoints()); },
-        [](ZALTagCuePoints& one, std::vector<ZALTagCuePoint> cuePoints) {
-            one.setCuePoints(std::move(cuePoints));
-        },
-        "A new list of the cue points, in stored order.");
+    cues.def_property_readonly(
+        "cue_points", [](const ZALTagCuePoints& one) { return tupleOf(one.cuePoints()); },
+        "In stored order.");
     addRecordBase(cues);
 }
 
@@ -163,20 +146,17 @@ void addVelvetCascade(py::module_& module) {
     py::class_<ZALTagVelvetCascade> record(
         module, "VelvetCascade",
         "The mark of a file whose audio was processed, with the name of its backup.");
-    record.def(py::init([](const std::optional<py::str>& name, bool isProcessed) {
-                   return ZALTagVelvetCascade::tagWithBackupFileName(sharedText(name), isProcessed);
+    record.def(py::init([](const std::optional<py::str>& name, bool isProcessed, std::int64_t algorithm) {
+                   auto made = ZALTagVelvetCascade::tagWithBackupFileName(sharedText(name), isProcessed);
+                   made.setAlgorithm(algorithm);
+                   return made;
                }),
-               py::arg("backup_file_name") = py::none(), py::arg("is_processed") = false);
-    record.def_property(
-        "backup_file_name",
-        [](const ZALTagVelvetCascade& one) {
-            return one.backupFileName() ? textOf(*one.backupFileName()) : py::none();
-        },
-        [](ZALTagVelvetCascade& one, const std::optional<py::str>& name) {
-            one.setBackupFileName(sharedText(name));
-        });
-    record.def_property("is_processed", &ZALTagVelvetCascade::isProcessed,
-                        &ZALTagVelvetCascade::setIsProcessed);
+               py::arg("backup_file_name") = py::none(), py::arg("is_processed") = false,
+               py::arg("algorithm") = 0);
+    record.def_property_readonly("backup_file_name", [](const ZALTagVelvetCascade& one) {
+        return one.backupFileName() ? textOf(*one.backupFileName()) : py::none();
+    });
+    record.def_property_readonly("is_processed", &ZALTagVelvetCascade::isProcessed);
     addRecordBase(record);
 }
 

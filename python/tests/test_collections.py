@@ -58,7 +58,7 @@ class Collections(FilesTest):
             asyncio.run(names["main"]())
         for file in self.files:
             self.assertIn(b"early", file.read_bytes())
-        self.assertEqual([name for _, name in serato_cues("song.mp3")], ["Intro", "Drop"])
+        self.assertEqual([name for _, name in serato_cues("song.mp3")], ["Start", "Drop"])
 
     def test_lookups(self):
         collection = zaltag.rekordbox()

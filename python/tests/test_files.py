@@ -1,5 +1,7 @@
 """Audio files through the Python module, checked with mutagen."""
+import copy
 import pathlib
+import pickle
 import shutil
 import subprocess
 import threading
@@ -36,7 +38,7 @@ class Files(FilesTest):
             self.assertEqual(serato_cues(str(path)), [(1500, "Drop"), (3000, "")])
             with zaltag.open(str(path), read_only=True) as tag:
                 self.assertEqual((tag.tempo, tag.initial_key, tag.zal_key.key, tag.zal_energy), (124, "8A", "8A", None))
-                self.assertEqual((tag.zal_beat_grid.beats, tag.zal_beat_grid.tempo), ([0.5, 1.0], 120.5))
+                self.assertEqual((tag.zal_beat_grid.beats, tag.zal_beat_grid.tempo), ((0.5, 1.0), 120.5))
                 self.assertEqual([cue.position for cue in tag.serato_marker.cue_points], [1500, 3000])
                 self.assertEqual([cue.position for cue in tag.serato_marker_old.cue_points], [1500, 3000])
             self.assertIn("Drop", zaltag.describe(path))
@@ -51,10 +53,9 @@ class Files(FilesTest):
             self.assertTrue(tag.plan_serato_cue_points([drop])[0].is_less_than_asked)
             tag.serato_cue_points = [zaltag.CuePoint(9, "End", pad=7), drop, loop]
         with zaltag.open(path) as tag:
-            cues = tag.serato_cue_points
-            cues[0].name = "Start"
-            tag.serato_cue_points = cues
-            self.assertTrue(tag.serato_loops[0].is_wholly_equal_to(zaltag.CuePoint(4, "Break", end=8.0, pad=-1, color=0x27AAE1)))
+            first, *others = tag.serato_cue_points
+            tag.serato_cue_points = [first.replace(name="Start"), *others]
+            self.assertEqual(tag.serato_loops, (zaltag.CuePoint(4, "Break", end=8.0, pad=-1, color=0x27AAE1),))
         entries = serato_entries(str(path))
         self.assertEqual(entries, [("CUE", bytes.fromhex("0007 00002328 008800CC 0000") + b"Start\0"),
                                    ("CUE", bytes.fromhex("0003 000005DC 00CC0000 0000") + b"Drop\0"),
@@ -104,8 +105,13 @@ class Files(FilesTest):
 
     def test_wrong_values_are_python_errors(self):
         with zaltag.open(self.mp3()) as tag:
-            for name, value in (("title", 5), ("tempo", "fast"), ("zal_key", "8A"), ("serato_cue_points", [1])):
-                self.assertRaises(TypeError, setattr, tag, name, value)
+            for name, value in (("title", 5), ("tempo", "fast"), ("zal_key", "8A"), ("serato_cue_points", [1]),
+                                ("serato_loops", 3)):
+                self.assertRaisesRegex(TypeError, name, setattr, tag, name, value)
+            self.assertRaisesRegex(TypeError, "pad", zaltag.CuePoint, 1.5, pad="A")
+            tag.tempo = 128
+            tag.tempo = None
+            self.assertNotIn("BPM", tag)
             self.assertRaises(UnicodeEncodeError, setattr, tag, "title", "\ud800")
             self.assertRaises(ValueError, tag.replace_image, b"no picture")
         deep = current = {}
@@ -118,12 +124,24 @@ class Files(FilesTest):
             tag.prune_comments()
 
     def test_values(self):
-        cues = zaltag.CuePoints([zaltag.CuePoint(1.25, "a")], algorithm=7)
-        self.assertEqual(zaltag.CuePoints.from_dict(cues.as_dict()), cues)
-        marker, old = zaltag.SeratoMarker(), zaltag.SeratoMarkerOld()
-        marker.cue_points = [zaltag.SeratoCuePoint(3, 1500, "é", 0x00CC0000)]
-        self.assertEqual(zaltag.SeratoMarker.from_bytes(marker.to_bytes()).cue_points, marker.cue_points)
-        old.color, old.cue_points = 0x123456, [zaltag.SeratoCuePointOld(4, 1500, 0xCC0000)]
+        cue, loop = zaltag.CuePoint(1.25, "a"), zaltag.SeratoLoop(2, 10, 20, "x", locked=True)
+        marker = zaltag.SeratoMarker(cue_points=[zaltag.SeratoCuePoint(3, 1500, "é", 0x00CC0000)], loops=[loop])
+        old = zaltag.SeratoMarkerOld(color=0x123456, cue_points=[zaltag.SeratoCuePointOld(4, 1500, 0xCC0000)])
+        for value in (cue, loop, marker, old, zaltag.CuePoints([cue], algorithm=7), zaltag.BeatGrid([0.5, 1.0], 120.5, 2),
+                      zaltag.Key("8A"), zaltag.Energy(3), zaltag.VelvetCascade("b", True, 2), zaltag.Comment("c", "eng", True),
+                      zaltag.StoredImage(b"x", 3), zaltag.SeratoGrid([zaltag.SeratoGridPoint(0.5, 4, 120)]),
+                      zaltag.CueOutcome(cue, None), *marker.cue_points, *old.cue_points):
+            for same in (pickle.loads(pickle.dumps(value)), copy.copy(value), copy.deepcopy(value), value.replace()):
+                self.assertEqual((same, hash(same), repr(same)), (value, hash(value), repr(value)))
+            for name in type(value).__match_args__:
+                self.assertRaises(AttributeError, setattr, value, name, None)
+            self.assertEqual(tuple(value), tuple(getattr(value, name) for name in type(value).__match_args__))
+            self.assertNotEqual(value, 1)
+        later = cue.replace(time=1.2504, pad=2)
+        self.assertEqual((cue == later, cue.is_close(later), len({cue, later, cue.replace()})), (False, True, 2))
+        self.assertEqual(sorted([later, cue.replace(name=None), cue]), [cue.replace(name=None), cue, later])
+        self.assertEqual(zaltag.CuePoints.from_dict(zaltag.CuePoints([cue], 7).as_dict()).cue_points, (cue,))
+        self.assertEqual(zaltag.SeratoMarker.from_bytes(marker.to_bytes()), marker)
         self.assertEqual(zaltag.SeratoMarkerOld.from_bytes(old.to_bytes("m4a"), "m4a").cue_points, old.cue_points)
 
     def test_copies_pictures_and_the_log(self):

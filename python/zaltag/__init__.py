@@ -12,7 +12,7 @@ import pathlib
 import shutil
 from typing import Iterator, Tuple, Union
 
-from . import _core
+from . import _core, _values
 from ._asyncio import main_queue_on, save_async
 from ._core import (
     BeatGrid,
@@ -59,6 +59,8 @@ __all__ = [
     "__version__", "can_open", "copy_tags", "describe", "main_queue_on", "open", "rekordbox", "run_pending", "save_async",
     "set_log_sink", "supported_file_types", "traktor", "use_collections", "walk",
 ]
+
+_values.complete()
 
 StrPath = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 

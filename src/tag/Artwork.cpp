@@ -89,13 +89,18 @@ ZALArray<ZALTagImageDictionary> Artwork::allImages() const {
     return images;
 }
 
-ZALArray<ZALData> Artwork::allImageData() const {
+void Artwork::forEachImageData(
+    const std::function<void(ZALDataView data, std::uint32_t imageType)>& look) const {
     container_->prepareListing();
-    std::vector<ZALData> data;
     for (const StoredPicture& picture : container_->pictures(true)) {
-        data.push_back(copyOf(picture.data));
+        look(picture.data, picture.type);
     }
-    return data;
+}
+
+ZALArray<ZALData> Artwork::allImageData() const {
+    std::vector<ZALData> all;
+    forEachImageData([&all](ZALDataView data, std::uint32_t) { all.push_back(copyOf(data)); });
+    return all;
 }
 
 ZALArray<ZALTagStoredImage> Artwork::allStoredImages() const {

@@ -7,6 +7,7 @@
 #include <zaltag/pictures/ZALImage.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -62,6 +63,7 @@ class Artwork {
     ZALImagePtr customizedImage() const;
     ZALArray<ZALTagImageDictionary> allImages() const;
     ZALArray<ZALData> allImageData() const;
+    void forEachImageData(const std::function<void(ZALDataView data, std::uint32_t imageType)>& look) const;
     ZALArray<ZALTagStoredImage> allStoredImages() const;
 
     void setAllImages(const ZALArray<ZALTagImageDictionary>& images);

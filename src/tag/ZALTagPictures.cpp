@@ -33,6 +33,10 @@ void ZALTag::setAllImages(const ZALArray<ZALTagImageDictionary>& images) {
 ZALArray<ZALData> ZALTag::allImageData() const {
     return contentsFor("allImageData").artwork().allImageData();
 }
+void ZALTag::forEachImageData(
+    const std::function<void(ZALDataView data, std::uint32_t imageType)>& look) const {
+    contentsFor("allImageData").artwork().forEachImageData(look);
+}
 ZALArray<ZALTagStoredImage> ZALTag::allStoredImages() const {
     return contentsFor("allStoredImages").artwork().allStoredImages();
 }

@@ -20,6 +20,7 @@
 #include <zaltag/tag/ZALTagImageDictionary.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -207,6 +208,8 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// The bytes of every picture, in the order of the file. An entry that is no picture is logged and left
     /// out.
     ZALArray<ZALData> allImageData() const;
+    /// The same for who only looks, without a copy: the bytes are those of the tag, for the call.
+    void forEachImageData(const std::function<void(ZALDataView data, std::uint32_t imageType)>& look) const;
     /// The same with the picture types; nothing is logged.
     ZALArray<ZALTagStoredImage> allStoredImages() const;
     /// Replaces the first picture, or adds one; null removes all. On a file with a customised picture, false
