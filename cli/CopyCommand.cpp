@@ -24,7 +24,10 @@ std::string copyTags(const std::string& source, const std::string& destination) 
     if (std::filesystem::equivalent(source, destination, ignored)) return "is the source, too";
     if (openFile(destination, false).tag->readOnly()) return readOnlyReason;
     if (const auto copy = ZALCopyTagFunctionForPaths(source, destination)) {
-        return copy(source, destination) ? "" : "could not be saved; the file is as it was";
+        ZALError error;
+        if (copy(source, destination, &error)) return {};
+        return fmt::format("could not be saved: {}; the file is as it was",
+                           printable(error.localizedDescription));
     }
     return fmt::format("cannot take the tags of {}: files of these two types cannot be copied",
                        printable(source));

@@ -78,7 +78,7 @@ void addShowCommand(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("show", "Print every field of audio files");
     command->add_option("FILE", options->files, "Audio files")->required();
-    command->add_flag("--all", options->all, "Every other field, too, by the name that all formats share");
+    command->add_flag("--all", options->all, "Every other field, too, by its name");
     command->add_flag("--json", options->json, "Print one JSON array, an object per file");
     command->callback([options, &chosen] { chosen = [options] { return show(*options); }; });
 }

@@ -97,7 +97,7 @@ void copy(ZALDataView data) {
     const std::size_t length = std::min<std::size_t>(data[1] * 256U + data[2], both.size());
     const FuzzedFile source(both.first(length), std::string("source.") + copier.from);
     const FuzzedFile destination(both.subspan(length), std::string("destination.") + copier.to);
-    const bool copied = copier.copy(source.path(), destination.path());
+    const bool copied = copier.copy(source.path(), destination.path(), nullptr);
     require(source.holds(both.first(length)));
     require(copied ? opened(destination) != nullptr : destination.holds(both.subspan(length)));
 }

@@ -8,7 +8,7 @@ import re
 import subprocess
 import sys
 
-HEADERS = ["zaltag/zaltag.h", "chrono", "cstdlib", "fstream", "functional", "iostream", "iterator", "memory", "string",
+HEADERS = ["zaltag/modern.h", "chrono", "cstdlib", "fstream", "functional", "iostream", "iterator", "memory", "string",
            "vector", "stand_ins.h"]
 
 

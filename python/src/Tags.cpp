@@ -393,13 +393,21 @@ void addTags(py::module_& module) {
     module.def("supported_file_types", [] { return tupleOf(ZALTag::supportedFileTypes()); });
     module.def(
         "copy_tags",
-        [](const py::object& source, const py::object& destination) -> std::optional<bool> {
+        [](const py::object& source, const py::object& destination) {
             const std::string from = pathFrom(source);
             const std::string to = pathFrom(destination);
-            const py::gil_scoped_release unlocked;
             const auto copy = ZALCopyTagFunctionForPaths(from, to);
-            if (copy == nullptr) return std::nullopt;
-            return copy(from, to);
+            if (copy == nullptr) return false;
+            ZALError error;
+            bool isDone = false;
+            {
+                const py::gil_scoped_release unlocked;
+                isDone = copy(from, to, &error);
+            }
+            if (!isDone)
+                raise("SaveError", textOf(error.localizedDescription), static_cast<std::int64_t>(error.code),
+                      pathOf(to));
+            return true;
         },
         py::arg("source"), py::arg("destination"));
     module.def(

@@ -85,11 +85,8 @@ def copy_tags(source: StrPath, destination: StrPath) -> None:
     name = pathlib.Path(os.fsdecode(destination))
     if os.path.samefile(source, destination):
         raise shutil.SameFileError(f"{os.fsdecode(source)!r} and {str(name)!r} are the same file")
-    copied = _core.copy_tags(source, destination)
-    if copied is None:
+    if not _core.copy_tags(source, destination):
         raise UnsupportedOperation("tags of a file of that type cannot be copied into this one", path=name)
-    if not copied:
-        raise SaveError("could not be saved; the file is as it was", ErrorCode.SAVE_FAILED, name)
 
 
 def walk(folder: StrPath) -> Iterator[pathlib.Path]:

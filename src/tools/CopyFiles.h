@@ -44,51 +44,51 @@ CopiedFile<File> openCopied(const std::string& path, bool readOnly, Opening<File
     return copied;
 }
 
-/// Opens both files and has `copy` do the rest. False for a null path; false with a log line when a file does
-/// not open, and when both are one file.
+/// Opens both files and has `copy` do the rest. Not for a null path; with a log line when a file does not
+/// open, and when both are one file.
 template <typename Source, typename Destination>
-bool copyTags(const char* function, const ZALNullableString& source, Opening<Source> openSource,
-              const ZALNullableString& destination, Opening<Destination> openDestination,
-              bool (*copy)(Copy<Source, Destination>& files)) {
-    if (!source || !destination) return false;
+Failure openAndCopy(const char* function, const ZALNullableString& source, Opening<Source> openSource,
+                    const ZALNullableString& destination, Opening<Destination> openDestination,
+                    Failure (*copy)(Copy<Source, Destination>& files)) {
+    if (!source || !destination) return "there is no path";
+    const auto fail = [function](const std::string& reason, const std::string& path) {
+        logf("{}: {} '{}'", function, reason, path);
+        return Failure(reason);
+    };
     try {
         Copy<Source, Destination> files{function, openCopied(*source, true, openSource), {}};
-        if (files.source.file == nullptr) {
-            logf("{}: source file not valid '{}'", function, *source);
-            return false;
-        }
-        if (isSameFile(*source, *destination)) {
-            logf("{}: source and destination are the same file '{}'", function, *destination);
-            return false;
-        }
+        if (files.source.file == nullptr) return fail("source file not valid", *source);
+        if (isSameFile(*source, *destination))
+            return fail("source and destination are the same file", *destination);
         files.destination = openCopied(*destination, false, openDestination);
-        if (files.destination.file == nullptr) {
-            logf("{}: destination file not valid '{}'", function, *destination);
-            return false;
-        }
+        if (files.destination.file == nullptr) return fail("destination file not valid", *destination);
         return copy(files);
     } catch (const std::exception& exception) {
-        logf("{}: {} '{}'", function, exception.what(), *destination);
-        return false;
+        return fail(exception.what(), *destination);
     }
 }
 
+template <typename Source, typename Destination>
+bool copyTags(const char* function, const ZALNullableString& source, Opening<Source> openSource,
+              const ZALNullableString& destination, Opening<Destination> openDestination,
+              Failure (*copy)(Copy<Source, Destination>& files), ZALError* error) {
+    const Failure failure = openAndCopy(function, source, openSource, destination, openDestination, copy);
+    return !failure || fillError(error, ZALErrorCode::saveFailed, failure);
+}
+
 /// Has the destination put what changed into its stream, from which it must then open again: the tags of two
-/// files can be too much for one. Commits it then. False, with a log line, when any of that fails, and for a
-/// destination that is read-only.
+/// files can be too much for one. Commits it then. A failure is a log line, a destination that is read-only
+/// is one.
 template <typename File>
-bool saveDestination(CopiedFile<File>& destination, Opening<File> open) {
-    if (destination.stream->readOnly()) {
-        logf("could not save '{}': it is read-only", destination.path);
-        return false;
-    }
-    const Failure failure = saveTag(*destination.stream, [&] {
-        Failure refusal = destination->write();
-        if (!refusal && open(*destination.stream) == nullptr) refusal = "it could not be opened again";
-        return refusal;
-    });
+Failure saveDestination(CopiedFile<File>& destination, Opening<File> open) {
+    const Failure failure =
+        destination.stream->readOnly() ? Failure("it is read-only") : saveTag(*destination.stream, [&] {
+            Failure refusal = destination->write();
+            if (!refusal && open(*destination.stream) == nullptr) refusal = "it could not be opened again";
+            return refusal;
+        });
     if (failure) logf("could not save '{}': {}", destination.path, failure.reason());
-    return !failure;
+    return failure;
 }
 
 }  // namespace zal

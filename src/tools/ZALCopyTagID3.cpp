@@ -40,10 +40,10 @@ void copyID3v2(const zal::Copy<File, File>& files) {
               files.source.path);
 }
 
-bool copyMP3(zal::Copy<MP3File, MP3File>& files) {
+zal::Failure copyMP3(zal::Copy<MP3File, MP3File>& files) {
     const bool hasV1 = holdsID3v1(files.source);
     const bool hasV2 = holdsID3v2(files.source);
-    if (!hasV1 && !hasV2) return true;
+    if (!hasV1 && !hasV2) return {};
     if (hasV1) copyID3v1(files);
     if (hasV2) {
         ZALPrintV2Tag(&files.source->v2().tag());
@@ -52,25 +52,25 @@ bool copyMP3(zal::Copy<MP3File, MP3File>& files) {
     return zal::saveDestination(files.destination, MP3File::open);
 }
 
-bool copyAIFF(zal::Copy<FormFile, FormFile>& files) {
-    if (!holdsID3v2(files.source)) return true;
+zal::Failure copyAIFF(zal::Copy<FormFile, FormFile>& files) {
+    if (!holdsID3v2(files.source)) return {};
     copyID3v2(files);
     return zal::saveDestination(files.destination, FormFile::openAIFF);
 }
 
-bool copyWAV(zal::Copy<FormFile, FormFile>& files) {
+zal::Failure copyWAV(zal::Copy<FormFile, FormFile>& files) {
     const TagLib::ByteVector list = files.source->firstList();
-    if (!holdsID3v2(files.source) && list.isEmpty()) return true;
+    if (!holdsID3v2(files.source) && list.isEmpty()) return {};
     copyID3v2(files);
     if (!list.isEmpty()) files.destination->setList(list);
     return zal::saveDestination(files.destination, FormFile::openWAV);
 }
 
-bool copyFLAC(zal::Copy<FLACFile, FLACFile>& files) {
+zal::Failure copyFLAC(zal::Copy<FLACFile, FLACFile>& files) {
     const bool hasV1 = holdsID3v1(files.source);
     const bool hasV2 = holdsID3v2(files.source);
     const bool hasComment = !files.source->comment().isEmpty();
-    if (!hasV1 && !hasV2 && !hasComment) return true;
+    if (!hasV1 && !hasV2 && !hasComment) return {};
     if (hasComment) files.destination->replaceFields(*files.source.file);
     if (hasV1) copyID3v1(files);
     if (hasV2) copyID3v2(files);
@@ -79,22 +79,22 @@ bool copyFLAC(zal::Copy<FLACFile, FLACFile>& files) {
 
 }  // namespace
 
-bool ZALCopyTagID3(const ZALNullableString& source, const ZALNullableString& destination) {
+bool ZALCopyTagID3(const ZALNullableString& source, const ZALNullableString& destination, ZALError* error) {
     return zal::copyTags("BOOL ZALCopyTagID3(NSString *__strong, NSString *__strong)", source, MP3File::open,
-                         destination, MP3File::open, copyMP3);
+                         destination, MP3File::open, copyMP3, error);
 }
 
-bool ZALCopyTagAIFF(const ZALNullableString& source, const ZALNullableString& destination) {
+bool ZALCopyTagAIFF(const ZALNullableString& source, const ZALNullableString& destination, ZALError* error) {
     return zal::copyTags("BOOL ZALCopyTagAIFF(NSString *__strong, NSString *__strong)", source,
-                         FormFile::openAIFF, destination, FormFile::openAIFF, copyAIFF);
+                         FormFile::openAIFF, destination, FormFile::openAIFF, copyAIFF, error);
 }
 
-bool ZALCopyTagWAV(const ZALNullableString& source, const ZALNullableString& destination) {
+bool ZALCopyTagWAV(const ZALNullableString& source, const ZALNullableString& destination, ZALError* error) {
     return zal::copyTags("BOOL ZALCopyTagWAV(NSString *__strong, NSString *__strong)", source,
-                         FormFile::openWAV, destination, FormFile::openWAV, copyWAV);
+                         FormFile::openWAV, destination, FormFile::openWAV, copyWAV, error);
 }
 
-bool ZALCopyTagFLAC(const ZALNullableString& source, const ZALNullableString& destination) {
+bool ZALCopyTagFLAC(const ZALNullableString& source, const ZALNullableString& destination, ZALError* error) {
     return zal::copyTags("BOOL ZALCopyTagFLAC(NSString *__strong, NSString *__strong)", source,
-                         FLACFile::open, destination, FLACFile::open, copyFLAC);
+                         FLACFile::open, destination, FLACFile::open, copyFLAC, error);
 }

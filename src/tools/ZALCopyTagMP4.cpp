@@ -25,9 +25,9 @@ bool belongsToAudio(const TagLib::String& item) {
     return item == "----:com.apple.iTunes:iTunNORM" || item == "----:com.apple.iTunes:iTunSMPB";
 }
 
-bool copyMP4(zal::Copy<MP4File, MP4File>& files) {
+zal::Failure copyMP4(zal::Copy<MP4File, MP4File>& files) {
     ZALPrintMP4Tag(&files.source->tag());
-    if (files.source->tag().isEmpty()) return true;
+    if (files.source->tag().isEmpty()) return {};
     files.destination->items().replaceBy(files.source->items(), belongsToAudio);
     ZALPrintMP4Tag(&files.destination->tag());
     return zal::saveDestination(files.destination, MP4File::open);
@@ -60,10 +60,10 @@ void addCovers(const TagLib::MP4::Tag& source, TagLib::ID3v2::Tag& tag) {
     }
 }
 
-bool copyToMP3(zal::Copy<MP4File, MP3File>& files) {
+zal::Failure copyToMP3(zal::Copy<MP4File, MP3File>& files) {
     const TagLib::MP4::Tag& source = files.source->tag();
     ZALPrintMP4Tag(&source);
-    if (source.isEmpty()) return true;
+    if (source.isEmpty()) return {};
     zal::ID3v2Store& store = files.destination->v2();
     TagLib::ID3v2::Tag& tag = store.tagToEdit();
     TagLib::Tag::duplicate(&source, &tag, true);
@@ -76,12 +76,13 @@ bool copyToMP3(zal::Copy<MP4File, MP3File>& files) {
 
 }  // namespace
 
-bool ZALCopyTagMP4(const ZALNullableString& source, const ZALNullableString& destination) {
+bool ZALCopyTagMP4(const ZALNullableString& source, const ZALNullableString& destination, ZALError* error) {
     return zal::copyTags("BOOL ZALCopyTagMP4(NSString *__strong, NSString *__strong)", source, MP4File::open,
-                         destination, MP4File::open, copyMP4);
+                         destination, MP4File::open, copyMP4, error);
 }
 
-bool ZALCopyTagMP42ID3(const ZALNullableString& source, const ZALNullableString& destination) {
+bool ZALCopyTagMP42ID3(const ZALNullableString& source, const ZALNullableString& destination,
+                       ZALError* error) {
     return zal::copyTags("BOOL ZALCopyTagMP42ID3(NSString *__strong, NSString *__strong)", source,
-                         MP4File::open, destination, MP3File::open, copyToMP3);
+                         MP4File::open, destination, MP3File::open, copyToMP3, error);
 }

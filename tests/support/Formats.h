@@ -2,6 +2,7 @@
 
 #include <zaltag/base/ZALData.h>
 #include <zaltag/base/ZALText.h>
+#include <zaltag/tools/ZALCopyTag.h>
 
 #include <ostream>
 #include <string>
@@ -35,6 +36,6 @@ const Format& formatOf(std::string_view extension);
 struct Copier {
     const char* from;
     const char* to;
-    bool (*copy)(const ZALNullableString& source, const ZALNullableString& destination);
+    ZALCopyTagFunction copy;
 };
 const std::vector<Copier>& copiers();

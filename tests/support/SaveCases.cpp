@@ -151,7 +151,7 @@ SaveCase copyCase(const Copier& copier) {
             tag->setGenre(std::string(6000, 'g'));
             if (!tag->save()) throw std::runtime_error(source);
         }
-        return [folder, source, path, copy = copier.copy] { return copy(source, path); };
+        return [folder, source, path, copy = copier.copy] { return copy(source, path, nullptr); };
     };
     return {std::string("copied from ") + from.name + "." + to.extension, to.file, openAndEdit};
 }

@@ -20,10 +20,9 @@ using testing::IsEmpty;
 
 class CopyTag : public testing::Test {
   protected:
-    bool copy(bool (*function)(const ZALNullableString&, const ZALNullableString&), const ZALData& source,
-              const ZALData& destination) {
+    bool copy(ZALCopyTagFunction function, const ZALData& source, const ZALData& destination) {
         destination_ = folder_.write("destination.mp3", destination);
-        return function(folder_.write("source.mp3", source), destination_);
+        return function(folder_.write("source.mp3", source), destination_, nullptr);
     }
     ZALData result() const { return contentsOf(destination_); }
     bool holds(std::string_view text) const {
@@ -41,7 +40,7 @@ TEST_F(CopyTag, whereThereIsNothingToCopyNothingIsWritten) {
     const ZALData own = id3Tag({id3Text("TIT2", "own")}), none = id3Tag({}, 10);
     const ZALData mp3 = joined({own, mpegFrames()});
     const struct {
-        bool (*copy)(const ZALNullableString&, const ZALNullableString&);
+        ZALCopyTagFunction copy;
         ZALData source;
         ZALData destination;
     } cases[] = {
