@@ -4,17 +4,21 @@
 #include "CuePlaces.h"
 #include "Files.h"
 #include "Output.h"
+#include "PathMaps.h"
+
+#include <zaltag/collection/ZALCollectionPath.h>
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <filesystem>
+#include <map>
 #include <thread>
 
 namespace {
 
 CollectionOptions inUse;
-std::vector<PathMap> mapsInUse;
 
 template <typename Database>
 const std::shared_ptr<Database>& databaseInUse(const std::optional<std::string>& file) {
@@ -70,6 +74,17 @@ std::shared_ptr<ZALTraktorDatabase> traktorDatabase() {
     return databaseInUse<ZALTraktorDatabase>(inUse.traktor);
 }
 
+void Collection::request(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints,
+                         const ZALCueRequest& request) const {
+    queue()->setCuePoints(cuePoints, path, request);
+}
+
+bool Collection::holds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints,
+                       const ZALCueRequest& request) const {
+    const auto found = track(path);
+    return found && found->hasCuePoints(cuePoints, request);
+}
+
 std::string Collection::whyNotWritable() const {
     ZALError error;
     return database()->canExport(&error)
@@ -77,13 +92,13 @@ std::string Collection::whyNotWritable() const {
                : error.localizedDescription + " " + error.localizedRecoverySuggestion;
 }
 
-std::string Collection::whyLeftOut(const std::string& path) const {
+std::string Collection::whyLeftOut(const std::string& path, const ZALCueRequest& request) const {
     const auto found = track(path);
-    return found ? found->whyLeftOut(ZALHost::shared().clock()->now()) : std::string();
+    return found ? found->whyLeftOut(ZALHost::shared().clock()->now(), request) : std::string();
 }
 
-std::string Collection::whyNotWritten(const std::string& path) const {
-    const std::string reason = whyLeftOut(path);
+std::string Collection::whyNotWritten(const std::string& path, const ZALCueRequest& request) const {
+    const std::string reason = whyLeftOut(path, request);
     if (!reason.empty()) return "was left alone: " + reason;
     return fmt::format("has other cue points in the {} collection than asked for", name);
 }
@@ -91,15 +106,6 @@ std::string Collection::whyNotWritten(const std::string& path) const {
 ZALArray<ZALTagCuePoint> CollectionPlace::read(const std::string& path) const {
     const auto track = collection->track(path);
     return track ? track->cuePoints(kind) : ZALArray<ZALTagCuePoint>();
-}
-
-bool CollectionPlace::holds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) const {
-    const auto track = collection->track(path);
-    return track && track->hasCuePoints(cuePoints, kind);
-}
-
-void CollectionPlace::request(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) const {
-    collection->queue()->setCuePoints(cuePoints, path, kind);
 }
 
 void addCollectionOptions(CLI::App& command, CollectionOptions& options) {
@@ -123,18 +129,22 @@ void useCollections(const CollectionOptions& options) {
     check(options.rekordbox);
     check(options.traktor);
     inUse = options;
-    mapsInUse.clear();
+    std::vector<PathMap> maps;
     for (const std::string& map : options.maps) {
-        mapsInUse.push_back(pathMapOf(map));
+        maps.push_back(pathMapOf(map));
     }
+    usePathMaps(std::move(maps));
     ZALHost& host = ZALHost::shared();
     host.setCollectionSaveMode(options.rewriteAll ? ZALCollectionSaveMode::everyTrackWithCues
                                                   : ZALCollectionSaveMode::changedTracks);
     if (options.bootVolume) host.setBootVolumeName(*options.bootVolume);
 }
 
-const std::vector<PathMap>& pathMaps() {
-    return mapsInUse;
+const Collection* collectionOf(const std::string& program) {
+    for (const CollectionPlace& place : places) {
+        if (place.collection->name == program) return place.collection;
+    }
+    return nullptr;
 }
 
 const CollectionPlace* collectionPlace(const std::string& name) {
@@ -160,11 +170,44 @@ std::vector<std::string> allPlaceNames(bool readableOnly) {
     return names;
 }
 
+namespace {
+
+// The volume without which most files of the first tracks are here; empty when they have none.
+std::string volumeThatIsHere(const ZALCollectionDatabase& database) {
+    constexpr int looked = 2000;
+    std::map<std::string, int> counts;
+    ZALCollectionCursor cursor = database.tracksInOrder();
+    for (int i = 0; i < looked; ++i) {
+        const auto track = cursor.next();
+        if (!track) break;
+        const std::string path = track->path().value_or("");
+        const std::string volume(ZALVolumeOfPath(path));
+        std::error_code ignored;
+        if (std::filesystem::exists(path.substr(volume.size()), ignored)) ++counts[volume];
+    }
+    const auto most = std::max_element(counts.begin(), counts.end(),
+                                       [](const auto& a, const auto& b) { return a.second < b.second; });
+    const std::string volume = most == counts.end() ? std::string() : most->first;
+    return volume.substr(volume.rfind('/') + 1);
+}
+
+// Traktor writes the volume that its system was started from like any other one. Nobody knows its name but
+// who sees the files without it.
+void findBootVolume(ZALCollectionDatabase& database) {
+    const std::string name = volumeThatIsHere(database);
+    if (name.empty()) return;
+    ZALHost::shared().setBootVolumeName(name);
+    database.reload();
+}
+
+}  // namespace
+
 std::string whyNotUsable(const Collection& collection) {
     ZALError error;
     const auto database = collection.database();
     const bool isLoaded = database->isLoaded() || database->reload(&error);
     const ZALNullableString file = database->fileURL();
+    if (isLoaded && &collection == &traktor && !inUse.bootVolume) findBootVolume(*database);
     if (isLoaded) return {};
     if (!file) {
         return fmt::format("no {} collection was found (--{} FILE names one)", collection.name,

@@ -20,17 +20,6 @@ struct CollectionOptions {
     bool rewriteAll = false;
 };
 
-/// A folder of collections that stands for a folder here, both without a slash at their ends.
-struct PathMap {
-    std::string from;  ///< a drive of Windows as "C:/..."
-    std::string to;
-};
-
-/// The map that a text FROM=TO means; throws UsageError when it is none.
-PathMap pathMapOf(const std::string& text);
-/// Those of useCollections().
-const std::vector<PathMap>& pathMaps();
-
 /// Adds --rekordbox, --traktor, --boot-volume and --map to a command.
 void addCollectionOptions(CLI::App& command, CollectionOptions& options);
 /// The same for a command that saves: --rewrite-all, too.
@@ -54,12 +43,17 @@ struct Collection {
         return database()->track(path);
     }
     bool hasTrack(const std::string& path) const { return track(path) != nullptr; }
+    /// Asks for the cues of a track to be replaced, and whether they are as that and a save would have them.
+    void request(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints,
+                 const ZALCueRequest& request) const;
+    bool holds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints,
+               const ZALCueRequest& request) const;
     /// Why the collection must not be written now, or an empty text.
     std::string whyNotWritable() const;
     /// Why a request for a track would be left out now, or an empty text.
-    std::string whyLeftOut(const std::string& path) const;
+    std::string whyLeftOut(const std::string& path, const ZALCueRequest& request) const;
     /// What to say when a track does not have the cue points that were asked for, after a save.
-    std::string whyNotWritten(const std::string& path) const;
+    std::string whyNotWritten(const std::string& path, const ZALCueRequest& request = {}) const;
 };
 
 /// Where cue points stand in a collection.
@@ -71,11 +65,12 @@ struct CollectionPlace {
 
     /// The cue points of a track that the collection holds.
     ZALArray<ZALTagCuePoint> read(const std::string& path) const;
-    /// True when the track has what request() and a save would give it.
-    bool holds(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) const;
-    void request(const std::string& path, const ZALArray<ZALTagCuePoint>& cuePoints) const;
+    /// A request for the cues that the place means.
+    ZALCueRequest requestedCues() const { return kind; }
 };
 
+/// The collection of a program, or null.
+const Collection* collectionOf(const std::string& program);
 /// The place with a name, or null.
 const CollectionPlace* collectionPlace(const std::string& name);
 /// The names of all places, or of those that can be read.

@@ -12,7 +12,7 @@ ZALArray<ZALTagCuePoint> readOwn(const ZALTag& tag) {
     return record ? record->cuePoints() : ZALArray<ZALTagCuePoint>();
 }
 
-void writeOwn(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) {
+void writeOwn(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints, bool) {
     if (cuePoints.empty()) return tag.setZalCuePoints(std::nullopt);
     const auto record = tag.zalCuePoints();
     tag.setZalCuePoints(
@@ -41,7 +41,9 @@ std::string missingInSerato(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& c
 
 constexpr CuePlace places[] = {
     {"serato", [](const ZALTag& tag) { return tag.seratoCuePoints(); },
-     [](ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) { tag.setSeratoCuePoints(cuePoints); },
+     [](ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints, bool keepsTimes) {
+         keepsTimes ? tag.setRawSeratoCuePoints(cuePoints) : tag.setSeratoCuePoints(cuePoints);
+     },
      hasNoneOfSerato, missingInSerato},
     {"zal", readOwn, writeOwn, [](const ZALTag&) { return true; },
      [](const ZALTag&, const ZALArray<ZALTagCuePoint>&) { return std::string(); }},

@@ -9,8 +9,9 @@
 struct CuePlace {
     const char* name;
     ZALArray<ZALTagCuePoint> (*read)(const ZALTag& tag);
-    /// Writes the cue points in the order given; an empty array removes them.
-    void (*write)(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// Writes the cue points in the order given, moved to the place's beat grid unless their times are kept;
+    /// an empty array removes them.
+    void (*write)(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints, bool keepsTimes);
     /// True when a file in which read() found nothing surely has no cue points there, and not some that
     /// cannot be read.
     bool (*isSurelyEmpty)(const ZALTag& tag);

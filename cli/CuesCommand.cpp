@@ -2,6 +2,7 @@
 #include "Collections.h"
 #include "Commands.h"
 #include "CuePlaces.h"
+#include "CueText.h"
 #include "Files.h"
 #include "Interrupts.h"
 #include "Matching.h"
@@ -26,7 +27,7 @@ struct Options {
 
 void print(Output& output, const Options& options, const std::string& file,
            const ZALArray<ZALTagCuePoint>& cuePoints) {
-    if (options.json) return output.object({{"path", file}, {"cuePoints", jsonOfCuePoints(cuePoints)}});
+    if (options.json) return output.object({{"path", file}, {"cues", jsonOfCues(cuePoints)}});
     if (options.words.size() > 1) output.line(printable(file) + ":");
     for (const ZALTagCuePoint& cue : cuePoints) {
         output.line(secondsText(cue.time()) + "\t" + printable(cue.name().value_or("")));
@@ -129,7 +130,7 @@ int setInCollection(const Request& request, const CollectionPlace& place) {
         if (!unusable.empty()) break;
         const std::string path = collectionKey(*place.collection, file);
         if (place.collection->hasTrack(path)) {
-            place.request(path, request.cuePoints);
+            place.collection->request(path, request.cuePoints, place.kind);
             requested.push_back(file);
         } else {
             output.failure(file, notInCollection(*place.collection));
@@ -139,7 +140,7 @@ int setInCollection(const Request& request, const CollectionPlace& place) {
     if (!unsaved.empty()) output.problem(unsaved);
     for (const std::string& file : requested) {
         const std::string path = collectionKey(*place.collection, file);
-        if (unsaved.empty() && !place.holds(path, request.cuePoints)) {
+        if (unsaved.empty() && !place.collection->holds(path, request.cuePoints, place.kind)) {
             output.failure(file, place.collection->whyNotWritten(path));
         }
     }
@@ -153,7 +154,7 @@ int set(const Options& options) {
         return setInCollection(request, *place);
     const CuePlace& place = *cuePlace(options.place);
     return changeFiles(
-        request.files, [&](ZALTag& tag) { place.write(tag, request.cuePoints); },
+        request.files, [&](ZALTag& tag) { place.write(tag, request.cuePoints, false); },
         [&](const ZALTag& tag) { return place.missing(tag, request.cuePoints); });
 }
 

@@ -1,76 +1,50 @@
 #include "Matching.h"
 
-#include "Assignments.h"
-#include "Files.h"
 #include "Output.h"
+#include "PathMaps.h"
+#include "Relocation.h"
+
+#include <zaltag/collection/ZALCollectionPath.h>
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
-#include <map>
+#include <utility>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t sampleSize = 2000;
-constexpr std::string_view volumesFolder = "/Volumes/";
+constexpr std::size_t atOnce = 16384;  // paths that the collection is asked for
 
-bool isDrive(std::string_view text) {
-    return text.size() >= 2 && std::isalpha(static_cast<unsigned char>(text[0])) != 0 && text[1] == ':' &&
-           (text.size() == 2 || text[2] == '/' || text[2] == '\\');
+std::string_view behindVolume(const std::string& common) {
+    return std::string_view(common).substr(ZALVolumeOfPath(common).size());
 }
 
-// One form for "C:\Music", "C:/Music", "/C:/Music" and "/Volumes/C:/Music": the second. Other paths stay.
-std::string commonForm(std::string_view path) {
-    std::string_view text = path;
-    if (text.starts_with(volumesFolder) && isDrive(text.substr(volumesFolder.size()))) {
-        text.remove_prefix(volumesFolder.size());
-    } else if (text.starts_with('/') && isDrive(text.substr(1))) {
-        text.remove_prefix(1);
-    }
-    std::string common(isDrive(text) ? text : path);
-    if (isDrive(common)) {
-        std::replace(common.begin(), common.end(), '\\', '/');
-        common[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(common[0])));
-    }
-    while (common.size() > 1 && common.ends_with('/')) {
-        common.pop_back();
-    }
-    return common;
+bool areOfOneVolume(const std::string& one, const std::string& other) {
+    const std::string_view first = ZALVolumeOfPath(one);
+    const std::string_view second = ZALVolumeOfPath(other);
+    return first.empty() || second.empty() || first == second ||
+           ZALDecomposedPath(first) == ZALDecomposedPath(second);
 }
 
-// What stands behind a folder in a path, with its slash; null when the path is not below it.
-ZALNullableString below(const std::string& folder, const std::string& path) {
-    const std::string_view bare = folder == "/" ? std::string_view() : std::string_view(folder);
-    const bool isBelow = path.starts_with(bare) && path.size() > bare.size() && path[bare.size()] == '/';
-    return isBelow ? ZALNullableString(path.substr(bare.size())) : std::nullopt;
-}
-
-// A path without the volume in front of it.
-std::string withoutVolume(const std::string& path) {
-    if (!path.starts_with(volumesFolder)) return path;
-    const std::size_t slash = path.find('/', volumesFolder.size());
-    return slash == std::string::npos ? path : path.substr(slash);
-}
-
-bool isFile(const std::string& path) {
+bool isSameFile(const std::string& one, const std::string& other) {
     std::error_code ignored;
-    return fs::is_regular_file(path, ignored);
+    return fs::equivalent(one, other, ignored);
 }
 
 }  // namespace
 
-Matching::Matching(const Collection& collection, const std::vector<std::string>& files)
-    : collection_(collection), matches_(files.size()) {
-    for (const std::string& file : files) {
-        paths_.push_back(collectionPath(file));
+Matching::Matching(const Collection& collection, const std::vector<std::string>& paths, Of of)
+    : collection_(collection), paths_(paths), of_(of), matches_(paths.size()) {
+    for (std::size_t begin = 0; begin < paths.size(); begin += atOnce) {
+        findCandidates(begin, std::min(begin + atOnce, paths.size()));
     }
-    matchByPath();
-    matchByMap();
-    matchByCase();
+    take(exact, "path");
+    take(mapped, "map");
+    take(folded, "case");
+    candidates_ = {};
 }
 
 std::size_t Matching::count() const {
@@ -78,171 +52,140 @@ std::size_t Matching::count() const {
                                                   [](const Match& match) { return match.how != nullptr; }));
 }
 
-void Matching::matchByPath() {
-    std::vector<Candidate> found;
-    for (std::size_t i = 0; i < paths_.size(); ++i) {
-        const auto track = collection_.track(paths_[i]);
-        if (track) found.push_back({i, std::string(track->indexKey()), track->path().value_or("")});
-    }
-    take(std::move(found), "path");
-}
-
-void Matching::matchByMap() {
-    std::vector<Candidate> found;
-    for (std::size_t i = 0; i < paths_.size(); ++i) {
-        if (matches_[i].how != nullptr || !matches_[i].reason.empty()) continue;
-        for (const std::string& path : elsewhere(paths_[i])) {
-            const auto track = collection_.track(path);
-            if (track) found.push_back({i, std::string(track->indexKey()), track->path().value_or("")});
+void Matching::findCandidates(std::size_t begin, std::size_t end) {
+    std::vector<std::string> wanted;
+    std::vector<std::size_t> numbers;
+    for (std::size_t number = begin; number < end; ++number) {
+        for (std::string& path : pathsThere(paths_[number])) {
+            wanted.push_back(std::move(path));
+            numbers.push_back(number);
         }
     }
-    take(std::move(found), "map");
-}
-
-void Matching::matchByCase() {
-    std::vector<Candidate> found;
-    for (std::size_t i = 0; i < paths_.size(); ++i) {
-        if (matches_[i].how != nullptr || !matches_[i].reason.empty()) continue;
-        std::vector<std::string> paths = elsewhere(paths_[i]);
-        paths.push_back(paths_[i]);
-        for (const std::string& path : paths) {
-            for (const auto& track : collection_.database()->tracksLike(path)) {
-                if (taken_.contains(std::string(track->indexKey())) || hasOwnFile(*track)) continue;
-                found.push_back({i, std::string(track->indexKey()), track->path().value_or("")});
-            }
-        }
-    }
-    take(std::move(found), "case");
-}
-
-// Gives each file the one track that comes into question for it and for no other file. A track whose path is
-// the file's to the letter is that file's.
-void Matching::take(std::vector<Candidate>&& candidates, const char* how) {
-    std::map<std::size_t, std::set<std::string>> ofFile;
-    std::map<std::string, std::set<std::size_t>> ofTrack;
-    for (const Candidate& one : candidates) {
-        if (taken_.contains(one.key)) continue;
-        ofFile[one.file].insert(one.key);
-        ofTrack[one.key].insert(one.file);
-    }
-    for (const Candidate& one : candidates) {
-        if (one.literal == paths_[one.file]) ofTrack[one.key] = {one.file};
-    }
-    for (const auto& [file, keys] : ofFile) {
-        Match& match = matches_[file];
-        const std::set<std::size_t>& files = ofTrack[*keys.begin()];
-        if (keys.size() > 1) {
-            match.reason = fmt::format("two entries of the {} collection stand for it: '{}' and '{}'",
-                                       collection_.name, printable(*keys.begin()), printable(*keys.rbegin()));
-        } else if (files.size() > 1 || *files.begin() != file) {
-            match.reason =
-                fmt::format("the {} collection knows it and another file as one", collection_.name);
-        } else {
-            match = {*keys.begin(), how, {}};
-            taken_.insert(*keys.begin());
+    const auto found = collection_.database()->pathsLike(wanted);
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        for (const std::string& track : found[i]) {
+            add(numbers[i], wanted[i], track);
         }
     }
 }
 
-// The paths that a file may have in the collection besides its own.
-std::vector<std::string> Matching::elsewhere(const std::string& path) const {
-    std::vector<std::string> commons{commonForm(path)};
-    for (const PathMap& map : pathMaps()) {
-        if (const auto rest = below(map.to, path))
-            commons.push_back((map.from == "/" ? "" : map.from) + *rest);
+void Matching::add(std::size_t number, const std::string& wanted, const std::string& track) {
+    std::string decomposed = ZALDecomposedPath(track);
+    if (decomposed == track) decomposed.clear();
+    const std::string& key = decomposed.empty() ? track : decomposed;
+    Rank rank = exact;
+    if (track != paths_[number] && key != ZALDecomposedPath(paths_[number])) {
+        const std::string there = ZALCommonPath(key);
+        const std::string here = ZALCommonPath(wanted);
+        if (!areOfOneVolume(there, here)) return;
+        rank = behindVolume(there) == ZALDecomposedPath(behindVolume(here)) ? mapped : folded;
     }
-    std::vector<std::string> all;
-    for (const std::string& common : commons) {
-        if (isDrive(common)) {
-            for (const char* begin : {"/", "/Volumes/", ""}) {
-                all.push_back(begin + common);
-            }
-            continue;
-        }
-        if (common != path) all.push_back(common);
-        for (const std::string& volume : volumes()) {
-            if (!common.starts_with(volumesFolder)) all.push_back(volume + common);
-        }
-    }
-    return all;
+    candidates_.push_back({static_cast<std::uint32_t>(number), rank, track, std::move(decomposed)});
 }
 
-// Whether the file that an entry names is here: it is that file's, whatever else looks like it.
-bool Matching::hasOwnFile(const ZALCollectionTrack& track) const {
-    const std::string path = track.path().value_or("");
-    if (isFile(path)) return true;
-    const std::string common = commonForm(path);
-    return std::any_of(pathMaps().begin(), pathMaps().end(), [&](const PathMap& map) {
-        auto rest = below(map.from, common);
-        if (!rest) rest = below(map.from, withoutVolume(common));
-        return rest && isFile(map.to + *rest);
+bool Matching::isOpen(std::size_t number) const {
+    return matches_[number].how == nullptr && matches_[number].reason.empty();
+}
+
+// Gives each path the one track that comes into question for it and for no other path.
+void Matching::take(Rank rank, const char* how) {
+    std::erase_if(candidates_, [&](const Candidate& one) {
+        return one.rank == rank && (!isOpen(one.number) || taken_.contains(one.key()) ||
+                                    (rank != exact && !isFree(one.path, one.number)));
+    });
+    const Owners owners = ownersOf(rank);
+    const Candidate* const all = candidates_.data();
+    for (std::size_t begin = 0, end = 0; begin < candidates_.size(); begin = end) {
+        while (end < candidates_.size() && candidates_[end].number == candidates_[begin].number) {
+            ++end;
+        }
+        decide(all + begin, all + end, rank, owners, how);
+    }
+}
+
+// A track whose path is a file's to the letter is that file's, whatever else has another form of it.
+Matching::Owners Matching::ownersOf(Rank rank) const {
+    Owners owners;
+    owners.reserve(candidates_.size());
+    for (const Candidate& one : candidates_) {
+        if (one.rank != rank) continue;
+        const auto [owner, isNew] = owners.try_emplace(one.key(), Owner{one.number, false});
+        if (isNew || owner->second.number == one.number) continue;
+        const bool wasLiteral = paths_[owner->second.number] == one.path;
+        const bool isLiteral = paths_[one.number] == one.path;
+        owner->second.isShared = !wasLiteral && !isLiteral;
+        if (isLiteral) owner->second.number = one.number;
+    }
+    return owners;
+}
+
+void Matching::decide(const Candidate* begin, const Candidate* end, Rank rank, const Owners& owners,
+                      const char* how) {
+    const Candidate* only = nullptr;
+    for (const Candidate* one = begin; one != end; ++one) {
+        if (one->rank != rank) continue;
+        if (only != nullptr && only->key() != one->key()) {
+            matches_[begin->number].reason =
+                fmt::format("two entries of the {} collection stand for it: '{}' and '{}'", collection_.name,
+                            printable(only->path), printable(one->path));
+            return;
+        }
+        only = one;
+    }
+    if (only == nullptr) return;
+    const Owner& owner = owners.at(only->key());
+    Match& match = matches_[only->number];
+    // Where only the Unicode form differs, the collection itself takes one file for the other.
+    const bool isAnothers =
+        owner.isShared || owner.number != only->number || !isFree(only->path, only->number);
+    if (isAnothers) {
+        match.reason = fmt::format("the {} collection knows it and another file as one, '{}'",
+                                   collection_.name, printable(only->path));
+        return;
+    }
+    match = {only->key(), how, {}};
+    taken_.insert(only->key());
+}
+
+// Whether a track may go to another path than its own: not when its own file is here.
+bool Matching::isFree(const std::string& track, std::size_t number) const {
+    if (of_ == Of::tracks || track == paths_[number]) return true;
+    const std::vector<std::string> places = pathsHere(track);
+    return std::none_of(places.begin(), places.end(), [&](const std::string& place) {
+        return place != paths_[number] && isFile(place) && !isSameFile(place, paths_[number]);
     });
 }
 
-// Paths of the collection's first tracks.
-const std::vector<std::string>& Matching::sample() const {
-    if (isSampled_) return sample_;
-    isSampled_ = true;
-    ZALCollectionCursor cursor = collection_.database()->tracksInOrder();
-    while (sample_.size() < sampleSize) {
-        const auto track = cursor.next();
-        if (!track) break;
-        if (track->path()) sample_.push_back(*track->path());
-    }
-    return sample_;
+// Most tracks of another machine lie in few folders, none of which is here.
+bool Matching::isFile(const std::string& path) const {
+    std::error_code ignored;
+    const std::string folder = path.substr(0, path.rfind('/'));
+    auto known = folders_.find(folder);
+    if (known == folders_.end()) known = folders_.emplace(folder, fs::is_directory(folder, ignored)).first;
+    return known->second && fs::is_regular_file(path, ignored);
 }
 
-// The volumes in front of the collection's paths, without those that are drives of Windows.
-const std::vector<std::string>& Matching::volumes() const {
-    if (isSampled_) return volumes_;
-    std::set<std::string> found;
-    for (const std::string& path : sample()) {
-        const std::string rest = withoutVolume(path);
-        if (rest.size() < path.size() && !isDrive(commonForm(path)))
-            found.insert(path.substr(0, path.size() - rest.size()));
-    }
-    volumes_.assign(found.begin(), found.end());
-    return volumes_;
-}
-
-// What the paths of files and tracks of one name have in common at their ends is the same folder; the
-// beginnings that most of them differ in are those to map.
-std::string Matching::proposal(const std::vector<std::string>& files) const {
-    std::map<std::string, std::vector<std::string>> byName;
-    for (const std::string& file : files) {
-        const fs::path path = collectionPath(file);
-        byName[path.filename().string()].push_back(path.string());
-    }
-    std::map<std::pair<std::string, std::string>, std::size_t> votes;
-    for (const std::string& track : sample()) {
-        const std::string common = commonForm(track);
-        const auto named = byName.find(common.substr(common.rfind('/') + 1));
-        if (named == byName.end() || named->second.size() != 1) continue;
-        fs::path from = common;
-        fs::path to = named->second.front();
-        while (from.has_filename() && from.filename() == to.filename() && from.has_relative_path()) {
-            from = from.parent_path();
-            to = to.parent_path();
+void Matching::relocate(const Describe& describe) {
+    const auto look = [&](bool byTags) {
+        std::vector<RelocatedItem> items;
+        for (std::size_t number = 0; number < paths_.size(); ++number) {
+            if (isOpen(number)) items.push_back({number, describe(number, byTags)});
         }
-        ++votes[{from.string(), to.string()}];
-    }
-    const auto best = std::max_element(votes.begin(), votes.end(), [](const auto& one, const auto& other) {
-        return one.second < other.second;
-    });
-    if (best == votes.end()) return {};
-    const auto& [from, to] = best->first;
-    return fmt::format("the tracks of the {} collection lie below {}; try --map '{}={}'", collection_.name,
-                       printable(from), printable(from), printable(to));
+        for (auto& [number, track] : relocated(collection_, items, byTags)) {
+            std::string decomposed = ZALDecomposedPath(track);
+            if (decomposed == track) decomposed.clear();
+            candidates_.push_back(
+                {static_cast<std::uint32_t>(number), moved, std::move(track), std::move(decomposed)});
+        }
+        take(moved, "relocated");
+        candidates_.clear();
+    };
+    look(false);
+    look(true);
 }
 
 std::string collectionKey(const Collection& collection, const std::string& file) {
-    const Matching matching(collection, {file});
-    return matching.of(0).how != nullptr ? matching.of(0).key : collectionPath(file);
-}
-
-PathMap pathMapOf(const std::string& text) {
-    const std::size_t equals = text.find('=');
-    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size())
-        throw UsageError(fmt::format("'{}' is not FROM=TO", printable(text)));
-    return {commonForm(text.substr(0, equals)), commonForm(collectionPath(text.substr(equals + 1)))};
+    const std::vector<std::string> paths{collectionPath(file)};
+    const Matching matching(collection, paths, Matching::Of::files);
+    return matching.of(0).how != nullptr ? matching.of(0).key : paths.front();
 }

@@ -2,53 +2,73 @@
 
 #include "Collections.h"
 
-#include <set>
+#include <zaltag/collection/ZALCollectionTrack.h>
+
+#include <functional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
-/// How the audio files here find the tracks of a collection, which may have been made on another machine.
+/// How audio files here, or the tracks of another collection, find the tracks of a collection that may have
+/// been made on another machine. A track is given away once at most. Where two files or two tracks come into
+/// question, there is no match.
 class Matching {
   public:
     struct Match {
-        std::string key;  ///< the path by which the collection knows the file; empty without a track
-        const char* how = nullptr;  ///< "path", "map" or "case"; null without a track
-        std::string reason;         ///< why a file that has candidates got none of them
+        std::string key;            ///< the path by which the collection knows it; empty without a track
+        const char* how = nullptr;  ///< "path", "map", "case" or "relocated"; null without a track
+        std::string reason;         ///< why what has candidates got none of them
     };
+    /// Whether the paths are those of files here: a track whose own file is here is then that file's alone.
+    enum class Of { files, tracks };
 
-    /// Looks for the tracks of these files, each of which a track is given to once at most: first by the very
-    /// path, then by the maps of useCollections() and the forms that paths of Windows and volumes take, then
-    /// by paths that differ in letter case or Unicode normalization alone. Where two files or two tracks come
-    /// into question, there is no match.
-    Matching(const Collection& collection, const std::vector<std::string>& files);
+    /// Looks for the tracks of these paths: first by the very path, then by the maps of useCollections() and
+    /// the forms that drives and volumes take, then by letter case and Unicode normalization. The collection
+    /// and the paths, which are absolute, outlive this.
+    Matching(const Collection& collection, const std::vector<std::string>& paths, Of of);
 
-    const Match& of(std::size_t file) const { return matches_[file]; }
+    /// Looks for the tracks of what is left by what is known of it: its name and size, then its title, artist
+    /// and length. The function describes the path of a number, with title, artist and length when asked.
+    using Describe = std::function<ZALTrackIdentity(std::size_t number, bool withTags)>;
+    void relocate(const Describe& describe);
+
+    const Match& of(std::size_t number) const { return matches_[number]; }
     std::size_t count() const;
-    /// What to try where not one file matched; empty when nothing is known.
-    std::string proposal(const std::vector<std::string>& files) const;
 
   private:
+    enum Rank { exact, mapped, folded, moved };
     struct Candidate {
-        std::size_t file;
-        std::string key;
-        std::string literal;
+        std::uint32_t number;  // of the path
+        Rank rank;
+        std::string path;        // of the track
+        std::string decomposed;  // when it is another one
+        const std::string& key() const { return decomposed.empty() ? path : decomposed; }
     };
+    struct Owner {
+        std::uint32_t number;
+        bool isShared;
+    };
+    using Owners = std::unordered_map<std::string_view, Owner>;
 
-    void matchByPath();
-    void matchByMap();
-    void matchByCase();
-    void take(std::vector<Candidate>&& candidates, const char* how);
-    std::vector<std::string> elsewhere(const std::string& path) const;
-    bool hasOwnFile(const ZALCollectionTrack& track) const;
-    const std::vector<std::string>& sample() const;
-    const std::vector<std::string>& volumes() const;
+    void findCandidates(std::size_t begin, std::size_t end);
+    void add(std::size_t number, const std::string& wanted, const std::string& track);
+    void take(Rank rank, const char* how);
+    Owners ownersOf(Rank rank) const;
+    void decide(const Candidate* begin, const Candidate* end, Rank rank, const Owners& owners,
+                const char* how);
+    bool isOpen(std::size_t number) const;
+    bool isFree(const std::string& track, std::size_t number) const;
+    bool isFile(const std::string& path) const;
 
     const Collection& collection_;
-    std::vector<std::string> paths_;  // of the files, as collections know them
+    const std::vector<std::string>& paths_;
+    const Of of_;
     std::vector<Match> matches_;
-    std::set<std::string> taken_;  // by their index keys
-    mutable std::vector<std::string> sample_;
-    mutable std::vector<std::string> volumes_;
-    mutable bool isSampled_ = false;
+    std::vector<Candidate> candidates_;  // by ascending number
+    std::unordered_set<std::string> taken_;
+    mutable std::unordered_map<std::string, bool> folders_;  // whether they are here
 };
 
 /// The path by which a collection knows one file, as Matching finds it; the file's own path without a track.

@@ -102,6 +102,7 @@ class Report {
     PageFile page_;
     bool usesRekordbox_ = false;
     bool usesTraktor_ = false;
+    std::vector<std::string> absolute_;  // the files' paths
     std::optional<Matching> inRekordbox_;
     std::optional<Matching> inTraktor_;
     std::map<std::string, std::size_t> covers_;  // most tracks of an album share one
@@ -149,8 +150,14 @@ void Report::writeTracks(const FoundFiles& found) {
         ++failures_;
         output_.failure(path, reason);
     }
-    if (usesRekordbox_) inRekordbox_.emplace(*collectionPlace("rekordbox")->collection, found.paths);
-    if (usesTraktor_) inTraktor_.emplace(*collectionPlace("traktor")->collection, found.paths);
+    for (const std::string& path : found.paths) {
+        absolute_.push_back(collectionPath(path));
+    }
+    const auto match = [this](std::optional<Matching>& matching, const char* place) {
+        matching.emplace(*collectionPlace(place)->collection, absolute_, Matching::Of::files);
+    };
+    if (usesRekordbox_) match(inRekordbox_, "rekordbox");
+    if (usesTraktor_) match(inTraktor_, "traktor");
     Progress progress(found.paths.size());
     runInOrder<Row>(
         found.paths.size(), options_.jobs, [&](std::size_t i) { return work(found.paths[i], i); },

@@ -15,6 +15,7 @@
 #include <zaltag/base/ZALVersion.h>
 #include <zaltag/base/zal_versionStringCompare.h>
 #include <zaltag/collection/ZALCollectionDatabase.h>
+#include <zaltag/collection/ZALCollectionPath.h>
 #include <zaltag/collection/ZALCollectionQueue.h>
 #include <zaltag/collection/ZALCollectionTrack.h>
 #include <zaltag/containers/ZALTagFLAC.h>

@@ -1,9 +1,11 @@
 #include "collection/CollectionIndex.h"
 
+#include "base/Numbers.h"
 #include "collection/Checksum.h"
 #include "platform/Log.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace zal {
 
@@ -12,6 +14,20 @@ const char* valueOf(XMLAttributes attributes, std::string_view name) {
         if (name == *attributes) return attributes[1];
     }
     return nullptr;
+}
+
+ZALNullableString nullable(const char* value) {
+    return value == nullptr ? ZALNullableString() : value;
+}
+
+std::optional<std::uint64_t> sizeIn(const char* value) {
+    const std::int64_t size = value == nullptr ? 0 : integerValue(value);
+    return size > 0 ? std::optional(static_cast<std::uint64_t>(size)) : std::nullopt;
+}
+
+std::optional<double> durationIn(const char* value) {
+    const double duration = value == nullptr ? 0 : doubleValue(value);
+    return duration > 0 ? std::optional(duration) : std::nullopt;
 }
 
 CollectionIndex::CollectionIndex(const CollectionProgram& program, std::shared_ptr<SharedFile> file)
@@ -30,45 +46,54 @@ std::uint64_t CollectionIndex::hashOf(std::string_view key) const {
 }
 
 void CollectionIndex::sortByPath() {
-    byPath_ = sortedBy(&IndexedTrack::pathHash);
-}
-
-std::vector<std::uint32_t> CollectionIndex::sortedBy(Hash hash) const {
-    std::vector<std::uint32_t> sorted;
-    sorted.reserve(tracks_.size());
+    byPath_.clear();
+    byPath_.reserve(tracks_.size());
     for (std::uint32_t number = 0; number < tracks_.size(); ++number) {
-        if (tracks_[number].hasPath) sorted.push_back(number);
+        if (tracks_[number].hasPath) byPath_.push_back(number);
     }
-    std::sort(sorted.begin(), sorted.end(), [this, hash](std::uint32_t one, std::uint32_t other) {
-        const std::uint64_t oneHash = tracks_[one].*hash;
-        const std::uint64_t otherHash = tracks_[other].*hash;
+    std::sort(byPath_.begin(), byPath_.end(), [this](std::uint32_t one, std::uint32_t other) {
+        const std::uint64_t oneHash = tracks_[one].pathHash;
+        const std::uint64_t otherHash = tracks_[other].pathHash;
         return oneHash != otherHash ? oneHash < otherHash : one < other;
     });
-    return sorted;
-}
-
-std::vector<std::uint32_t> CollectionIndex::withHash(const std::vector<std::uint32_t>& sorted, Hash member,
-                                                     std::uint64_t hash) const {
-    const auto isBefore = [this, member](std::uint32_t number, std::uint64_t wanted) {
-        return tracks_[number].*member < wanted;
-    };
-    std::vector<std::uint32_t> found;
-    auto at = std::lower_bound(sorted.begin(), sorted.end(), hash, isBefore);
-    for (; at != sorted.end() && tracks_[*at].*member == hash; ++at) {
-        found.push_back(*at);
-    }
-    return found;
 }
 
 std::vector<std::uint32_t> CollectionIndex::withPath(std::string_view path) const {
-    std::vector<std::uint32_t> found = withHash(byPath_, &IndexedTrack::pathHash, hashOf(path));
+    const std::uint64_t hash = hashOf(path);
+    const auto isBefore = [this](std::uint32_t number, std::uint64_t wanted) {
+        return tracks_[number].pathHash < wanted;
+    };
+    std::vector<std::uint32_t> found;
+    auto at = std::lower_bound(byPath_.begin(), byPath_.end(), hash, isBefore);
+    for (; at != byPath_.end() && tracks_[*at].pathHash == hash; ++at) {
+        found.push_back(*at);
+    }
     std::reverse(found.begin(), found.end());
     return found;
 }
 
-std::vector<std::uint32_t> CollectionIndex::withFoldedPath(std::string_view folded) const {
-    std::call_once(isSortedByFolded_, [this] { byFolded_ = sortedBy(&IndexedTrack::foldedHash); });
-    return withHash(byFolded_, &IndexedTrack::foldedHash, hashOf(folded));
+void CollectionIndex::tabulateLoosePaths() const {
+    byLoosePath_.resize(std::bit_ceil(2 * byPath_.size() + 1));
+    const std::size_t mask = byLoosePath_.size() - 1;
+    for (const std::uint32_t number : byPath_) {
+        std::size_t at = tracks_[number].looseHash & mask;
+        while (byLoosePath_[at] != 0) {
+            at = (at + 1) & mask;
+        }
+        byLoosePath_[at] = number + 1;
+    }
+}
+
+std::vector<std::uint32_t> CollectionIndex::withLoosePath(std::string_view loose) const {
+    std::call_once(isTabulated_, [this] { tabulateLoosePaths(); });
+    const std::uint64_t hash = hashOf(loose);
+    const std::size_t mask = byLoosePath_.size() - 1;
+    std::vector<std::uint32_t> found;
+    for (std::size_t at = hash & mask; byLoosePath_[at] != 0; at = (at + 1) & mask) {
+        const std::uint32_t number = byLoosePath_[at] - 1;
+        if (tracks_[number].looseHash == hash) found.push_back(number);
+    }
+    return found;
 }
 
 bool CollectionIndex::isUnchanged() const {
@@ -108,6 +133,16 @@ std::optional<std::string_view> ElementReader::text(const Span& span) {
 XMLElement ElementReader::element(const Span& span) {
     const auto held = text(span);
     return held ? document_.load(*held) : XMLElement();
+}
+
+ZALNullableString ElementReader::path(std::uint32_t number) {
+    const XMLElement found = element(index_->tracks()[number].span());
+    return found ? index_->program().pathOf(found) : std::nullopt;
+}
+
+ZALTrackIdentity ElementReader::identity(std::uint32_t number) {
+    const XMLElement found = element(index_->tracks()[number].span());
+    return found ? index_->program().identityOf(found) : ZALTrackIdentity();
 }
 
 std::unique_ptr<ZALCollectionTrack> ElementReader::track(std::uint32_t number) {

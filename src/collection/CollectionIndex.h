@@ -27,7 +27,7 @@ struct IndexedTrack {
     std::uint64_t begin = 0;
     std::uint64_t checksum = 0;
     std::uint64_t pathHash = 0;
-    std::uint64_t foldedHash = 0;  ///< of the path in one letter case
+    std::uint64_t looseHash = 0;  ///< of what ZALLoosePath() makes of the path
     std::uint64_t nameHash = 0;
     std::uint32_t length = 0;
     std::uint32_t cues = 0;
@@ -72,8 +72,8 @@ class CollectionIndex {
     /// The tracks that may have this path, in canonical decomposition: those with its hash, the last one
     /// first.
     std::vector<std::uint32_t> withPath(std::string_view path) const;
-    /// The same for a path in one letter case, in the order of the file.
-    std::vector<std::uint32_t> withFoldedPath(std::string_view folded) const;
+    /// The tracks that may have this loose path, in any order.
+    std::vector<std::uint32_t> withLoosePath(std::string_view loose) const;
     /// The hash that a track with this name in playlists has.
     std::uint64_t hashOf(std::string_view key) const;
 
@@ -83,11 +83,8 @@ class CollectionIndex {
   private:
     friend class CollectionReader;
     friend class CollectionWriter;
-    using Hash = std::uint64_t IndexedTrack::*;
     void sortByPath();
-    std::vector<std::uint32_t> sortedBy(Hash hash) const;
-    std::vector<std::uint32_t> withHash(const std::vector<std::uint32_t>& sorted, Hash member,
-                                        std::uint64_t hash) const;
+    void tabulateLoosePaths() const;
 
     const CollectionProgram& program_;
     std::shared_ptr<SharedFile> file_;
@@ -97,8 +94,10 @@ class CollectionIndex {
     std::uint64_t seed_ = 0;
     std::vector<IndexedTrack> tracks_;   // in the order of the file
     std::vector<std::uint32_t> byPath_;  // by hash, tracks of one hash in the order of the file
-    mutable std::once_flag isSortedByFolded_;
-    mutable std::vector<std::uint32_t> byFolded_;  // the same, made when it is first asked for
+    // An open hash table of track numbers, one higher, made when it is first asked for: every file that is
+    // matched looks here for each of the paths that it may have.
+    mutable std::once_flag isTabulated_;
+    mutable std::vector<std::uint32_t> byLoosePath_;
 };
 
 /// Reads elements of a collection, one at a time; one thread at a time.
@@ -117,6 +116,9 @@ class ElementReader {
     /// The text that was read last, and the bytes that it was made of.
     std::string_view lastText() const { return isDecoded_ ? text_ : bytes_; }
     std::string_view lastBytes() const { return bytes_; }
+    /// The path of a track, and what it says of its file; null and nothing without a text.
+    ZALNullableString path(std::uint32_t number);
+    ZALTrackIdentity identity(std::uint32_t number);
     /// The track, valid until the next call; null without a text.
     std::unique_ptr<ZALCollectionTrack> track(std::uint32_t number);
     /// The last track with this path, which is in canonical decomposition, and its number; null without one.

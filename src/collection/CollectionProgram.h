@@ -35,6 +35,12 @@ struct TrackKeys {
     std::string name;  ///< what playlists know the track by
 };
 
+/// An attribute's value as a text; null without one.
+ZALNullableString nullable(const char* value);
+/// A number of bytes or other units, and of seconds, as attributes have them; null without one above 0.
+std::optional<std::uint64_t> sizeIn(const char* value);
+std::optional<double> durationIn(const char* value);
+
 /// Names and values that follow one another, up to a null.
 using XMLAttributes = const char* const*;
 
@@ -71,6 +77,9 @@ struct CollectionProgram {
     void (*readTrack)(XMLAttributes attributes, TrackDraft& draft);
     void (*readChild)(const char* name, XMLAttributes attributes, TrackDraft& draft);
     TrackKeys (*keysOf)(const TrackDraft& draft);
+    /// The path that a track's element gives, and all that it says of its file.
+    ZALNullableString (*pathOf)(const XMLElement& track);
+    ZALTrackIdentity (*identityOf)(const XMLElement& track);
     /// The track of an element, which it belongs to.
     std::unique_ptr<ZALCollectionTrack> (*trackOf)(const XMLElement& element);
     /// A copy that stands for itself.

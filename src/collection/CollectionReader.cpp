@@ -4,9 +4,9 @@
 #include "base/Unicode.h"
 #include "collection/Checksum.h"
 #include "collection/CollectionIndex.h"
-#include "collection/NFD.h"
 #include "platform/FileReplacement.h"
 
+#include <zaltag/collection/ZALCollectionPath.h>
 #include <zaltag/platform/ZALHost.h>
 
 #include <fmt/format.h>
@@ -249,7 +249,7 @@ void CollectionReader::add(const TrackDraft& draft, Summer& summer) {
     track.checksum = summer.sumOf(draft.begin, draft.end);
     track.hasPath = !keys.path.empty();
     track.pathHash = index_.hashOf(keys.path);
-    track.foldedHash = index_.hashOf(inOneCase(keys.path));
+    track.looseHash = index_.hashOf(ZALLoosePath(keys.path));
     track.nameHash = index_.hashOf(keys.name);
     track.cues = draft.cues;
     track.id = draft.id;

@@ -30,7 +30,7 @@ ZALDataView viewOf(std::string_view bytes) {
 void bringUpToDate(ZALCollectionTrack& track, const TrackChange& change) {
     if (change.request != nullptr) {
         const ZALCollectionQueueItem request = change.request->second.item(change.request->first);
-        track.replaceCuePoints(request.cuePoints, request.kind);
+        track.replaceCuePoints(request.cuePoints, request.request);
     }
     track.updateXMLElement();
 }
@@ -69,7 +69,7 @@ TrackRenderer::Result TrackRenderer::splice(const TrackChange& change, const XML
     }
     const std::string text(reader_.lastText());
     const ZALCollectionQueueItem request = change.request->second.item(change.request->first);
-    const TrackEdit edit = program.trackOf(element)->editFor(request.cuePoints, request.kind, &scratch_);
+    const TrackEdit edit = program.trackOf(element)->editFor(request.cuePoints, request.request, &scratch_);
     const std::string blank = reader_.blankInFrontOf(index.tracks()[change.number].begin);
     const bool keepsMark =
         std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) != edit.isRemoved.end();

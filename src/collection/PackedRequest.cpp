@@ -23,7 +23,7 @@ void putSize(std::string& out, std::size_t size) {
 
 template <typename Value>
 Value taken(std::string_view& in) {
-    Value value;
+    Value value{};
     std::memcpy(&value, in.data(), sizeof value);
     in.remove_prefix(sizeof value);
     return value;
@@ -83,7 +83,7 @@ PackedRequest::PackedRequest(const ZALCollectionQueueItem& item, const std::stri
     std::string out;
     putText(out, item.path == key ? ZALNullableString() : item.path);
     put(out, item.modificationDate);
-    put(out, item.kind);
+    put(out, item.request);
     putSize(out, item.cuePoints.size());
     for (const ZALTagCuePoint& cue : item.cuePoints) {
         putCue(out, cue);
@@ -101,7 +101,7 @@ ZALCollectionQueueItem PackedRequest::item(const std::string& key) const {
     ZALCollectionQueueItem item;
     item.path = takenText(in).value_or(key);
     item.modificationDate = taken<std::chrono::system_clock::time_point>(in);
-    item.kind = taken<ZALCueKind>(in);
+    item.request = taken<ZALCueRequest>(in);
     std::vector<ZALTagCuePoint> cuePoints(takenSize(in));
     for (ZALTagCuePoint& cue : cuePoints) {
         cue = takenCue(in);

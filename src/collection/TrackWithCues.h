@@ -74,21 +74,23 @@ bool ZALTrackWithCues<Cue>::replaceCues(const std::function<bool(const Cue& cue)
 }
 
 template <typename Cue>
-bool ZALTrackWithCues<Cue>::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) {
-    return replaceCues([&](const Cue& cue) { return isReplaced(cue, kind); },
-                       newCues(onBeats(cuePoints), kind));
+bool ZALTrackWithCues<Cue>::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                             const ZALCueRequest& request) {
+    return replaceCues([&](const Cue& cue) { return isReplaced(cue, request.kind); },
+                       newCues(asWritten(cuePoints, request), request.kind));
 }
 
 // Each cue that is wanted takes one that is there, if there is one like it.
 template <typename Cue>
-auto ZALTrackWithCues<Cue>::match(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const -> Match {
+auto ZALTrackWithCues<Cue>::match(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                  const ZALCueRequest& request) const -> Match {
     std::vector<Cue> values;
     Match match;
     for (const StoredCue& stored : cues_) {
         values.push_back(valueOf(stored));
-        match.isRemoved.push_back(isReplaced(values.back(), kind));
+        match.isRemoved.push_back(isReplaced(values.back(), request.kind));
     }
-    for (const Cue& made : newCues(onBeats(cuePoints), kind)) {
+    for (const Cue& made : newCues(asWritten(cuePoints, request), request.kind)) {
         const Cue wanted = made.copyAsStored();
         std::size_t at = 0;
         while (at < cues_.size() &&
@@ -110,16 +112,18 @@ std::size_t ZALTrackWithCues<Cue>::Match::kept() const {
 }
 
 template <typename Cue>
-bool ZALTrackWithCues<Cue>::hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const {
-    const Match found = match(cuePoints, kind);
+bool ZALTrackWithCues<Cue>::hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                         const ZALCueRequest& request) const {
+    const Match found = match(cuePoints, request);
     return found.added.empty() && found.kept() == cues_.size();
 }
 
 template <typename Cue>
 zal::TrackEdit ZALTrackWithCues<Cue>::editOfMarks(const char* elementName, const zal::XMLStyle& style,
-                                                  const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+                                                  const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                  const ZALCueRequest& request,
                                                   zal::XMLDocument* scratch) const {
-    const Match found = match(cuePoints, kind);
+    const Match found = match(cuePoints, request);
     zal::TrackEdit edit;
     edit.style = style;
     edit.cues = found.kept() + found.added.size();

@@ -4,12 +4,15 @@
 #include "collection/NFD.h"
 #include "platform/Log.h"
 
+#include <zaltag/collection/ZALCollectionPath.h>
 #include <zaltag/platform/ZALFolderBookmarks.h>
 #include <zaltag/platform/ZALHost.h>
 #include <zaltag/platform/ZALTagCloudFileResolver.h>
 
+#include <algorithm>
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -249,16 +252,28 @@ std::shared_ptr<const ZALCollectionTrack> ZALCollectionDatabase::track(const ZAL
     return found ? program_.copyOf(*found) : nullptr;
 }
 
-std::vector<std::shared_ptr<const ZALCollectionTrack>> ZALCollectionDatabase::tracksLike(
-    const std::string& path) const {
-    std::vector<std::shared_ptr<const ZALCollectionTrack>> found;
+std::vector<std::vector<std::string>> ZALCollectionDatabase::pathsLike(
+    const std::vector<std::string>& paths) const {
+    std::vector<std::vector<std::string>> found(paths.size());
     const auto held = index();
     if (!held) return found;
-    const std::string folded = zal::inOneCase(keyOf(path));
-    zal::ElementReader reader(held);
-    for (const std::uint32_t number : held->withFoldedPath(folded)) {
-        const auto track = reader.track(number);
-        if (track && zal::inOneCase(track->indexKey()) == folded) found.push_back(program_.copyOf(*track));
+    std::vector<std::string> loose;
+    std::vector<std::pair<std::uint32_t, std::size_t>> candidates;  // tracks, and which path they may have
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        loose.push_back(ZALLoosePath(paths[i]));
+        for (const std::uint32_t number : held->withLoosePath(loose.back())) {
+            candidates.emplace_back(number, i);
+        }
+    }
+    // In the order of the file, so that each track is read once.
+    std::sort(candidates.begin(), candidates.end());
+    const bool areMany = candidates.size() > held->tracks().size() / 8;
+    zal::ElementReader reader(held, areMany ? readAhead : 0);
+    ZALNullableString path;
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        const auto [number, wanted] = candidates[i];
+        if (i == 0 || candidates[i - 1].first != number) path = reader.path(number);
+        if (path && ZALLoosePath(*path) == loose[wanted]) found[wanted].push_back(*path);
     }
     if (reader.hasFailed()) askForReload();
     return found;
@@ -276,6 +291,20 @@ bool ZALCollectionDatabase::forEachTrack(
     }
     if (cursor.hasFailed()) askForReload();
     return !cursor.hasFailed();
+}
+
+bool ZALCollectionDatabase::forEachIdentity(
+    const std::function<void(const ZALTrackIdentity& identity)>& function) const {
+    const auto held = index();
+    if (!held) return true;
+    zal::ElementReader reader(held, readAhead);
+    for (std::uint32_t number = 0; number < held->tracks().size(); ++number) {
+        const ZALTrackIdentity identity = reader.identity(number);
+        if (reader.hasFailed()) break;
+        function(identity);
+    }
+    if (reader.hasFailed()) askForReload();
+    return !reader.hasFailed();
 }
 
 ZALCollectionCursor ZALCollectionDatabase::tracksInOrder() const {

@@ -263,12 +263,12 @@ bool ZALCollectionQueue::applyRequests(zal::CollectionChanges& changes, bool& sh
         const auto track = reader.find(request.first, number);
         if (!track) continue;
         const ZALCollectionQueueItem item = request.second.item(request.first);
-        if (!track->whyLeftOut(item.modificationDate).empty()) {
+        if (!track->whyLeftOut(item.modificationDate, item.request).empty()) {
             zal::logf("Skipping track '{}' (modified)", zal::lastPathComponent(item.path));
             continue;
         }
-        const bool isChanged = isEvery ? track->replaceCuePoints(item.cuePoints, item.kind)
-                                       : track->editFor(item.cuePoints, item.kind, nullptr).isChanged;
+        const bool isChanged = isEvery ? track->replaceCuePoints(item.cuePoints, item.request)
+                                       : track->editFor(item.cuePoints, item.request, nullptr).isChanged;
         shouldSave = shouldSave || isChanged;
         if (isChanged || (isEvery && track->xmlNeedsUpdate())) changes.tracks.push_back({number, &request});
         if (isChanged || isEvery) listed.push_back(number);

@@ -28,12 +28,15 @@ std::optional<ZALArray<double>> ZALCollectionTrack::beatTimes() const {
     return tempo ? zal::beatTimesOf(*tempo) : std::nullopt;
 }
 
-ZALArray<ZALTagCuePoint> ZALCollectionTrack::onBeats(const ZALArray<ZALTagCuePoint>& cuePoints) const {
-    return ZALCuePointsAdjustedToBeatTimes(ZALSortedCuePoints(cuePoints),
-                                           beatTimes().value_or(ZALArray<double>()));
+ZALArray<ZALTagCuePoint> ZALCollectionTrack::asWritten(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                       const ZALCueRequest& request) const {
+    const ZALArray<ZALTagCuePoint> sorted = ZALSortedCuePoints(cuePoints);
+    if (request.keepsTimes) return sorted;
+    return ZALCuePointsAdjustedToBeatTimes(sorted, beatTimes().value_or(ZALArray<double>()));
 }
 
-std::string ZALCollectionTrack::whyLeftOut(std::chrono::system_clock::time_point) const {
+std::string ZALCollectionTrack::whyLeftOut(std::chrono::system_clock::time_point,
+                                           const ZALCueRequest&) const {
     return {};
 }
 

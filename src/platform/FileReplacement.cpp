@@ -5,6 +5,7 @@
 
 #include <zaltag/platform/ZALHost.h>
 
+#include <atomic>
 #include <exception>
 #include <utility>
 
@@ -94,8 +95,22 @@ bool FileReplacement::begin(ZALFileHandle* attributesFrom, std::uint32_t mode) {
         return false;
     }
     if (attributesFrom == nullptr) return true;
-    const auto attributesError = handle_->copyAttributesFrom(*attributesFrom);
-    return !attributesError || fail("keeping owner, permissions and attributes in", attributesError);
+    if (const auto attributesError = handle_->copyAttributesFrom(*attributesFrom)) {
+        return fail("keeping owner, permissions and attributes in", attributesError);
+    }
+    sayWhetherOwnerIsKept(*attributesFrom);
+    return true;
+}
+
+// Once in a process: in a shared folder it is so with every file.
+void FileReplacement::sayWhetherOwnerIsKept(ZALFileHandle& original) {
+    static std::atomic<bool> isSaid = false;
+    ZALFileAttributes before;
+    ZALFileAttributes after;
+    if (isSaid || original.attributes(before) || handle_->attributes(after)) return;
+    if ((before.owner == after.owner && before.group == after.group) || isSaid.exchange(true)) return;
+    logf("'{}' now belongs to who saved it, as other files may: owner and group cannot be kept here",
+         target_);
 }
 
 bool FileReplacement::append(ZALDataView bytes) {

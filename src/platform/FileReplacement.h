@@ -56,6 +56,7 @@ class FileReplacement {
     bool fail(std::string_view step, const std::error_code& error);
     bool flush();
     bool nameIsOurs();
+    void sayWhetherOwnerIsKept(ZALFileHandle& original);
 
     const std::shared_ptr<ZALFileSystem> files_;
     const std::string target_;

@@ -144,15 +144,14 @@ class MachineFileHandle final : public ZALFileHandle {
         if (const auto error = attributes(present)) return error;
         // The owner first, since a change of it takes bits away; the bits last, since they may forbid the
         // rest.
-        if (wanted.owner != present.owner || wanted.group != present.group) {
-            if (const auto error = changeOwner(wanted, present)) return error;
-        }
+        if (const auto error = changeOwner(wanted, present)) return error;
         if (const int number = zal::copyExtendedAttributes(source.descriptor(), descriptor_)) {
             return errorOf(number);
         }
         if (const auto error = attributes(present)) return error;
-        if (wanted.mode == present.mode) return {};
-        return done([&] { return ::fchmod(descriptor_, wanted.mode); });
+        const std::uint32_t mode = modeFor(wanted, present);
+        if (mode == present.mode) return {};
+        return done([&] { return ::fchmod(descriptor_, mode); });
     }
 
     std::error_code lock() override {
@@ -170,12 +169,32 @@ class MachineFileHandle final : public ZALFileHandle {
     int descriptor() const override { return descriptor_; }
 
   private:
+    // Both, else the group alone, else none: only the system's administrator may give files away, and on a
+    // shared volume nobody may.
     std::error_code changeOwner(const ZALFileAttributes& wanted, const ZALFileAttributes& present) {
         const auto same = static_cast<uid_t>(-1);  // leaves an owner or a group as it is
-        return done([&] {
-            return ::fchown(descriptor_, wanted.owner == present.owner ? same : wanted.owner,
-                            wanted.group == present.group ? same : wanted.group);
-        });
+        const uid_t group = wanted.group == present.group ? same : wanted.group;
+        std::error_code error;
+        for (const uid_t owner : {wanted.owner == present.owner ? same : wanted.owner, same}) {
+            if (owner == same && group == same) return {};
+            error = done([&] { return ::fchown(descriptor_, owner, group); });
+            if (!isRefused(error)) return error;
+        }
+        return {};
+    }
+
+    static bool isRefused(const std::error_code& error) {
+        return error == std::errc::operation_not_permitted || error == std::errc::invalid_argument ||
+               error == std::errc::operation_not_supported;
+    }
+
+    // The permissions of one file for another, which may belong to somebody else.
+    static std::uint32_t modeFor(const ZALFileAttributes& wanted, const ZALFileAttributes& present) {
+        constexpr std::uint32_t asOwner = 06000, groupBits = 070;
+        std::uint32_t mode = wanted.mode;
+        if (wanted.owner != present.owner || wanted.group != present.group) mode &= ~asOwner;
+        if (wanted.group != present.group) mode &= ~groupBits | (mode & 07) << 3;
+        return mode;
     }
 
     std::error_code copyPlainly(ZALFileHandle& source, std::uint64_t from, std::uint64_t length,

@@ -70,6 +70,8 @@ const zal::CollectionProgram& zal::rekordboxProgram() {
         .readTrack = readTrack,
         .readChild = readChild,
         .keysOf = keysOf,
+        .pathOf = ZALRekordboxTrack::pathOfXMLElement,
+        .identityOf = ZALRekordboxTrack::identityOfXMLElement,
         .trackOf = [](const XMLElement& element) -> std::unique_ptr<ZALCollectionTrack> {
             return ZALRekordboxTrack::initWithXMLElement(element);
         },

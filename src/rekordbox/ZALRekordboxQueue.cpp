@@ -61,11 +61,11 @@ void ZALRekordboxQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
 }
 
 void ZALRekordboxQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
-                                     ZALCueKind kind) {
+                                     const ZALCueRequest& request) {
     auto item = std::make_shared<ZALRekordboxQueueItem>();
     item->modificationDate = ZALHost::shared().clock()->now();
     item->cuePoints = cuePoints;
-    item->kind = kind;
+    item->request = request;
     enqueue(path, std::move(item), "-[ZALRekordboxQueue setCuePoints:forTrackWithPath:hotCues:memoryCues:]");
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/Description.h"
 #include "base/Numbers.h"
+#include "collection/CollectionProgram.h"
 #include "collection/Dates.h"
 #include "collection/TrackWithCues.h"
 #include "platform/Log.h"
@@ -53,11 +54,25 @@ std::int32_t ZALRekordboxTrack::idOfXMLElement(const zal::XMLElement& element) {
     return idOfText(element.attributeText("TrackID"));
 }
 
+ZALNullableString ZALRekordboxTrack::pathOfXMLElement(const zal::XMLElement& element) {
+    const char* location = element.attribute("Location");
+    return location == nullptr ? std::nullopt : zal::pathOfLocation(location);
+}
+
+ZALTrackIdentity ZALRekordboxTrack::identityOfXMLElement(const zal::XMLElement& element) {
+    return {.path = pathOfXMLElement(element),
+            .title = zal::nullable(element.attribute("Name")),
+            .artist = zal::nullable(element.attribute("Artist")),
+            .size = zal::sizeIn(element.attribute("Size")),
+            .sizeUnit = 1,
+            .duration = zal::durationIn(element.attribute("TotalTime"))};
+}
+
 std::unique_ptr<ZALRekordboxTrack> ZALRekordboxTrack::initWithXMLElement(const zal::XMLElement& element) {
     if (!element) return nullptr;
     std::unique_ptr<ZALRekordboxTrack> track(new ZALRekordboxTrack);
     track->setElement(element);
-    if (const char* location = element.attribute("Location")) track->setPath(zal::pathOfLocation(location));
+    track->setPath(pathOfXMLElement(element));
     track->trackId_ = idOfXMLElement(element);
     // Marks without a start are placeholders: the track has them because it was written without cues.
     track->forceDummyCuePoint_ = track->readCues(markName);
@@ -117,15 +132,16 @@ ZALArray<ZALTagCuePoint> ZALRekordboxTrack::cuePoints(ZALCueKind kind) const {
     return found;
 }
 
-bool ZALRekordboxTrack::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) {
-    const bool isChanged = ZALTrackWithCues::replaceCuePoints(cuePoints, kind);
+bool ZALRekordboxTrack::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                         const ZALCueRequest& request) {
+    const bool isChanged = ZALTrackWithCues::replaceCuePoints(cuePoints, request);
     setForceDummyCuePoint(true);
     return isChanged;
 }
 
-zal::TrackEdit ZALRekordboxTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
-                                          zal::XMLDocument* scratch) const {
-    zal::TrackEdit edit = editOfMarks(markName, {}, cuePoints, kind, scratch);
+zal::TrackEdit ZALRekordboxTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                          const ZALCueRequest& request, zal::XMLDocument* scratch) const {
+    zal::TrackEdit edit = editOfMarks(markName, {}, cuePoints, request, scratch);
     const bool keepsNone =
         std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) == edit.isRemoved.end();
     if (edit.cues == 0 && keepsNone) {

@@ -95,6 +95,8 @@ const zal::CollectionProgram& zal::traktorProgram() {
         .readTrack = readTrack,
         .readChild = readChild,
         .keysOf = keysOf,
+        .pathOf = ZALTraktorTrack::pathOfXMLElement,
+        .identityOf = ZALTraktorTrack::identityOfXMLElement,
         .trackOf = [](const XMLElement& element) -> std::unique_ptr<ZALCollectionTrack> {
             return ZALTraktorTrack::initWithXMLElement(element);
         },

@@ -42,10 +42,10 @@ void ZALTraktorQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
 }
 
 void ZALTraktorQueue::setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
-                                   ZALCueKind kind) {
+                                   const ZALCueRequest& request) {
     auto item = std::make_shared<ZALTraktorQueueItem>();
     item->modificationDate = ZALHost::shared().clock()->now();
     item->cuePoints = cuePoints;
-    item->kind = kind;
+    item->request = request;
     enqueue(path, std::move(item), "-[ZALTraktorQueue setCuePoints:forTrackWithPath:]");
 }

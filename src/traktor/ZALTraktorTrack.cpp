@@ -23,10 +23,6 @@ using std::chrono::seconds;
 
 constexpr const char* cueName = "CUE_V2";
 
-ZALNullableString nullable(const char* text) {
-    return text == nullptr ? ZALNullableString() : text;
-}
-
 // An attribute of the first child of that name which has it; null without one.
 const char* attributeOfChild(const zal::XMLElement& element, const char* child, const char* attribute) {
     for (auto at = element.firstChild(child); at; at = at.next(child)) {
@@ -35,11 +31,16 @@ const char* attributeOfChild(const zal::XMLElement& element, const char* child, 
     return nullptr;
 }
 
+const char* durationOf(const zal::XMLElement& track) {
+    const char* duration = attributeOfChild(track, "INFO", "PLAYTIME_FLOAT");
+    return duration == nullptr ? attributeOfChild(track, "INFO", "PLAYTIME") : duration;
+}
+
 zal::TraktorLocation locationOf(const zal::XMLElement& track) {
     const zal::XMLElement location = track.firstChild("LOCATION");
     if (!location) return {};
-    return {nullable(location.attribute("VOLUME")), nullable(location.attribute("DIR")),
-            nullable(location.attribute("FILE"))};
+    return {zal::nullable(location.attribute("VOLUME")), zal::nullable(location.attribute("DIR")),
+            zal::nullable(location.attribute("FILE"))};
 }
 
 // A second before the audio file's date, so that the file counts as the newer one. `failed` is told the file
@@ -67,6 +68,19 @@ std::string ZALTraktorTrack::bootVolumeName() {
     return ZALHost::shared().bootVolumeName();
 }
 
+ZALNullableString ZALTraktorTrack::pathOfXMLElement(const zal::XMLElement& element) {
+    return zal::pathOf(locationOf(element), bootVolumeName());
+}
+
+ZALTrackIdentity ZALTraktorTrack::identityOfXMLElement(const zal::XMLElement& element) {
+    return {.path = pathOfXMLElement(element),
+            .title = zal::nullable(element.attribute("TITLE")),
+            .artist = zal::nullable(element.attribute("ARTIST")),
+            .size = zal::sizeIn(attributeOfChild(element, "INFO", "FILESIZE")),
+            .sizeUnit = 1024,
+            .duration = zal::durationIn(durationOf(element))};
+}
+
 std::unique_ptr<ZALTraktorTrack> ZALTraktorTrack::initWithXMLElement(const zal::XMLElement& element) {
     if (!element) return nullptr;
     std::unique_ptr<ZALTraktorTrack> track(new ZALTraktorTrack);
@@ -79,7 +93,7 @@ std::unique_ptr<ZALTraktorTrack> ZALTraktorTrack::initWithXMLElement(const zal::
 }
 
 ZALTraktorTrack::DateText ZALTraktorTrack::readDate() const {
-    return {nullable(element().attribute("MODIFIED_DATE")), element().attributeText("MODIFIED_TIME")};
+    return {zal::nullable(element().attribute("MODIFIED_DATE")), element().attributeText("MODIFIED_TIME")};
 }
 
 std::optional<TimePoint> ZALTraktorTrack::modificationDate() const {
@@ -117,9 +131,11 @@ ZALTraktorTrack::DateText ZALTraktorTrack::newDate(std::string& failed) const {
     return {zal::slashDate(date), std::to_string(time.count())};
 }
 
-std::string ZALTraktorTrack::whyLeftOut(TimePoint requested) const {
+std::string ZALTraktorTrack::whyLeftOut(TimePoint requested, const ZALCueRequest& request) const {
     const auto date = modificationDate();
-    if (!date) return "its entry in the Traktor collection has no date";
+    if (!date)
+        return request.includesUndated ? ""
+                                       : "its entry in the Traktor collection has no date (--force-dates)";
     return *date > requested ? "its entry in the Traktor collection is newer" : "";
 }
 
@@ -146,9 +162,9 @@ ZALArray<ZALTagCuePoint> ZALTraktorTrack::cuePoints(ZALCueKind kind) const {
     return found;
 }
 
-zal::TrackEdit ZALTraktorTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
-                                        zal::XMLDocument* scratch) const {
-    zal::TrackEdit edit = editOfMarks(cueName, zal::traktorProgram().style, cuePoints, kind, scratch);
+zal::TrackEdit ZALTraktorTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                        const ZALCueRequest& request, zal::XMLDocument* scratch) const {
+    zal::TrackEdit edit = editOfMarks(cueName, zal::traktorProgram().style, cuePoints, request, scratch);
     if (!edit.isChanged || scratch == nullptr) return edit;
     const DateText date = newDate(edit.fileWithoutDate);
     edit.attributes.push_back({"MODIFIED_DATE", date.day.value_or(""), false});
@@ -161,8 +177,7 @@ std::optional<ZALTrackTempo> ZALTraktorTrack::readTempo() const {
     for (const ZALTraktorCuePoint& cue : cues()) {
         if (cue.isGrid()) tempo.starts.push_back(cue.startTime());
     }
-    const char* duration = attributeOfChild(element(), "INFO", "PLAYTIME_FLOAT");
-    if (duration == nullptr) duration = attributeOfChild(element(), "INFO", "PLAYTIME");
+    const char* duration = durationOf(element());
     const char* perMinute = attributeOfChild(element(), "TEMPO", "BPM");
     const double beatsPerMinute = perMinute == nullptr ? 0 : zal::doubleValue(perMinute);
     if (tempo.starts.empty() || duration == nullptr || beatsPerMinute == 0) return std::nullopt;

@@ -2,8 +2,9 @@
 import glob
 import json
 import os
+import unicodedata
 
-from collection_files import rekordbox, rekordbox_marks, traktor, traktor_cues, tree
+from collection_files import rekordbox, rekordbox_marks, serato_cues, traktor, traktor_cues, tree
 from support import ProgramTest
 
 GRID = '<TEMPO Inizio="0" Bpm="60"/>'
@@ -60,7 +61,7 @@ class Hour(ProgramTest):
         with open(self.traktor, "ab") as file:
             file.write(b"<!-- later -->")
         err = self.zaltag("undo", status=1)[1]
-        self.assertIn(f"{self.traktor}: was changed since, or not written whole: left alone; as it was before: {copies[1][0]}",
+        self.assertIn(f"{self.traktor}: was changed since: left alone; as it was before: {copies[1][0]}",
                       err)
         self.assertEqual(self.content(self.rekordbox), self.before[0])
         self.assertFalse(os.path.exists(imported))
@@ -93,3 +94,60 @@ class Hour(ProgramTest):
         self.mp3("usb/.trash/gone.mp3"), self.mp3("usb/._one.mp3")
         self.assertEqual(self.zaltag("scan", self.path("usb"))[0].count(".mp3"), 4)
         self.assertEqual(self.zaltag("help", "sync")[0], self.zaltag("sync", "--help")[0])
+
+    def test_from_collection_to_collection_without_a_file(self):
+        names = [f"Set {i}/Träck {i}.mp3" for i in range(4)]
+        cues = '<CUE_V2 NAME="in" TYPE="0" START="1200" LEN="0" REPEATS="-1" HOTCUE="0"></CUE_V2>'
+        source = self.write("mac.nml", traktor(["/DJ/" + name for name in names[:3]], boot_volume="C:", inner=cues))
+        target = self.write("windows.xml", rekordbox([("/D:/music/" + unicodedata.normalize("NFD", name), GRID)
+                                                      for name in names[1:]]))
+        sync = ("sync", "--all", "--from", "traktor", "--to", "rekordbox-hot", "--traktor", source, "--rekordbox", target)
+        err = self.zaltag(*sync, status=1)[1]
+        self.assertIn("lie below D:/music; try --map 'D:/music=C:/DJ'", err)
+        out = self.zaltag(*sync, "--map", r"D:\music=c:\dj", "--keep-times")[0]
+        self.assertEqual(out, "3 tracks, 3 with cue points, 0 failed; rekordbox-hot: 2 written, 0 unchanged, "
+                              "1 not in the collection, 0 newer, 0 failed\n")
+        self.assertEqual([rekordbox_marks(track) for track in tree(target).findall("COLLECTION/TRACK")],
+                         [[(1.2, "in", 0)], [(1.2, "in", 0)], []])
+        for wrong in ((self.folder,), ("--to", "serato")):
+            self.zaltag(*sync, *wrong, status=2)
+
+    def test_moved_files_and_entries_without_a_date(self):
+        song = self.mp3("usb/House/moved.mp3", frames=50)
+        self.zaltag("cues", "set", song, "--to", "serato", "1=a")
+        size = os.path.getsize(song)
+        entries = [("/gone/MOVED.mp3", size, "x"), ("/gone/other.mp3", size, "x"), ("/gone/b/moved.mp3", size + 4096, "x")]
+        file = self.write("moved.xml", rekordbox([(path, "") for path, _, _ in entries]))
+        for _, size, _ in entries:
+            self.write("moved.xml", self.content(file).replace(b" TotalTime", b' Size="%d" Bpm' % size, 1))
+        info = f'<INFO FILESIZE="{os.path.getsize(song) // 1024}"></INFO>'
+        nml = self.write("moved.nml", traktor(["/gone/moved.mp3"], modified=None, inner=info))
+        sync = ("sync", song, "--from", "serato", "--to")
+        self.zaltag(*sync, "rekordbox", "--rekordbox", file, status=1)
+        row, = json.loads(self.zaltag(*sync, "rekordbox", "--rekordbox", file, "--relocate", "--json")[0])
+        self.assertEqual((row["status"], row["match"]), ("written", "relocated"))
+        self.assertEqual(len(rekordbox_marks(tree(file).find("COLLECTION/TRACK"))), 2)
+        err = self.zaltag(*sync, "traktor", "--traktor", nml, "--relocate", status=1)[1]
+        self.assertIn("has no date (--force-dates)", err)
+        self.zaltag(*sync, "traktor", "--traktor", nml, "--relocate", "--force-dates")
+        self.assertEqual(len(traktor_cues(tree(nml).find("COLLECTION/ENTRY"))), 1)
+
+    def test_the_boot_volume_is_the_one_whose_files_are_here(self):
+        file = self.write("mac.nml", traktor(self.songs[:2], boot_volume="Big Disk"))
+        rows = json.loads(self.zaltag("sync", *self.songs[:2], "--from", "serato", "--to", "traktor", "--traktor", file,
+                                      "--json")[0])
+        self.assertEqual([(row["status"], row["match"]) for row in rows], [("written", "path")] * 2)
+
+    def test_cue_points_in_audio_files_are_taken_back(self):
+        songs = [self.make("usb/House/new." + extension) for extension in ("mp3", "m4a", "flac", "wav", "aiff")]
+        for song in songs:
+            self.zaltag("cues", "set", song, "--to", "zal", "1=new", "2=b")
+            self.zaltag("cues", "set", song, "--to", "serato", "5=old")
+        self.zaltag("sync", *songs, "--from", "zal", "--to", "serato")
+        self.assertEqual({len(serato_cues(song)) for song in songs}, {2})
+        self.zaltag("set", songs[0], "title=other")
+        self.zaltag("cues", "set", songs[1], "--to", "serato", "7=later")
+        out, err = self.zaltag("undo", status=1)
+        self.assertEqual(err, f"zaltag: {songs[1]}: its cue points were changed since: left alone\n")
+        self.assertEqual([serato_cues(song) for song in songs], [[(5000, "old")], [(7000, "later")]] + [[(5000, "old")]] * 3)
+        self.assertIn("there is no run", self.zaltag("undo", status=1)[1])

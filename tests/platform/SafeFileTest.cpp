@@ -275,7 +275,7 @@ TEST_F(SafeFileTest, refusedPermissionsLeaveTheFileWhole) {
         {"its own", 0644, 0777, true, true, true},
         {"not writable", 0444, 0777, true, false, false},
         {"in a folder that is not writable", 0666, 0755, true, true, false},
-        {"another user's, whose name it could not keep", 0666, 0777, false, true, false},
+        {"another user's, which becomes its own", 0666, 0777, false, true, true},
     };
     for (const auto& [what, fileMode, folderMode, owned, opensForEditing, grows] : rows) {
         folder_.write("song", viewOf(old_));

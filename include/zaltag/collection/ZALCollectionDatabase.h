@@ -16,6 +16,7 @@
 #include <vector>
 
 class ZALCollectionTrack;
+struct ZALTrackIdentity;
 
 namespace zal {
 struct CollectionChanges;
@@ -91,9 +92,11 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     /// A copy of the track of an audio file, by its path in any Unicode normalization; null without one. Of
     /// several tracks with one path it is the last.
     std::shared_ptr<const ZALCollectionTrack> track(const ZALNullableString& path) const;
-    /// Copies of the tracks whose paths differ from this one in letter case or Unicode normalization at most,
-    /// in the order of the file.
-    std::vector<std::shared_ptr<const ZALCollectionTrack>> tracksLike(const std::string& path) const;
+    /// For each path the paths of the tracks that it may mean on another system, as the collection has them:
+    /// those of the same ZALLoosePath(). Many paths at once cost less than one after the other.
+    std::vector<std::vector<std::string>> pathsLike(const std::vector<std::string>& paths) const;
+    /// Calls a function with what every track says of its file, as forEachTrack() does.
+    bool forEachIdentity(const std::function<void(const ZALTrackIdentity& identity)>& function) const;
     /// Calls a function with a copy of every track, one after the other, in the order of the file. They are
     /// those of the moment of the call, whatever is loaded or saved meanwhile, and no lock is held: the
     /// function may use the database. False when the file turns out to have been changed: the rest is left

@@ -41,7 +41,7 @@ struct ZALTAG_EXPORT ZALCollectionQueueItem {
     std::string path;                                        ///< of the audio file
     std::chrono::system_clock::time_point modificationDate;  ///< when the request was made
     ZALArray<ZALTagCuePoint> cuePoints;
-    ZALCueKind kind = ZALCueKind::all;  ///< which cues they replace
+    ZALCueRequest request;
 };
 
 /// Collects requests to replace the cue points of audio files in a collection, and applies them in batches,
@@ -56,11 +56,11 @@ class ZALTAG_EXPORT ZALCollectionQueue : public std::enable_shared_from_this<ZAL
     ZALCollectionQueue(const ZALCollectionQueue&) = delete;
     ZALCollectionQueue& operator=(const ZALCollectionQueue&) = delete;
 
-    /// Asks for the cues of a track to be replaced. The cue points are sorted and moved to the track's own
-    /// beat grid when they are written. A later request for the same path, in any Unicode normalization,
-    /// replaces this one. A null or empty path is one log line.
+    /// Asks for the cues of a track to be replaced. The cue points are sorted and, unless the request keeps
+    /// their times, moved to the track's own beat grid when they are written. A later request for the same
+    /// path, in any Unicode normalization, replaces this one. A null or empty path is one log line.
     virtual void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
-                              ZALCueKind kind) = 0;
+                              const ZALCueRequest& request) = 0;
 
     /// Loads the collection if its file changed.
     void reload(ZALCompletion completion = nullptr);

@@ -27,6 +27,25 @@ struct XMLStyle;
 /// markers are never meant.
 enum class ZALCueKind : unsigned { none = 0, hot = 1, memory = 2, all = 3 };
 
+/// What is asked of the cues of a track.
+struct ZALCueRequest {
+    ZALCueRequest(ZALCueKind cues = ZALCueKind::all) : kind(cues) {}
+
+    ZALCueKind kind;               ///< which cues are replaced
+    bool keepsTimes = false;       ///< the new ones are not moved to the track's beats
+    bool includesUndated = false;  ///< a track is written, too, when it does not say when it was changed
+};
+
+/// What a collection says of an audio file, by which it can be known again where its path is another one.
+struct ZALTrackIdentity {
+    ZALNullableString path;
+    ZALNullableString title;
+    ZALNullableString artist;
+    std::optional<std::uint64_t> size;  ///< of the file, as a multiple of the unit
+    std::uint64_t sizeUnit = 1;         ///< in bytes
+    std::optional<double> duration;     ///< in seconds
+};
+
 /// Where the beats of a track lie: segments of one tempo each, all times in seconds.
 struct ZALTrackTempo {
     std::vector<double> starts;  ///< of the segments, in the order the collection lists them; at least one
@@ -64,11 +83,15 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     /// True when a request for these cue points, sorted and moved to the track's beats as the queue does it,
     /// finds the cues of that kind as it wants them: as many, each with its name, type, time in whole
     /// microseconds and number.
-    virtual bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const = 0;
-    /// Cue points as a queue writes them for this track: by time, each moved to the nearest beat.
-    ZALArray<ZALTagCuePoint> onBeats(const ZALArray<ZALTagCuePoint>& cuePoints) const;
+    virtual bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                              const ZALCueRequest& request) const = 0;
+    /// Cue points as a queue writes them for this track: by time, each moved to the nearest beat unless the
+    /// request keeps the times.
+    ZALArray<ZALTagCuePoint> asWritten(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                       const ZALCueRequest& request = {}) const;
     /// Why a queue leaves out a request of that time for this track; empty when it does not.
-    virtual std::string whyLeftOut(std::chrono::system_clock::time_point requested) const;
+    virtual std::string whyLeftOut(std::chrono::system_clock::time_point requested,
+                                   const ZALCueRequest& request) const;
 
     // For elements of the document:
 
@@ -79,10 +102,12 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     /// The audio file, and why not, when its date was wanted for that and could not be had; else empty.
     const std::string& fileWithoutDate() const { return fileWithoutDate_; }
     /// Replaces the cues of a kind by new ones for these cue points. True when the list is another one then.
-    virtual bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) = 0;
+    virtual bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                  const ZALCueRequest& request) = 0;
     /// What the same changes in the text of the element, when nothing else may change. Without a document to
     /// make new marks in, the result has empty ones.
-    ZALTAG_INSIDE virtual zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+    ZALTAG_INSIDE virtual zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                 const ZALCueRequest& request,
                                                  zal::XMLDocument* scratch) const = 0;
 
   protected:
@@ -120,8 +145,8 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
     /// The cues in their order: as in the collection, by ascending number, until they are changed.
     ZALArray<Cue> cues() const;
     std::size_t cueCount() const override { return cues_.size(); }
-    bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const override;
-    bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) override;
+    bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALCueRequest& request) const override;
+    bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALCueRequest& request) override;
 
     // Every change marks the track for writing, and an insertion stores a copy that has been through the
     // text of the file: what XML cannot hold is replaced.
@@ -149,8 +174,8 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
     /// What a request changes in the marks, the child elements of that name. Marks that are no cues go when
     /// there are cues.
     ZALTAG_INSIDE zal::TrackEdit editOfMarks(const char* elementName, const zal::XMLStyle& style,
-                                             const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
-                                             zal::XMLDocument* scratch) const;
+                                             const ZALArray<ZALTagCuePoint>& cuePoints,
+                                             const ZALCueRequest& request, zal::XMLDocument* scratch) const;
     /// Reads the cues from the child elements of that name and marks the track when there are any. True when
     /// there were elements, but no cue among them.
     bool readCues(const char* elementName);
@@ -175,7 +200,7 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
         std::vector<Cue> added;
         std::size_t kept() const;
     };
-    ZALTAG_INSIDE Match match(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const;
+    ZALTAG_INSIDE Match match(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALCueRequest& request) const;
 
     std::vector<StoredCue> cues_;
 };

@@ -52,8 +52,10 @@ class ZALTAG_EXPORT ZALFileHandle {
 
     virtual std::error_code attributes(ZALFileAttributes& attributes) = 0;
     /// Gives this file the owner, group, permission bits and extended attributes of another one, changing
-    /// only what differs. An error when the owner, the bits, the access control list or an attribute of the
-    /// user cannot be kept; attributes of other name spaces are kept as far as the system lets. Those that
+    /// only what differs. Owner and group are kept as far as the system lets, which in a shared folder it
+    /// may not; a group that is another one then may do no more than others. An error when the bits, the
+    /// access control list or an attribute of the user cannot be kept; attributes of other name spaces are
+    /// kept as far as the system lets. Those that
     /// vouch for the content (capabilities, checksums) are left out.
     virtual std::error_code copyAttributesFrom(ZALFileHandle& source) = 0;
 

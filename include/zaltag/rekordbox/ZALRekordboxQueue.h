@@ -19,8 +19,10 @@ ZALTAG_EXPORT extern const std::string ZALRekordboxQueueProgressChangedNotificat
 
 /// A request for the Rekordbox collection.
 struct ZALTAG_EXPORT ZALRekordboxQueueItem : ZALCollectionQueueItem {
-    bool writeHotCues() const { return kind == ZALCueKind::hot || kind == ZALCueKind::all; }
-    bool writeMemoryCues() const { return kind == ZALCueKind::memory || kind == ZALCueKind::all; }
+    bool writeHotCues() const { return request.kind == ZALCueKind::hot || request.kind == ZALCueKind::all; }
+    bool writeMemoryCues() const {
+        return request.kind == ZALCueKind::memory || request.kind == ZALCueKind::all;
+    }
 };
 
 /// Writes cue points into the Rekordbox collection. What holds for every queue stands in ZALCollectionQueue.
@@ -44,7 +46,7 @@ class ZALTAG_EXPORT ZALRekordboxQueue final : public ZALCollectionQueue {
     void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& forTrackWithPath,
                       bool hotCues, bool memoryCues);
     void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
-                      ZALCueKind kind) override;
+                      const ZALCueRequest& request) override;
 
   private:
     ZALTAG_INSIDE explicit ZALRekordboxQueue(std::function<ZALCollectionDatabase&()> database);

@@ -15,6 +15,10 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
     ZALTAG_INSIDE static std::unique_ptr<ZALRekordboxTrack> initWithXMLElement(
         const zal::XMLElement& element);
 
+    /// The path that a track's element gives, null when that is none, and all that it says of its file.
+    ZALTAG_INSIDE static ZALNullableString pathOfXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static ZALTrackIdentity identityOfXMLElement(const zal::XMLElement& element);
+
     /// The id in a track's element; 0 without one, and the nearest one where it is too large.
     ZALTAG_INSIDE static std::int32_t idOfXMLElement(const zal::XMLElement& element);
     static std::int32_t idOfText(std::string_view text);
@@ -33,8 +37,9 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
     ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const override;
 
     void updateXMLElement() override;
-    bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) override;
-    ZALTAG_INSIDE zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+    bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALCueRequest& request) override;
+    ZALTAG_INSIDE zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                         const ZALCueRequest& request,
                                          zal::XMLDocument* scratch) const override;
     /// The element, brought up to date.
     ZALTAG_INSIDE zal::XMLElement xmlElement();

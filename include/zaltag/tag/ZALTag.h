@@ -25,6 +25,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 class ZALTagComment;
 namespace zal {
@@ -320,6 +321,14 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     static void updateAlgorithmVersions(ZALCompletion completion = nullptr);
 
     // Whole objects
+
+    /// The payloads that hold cue points, Serato's and the library's own, as they stand in each of the file's
+    /// tags, null where there is none: by these, who changed cue points can tell whether anybody did since,
+    /// and put them back as they were.
+    std::vector<ZALNullableData> cuePayloads() const;
+    /// Sets them, null takes one away. False, and nothing is changed, when they are not as many as the file
+    /// has places for.
+    bool setCuePayloads(const std::vector<ZALNullableData>& payloads);
 
     /// Copies the values of standardPropertyKeys() from another tag, and its pictures when this file can hold
     /// them and the other has any.

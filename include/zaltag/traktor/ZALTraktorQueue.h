@@ -29,7 +29,7 @@ class ZALTAG_EXPORT ZALTraktorQueue final : public ZALCollectionQueue {
     /// All cues of a track but its grid markers are replaced by hot cues; as in ZALCollectionQueue.
     void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& forTrackWithPath);
     void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
-                      ZALCueKind kind) override;
+                      const ZALCueRequest& request) override;
 
   private:
     ZALTAG_INSIDE explicit ZALTraktorQueue(std::function<ZALCollectionDatabase&()> database);

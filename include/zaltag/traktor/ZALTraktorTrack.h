@@ -16,6 +16,10 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
     /// A track of an element of the document; null without one.
     ZALTAG_INSIDE static std::unique_ptr<ZALTraktorTrack> initWithXMLElement(const zal::XMLElement& element);
 
+    /// The path that a track's element gives, null when that is none, and all that it says of its file.
+    ZALTAG_INSIDE static ZALNullableString pathOfXMLElement(const zal::XMLElement& element);
+    ZALTAG_INSIDE static ZALTrackIdentity identityOfXMLElement(const zal::XMLElement& element);
+
     /// The name of the volume the system was started from: that of the host. Tracks of every other volume are
     /// below "/Volumes".
     static std::string bootVolumeName();
@@ -33,12 +37,14 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
 
     ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const override;
     /// A reason when the entry has no date that can be read, with a log line, or a later one.
-    std::string whyLeftOut(std::chrono::system_clock::time_point requested) const override;
+    std::string whyLeftOut(std::chrono::system_clock::time_point requested,
+                           const ZALCueRequest& request) const override;
 
     /// Writes the cues of a changed track and its date: one second before the audio file's, or, with a log
     /// line when that cannot be looked at, an hour ago.
     void updateXMLElement() override;
-    ZALTAG_INSIDE zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind,
+    ZALTAG_INSIDE zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                         const ZALCueRequest& request,
                                          zal::XMLDocument* scratch) const override;
 
     /// The element, as it is: updateXMLElement() brings it up to date.

@@ -1,0 +1,183 @@
+#include "SyncCollections.h"
+
+#include "Backup.h"
+
+#include <zaltag/platform/ZALHost.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool isThere(const std::string& path) {
+    std::error_code ignored;
+    return fs::exists(path, ignored);
+}
+
+}  // namespace
+
+std::vector<std::string> importFiles(const std::string& collection) {
+    std::vector<std::string> all;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(fs::path(collection).parent_path(), ignored)) {
+        const std::string name = entry.path().filename().string();
+        const bool isImport = name.starts_with("rekordbox_zalcues_") && name.ends_with(".xml");
+        if (isImport) all.push_back(entry.path().string());
+    }
+    std::sort(all.begin(), all.end());
+    return all;
+}
+
+void SyncCollections::fail(SyncRow&& row, std::size_t& counter) {
+    report_.fail(row.path, row.reason);
+    ++counter;
+    report_.add(std::move(row));
+}
+
+void SyncCollections::take(const std::string& path, const SyncJob& job, SyncTarget& target,
+                           const Matching::Match& match) {
+    const Collection& collection = *target.inCollection->collection;
+    SyncRow row{.path = path,
+                .target = target.name,
+                .status = "not-found",
+                .match = match.how,
+                .reason = match.reason};
+    if (!match.reason.empty()) {
+        row.status = "failed";
+        return fail(std::move(row), target.failed);
+    }
+    const auto track = match.how != nullptr ? collection.track(match.key) : nullptr;
+    if (!track) {
+        ++target.notThere;
+        report_.nameMissing(path, collection);
+        return report_.add(std::move(row));
+    }
+    if (report_.wantsCues()) {
+        row.before = track->cuePoints(target.request.kind);
+        row.cues = track->asWritten(job.cuePoints, target.request);
+    }
+    const bool isUnchanged = track->hasCuePoints(job.cuePoints, target.request);
+    const bool isDry = plan_.options.dryRun;
+    if (isUnchanged) ++target.unchanged;
+    row.status = isUnchanged ? "unchanged" : isDry ? "to-be-written" : "written";
+    // Tracks that have the cues already are asked for too: the collection may have to list them.
+    if (!isDry) {
+        return requests_.push_back({&target, match.key, job.cuePoints, isUnchanged, std::move(row)});
+    }
+    if (isUnchanged) return report_.add(std::move(row));
+    if (!collection.whyLeftOut(match.key, target.request).empty()) {
+        row.status = "newer";
+        row.reason = collection.whyNotWritten(match.key, target.request);
+        return fail(std::move(row), target.newer);
+    }
+    ++target.written;
+    report_.sayChanges(row, job.cuePoints);
+    report_.add(std::move(row));
+}
+
+void SyncCollections::save() {
+    std::set<const Collection*> used;
+    std::set<const Collection*> unsaved;
+    for (const Request& request : requests_) {
+        const Collection* collection = request.target->inCollection->collection;
+        collection->request(request.key, request.cuePoints, request.target->request);
+        used.insert(collection);
+    }
+    for (const Collection* collection : used) {
+        const std::string failure = saveWithCopy(*collection);
+        if (failure.empty()) continue;
+        report_.output().problem(failure);
+        unsaved.insert(collection);
+    }
+    for (Request& request : requests_) {
+        report(request, !unsaved.contains(request.target->inCollection->collection));
+    }
+}
+
+// What was written is looked up in the collection: a queue leaves out requests without failing.
+void SyncCollections::report(Request& request, bool isSaved) {
+    const Collection& collection = *request.target->inCollection->collection;
+    SyncRow& row = request.row;
+    if (request.isUnchanged) return report_.add(std::move(row));
+    if (!isSaved) {
+        ++request.target->failed;
+        row.status = "failed";
+        row.reason = "the collection was not written";
+    } else if (collection.holds(request.key, request.cuePoints, request.target->request)) {
+        ++request.target->written;
+    } else {
+        row.status = "newer";
+        row.reason = collection.whyNotWritten(request.key, request.target->request);
+        return fail(std::move(row), request.target->newer);
+    }
+    report_.add(std::move(row));
+}
+
+std::string SyncCollections::makeNew(const std::string& file, const std::string& original,
+                                     const Collection& collection) {
+    std::error_code ignored;
+    if (fs::equivalent(file, original, ignored))
+        return fmt::format("{}: is the collection itself", printable(file));
+    WrittenFile written{.path = file, .program = collection.name};
+    if (isThere(file)) written.before = digestOf(file);
+    std::string reason = plan_.options.backup ? keepCopy(written) : std::string();
+    if (reason.empty()) reason = copyFile(original, file);
+    if (reason.empty()) made_.emplace(file, written);
+    return reason;
+}
+
+// Copies what is to be written over, and notes it.
+std::string SyncCollections::keepCopy(WrittenFile& written) {
+    std::string reason = isThere(written.path) ? backUp(written.path, written.copy) : std::string();
+    if (!reason.empty()) return reason;
+    reason = journal_.note(written);
+    if (!reason.empty() && !written.copy.empty()) ZALHost::shared().fileSystem()->unlink(written.copy);
+    return reason;
+}
+
+std::string SyncCollections::saveWithCopy(const Collection& collection) {
+    if (!plan_.options.backup) return saveCollection(collection);
+    const std::string file = collection.database()->fileURL().value_or("");
+    const auto made = made_.find(file);
+    const std::string before = digestOf(file);
+    WrittenFile written = made != made_.end()
+                              ? made->second
+                              : WrittenFile{.path = file, .program = collection.name, .before = before};
+    std::map<std::string, std::string> imports;
+    for (const std::string& path : importFiles(file)) {
+        imports[path] = digestOf(path);
+    }
+    const std::string reason = made != made_.end() ? std::string() : keepCopy(written);
+    if (!reason.empty()) {
+        return fmt::format("the {} collection was not written, since no copy of it could be made: {}",
+                           collection.name, reason);
+    }
+    std::string failure = saveCollection(collection);
+    written.after = digestOf(file);
+    if (made == made_.end() && written.after == before) {
+        ZALHost::shared().fileSystem()->unlink(written.copy);
+    } else {
+        if (!written.copy.empty())
+            report_.output().message(fmt::format("as it was before: {}", printable(written.copy)));
+        journal_.note(written);
+        removeOldCopies(file);
+    }
+    noteImports(imports, file);
+    return failure;
+}
+
+// Undo takes away those that the run wrote; earlier ones are of no use beside another collection.
+void SyncCollections::noteImports(const std::map<std::string, std::string>& before,
+                                  const std::string& collection) {
+    for (const std::string& path : importFiles(collection)) {
+        const std::string digest = digestOf(path);
+        const auto known = before.find(path);
+        if (known == before.end() || known->second != digest)
+            journal_.note(WrittenFile{.path = path, .after = digest});
+    }
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Collections.h"
+#include "CuePlaces.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// What a call of `sync` asks for.
+struct SyncOptions {
+    std::vector<std::string> paths;
+    std::string source;
+    std::vector<std::string> targets;
+    CollectionOptions collections;
+    bool all = false;  ///< every track of the source collection, not the files below the paths
+    bool relocate = false;
+    bool keepTimes = false;
+    bool forceDates = false;
+    bool clearEmpty = false;
+    bool inPlace = false;
+    bool backup = true;
+    std::string output;  ///< the new collection
+    bool dryRun = false;
+    bool verbose = false;
+    bool json = false;
+    unsigned jobs = 1;
+};
+
+/// Places that are lists of one thing in the library's view, in files or in a collection.
+struct SyncTarget {
+    std::string name;
+    const CuePlace* inFile = nullptr;
+    const CollectionPlace* inCollection = nullptr;
+    ZALCueRequest request = {};  ///< of a collection's queue
+    bool usable = true;
+
+    std::size_t written = 0;
+    std::size_t unchanged = 0;
+    std::size_t notThere = 0;
+    std::size_t newer = 0;
+    std::size_t failed = 0;
+};
+
+/// From where to where, by a call's options. Throws UsageError for what does not go together.
+struct SyncPlan {
+    explicit SyncPlan(const SyncOptions& asked);
+
+    const SyncOptions& options;
+    const CuePlace* sourceInFile;
+    const CollectionPlace* sourceInCollection;
+    std::vector<SyncTarget> targets;
+
+    bool writesFiles() const;
+    /// The options for the collections; with --output, the new one is used in the place of the old one,
+    /// which `replaced` becomes.
+    CollectionOptions collections(std::string& replaced) const;
+};
