@@ -94,10 +94,11 @@ class Collection {
         return unlocked([&] { return database_->track(name); });
     }
     bool contains(const py::object& path) const { return track(path) != nullptr; }
-    void setCuePoints(const py::object& path, std::vector<ZALTagCuePoint> cuePoints, ZALCueKind kind) const {
+    void setCuePoints(const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
+                      const ZALCueRequest& request) const {
         const std::string name = collectionPathFrom(path);
         const ZALArray<ZALTagCuePoint> array(std::move(cuePoints));
-        unlocked([&] { queue_->setCuePoints(array, name, kind); });
+        unlocked([&] { queue_->setCuePoints(array, name, request); });
     }
 
     /// Waits in short steps, so that an interrupt from the keyboard ends the waiting.
@@ -227,6 +228,18 @@ void addCollection(py::module_& module) {
 
 using TrackClass = py::class_<ZALCollectionTrack, std::shared_ptr<ZALCollectionTrack>>;
 
+ZALCueRequest requestOf(ZALCueKind kind, bool keepTimes, double offset) {
+    ZALCueRequest request(kind);
+    request.keepsTimes = keepTimes;
+    request.offset = offset;
+    return request;
+}
+
+ZALCueKind kindOf(bool hot, bool memory) {
+    return static_cast<ZALCueKind>((hot ? static_cast<unsigned>(ZALCueKind::hot) : 0U) |
+                                   (memory ? static_cast<unsigned>(ZALCueKind::memory) : 0U));
+}
+
 void addTrack(py::module_& module) {
     TrackClass track(module, "Track", "A track as the collection held it.");
     track.def_property_readonly(
@@ -240,6 +253,20 @@ void addTrack(py::module_& module) {
             return beats->elements();
         },
         "A new list of the times of the beats, or None.");
+    track.def_property_readonly(
+        "cue_points", [](const ZALCollectionTrack& one) { return vectorOf(one.cuePoints(ZALCueKind::all)); },
+        "A new list of its cues as cue points with all that they say, without grid markers.");
+    track.def(
+        "plan_cue_points",
+        [](const ZALCollectionTrack& one, std::vector<ZALTagCuePoint> cuePoints, bool hot, bool memory,
+           bool keepTimes, double offset) {
+            const ZALCueRequest request = requestOf(kindOf(hot, memory), keepTimes, offset);
+            return one.planCuePoints(std::move(cuePoints), request).outcomes;
+        },
+        py::arg("cue_points"), py::arg("hot") = true, py::arg("memory") = false, py::kw_only(),
+        py::arg("keep_times") = false, py::arg("offset") = 0.0,
+        "What set_cue_points() of the collection would make of these: a CueOutcome for each, in the order of "
+        "time.");
     track.def("__repr__", [](const py::object& one) {
         return py::str("<{} {!r}>").format(py::type::of(one).attr("__name__"), py::str(one.attr("path")));
     });
@@ -289,6 +316,7 @@ py::class_<Cue> addCue(py::module_& module, const char* name, const char* doc) {
     cue.def_property_readonly("name", [](const Cue& one) { return textOf(one.name()); });
     cue.def_property_readonly("type", &Cue::type);
     cue.def_property_readonly("type_name", [](const Cue& one) { return textOf(one.typeName()); });
+    cue.def_property_readonly("color", &Cue::color, "0xRRGGBB, or None.");
     cue.def(py::self == py::self);
     cue.attr("__hash__") = py::none();
     return cue;
@@ -336,13 +364,13 @@ void addRekordbox(py::module_& module) {
     collection.def(
         "set_cue_points",
         [](const RekordboxCollection& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
-           bool hot, bool memory) {
-            const unsigned kind = (hot ? static_cast<unsigned>(ZALCueKind::hot) : 0U) |
-                                  (memory ? static_cast<unsigned>(ZALCueKind::memory) : 0U);
-            one.setCuePoints(path, std::move(cuePoints), static_cast<ZALCueKind>(kind));
+           bool hot, bool memory, bool keepTimes, double offset) {
+            one.setCuePoints(path, std::move(cuePoints), requestOf(kindOf(hot, memory), keepTimes, offset));
         },
         py::arg("path"), py::arg("cue_points"), py::arg("hot") = true, py::arg("memory") = false,
-        "Asks for the hot cues of a track to be replaced, its memory cues, or both; save() writes.");
+        py::kw_only(), py::arg("keep_times") = false, py::arg("offset") = 0.0,
+        "Asks for the hot cues of a track to be replaced, its memory cues, or both; save() writes. They are "
+        "moved by the offset, then to the beats unless their times are kept.");
 }
 
 void addTraktor(py::module_& module) {
@@ -374,11 +402,14 @@ void addTraktor(py::module_& module) {
         "A new list of the playlists directly below a top folder, in the order of the file.");
     collection.def(
         "set_cue_points",
-        [](const TraktorCollection& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints) {
-            one.setCuePoints(path, std::move(cuePoints), ZALCueKind::all);
+        [](const TraktorCollection& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
+           bool keepTimes, double offset) {
+            one.setCuePoints(path, std::move(cuePoints), requestOf(ZALCueKind::all, keepTimes, offset));
         },
-        py::arg("path"), py::arg("cue_points"),
-        "Asks for the cues of a track to be replaced, grid markers left alone; save() writes.");
+        py::arg("path"), py::arg("cue_points"), py::kw_only(), py::arg("keep_times") = false,
+        py::arg("offset") = 0.0,
+        "Asks for the cues of a track to be replaced, grid markers left alone; save() writes. They are moved "
+        "by the offset, then to the beats unless their times are kept.");
 }
 
 // The first use loads the collection; the queue's thread must not outlive the interpreter.

@@ -410,6 +410,16 @@ void addTags(py::module_& module) {
             return true;
         },
         py::arg("source"), py::arg("destination"));
+    py::class_<ZALFirstFrame> frame(module, "FirstFrame", "How the first MPEG frame of an MP3 file begins.");
+    frame.def_property_readonly(
+        "case", [](const ZALFirstFrame& one) { return std::string(1, static_cast<char>(one.kind)); },
+        "'A' to 'D', as docs/formats/mp3-first-frame.md has them.");
+    frame.def_readonly("duration", &ZALFirstFrame::duration, "Of the frame, in seconds.");
+    frame.def_property_readonly("traktor_offset", &ZALFirstFrame::traktorOffset,
+                                "Traktor's time of a place less Rekordbox's, in seconds.");
+    module.def(
+        "first_frame", [](const py::object& path) { return ZALFirstFrame::ofFile(pathFrom(path)); },
+        py::arg("path"), "How an MP3 file's first frame begins; None for other files and without a frame.");
     module.def(
         "describe",
         [](const py::object& path) {

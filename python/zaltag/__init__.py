@@ -21,6 +21,7 @@ from ._core import (
     CuePoint,
     CuePoints,
     Energy,
+    FirstFrame,
     Key,
     RekordboxCollection,
     RekordboxCue,
@@ -43,6 +44,7 @@ from ._core import (
     __version__,
     can_open,
     describe,
+    first_frame,
     rekordbox,
     run_pending,
     set_log_sink,
@@ -52,12 +54,13 @@ from ._core import (
 from ._errors import CollectionError, Error, ErrorCode, OpenError, SaveError, UnsupportedOperation
 
 __all__ = [
-    "BeatGrid", "CollectionError", "Comment", "CueOutcome", "CuePoint", "CuePoints", "Energy", "Error", "ErrorCode", "Key",
-    "OpenError", "RekordboxCollection", "RekordboxCue", "RekordboxPlaylist", "RekordboxTrack", "SaveError", "SeratoCuePoint",
-    "SeratoCuePointOld", "SeratoGrid", "SeratoGridPoint", "SeratoLoop", "SeratoMarker", "SeratoMarkerOld", "StoredImage", "Tag",
-    "TraktorCollection", "TraktorCue", "TraktorPlaylist", "TraktorTrack", "UnsupportedOperation", "VelvetCascade",
-    "__version__", "can_open", "copy_tags", "describe", "main_queue_on", "open", "rekordbox", "run_pending", "save_async",
-    "set_log_sink", "supported_file_types", "traktor", "use_collections", "walk",
+    "BeatGrid", "CollectionError", "Comment", "CueOutcome", "CuePoint", "CuePoints", "Energy", "Error", "ErrorCode",
+    "FirstFrame", "Key", "OpenError", "RekordboxCollection", "RekordboxCue", "RekordboxPlaylist", "RekordboxTrack",
+    "SaveError", "SeratoCuePoint", "SeratoCuePointOld", "SeratoGrid", "SeratoGridPoint", "SeratoLoop", "SeratoMarker",
+    "SeratoMarkerOld", "StoredImage", "Tag", "TraktorCollection", "TraktorCue", "TraktorPlaylist", "TraktorTrack",
+    "UnsupportedOperation", "VelvetCascade", "__version__", "can_open", "copy_tags", "describe", "first_frame",
+    "main_queue_on", "open", "rekordbox", "run_pending", "save_async", "set_log_sink", "supported_file_types",
+    "traktor", "use_collections", "walk",
 ]
 
 _values.complete()

@@ -146,7 +146,13 @@ ZALTrackIdentity ElementReader::identity(std::uint32_t number) {
 }
 
 std::unique_ptr<ZALCollectionTrack> ElementReader::track(std::uint32_t number) {
-    return index_->program().trackOf(element(index_->tracks()[number].span()));
+    return trackOf(element(index_->tracks()[number].span()));
+}
+
+std::unique_ptr<ZALCollectionTrack> ElementReader::trackOf(const XMLElement& element) const {
+    auto track = index_->program().trackOf(element);
+    if (track) track->setCollectionHasColors(index_->hasColors());
+    return track;
 }
 
 std::unique_ptr<ZALCollectionTrack> ElementReader::find(std::string_view path, std::uint32_t& number) {

@@ -68,6 +68,8 @@ class CollectionIndex {
     const CollectionFrame& frame() const { return frame_; }
     const std::vector<IndexedTrack>& tracks() const { return tracks_; }
     std::size_t cueCount() const;
+    /// True when marks of tracks have colours that the program cares for.
+    bool hasColors() const { return hasColors_; }
 
     /// The tracks that may have this path, in canonical decomposition: those with its hash, the last one
     /// first.
@@ -92,6 +94,7 @@ class CollectionIndex {
     XMLForm form_;
     CollectionFrame frame_;
     std::uint64_t seed_ = 0;
+    bool hasColors_ = false;
     std::vector<IndexedTrack> tracks_;   // in the order of the file
     std::vector<std::uint32_t> byPath_;  // by hash, tracks of one hash in the order of the file
     // An open hash table of track numbers, one higher, made when it is first asked for: every file that is
@@ -121,6 +124,8 @@ class ElementReader {
     ZALTrackIdentity identity(std::uint32_t number);
     /// The track, valid until the next call; null without a text.
     std::unique_ptr<ZALCollectionTrack> track(std::uint32_t number);
+    /// The track of an element that was read.
+    std::unique_ptr<ZALCollectionTrack> trackOf(const XMLElement& element) const;
     /// The last track with this path, which is in canonical decomposition, and its number; null without one.
     std::unique_ptr<ZALCollectionTrack> find(std::string_view path, std::uint32_t& number);
     /// The white space in front of a place, as far as it is looked at.

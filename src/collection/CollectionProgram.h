@@ -25,6 +25,7 @@ struct TrackDraft {
     std::uint32_t cues = 0;
     bool hasMarks = false;  ///< marks that are no cues count, too
     bool hasDuration = false;
+    bool hasColor = false;                   ///< of a mark
     bool hasPlace = false;                   ///< what comes next has been read
     std::array<ZALNullableString, 3> place;  ///< where the audio file is, in the program's own words
 };

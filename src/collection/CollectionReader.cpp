@@ -243,6 +243,7 @@ void CollectionReader::add(const TrackDraft& draft, Summer& summer) {
         return;
     }
     const TrackKeys keys = program_.keysOf(draft);
+    index_.hasColors_ = index_.hasColors_ || draft.hasColor;
     IndexedTrack& track = index_.tracks_.emplace_back();
     track.begin = draft.begin;
     track.length = static_cast<std::uint32_t>(draft.end - draft.begin);

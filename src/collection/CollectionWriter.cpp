@@ -49,7 +49,7 @@ TrackRenderer::Result TrackRenderer::render(const TrackChange& change) {
 
 TrackRenderer::Result TrackRenderer::renderAnew(const TrackChange& change, const XMLElement& element) {
     const CollectionProgram& program = reader_.index().program();
-    const auto track = program.trackOf(element);
+    const auto track = reader_.trackOf(element);
     bringUpToDate(*track, change);
     const std::size_t length = reader_.lastText().size() * 5 / 4;  // about
     return {.bytes = markupOf(element, program.style, trackDepth, length),
@@ -69,7 +69,7 @@ TrackRenderer::Result TrackRenderer::splice(const TrackChange& change, const XML
     }
     const std::string text(reader_.lastText());
     const ZALCollectionQueueItem request = change.request->second.item(change.request->first);
-    const TrackEdit edit = program.trackOf(element)->editFor(request.cuePoints, request.request, &scratch_);
+    const TrackEdit edit = reader_.trackOf(element)->editFor(request.cuePoints, request.request, &scratch_);
     const std::string blank = reader_.blankInFrontOf(index.tracks()[change.number].begin);
     const bool keepsMark =
         std::find(edit.isRemoved.begin(), edit.isRemoved.end(), false) != edit.isRemoved.end();
@@ -322,6 +322,7 @@ std::shared_ptr<const CollectionIndex> CollectionWriter::index(std::unique_ptr<Z
     made->frame_ = std::move(frame_);
     if (changes_.playlists) made->frame_.playlists.clear();  // the first node is what counts
     made->seed_ = source_->seed_;
+    made->hasColors_ = source_->hasColors_;
     made->tracks_ = std::move(made_);
     made->byPath_ = source_->byPath_;
     return made;

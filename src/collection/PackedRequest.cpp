@@ -52,6 +52,26 @@ ZALNullableString takenText(std::string_view& in) {
     return text;
 }
 
+// A bit each, above those of the kind of cues.
+constexpr unsigned keepsTimes = 4, includesUndated = 8, hasOffset = 16;
+
+void putRequest(std::string& out, const ZALCueRequest& request) {
+    const bool isOff = request.offset != 0;
+    put(out, static_cast<std::uint8_t>(
+                 static_cast<unsigned>(request.kind) | (request.keepsTimes ? keepsTimes : 0) |
+                 (request.includesUndated ? includesUndated : 0) | (isOff ? hasOffset : 0)));
+    if (isOff) put(out, request.offset);
+}
+
+ZALCueRequest takenRequest(std::string_view& in) {
+    const auto bits = taken<std::uint8_t>(in);
+    ZALCueRequest request(static_cast<ZALCueKind>(bits & static_cast<unsigned>(ZALCueKind::all)));
+    request.keepsTimes = (bits & keepsTimes) != 0;
+    request.includesUndated = (bits & includesUndated) != 0;
+    if ((bits & hasOffset) != 0) request.offset = taken<double>(in);
+    return request;
+}
+
 // What a cue point says besides its time and name; a bit each.
 constexpr unsigned saysEnd = 1, saysColor = 2, saysPad = 4, kindShift = 3;
 
@@ -83,7 +103,7 @@ PackedRequest::PackedRequest(const ZALCollectionQueueItem& item, const std::stri
     std::string out;
     putText(out, item.path == key ? ZALNullableString() : item.path);
     put(out, item.modificationDate);
-    put(out, item.request);
+    putRequest(out, item.request);
     putSize(out, item.cuePoints.size());
     for (const ZALTagCuePoint& cue : item.cuePoints) {
         putCue(out, cue);
@@ -101,7 +121,7 @@ ZALCollectionQueueItem PackedRequest::item(const std::string& key) const {
     ZALCollectionQueueItem item;
     item.path = takenText(in).value_or(key);
     item.modificationDate = taken<std::chrono::system_clock::time_point>(in);
-    item.request = taken<ZALCueRequest>(in);
+    item.request = takenRequest(in);
     std::vector<ZALTagCuePoint> cuePoints(takenSize(in));
     for (ZALTagCuePoint& cue : cuePoints) {
         cue = takenCue(in);

@@ -30,6 +30,16 @@ std::string withFirstChildren(std::string_view element, const XMLParts& parts, s
     return out.append(element.substr(parts.startTag.end));
 }
 
+std::string_view markupIn(std::string_view text, const XMLRange& range) {
+    return text.substr(range.begin, range.end - range.begin);
+}
+
+// An element whose own tag is edited.
+std::string withAttributesOf(std::string_view element, const std::vector<XMLAttributeEdit>& edits) {
+    const std::size_t tagEnd = partsOf(element).startTag.end;
+    return withAttributes(element.substr(0, tagEnd), edits).append(element.substr(tagEnd));
+}
+
 }  // namespace
 
 std::string withChildren(std::string_view element, std::string_view blank, const char* indent,
@@ -44,9 +54,7 @@ std::string withChildren(std::string_view element, std::string_view blank, const
 
 std::string splicedTrack(std::string_view element, std::string_view blank, const char* markName,
                          const TrackEdit& edit) {
-    const std::size_t tagEnd = partsOf(element).startTag.end;
-    const std::string text =
-        withAttributes(element.substr(0, tagEnd), edit.attributes).append(element.substr(tagEnd));
+    const std::string text = withAttributesOf(element, edit.attributes);
     const XMLParts parts = partsOf(text);
     std::vector<XMLRange> marks;
     for (const auto& child : parts.children) {
@@ -61,6 +69,11 @@ std::string splicedTrack(std::string_view element, std::string_view blank, const
         const std::string_view before = blankBefore(text, marks[i].begin);
         if (i < edit.isRemoved.size() && edit.isRemoved[i]) {
             out.append(std::string_view(text).substr(copied, marks[i].begin - before.size() - copied));
+            copied = marks[i].end;
+        } else if (const auto attributes = edit.markAttributes.find(i);
+                   attributes != edit.markAttributes.end()) {
+            out.append(std::string_view(text).substr(copied, marks[i].begin - copied));
+            out.append(withAttributesOf(markupIn(text, marks[i]), attributes->second));
             copied = marks[i].end;
         }
         if (i + 1 < marks.size()) continue;

@@ -3,6 +3,7 @@
 #include "collection/XML.h"
 #include "collection/XMLMarkup.h"
 
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,9 +13,11 @@ namespace zal {
 
 /// What a request changes in the text of a track's element.
 struct TrackEdit {
-    bool isChanged = false;                    ///< the element is to be written
-    std::size_t cues = 0;                      ///< that the track has then
-    std::vector<bool> isRemoved;               ///< of its marks, in the order of the file
+    bool isChanged = false;       ///< the element is to be written
+    std::size_t cues = 0;         ///< that the track has then
+    std::vector<bool> isRemoved;  ///< of its marks, in the order of the file
+    /// Of marks that stay, by their places there.
+    std::map<std::size_t, std::vector<XMLAttributeEdit>> markAttributes;
     std::vector<std::string> added;            ///< new marks, behind the last one
     std::vector<XMLAttributeEdit> attributes;  ///< of the track itself
     std::string fileWithoutDate;               ///< as ZALCollectionTrack has it

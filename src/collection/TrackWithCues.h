@@ -70,14 +70,29 @@ bool ZALTrackWithCues<Cue>::replaceCues(const std::function<bool(const Cue& cue)
     for (const Cue& cue : added) {
         addCuesObject(cue);
     }
-    return !(cues() == old);
+    const ZALArray<Cue> now = cues();
+    if (!(now == old)) return true;
+    // Equal cues may have other colours.
+    return !std::equal(now.begin(), now.end(), old.begin(), [](const Cue& one, const Cue& before) {
+        return !one.color() || one.color() == before.color();
+    });
 }
 
 template <typename Cue>
 bool ZALTrackWithCues<Cue>::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
                                              const ZALCueRequest& request) {
-    return replaceCues([&](const Cue& cue) { return isReplaced(cue, request.kind); },
-                       newCues(asWritten(cuePoints, request), request.kind));
+    const ZALArray<Cue> here = cues();
+    std::vector<Cue> added;
+    for (const NewCue& made : newCues(asWritten(cuePoints, request), request.kind)) {
+        const auto isHere = [&made](const Cue& cue) {
+            return cue.number() == made.cue.number() && made.cue.copyAsStored().isSameMark(cue);
+        };
+        // What is not of the kind that goes may stand there from the last time.
+        const bool stays =
+            !isReplaced(made.cue, request.kind) && std::any_of(here.begin(), here.end(), isHere);
+        if (!stays) added.push_back(made.cue);
+    }
+    return replaceCues([&](const Cue& cue) { return isReplaced(cue, request.kind); }, added);
 }
 
 // Each cue that is wanted takes one that is there, if there is one like it.
@@ -90,20 +105,60 @@ auto ZALTrackWithCues<Cue>::match(const ZALArray<ZALTagCuePoint>& cuePoints,
         values.push_back(valueOf(stored));
         match.isRemoved.push_back(isReplaced(values.back(), request.kind));
     }
-    for (const Cue& made : newCues(asWritten(cuePoints, request), request.kind)) {
-        const Cue wanted = made.copyAsStored();
+    const std::vector<NewCue> made = newCues(asWritten(cuePoints, request), request.kind);
+    std::vector<bool> isTaken(cues_.size());
+    for (const NewCue& one : made) {
+        const Cue wanted = one.cue.copyAsStored();
+        const bool isOther = !isReplaced(one.cue, request.kind);  // it may take one that stays in any case
         std::size_t at = 0;
         while (at < cues_.size() &&
-               !(match.isRemoved[at] && cues_[at].number == made.number() && wanted.isSameMark(values[at]))) {
+               (isTaken[at] || !(match.isRemoved[at] || isOther) || cues_[at].number != one.cue.number() ||
+                !wanted.isSameMark(values[at]))) {
             ++at;
         }
         if (at < cues_.size()) {
             match.isRemoved[at] = false;
+            isTaken[at] = true;
         } else {
             match.added.push_back(wanted);
         }
     }
+    for (const Cue& value : values) {
+        match.givesWay.push_back(givesWay(value, made));
+    }
     return match;
+}
+
+template <typename Cue>
+bool ZALTrackWithCues<Cue>::givesWay(const Cue&, const std::vector<NewCue>&) const {
+    return false;
+}
+
+template <typename Cue>
+ZALArray<ZALTagCuePoint> ZALTrackWithCues<Cue>::cuePoints(ZALCueKind kind) const {
+    std::vector<ZALTagCuePoint> found;
+    for (const StoredCue& stored : cues_) {
+        const Cue cue = valueOf(stored);
+        if (isReplaced(cue, kind)) found.push_back(cue.cuePoint());
+    }
+    return found;
+}
+
+template <typename Cue>
+ZALCuePlan ZALTrackWithCues<Cue>::planCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                                const ZALCueRequest& request) const {
+    ZALCuePlan plan;
+    for (const ZALTagCuePoint& asked : ZALCuePointsMovedBy(ZALSortedCuePoints(cuePoints), request.offset)) {
+        plan.outcomes.push_back({asked, std::nullopt});
+    }
+    const std::vector<NewCue> made = newCues(asWritten(cuePoints, request), request.kind);
+    for (const NewCue& one : made) {
+        plan.outcomes[one.place].held = one.cue.copyAsStored().cuePoint();
+    }
+    for (const StoredCue& stored : cues_) {
+        if (givesWay(valueOf(stored), made)) ++plan.gridMarkersOffPads;
+    }
+    return plan;
 }
 
 template <typename Cue>
@@ -112,10 +167,15 @@ std::size_t ZALTrackWithCues<Cue>::Match::kept() const {
 }
 
 template <typename Cue>
+bool ZALTrackWithCues<Cue>::Match::isChange() const {
+    return !added.empty() || kept() != isRemoved.size() ||
+           std::find(givesWay.begin(), givesWay.end(), true) != givesWay.end();
+}
+
+template <typename Cue>
 bool ZALTrackWithCues<Cue>::hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
                                          const ZALCueRequest& request) const {
-    const Match found = match(cuePoints, request);
-    return found.added.empty() && found.kept() == cues_.size();
+    return !match(cuePoints, request).isChange();
 }
 
 template <typename Cue>
@@ -127,17 +187,19 @@ zal::TrackEdit ZALTrackWithCues<Cue>::editOfMarks(const char* elementName, const
     zal::TrackEdit edit;
     edit.style = style;
     edit.cues = found.kept() + found.added.size();
-    edit.isChanged = !found.added.empty() || found.kept() != cues_.size();
-    std::vector<std::pair<const void*, bool>> cues;
+    edit.isChanged = found.isChange();
+    std::vector<std::pair<const void*, std::size_t>> cues;
     for (std::size_t i = 0; i < cues_.size(); ++i) {
-        cues.emplace_back(cues_[i].element, found.isRemoved[i]);
+        cues.emplace_back(cues_[i].element, i);
     }
     std::sort(cues.begin(), cues.end());
     for (auto mark = element().firstChild(elementName); mark; mark = mark.next(elementName)) {
         const auto cue =
-            std::lower_bound(cues.begin(), cues.end(), std::pair<const void*, bool>(mark.handle(), false));
+            std::lower_bound(cues.begin(), cues.end(), std::pair<const void*, std::size_t>(mark.handle(), 0));
         const bool isCue = cue != cues.end() && cue->first == mark.handle();
-        edit.isRemoved.push_back(isCue ? cue->second : edit.cues > 0);
+        if (isCue && found.givesWay[cue->second])
+            edit.markAttributes[edit.isRemoved.size()] = {{padAttribute(), "-1", false}};
+        edit.isRemoved.push_back(isCue ? found.isRemoved[cue->second] : edit.cues > 0);
     }
     for (const Cue& cue : found.added) {
         edit.added.emplace_back();

@@ -30,7 +30,8 @@ std::optional<ZALArray<double>> ZALCollectionTrack::beatTimes() const {
 
 ZALArray<ZALTagCuePoint> ZALCollectionTrack::asWritten(const ZALArray<ZALTagCuePoint>& cuePoints,
                                                        const ZALCueRequest& request) const {
-    const ZALArray<ZALTagCuePoint> sorted = ZALSortedCuePoints(cuePoints);
+    const ZALArray<ZALTagCuePoint> sorted =
+        ZALCuePointsMovedBy(ZALSortedCuePoints(cuePoints), request.offset);
     if (request.keepsTimes) return sorted;
     return ZALCuePointsAdjustedToBeatTimes(sorted, beatTimes().value_or(ZALArray<double>()));
 }

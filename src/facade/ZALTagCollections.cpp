@@ -10,22 +10,14 @@ namespace {
 
 using CuePoints = ZALArray<ZALTagCuePoint>;
 
-constexpr std::int64_t traktorGridType = 4;
-constexpr std::int64_t memoryCueNum = -1;
-
 bool isHeld(const std::optional<CuePoints>& held, const CuePoints& cuePoints) {
     return held && held->isSameObject(cuePoints);
 }
 
-CuePoints rekordboxCuePoints(const ZALNullableString& path, bool memory) {
-    std::vector<ZALTagCuePoint> found;
-    if (const auto track = ZALRekordboxDatabase::sharedDatabase()->trackForSongFileAtURL(path)) {
-        for (const ZALRekordboxCuePoint& cue : track->cues()) {
-            if ((cue.num() == memoryCueNum) != memory) continue;
-            found.push_back(ZALTagCuePoint::cuePointWithTime(cue.start(), cue.name()));
-        }
-    }
-    return found;
+// Those of a file's track in a collection; none when it is not there.
+CuePoints cuePointsIn(const ZALCollectionDatabase& database, const ZALNullableString& path, ZALCueKind kind) {
+    const auto track = database.track(path);
+    return track ? track->cuePoints(kind) : CuePoints();
 }
 
 }  // namespace
@@ -79,14 +71,8 @@ bool ZALTag::isInRekordboxDB() const {
 }
 
 CuePoints ZALTag::traktorCuePoints() {
-    std::vector<ZALTagCuePoint> found;
-    if (const auto track = ZALTraktorDatabase::sharedDatabase()->trackForSongFileAtURL(path())) {
-        for (const ZALTraktorCuePoint& cue : track->cues()) {
-            if (cue.type() == traktorGridType) continue;
-            found.push_back(ZALTagCuePoint::cuePointWithTime(cue.startTime(), cue.name()));
-        }
-    }
-    return traktorCuePoints_.emplace(std::move(found));
+    return traktorCuePoints_.emplace(
+        cuePointsIn(*ZALTraktorDatabase::sharedDatabase(), path(), ZALCueKind::all));
 }
 
 void ZALTag::setTraktorCuePoints(const CuePoints& cuePoints) {
@@ -96,11 +82,13 @@ void ZALTag::setTraktorCuePoints(const CuePoints& cuePoints) {
 }
 
 CuePoints ZALTag::rekordboxHotCuePoints() {
-    return rekordboxHotCuePoints_.emplace(rekordboxCuePoints(path(), false));
+    return rekordboxHotCuePoints_.emplace(
+        cuePointsIn(*ZALRekordboxDatabase::sharedDatabase(), path(), ZALCueKind::hot));
 }
 
 CuePoints ZALTag::rekordboxMemoryCuePoints() {
-    return rekordboxMemoryCuePoints_.emplace(rekordboxCuePoints(path(), true));
+    return rekordboxMemoryCuePoints_.emplace(
+        cuePointsIn(*ZALRekordboxDatabase::sharedDatabase(), path(), ZALCueKind::memory));
 }
 
 void ZALTag::setRekordboxHotCuePoints(const CuePoints& cuePoints) {

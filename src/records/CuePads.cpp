@@ -82,11 +82,14 @@ std::vector<int> Pads::asSaid() {
 
 }  // namespace
 
+bool saysPads(const ZALArray<ZALTagCuePoint>& cuePoints) {
+    return std::any_of(cuePoints.begin(), cuePoints.end(),
+                       [](const ZALTagCuePoint& cue) { return cue.pad().has_value(); });
+}
+
 std::vector<int> padsOf(const ZALArray<ZALTagCuePoint>& cuePoints, const PadRules& rules) {
-    const bool isSaid = std::any_of(cuePoints.begin(), cuePoints.end(),
-                                    [](const ZALTagCuePoint& cue) { return cue.pad().has_value(); });
     Pads pads(cuePoints, rules);
-    return isSaid ? pads.asSaid() : pads.inOrder();
+    return saysPads(cuePoints) ? pads.asSaid() : pads.inOrder();
 }
 
 }  // namespace zal

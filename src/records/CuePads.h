@@ -21,4 +21,7 @@ struct PadRules {
 /// ones, as long as there are any.
 std::vector<int> padsOf(const ZALArray<ZALTagCuePoint>& cuePoints, const PadRules& rules);
 
+/// True when one of the cue points says something of its pad.
+bool saysPads(const ZALArray<ZALTagCuePoint>& cuePoints);
+
 }  // namespace zal

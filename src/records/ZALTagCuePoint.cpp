@@ -106,6 +106,7 @@ ZALArray<ZALTagCuePoint> ZALCuePointsAdjustedToBeatTimes(const ZALArray<ZALTagCu
 }
 
 ZALArray<ZALTagCuePoint> ZALCuePointsMovedBy(const ZALArray<ZALTagCuePoint>& cuePoints, double seconds) {
+    if (seconds == 0) return cuePoints;
     std::vector<ZALTagCuePoint> moved = cuePoints.elements();
     for (ZALTagCuePoint& cue : moved) {
         // What would begin before the track keeps where it ends.

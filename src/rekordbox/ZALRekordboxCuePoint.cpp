@@ -7,13 +7,48 @@
 #include "platform/Log.h"
 #include "records/RecordHash.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
 constexpr const char* typeNames[] = {"Cue", "FadeIn", "FadeOut", "Load", "Loop"};
+constexpr std::int64_t mostSlots = 1000;  // nobody has as many
+constexpr const char* colorNames[] = {"Red", "Green", "Blue"};
+
+// Three numbers from 0 to 255; null for anything else.
+std::optional<std::uint32_t> colorOf(const zal::XMLElement& element) {
+    std::uint32_t color = 0;
+    for (const char* name : colorNames) {
+        const std::string text = element.attributeText(name);
+        const bool isNumber =
+            !text.empty() && text.size() <= 3 && text.find_first_not_of("0123456789") == text.npos;
+        const std::int64_t part = zal::integerValue(text);
+        if (!isNumber || part > 0xFF) return std::nullopt;
+        color = color << 8 | static_cast<std::uint32_t>(part);
+    }
+    return color;
+}
 
 }  // namespace
+
+ZALRekordboxCuePoint::ZALRekordboxCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t index)
+    : name_(cuePoint.name().value_or("")), start_(cuePoint.time()), num_(index), color_(cuePoint.color()) {
+    if (!cuePoint.isLoop()) return;
+    type_ = typeLoop;
+    end_ = *cuePoint.end();
+}
+
+ZALTagCuePoint ZALRekordboxCuePoint::cuePoint() const {
+    static_assert(typeFadeIn == 1 && typeFadeOut == 2 && typeLoad == 3, "as the kinds are numbered");
+    ZALTagCuePoint point(start_, name_);
+    if (type_ >= typeFadeIn && type_ <= typeLoad) point.setKind(static_cast<ZALTagCuePoint::Kind>(type_));
+    if (type_ == typeLoop) point.setEnd(end_);
+    point.setColor(color_);
+    point.setPad(static_cast<int>(std::clamp<std::int64_t>(num_, ZALTagCuePoint::noPad, mostSlots)));
+    return point;
+}
 
 ZALNullableString ZALRekordboxCuePoint::typeName() const {
     return zal::nameOfType(typeNames, type_);
@@ -29,7 +64,8 @@ bool ZALRekordboxCuePoint::isEqualToRekordboxCuePoint(const ZALRekordboxCuePoint
 
 bool ZALRekordboxCuePoint::isSameMark(const ZALRekordboxCuePoint& other) const {
     return type_ == other.type_ && zal::microseconds(start_) == zal::microseconds(other.start_) &&
-           name_ == other.name_;
+           name_ == other.name_ && (!color_ || color_ == other.color_) &&
+           (type_ != typeLoop || zal::microseconds(end_) == zal::microseconds(other.end_));
 }
 
 std::size_t ZALRekordboxCuePoint::hash() const {
@@ -52,6 +88,7 @@ std::optional<ZALRekordboxCuePoint> ZALRekordboxCuePoint::initWithXMLElement(con
     if (const char* type = element.attribute("Type")) cue.type_ = zal::integerValue(type);
     if (const char* end = element.attribute("End")) cue.end_ = zal::doubleValue(end);
     if (const char* number = element.attribute("Num")) cue.num_ = zal::integerValue(number);
+    cue.color_ = colorOf(element);
     return cue;
 }
 
@@ -84,6 +121,9 @@ zal::XMLElement ZALRekordboxCuePoint::xmlElement(zal::XMLElement parent) const {
 
 void ZALRekordboxCuePoint::writeTo(zal::XMLElement element) const {
     updateXMLElement(element);
+    for (unsigned part = 0; color_ && part < std::size(colorNames); ++part) {
+        element.setAttribute(colorNames[part], std::to_string(*color_ >> (16 - 8 * part) & 0xFF));
+    }
 }
 
 ZALRekordboxCuePoint ZALRekordboxCuePoint::copyAsStored() const {

@@ -6,6 +6,7 @@
 #include "collection/Dates.h"
 #include "collection/TrackWithCues.h"
 #include "platform/Log.h"
+#include "records/CuePads.h"
 #include "rekordbox/TrackLocation.h"
 
 #include <zaltag/platform/ZALClock.h>
@@ -106,30 +107,26 @@ bool ZALRekordboxTrack::isReplaced(const ZALRekordboxCuePoint& cue, ZALCueKind k
     return includes(kind, cue.num() == memoryCueNum ? ZALCueKind::memory : ZALCueKind::hot);
 }
 
-// Memory cues before hot ones: the order that the program lists them in.
-std::vector<ZALRekordboxCuePoint> ZALRekordboxTrack::newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                                             ZALCueKind kind) const {
-    std::vector<ZALRekordboxCuePoint> made;
-    if (includes(kind, ZALCueKind::memory)) {
-        for (const ZALTagCuePoint& cuePoint : cuePoints) {
-            made.push_back(ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cuePoint, memoryCueNum));
-        }
+// Memory cues before hot ones: the order that the program lists them in. What is on no pad is a memory cue
+// also among hot ones.
+auto ZALRekordboxTrack::newCues(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const
+    -> std::vector<NewCue> {
+    std::vector<NewCue> made;
+    const bool hasMemoryCues = includes(kind, ZALCueKind::memory);
+    for (std::size_t i = 0; hasMemoryCues && i < cuePoints.size(); ++i) {
+        made.push_back({ZALRekordboxCuePoint(cuePoints[i], memoryCueNum), i, false});
     }
-    if (includes(kind, ZALCueKind::hot)) {
-        for (std::size_t i = 0; i < cuePoints.size(); ++i) {
-            made.push_back(
-                ZALRekordboxCuePoint::rekordboxCueWithCuePoint(cuePoints[i], static_cast<std::int64_t>(i)));
-        }
+    if (!includes(kind, ZALCueKind::hot)) return made;
+    const std::vector<int> pads = zal::padsOf(cuePoints, {.mostPads = 16, .loadsHavePads = false});
+    for (std::size_t i = 0; i < cuePoints.size(); ++i) {
+        if (pads[i] == memoryCueNum && hasMemoryCues) continue;
+        made.push_back({ZALRekordboxCuePoint(cuePoints[i], pads[i]), i, false});
     }
     return made;
 }
 
-ZALArray<ZALTagCuePoint> ZALRekordboxTrack::cuePoints(ZALCueKind kind) const {
-    std::vector<ZALTagCuePoint> found;
-    for (const ZALRekordboxCuePoint& cue : cues()) {
-        if (isReplaced(cue, kind)) found.push_back(ZALTagCuePoint::cuePointWithTime(cue.start(), cue.name()));
-    }
-    return found;
+const char* ZALRekordboxTrack::padAttribute() const {
+    return "Num";
 }
 
 bool ZALRekordboxTrack::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,

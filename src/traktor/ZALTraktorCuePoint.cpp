@@ -9,7 +9,9 @@
 #include "records/RecordHash.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -65,7 +67,47 @@ std::int64_t integerOf(const zal::XMLElement& element, const char* attribute) {
     return zal::integerValue(textOf(element, attribute));
 }
 
+// "#RRGGBB"; null for anything else.
+std::optional<std::uint32_t> colorOf(std::string_view text) {
+    if (text.size() != 7 || text[0] != '#') return std::nullopt;
+    std::uint32_t color = 0;
+    const auto [end, error] = std::from_chars(text.data() + 1, text.data() + text.size(), color, 16);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return color;
+}
+
+// The types of the kinds, in their order.
+constexpr std::int64_t typesOfKinds[] = {ZALTraktorCuePoint::typeCue, ZALTraktorCuePoint::typeFadeIn,
+                                         ZALTraktorCuePoint::typeFadeOut, ZALTraktorCuePoint::typeLoad};
+constexpr std::int64_t mostSlots = 1000;  // nobody has as many
+
 }  // namespace
+
+ZALTraktorCuePoint::ZALTraktorCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t index)
+    : name_(cuePoint.name().value_or("")),
+      startTime_(cuePoint.time()),
+      index_(index),
+      slot_(index),
+      color_(cuePoint.color()) {
+    const auto kind = static_cast<std::size_t>(cuePoint.kind());
+    if (cuePoint.isLoop()) {
+        type_ = typeLoop;
+        length_ = *cuePoint.end() - startTime_;
+    } else if (kind < std::size(typesOfKinds)) {
+        type_ = typesOfKinds[kind];
+    }
+}
+
+ZALTagCuePoint ZALTraktorCuePoint::cuePoint() const {
+    ZALTagCuePoint point(startTime_, name_);
+    const auto kind = std::find(std::begin(typesOfKinds), std::end(typesOfKinds), type_);
+    if (kind != std::end(typesOfKinds))
+        point.setKind(static_cast<ZALTagCuePoint::Kind>(kind - std::begin(typesOfKinds)));
+    if (type_ == typeLoop) point.setEnd(endTime());
+    point.setColor(color_);
+    point.setPad(static_cast<int>(std::clamp<std::int64_t>(slot_, ZALTagCuePoint::noPad, mostSlots)));
+    return point;
+}
 
 ZALNullableString ZALTraktorCuePoint::typeName() const {
     return zal::nameOfType(typeNames, type_);
@@ -88,7 +130,8 @@ bool ZALTraktorCuePoint::isEqualToTraktorCuePoint(const ZALTraktorCuePoint& othe
 
 bool ZALTraktorCuePoint::isSameMark(const ZALTraktorCuePoint& other) const {
     return type_ == other.type_ && zal::microseconds(startTime_) == zal::microseconds(other.startTime_) &&
-           name_ == other.name_;
+           name_ == other.name_ && (!color_ || color_ == other.color_) &&
+           (type_ != typeLoop || zal::microseconds(length_) == zal::microseconds(other.length_));
 }
 
 std::size_t ZALTraktorCuePoint::hash() const {
@@ -109,7 +152,8 @@ std::optional<ZALTraktorCuePoint> ZALTraktorCuePoint::initWithXMLElement(const z
     cue.type_ = integerOf(element, "TYPE");
     cue.startTime_ = seconds(textOf(element, "START"));
     cue.length_ = seconds(textOf(element, "LEN"));
-    cue.index_ = integerOf(element, "HOTCUE");
+    cue.index_ = cue.slot_ = integerOf(element, "HOTCUE");
+    cue.color_ = colorOf(textOf(element, "COLOR"));
     return cue;
 }
 
@@ -151,7 +195,8 @@ void ZALTraktorCuePoint::writeTo(zal::XMLElement element) const {
     element.setAttribute("START", milliseconds(startTime_));
     element.setAttribute("LEN", milliseconds(length_));
     element.setAttribute("REPEATS", "-1");
-    element.setAttribute("HOTCUE", std::to_string(std::max<std::int64_t>(index(), 0)));
+    element.setAttribute("HOTCUE", std::to_string(isOffPads_ ? noSlot : std::max<std::int64_t>(index(), 0)));
+    if (color_) element.setAttribute("COLOR", fmt::format("#{:06X}", *color_));
 }
 
 ZALTraktorCuePoint ZALTraktorCuePoint::copyAsStored() const {
@@ -159,6 +204,6 @@ ZALTraktorCuePoint ZALTraktorCuePoint::copyAsStored() const {
     copy.name_ = zal::textForXML(name_);
     copy.startTime_ = seconds(milliseconds(startTime_));
     copy.length_ = seconds(milliseconds(length_));
-    copy.index_ = std::max<std::int64_t>(index(), 0);
+    if (!isOffPads_) copy.index_ = std::max<std::int64_t>(index(), 0);
     return copy;
 }

@@ -25,6 +25,7 @@ void readTrack(zal::XMLAttributes, zal::TrackDraft&) {}
 void readChild(const char* name, zal::XMLAttributes attributes, zal::TrackDraft& draft) {
     if (std::strcmp(name, cueName) == 0) {
         draft.hasMarks = true;
+        draft.hasColor = draft.hasColor || zal::valueOf(attributes, "COLOR") != nullptr;
         ++draft.cues;
     } else if (!draft.hasPlace && std::strcmp(name, "LOCATION") == 0) {
         draft.hasPlace = true;

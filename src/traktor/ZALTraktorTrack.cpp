@@ -6,6 +6,7 @@
 #include "collection/TrackWithCues.h"
 #include "platform/FileReplacement.h"
 #include "platform/Log.h"
+#include "records/CuePads.h"
 #include "traktor/TrackLocation.h"
 #include "traktor/TraktorProgram.h"
 
@@ -113,6 +114,11 @@ void ZALTraktorTrack::removeAllCues() {
 void ZALTraktorTrack::updateXMLElement() {
     if (!element() || !xmlNeedsUpdate()) return;
     writeCues(cueName);
+    // Bringing them up to date has put them all on the first pad.
+    for (auto mark = element().firstChild(cueName); mark && isFirstPadTaken_; mark = mark.next(cueName)) {
+        const auto cue = ZALTraktorCuePoint::initWithXMLElement(mark);
+        if (cue && cue->isGrid()) mark.setExistingAttribute(padAttribute(), "-1");
+    }
     std::string failed;
     const DateText date = newDate(failed);
     setFileWithoutDate(std::move(failed));
@@ -143,23 +149,38 @@ bool ZALTraktorTrack::isReplaced(const ZALTraktorCuePoint& cue, ZALCueKind kind)
     return kind != ZALCueKind::none && !cue.isGrid();
 }
 
-std::vector<ZALTraktorCuePoint> ZALTraktorTrack::newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                                         ZALCueKind kind) const {
-    std::vector<ZALTraktorCuePoint> made;
-    for (std::size_t i = 0; i < cuePoints.size() && kind != ZALCueKind::none; ++i) {
-        made.push_back(
-            ZALTraktorCuePoint::traktorCueWithCuePoint(cuePoints[i], static_cast<std::int64_t>(i)));
+auto ZALTraktorTrack::newCues(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const
+    -> std::vector<NewCue> {
+    std::vector<NewCue> made;
+    if (kind == ZALCueKind::none) return made;
+    const bool isSaid = zal::saysPads(cuePoints);
+    const std::vector<int> pads = zal::padsOf(cuePoints, {});
+    for (std::size_t i = 0; i < cuePoints.size(); ++i) {
+        ZALTraktorCuePoint cue(cuePoints[i], pads[i]);
+        if (pads[i] == ZALTagCuePoint::noPad) cue.takeOffPads();
+        if (!collectionHasColors()) cue.setColor(std::nullopt);
+        made.push_back({std::move(cue), i, isSaid});
     }
     return made;
 }
 
-ZALArray<ZALTagCuePoint> ZALTraktorTrack::cuePoints(ZALCueKind kind) const {
-    std::vector<ZALTagCuePoint> found;
-    for (const ZALTraktorCuePoint& cue : cues()) {
-        if (!isReplaced(cue, kind)) continue;
-        found.push_back(ZALTagCuePoint::cuePointWithTime(cue.startTime(), cue.name()));
-    }
-    return found;
+// A marker of the grid is on a pad beside what it is there for.
+bool ZALTraktorTrack::givesWay(const ZALTraktorCuePoint& cue, const std::vector<NewCue>& added) const {
+    return cue.isGrid() && cue.slot() >= 0 &&
+           std::any_of(added.begin(), added.end(),
+                       [&cue](const NewCue& one) { return one.claimsPad && one.cue.slot() == cue.slot(); });
+}
+
+const char* ZALTraktorTrack::padAttribute() const {
+    return "HOTCUE";
+}
+
+bool ZALTraktorTrack::replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                       const ZALCueRequest& request) {
+    ZALTraktorCuePoint onFirstPad;
+    onFirstPad.setType(ZALTraktorCuePoint::typeGrid);
+    isFirstPadTaken_ = givesWay(onFirstPad, newCues(asWritten(cuePoints, request), request.kind));
+    return ZALTrackWithCues::replaceCuePoints(cuePoints, request);
 }
 
 zal::TrackEdit ZALTraktorTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoints,

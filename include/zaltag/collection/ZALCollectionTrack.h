@@ -3,6 +3,7 @@
 #include <zaltag/base/ZALArray.h>
 #include <zaltag/base/ZALExport.h>
 #include <zaltag/base/ZALText.h>
+#include <zaltag/records/ZALCuePlan.h>
 #include <zaltag/records/ZALTagCuePoint.h>
 
 #include <chrono>
@@ -34,6 +35,7 @@ struct ZALCueRequest {
     ZALCueKind kind;               ///< which cues are replaced
     bool keepsTimes = false;       ///< the new ones are not moved to the track's beats
     bool includesUndated = false;  ///< a track is written, too, when it does not say when it was changed
+    double offset = 0;             ///< in seconds, added to every time before it is moved to a beat
 };
 
 /// What a collection says of an audio file, by which it can be known again where its path is another one.
@@ -78,13 +80,18 @@ class ZALTAG_EXPORT ZALCollectionTrack {
 
     /// How many cues the track has.
     virtual std::size_t cueCount() const = 0;
-    /// The cues of a kind as cue points, in the order of the track's list.
+    /// The cues of a kind as cue points with all that they say, in the order of the track's list; grid
+    /// markers are left out. Each says its pad, or that it is on none.
     virtual ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const = 0;
     /// True when a request for these cue points, sorted and moved to the track's beats as the queue does it,
-    /// finds the cues of that kind as it wants them: as many, each with its name, type, time in whole
-    /// microseconds and number.
+    /// finds the cues of that kind as it wants them: as many, each with its name, type, times in whole
+    /// microseconds and number, and its colour where one is asked for that the collection can hold.
     virtual bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
                               const ZALCueRequest& request) const = 0;
+    /// What a request for these cue points makes of them, in the order of time. Those asked are as the
+    /// request moves them by its offset; the beats come after that.
+    virtual ZALCuePlan planCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                     const ZALCueRequest& request) const = 0;
     /// Cue points as a queue writes them for this track: by time, each moved to the nearest beat unless the
     /// request keeps the times.
     ZALArray<ZALTagCuePoint> asWritten(const ZALArray<ZALTagCuePoint>& cuePoints,
@@ -106,6 +113,10 @@ class ZALTAG_EXPORT ZALCollectionTrack {
                                   const ZALCueRequest& request) = 0;
     /// What the same changes in the text of the element, when nothing else may change. Without a document to
     /// make new marks in, the result has empty ones.
+    /// Whether cues may be given a colour: whether any in the collection has one. Of meaning for Traktor,
+    /// whose older versions know none.
+    bool collectionHasColors() const { return collectionHasColors_; }
+    void setCollectionHasColors(bool has) { collectionHasColors_ = has; }
     ZALTAG_INSIDE virtual zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints,
                                                  const ZALCueRequest& request,
                                                  zal::XMLDocument* scratch) const = 0;
@@ -136,6 +147,7 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     std::shared_ptr<const std::optional<ZALTrackTempo>> keptTempo_;
     std::string fileWithoutDate_;
     bool xmlNeedsUpdate_ = false;
+    bool collectionHasColors_ = false;
 };
 
 /// The list of cues that the tracks of all programs have. `Cue` is the program's own cue.
@@ -145,6 +157,9 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
     /// The cues in their order: as in the collection, by ascending number, until they are changed.
     ZALArray<Cue> cues() const;
     std::size_t cueCount() const override { return cues_.size(); }
+    ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const override;
+    ZALCuePlan planCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints,
+                             const ZALCueRequest& request) const override;
     bool hasCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALCueRequest& request) const override;
     bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALCueRequest& request) override;
 
@@ -168,8 +183,18 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
 
     /// True for a cue that a request of that kind replaces.
     virtual bool isReplaced(const Cue& cue, ZALCueKind kind) const = 0;
+    /// A new cue, and the place of its cue point among those that were asked for.
+    struct NewCue {
+        Cue cue;
+        std::size_t place;
+        bool claimsPad;  ///< it is on a pad by what the cue points say, not by their order
+    };
     /// New cues for cue points, in the order in which they are added.
-    virtual std::vector<Cue> newCues(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const = 0;
+    virtual std::vector<NewCue> newCues(const ZALArray<ZALTagCuePoint>& cuePoints, ZALCueKind kind) const = 0;
+    /// True for a cue that stays, but leaves its pad to one of those that are added.
+    virtual bool givesWay(const Cue& cue, const std::vector<NewCue>& added) const;
+    /// The attribute that says the pad.
+    virtual const char* padAttribute() const = 0;
 
     /// What a request changes in the marks, the child elements of that name. Marks that are no cues go when
     /// there are cues.
@@ -197,8 +222,10 @@ class ZALTAG_EXPORT ZALTrackWithCues : public ZALCollectionTrack {
     // How a request meets the cues of the track.
     struct Match {
         std::vector<bool> isRemoved;  // of cues_
+        std::vector<bool> givesWay;
         std::vector<Cue> added;
         std::size_t kept() const;
+        bool isChange() const;
     };
     ZALTAG_INSIDE Match match(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALCueRequest& request) const;
 

@@ -98,7 +98,8 @@ ZALTAG_EXPORT ZALArray<ZALTagCuePoint> ZALSortedCuePoints(const ZALArray<ZALTagC
 ZALTAG_EXPORT ZALArray<ZALTagCuePoint> ZALCuePointsAdjustedToBeatTimes(
     const ZALArray<ZALTagCuePoint>& cuePoints, const ZALArray<double>& beatTimes);
 
-/// The cues in their order, each as much later, loops with their ends. None begins before 0.
+/// The cues in their order, each as much later, loops with their ends. None begins before 0 then; by 0
+/// seconds it is the very same array object.
 ZALTAG_EXPORT ZALArray<ZALTagCuePoint> ZALCuePointsMovedBy(const ZALArray<ZALTagCuePoint>& cuePoints,
                                                            double seconds);
 

@@ -21,10 +21,9 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
     static constexpr std::int64_t memoryCue = -1;
 
     ZALRekordboxCuePoint() = default;
-    /// The cue for a cue point: of the type typeCue and without an end. The index is the hot cue's slot, or
-    /// memoryCue.
-    ZALRekordboxCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t index)
-        : name_(cuePoint.name().value_or("")), start_(cuePoint.time()), num_(index) {}
+    /// The cue for a cue point, with its colour: a loop, or of the type typeCue, without an end. The index is
+    /// the hot cue's slot, or memoryCue.
+    ZALRekordboxCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t index);
     static ZALRekordboxCuePoint rekordboxCueWithCuePoint(const ZALTagCuePoint& cuePoint,
                                                          std::int64_t atIndex) {
         return {cuePoint, atIndex};
@@ -48,6 +47,13 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
     std::int64_t num() const { return num_; }
     void setNum(std::int64_t num) { num_ = num; }
 
+    /// The colour, 0xRRGGBB; null when there is none, or none that makes sense.
+    const std::optional<std::uint32_t>& color() const { return color_; }
+    void setColor(std::optional<std::uint32_t> rgb) { color_ = rgb; }
+
+    /// The cue point that this is, with all that the cue says.
+    ZALTagCuePoint cuePoint() const;
+
     /// Equal type, number and name, and times that are the same in whole microseconds. The end counts for
     /// loops only.
     bool isEqualToRekordboxCuePoint(const ZALRekordboxCuePoint& other) const;
@@ -61,7 +67,8 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
 
     /// The number that the file has for the cue's place.
     std::int64_t number() const { return num_; }
-    /// Equal name and type, and times that are the same in whole microseconds.
+    /// Equal name and type, and times that are the same in whole microseconds; the same colour, where this
+    /// one has any.
     bool isSameMark(const ZALRekordboxCuePoint& other) const;
 
     // For elements of the document:
@@ -71,13 +78,14 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
         const zal::XMLElement& element);
     /// What the cues of a track are sorted by; null when the element is no cue.
     ZALTAG_INSIDE static std::optional<std::int64_t> orderOfXMLElement(const zal::XMLElement& element);
-    /// Replaces all attributes of an element that was read: those the library does not know are dropped.
+    /// Replaces all attributes of an element that was read: colours, and those the library does not know, are
+    /// dropped.
     ZALTAG_INSIDE void updateXMLElement(zal::XMLElement element) const;
     /// Appends a new element for this cue to a track. Its attributes have another order than those of an
     /// updated element; both are as the files have them.
     ZALTAG_INSIDE zal::XMLElement xmlElement(zal::XMLElement parent) const;
     /// Fills the new element of a cue that was stored in a track. Storing makes a copy by way of an element
-    /// of its own, so this is an update.
+    /// of its own, so this is an update; the colour comes last.
     ZALTAG_INSIDE void writeTo(zal::XMLElement element) const;
     /// The cue as it comes back from the file.
     ZALRekordboxCuePoint copyAsStored() const;
@@ -88,4 +96,5 @@ class ZALTAG_EXPORT ZALRekordboxCuePoint {
     double start_ = 0;
     double end_ = 0;
     std::int64_t num_ = 0;
+    std::optional<std::uint32_t> color_;
 };

@@ -34,8 +34,6 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
     void setForceDummyCuePoint(bool forced);
     bool forceDummyCuePoint() const { return forceDummyCuePoint_; }
 
-    ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const override;
-
     void updateXMLElement() override;
     bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALCueRequest& request) override;
     ZALTAG_INSIDE zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints,
@@ -55,8 +53,9 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
     ZALRekordboxTrack(const ZALRekordboxTrack&) = default;
     ZALTAG_INSIDE std::optional<ZALTrackTempo> readTempo() const override;
     ZALTAG_INSIDE bool isReplaced(const ZALRekordboxCuePoint& cue, ZALCueKind kind) const override;
-    ZALTAG_INSIDE std::vector<ZALRekordboxCuePoint> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                                            ZALCueKind kind) const override;
+    ZALTAG_INSIDE std::vector<NewCue> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                              ZALCueKind kind) const override;
+    ZALTAG_INSIDE const char* padAttribute() const override;
 
     std::int32_t trackId_ = 0;
     bool forceDummyCuePoint_ = false;

@@ -22,9 +22,9 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     static constexpr std::int64_t noSlot = -1;
 
     ZALTraktorCuePoint() = default;
-    /// The cue for a cue point: of the type typeCue and without a length. The index is the hot cue's slot.
-    ZALTraktorCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t index)
-        : name_(cuePoint.name().value_or("")), startTime_(cuePoint.time()), index_(index) {}
+    /// The cue for a cue point, of its kind and colour; a loop with its length, others without one. The index
+    /// is the hot cue's slot.
+    ZALTraktorCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t index);
     static ZALTraktorCuePoint traktorCueWithCuePoint(const ZALTagCuePoint& cuePoint, std::int64_t atIndex) {
         return {cuePoint, atIndex};
     }
@@ -48,7 +48,24 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     /// The hot cue's slot from 0 on; noSlot for every grid marker. The file says 0 for what is negative, so a
     /// cue without a slot comes back with slot 0.
     std::int64_t index() const;
-    void setIndex(std::int64_t index) { index_ = index; }
+    void setIndex(std::int64_t index) {
+        index_ = slot_ = index;
+        isOffPads_ = false;
+    }
+    /// The slot as the file has it, also a grid marker's; noSlot for none.
+    std::int64_t slot() const { return slot_; }
+    /// Makes the file say that it is on no pad.
+    void takeOffPads() {
+        index_ = slot_ = noSlot;
+        isOffPads_ = true;
+    }
+
+    /// The colour, 0xRRGGBB; null when there is none, or none that makes sense.
+    const std::optional<std::uint32_t>& color() const { return color_; }
+    void setColor(std::optional<std::uint32_t> rgb) { color_ = rgb; }
+
+    /// The cue point that this is, with all that the cue says; a grid marker as if it were a cue.
+    ZALTagCuePoint cuePoint() const;
 
     /// Equal type, index and name, and times and lengths that are the same in whole microseconds.
     bool isEqualToTraktorCuePoint(const ZALTraktorCuePoint& other) const;
@@ -60,7 +77,8 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
 
     /// The number that the file has for the cue's place.
     std::int64_t number() const { return isGrid() ? noSlot : index_; }
-    /// Equal name and type, and times that are the same in whole microseconds.
+    /// Equal name and type, and times that are the same in whole microseconds, of loops their lengths, too;
+    /// the same colour, where this one has any.
     bool isSameMark(const ZALTraktorCuePoint& other) const;
 
     // For elements of the document:
@@ -77,7 +95,8 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     ZALTAG_INSIDE zal::XMLElement xmlElement(zal::XMLElement parent) const;
     /// Gives a new, empty element all attributes.
     ZALTAG_INSIDE void writeTo(zal::XMLElement element) const;
-    /// The cue as it comes back from the file: times in milliseconds with six decimals, no index below 0.
+    /// The cue as it comes back from the file: times in milliseconds with six decimals, no index below 0 but
+    /// of what was taken off the pads.
     ZALTraktorCuePoint copyAsStored() const;
 
   private:
@@ -86,4 +105,7 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     double startTime_ = 0;
     double length_ = 0;
     std::int64_t index_ = 0;
+    std::int64_t slot_ = 0;
+    bool isOffPads_ = false;
+    std::optional<std::uint32_t> color_;
 };

@@ -35,7 +35,6 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
     /// Removes all cues, grid markers too; the track is written then.
     void removeAllCues();
 
-    ZALArray<ZALTagCuePoint> cuePoints(ZALCueKind kind) const override;
     /// A reason when the entry has no date that can be read, with a log line, or a later one.
     std::string whyLeftOut(std::chrono::system_clock::time_point requested,
                            const ZALCueRequest& request) const override;
@@ -43,6 +42,7 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
     /// Writes the cues of a changed track and its date: one second before the audio file's, or, with a log
     /// line when that cannot be looked at, an hour ago.
     void updateXMLElement() override;
+    bool replaceCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALCueRequest& request) override;
     ZALTAG_INSIDE zal::TrackEdit editFor(const ZALArray<ZALTagCuePoint>& cuePoints,
                                          const ZALCueRequest& request,
                                          zal::XMLDocument* scratch) const override;
@@ -69,9 +69,13 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
     ZALTAG_INSIDE DateText readDate() const;
     ZALTAG_INSIDE DateText newDate(std::string& failed) const;
     ZALTAG_INSIDE bool isReplaced(const ZALTraktorCuePoint& cue, ZALCueKind kind) const override;
-    ZALTAG_INSIDE std::vector<ZALTraktorCuePoint> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
-                                                          ZALCueKind kind) const override;
+    ZALTAG_INSIDE std::vector<NewCue> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
+                                              ZALCueKind kind) const override;
+    ZALTAG_INSIDE bool givesWay(const ZALTraktorCuePoint& cue,
+                                const std::vector<NewCue>& added) const override;
+    ZALTAG_INSIDE const char* padAttribute() const override;
 
     std::string uniqueID_;
+    bool isFirstPadTaken_ = false;              // by a cue that was asked for there
     std::shared_ptr<const DateText> keptDate_;  // of a copy
 };
