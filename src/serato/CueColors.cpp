@@ -47,10 +47,16 @@ double distance(const Lab& one, const Lab& other) {
 }  // namespace
 
 std::uint32_t nearestCueColor(std::uint32_t rgb) {
+    static const auto labs = [] {
+        std::array<Lab, palette.size()> all{};
+        std::transform(palette.begin(), palette.end(), all.begin(), labOf);
+        return all;
+    }();
     const Lab wanted = labOf(rgb);
-    return *std::min_element(palette.begin(), palette.end(), [&](std::uint32_t one, std::uint32_t other) {
-        return distance(labOf(one), wanted) < distance(labOf(other), wanted);
+    const auto nearest = std::min_element(labs.begin(), labs.end(), [&](const Lab& one, const Lab& other) {
+        return distance(one, wanted) < distance(other, wanted);
     });
+    return palette[static_cast<std::size_t>(nearest - labs.begin())];
 }
 
 }  // namespace zal

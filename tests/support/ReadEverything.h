@@ -14,7 +14,8 @@ inline void readEverything(const ZALTag& tag) {
     tag.zalBeatGrid();
     tag.zalCuePoints();
     tag.zalVelvetCascade();
-    tag.seratoCuePoints();
+    tag.planSeratoCuePoints(tag.seratoCuePoints());
+    tag.planSeratoCuePoints(tag.seratoLoops());
     tag.hasSeratoMetadata();
     tag.hasTraktorMetadata();
     tag.hasImages();

@@ -42,7 +42,9 @@ class ZALTAG_EXPORT ZALRekordboxQueue final : public ZALCollectionQueue {
     ~ZALRekordboxQueue() override;
 
     /// The hot cues of a track are replaced, its memory cues, or both by the same ones; as in
-    /// ZALCollectionQueue.
+    /// ZALCollectionQueue. Cue points that say nothing of pads become hot cues in their order. Otherwise each
+    /// gets the pad that it says, of sixteen; the lowest free one of eight where that is taken or none is
+    /// said; what says that it is on none, finds none free, or is a load marker becomes a memory cue.
     void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& forTrackWithPath,
                       bool hotCues, bool memoryCues);
     void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,

@@ -26,7 +26,10 @@ class ZALTAG_EXPORT ZALTraktorQueue final : public ZALCollectionQueue {
     static std::shared_ptr<ZALTraktorQueue> queueWithDatabase(std::shared_ptr<ZALTraktorDatabase> database);
     ~ZALTraktorQueue() override;
 
-    /// All cues of a track but its grid markers are replaced by hot cues; as in ZALCollectionQueue.
+    /// All cues of a track but its grid markers are replaced; as in ZALCollectionQueue. Cue points that say
+    /// nothing of pads become hot cues in their order. Otherwise each gets the pad that it says, of eight;
+    /// the lowest free one where that is taken or none is said; and none where it says so or none is free. A
+    /// grid marker leaves a pad that is claimed. Colours go where the collection has any.
     void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& forTrackWithPath);
     void setCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints, const ZALNullableString& path,
                       const ZALCueRequest& request) override;
