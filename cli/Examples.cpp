@@ -29,6 +29,7 @@ constexpr Examples examples[] = {
      "zaltag cues list --json song.mp3 --from traktor --traktor collection.nml"},
     {"cues set",
      "zaltag cues set song.mp3 --to serato 0.5=Intro 64=Drop\n"
+     "zaltag cues set song.mp3 --to serato 'A:1:04=Drop#CC0000' 32-40=Break\n"
      "zaltag cues set song.mp3 --to rekordbox --rekordbox rekordbox.xml 64=Drop\n"
      "zaltag cues set song.mp3 --to zal --clear"},
     {"comments", "zaltag comments list song.mp3\nzaltag comments set song.mp3 comment='warm up'"},
