@@ -30,9 +30,10 @@ bool hasNoneOfSerato(const ZALTag& tag) {
 // Serato has eight slots, and, but for FLAC, two records.
 std::string missingInSerato(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints) {
     std::string missing;
-    for (std::size_t i = tag.seratoCuePoints().size(); i < cuePoints.size(); ++i) {
-        missing += (missing.empty() ? "there is no slot for " : ", ") + secondsText(cuePoints[i].time()) +
-                   "=" + cuePoints[i].name().value_or("");
+    for (const ZALCueOutcome& outcome : tag.planSeratoCuePoints(cuePoints, true).outcomes) {
+        if (!outcome.isLeftOut()) continue;
+        missing += (missing.empty() ? "there is no slot for " : ", ") + secondsText(outcome.asked.time()) +
+                   "=" + outcome.asked.name().value_or("");
     }
     if (tag.supportsOldSeratoMarker() && !cuePoints.empty() && !tag.oldSeratoMarker())
         missing += (missing.empty() ? "" : "; ") + std::string("Serato's older record could not be written");
@@ -41,11 +42,13 @@ std::string missingInSerato(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& c
 
 constexpr CuePlace places[] = {
     {"serato", [](const ZALTag& tag) { return tag.seratoCuePoints(); },
+     [](const ZALTag& tag) { return tag.seratoLoops(); },
      [](ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints, bool keepsTimes) {
          keepsTimes ? tag.setRawSeratoCuePoints(cuePoints) : tag.setSeratoCuePoints(cuePoints);
      },
      hasNoneOfSerato, missingInSerato},
-    {"zal", readOwn, writeOwn, [](const ZALTag&) { return true; },
+    {"zal", readOwn, [](const ZALTag&) { return ZALArray<ZALTagCuePoint>(); }, writeOwn,
+     [](const ZALTag&) { return true; },
      [](const ZALTag&, const ZALArray<ZALTagCuePoint>&) { return std::string(); }},
 };
 

@@ -9,6 +9,8 @@
 struct CuePlace {
     const char* name;
     ZALArray<ZALTagCuePoint> (*read)(const ZALTag& tag);
+    /// The loops that the place keeps beside them.
+    ZALArray<ZALTagCuePoint> (*readLoops)(const ZALTag& tag);
     /// Writes the cue points in the order given, moved to the place's beat grid unless their times are kept;
     /// an empty array removes them.
     void (*write)(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints, bool keepsTimes);

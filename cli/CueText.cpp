@@ -25,12 +25,14 @@ bool isAmong(const CuePoints& all, const ZALTagCuePoint& wanted) {
 ZALJSONValue jsonOfCues(const CuePoints& cuePoints) {
     ZALJSONValue::Array out;
     for (const ZALTagCuePoint& cue : cuePoints) {
-        out.push_back(ZALJSONValue::Object{{"time", cue.time()},
-                                           {"name", cue.name()},
-                                           {"pad", nullptr},
-                                           {"color", nullptr},
-                                           {"end", nullptr},
-                                           {"kind", "cue"}});
+        const bool hasEnd = cue.end() && std::isfinite(*cue.end());  // JSON has no word for other numbers
+        out.push_back(ZALJSONValue::Object{
+            {"time", cue.time()},
+            {"name", cue.name()},
+            {"pad", cue.pad() ? ZALJSONValue(*cue.pad()) : ZALJSONValue()},
+            {"color", cue.color() ? ZALJSONValue(fmt::format("{:06X}", *cue.color())) : ZALJSONValue()},
+            {"end", hasEnd ? ZALJSONValue(*cue.end()) : ZALJSONValue()},
+            {"kind", ZALTagCuePoint::nameOfKind(cue.kind())}});
     }
     return out;
 }

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "CuePlaces.h"
 #include "CueText.h"
+#include "CueWords.h"
 #include "Files.h"
 #include "Interrupts.h"
 #include "Matching.h"
@@ -11,9 +12,6 @@
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
-
-#include <charconv>
-#include <cmath>
 
 namespace {
 
@@ -34,13 +32,22 @@ void print(Output& output, const Options& options, const std::string& file,
     }
 }
 
+// The lines can be set again as they are; Serato's loops are named in JSON only.
+ZALArray<ZALTagCuePoint> readAll(const CuePlace& place, const ZALTag& tag) {
+    std::vector<ZALTagCuePoint> all = place.read(tag).elements();
+    const auto loops = place.readLoops(tag);
+    all.insert(all.end(), loops.begin(), loops.end());
+    return all;
+}
+
 void listFiles(Output& output, const Options& options, const CuePlace& place) {
     for (const std::string& file : options.words) {
         const OpenedFile opened = openFile(file, true);
         if (opened.tag == nullptr) {
             output.failure(file, opened.failure);
         } else {
-            print(output, options, file, place.read(*opened.tag));
+            print(output, options, file,
+                  options.json ? readAll(place, *opened.tag) : place.read(*opened.tag));
         }
     }
 }
@@ -74,22 +81,6 @@ int list(const Options& options) {
     return output.finish();
 }
 
-// A number of seconds, with minutes and a colon in front or not, and nothing else; NaN when the text is none.
-double secondsOf(const std::string& text) {
-    const std::size_t colon = text.find(':');
-    if (colon != std::string::npos) {
-        const std::string minutes = text.substr(0, colon);
-        const bool isNumber = !minutes.empty() && minutes.size() < 7 &&
-                              minutes.find_first_not_of("0123456789") == std::string::npos;
-        const double seconds = secondsOf(text.substr(colon + 1));
-        return isNumber && seconds >= 0 && seconds < 60 ? 60 * std::stod(minutes) + seconds : std::nan("");
-    }
-    double seconds = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    const bool whole = error == std::errc{} && end == text.data() + text.size() && !text.empty();
-    return whole && std::isfinite(seconds) ? seconds : std::nan("");
-}
-
 struct Request {
     std::vector<std::string> files;
     ZALArray<ZALTagCuePoint> cuePoints;
@@ -98,23 +89,19 @@ struct Request {
 Request readWords(const Options& options) {
     FilesAndAssignments words;
     try {
-        words =
-            splitWords(options.words, [](const std::string& name) { return !std::isnan(secondsOf(name)); });
+        words = splitWords(options.words, isCueTime);
     } catch (const UsageError& error) {
-        throw UsageError(fmt::format("'{}' is not SECONDS=NAME", printable(error.what())));
+        throw UsageError(fmt::format("'{}' is not TIME=NAME", printable(error.what())));
     }
     if (words.files.empty()) throw UsageError("no file is named");
     if (options.clear != words.assignments.empty()) {
         throw UsageError(options.clear
                              ? "--clear takes no cue points"
-                             : "no cue point is given: SECONDS=NAME is missing (--clear removes them)");
+                             : "no cue point is given: TIME=NAME is missing (--clear removes them)");
     }
     std::vector<ZALTagCuePoint> cuePoints;
-    for (const auto& [seconds, name] : words.assignments) {
-        if (secondsOf(seconds) < 0)
-            throw UsageError(fmt::format("{} lies before the start of the track", seconds));
-        if (ZALValidUTF8(name) != name) throw UsageError("a name is not UTF-8");
-        cuePoints.push_back(ZALTagCuePoint(secondsOf(seconds), name));
+    for (const auto& [time, name] : words.assignments) {
+        cuePoints.push_back(cuePointOfWords(time, name));
     }
     return {words.files, std::move(cuePoints)};
 }
@@ -177,7 +164,7 @@ void addCuesCommand(CLI::App& program, Command& chosen) {
 
     const auto setting = std::make_shared<Options>();
     CLI::App* setter = command->add_subcommand("set", "Write cue points into files or collections");
-    setter->add_option("FILE... SECONDS=NAME", setting->words, "Audio files, then cue points in their order")
+    setter->add_option("FILE... TIME=NAME", setting->words, "Audio files, then cue points in their order")
         ->required();
     setter->add_option("--to", setting->place, "Where to write them")
         ->required()

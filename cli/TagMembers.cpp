@@ -30,7 +30,7 @@ std::string colorText(std::uint32_t color) {
 }
 
 // JSON has no word for the numbers that a damaged grid can hold.
-ZALJSONValue finiteOrNull(double value) {
+ZALJSONValue finite(double value) {
     return std::isfinite(value) ? ZALJSONValue(value) : ZALJSONValue();
 }
 
@@ -70,20 +70,11 @@ ZALJSONValue jsonOfGrid(const std::optional<ZALTagSeratoGrid>& grid) {
     if (!grid) return nullptr;
     Array gridPoints;
     for (const ZALTagSeratoGridPoint& point : grid->gridPoints()) {
-        gridPoints.push_back(Object{{"position", finiteOrNull(point.position())},
+        gridPoints.push_back(Object{{"position", finite(point.position())},
                                     {"beatsToNext", point.beatsToNext()},
-                                    {"tempo", finiteOrNull(point.tempo())}});
+                                    {"tempo", finite(point.tempo())}});
     }
     return Object{{"major", grid->major()}, {"minor", grid->minor()}, {"gridPoints", std::move(gridPoints)}};
-}
-
-// With more members than these, their record says all.
-ZALJSONValue timesAndNames(const ZALArray<ZALTagCuePoint>& cuePoints) {
-    Array out;
-    for (const ZALTagCuePoint& cue : cuePoints) {
-        out.push_back(Object{{"time", cue.time()}, {"name", cue.name()}});
-    }
-    return out;
 }
 
 ZALJSONValue jsonOfFirstFrame(const std::string& path) {
@@ -98,13 +89,7 @@ ZALJSONValue jsonOfFirstFrame(const std::string& path) {
 ZALJSONValue jsonOfCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints) {
     Array out;
     for (const ZALTagCuePoint& cue : cuePoints) {
-        out.push_back(Object{
-            {"time", cue.time()},
-            {"name", cue.name()},
-            {"pad", cue.pad() ? ZALJSONValue(*cue.pad()) : ZALJSONValue()},
-            {"color", cue.color() ? ZALJSONValue(fmt::format("{:06X}", *cue.color())) : ZALJSONValue()},
-            {"end", cue.end() ? finiteOrNull(*cue.end()) : ZALJSONValue()},
-            {"kind", ZALTagCuePoint::nameOfKind(cue.kind())}});
+        out.push_back(Object{{"time", cue.time()}, {"name", cue.name()}});
     }
     return out;
 }
@@ -178,7 +163,7 @@ Members membersOfTag(const std::string& path, const ZALTag& tag) {
                                    {"zalVelvetCascade", jsonOfRecord(tag.zalVelvetCascade())},
                                    {"hasSeratoMetadata", tag.hasSeratoMetadata()},
                                    {"hasTraktorMetadata", tag.hasTraktorMetadata()},
-                                   {"seratoCuePoints", timesAndNames(tag.seratoCuePoints())}});
+                                   {"seratoCuePoints", jsonOfCuePoints(tag.seratoCuePoints())}});
     members.insert(members.end(), {{"seratoMarker", jsonOfMarker(tag.seratoMarker())},
                                    {"oldSeratoMarker", jsonOfOldMarker(tag.oldSeratoMarker())},
                                    {"seratoGrid", jsonOfGrid(tag.seratoGrid())},

@@ -6,7 +6,7 @@
 
 #include <string>
 
-/// Cue points as an array of { "time", "name", "pad", "color", "end", "kind" }.
+/// Cue points as an array of { "time", "name" }.
 ZALJSONValue jsonOfCuePoints(const ZALArray<ZALTagCuePoint>& cuePoints);
 
 /// All comments of a tag as an array of their fields.

@@ -1,4 +1,5 @@
 """Cue points with colours, loops, kinds and pads, from outside: files are read by mutagen, ffmpeg and lame make them."""
+import json
 import struct
 import subprocess
 
@@ -6,6 +7,23 @@ from mutagen.id3 import ID3, TIT2
 
 from collection_files import SAMPLES
 from support import FRAME, ProgramTest
+
+
+class Words(ProgramTest):
+    def test_pads_ends_and_colours_are_set_and_listed(self):
+        song = self.mp3()
+        self.zaltag("cues", "set", song, "--to", "serato", "D:1:23.5=Drop#E62828", "2-6=Roll ##1#27AAE1", "1e-1=#CC0000", "A:4=a##CC00CC")
+        cues = [{"time": 83.5, "name": "Drop", "pad": 3, "color": "CC0000", "end": None, "kind": "cue"},
+                {"time": 0.1, "name": "#CC0000", "pad": 1, "color": "CC8800", "end": None, "kind": "cue"},
+                {"time": 4, "name": "a#CC00CC", "pad": 0, "color": "CC0000", "end": None, "kind": "cue"},
+                {"time": 2, "name": "Roll #1", "pad": -1, "color": "27AAE1", "end": 6, "kind": "loop"}]
+        out = self.zaltag("cues", "list", song, "--from", "serato", "--json")[0]
+        self.assertEqual(json.loads(out), [{"path": song, "cues": cues}])
+        self.assertEqual(self.zaltag("cues", "list", song, "--from", "serato")[0], "83.5\tDrop\n0.1\t#CC0000\n4\ta#CC00CC\n")
+        for words in (("6-2=x",), ("I:1=x",), ("A:=x",), ("1-=x",), ("1:60=x",)):
+            self.zaltag("cues", "set", song, "--to", "serato", *words, status=2)
+        err = self.zaltag("cues", "set", song, "--to", "serato", *(f"{i}-{i + 1}=loop {i}" for i in range(9)), status=1)[1]
+        self.assertIn("there is no slot for 8=loop 8", err)
 
 
 class FirstFrame(ProgramTest):

@@ -56,8 +56,8 @@ class Sync(ProgramTest):
         for i, (song, track, entry) in enumerate(zip(songs, tracks, entries)):
             cues = sorted(serato_cues(song)) if i % 10 != 9 else []
             snapped = [(round(ms / 1000) if i % 2 else ms / 1000, name) for ms, name in cues]
-            self.assertEqual(rekordbox_marks(track), [(s, n, slot) for slot, (s, n) in enumerate(snapped)], song)
-            self.assertEqual(traktor_cues(entry), [(ms / 1000, n, 0, slot) for slot, (ms, n) in enumerate(cues)], song)
+            self.assertEqual(rekordbox_marks(track), [(s, n, 1 - i) for i, (s, n) in enumerate(snapped)], "on Serato's pads")
+            self.assertEqual(traktor_cues(entry), [(ms / 1000, n, 0, 1 - i) for i, (ms, n) in enumerate(cues)], song)
         self.assertEqual(self.digests(songs), before)
         once = self.content(rekordbox_file), self.content(traktor_file)
         out = self.zaltag(*sync)[0]
