@@ -2,6 +2,7 @@
 
 #include <zaltag/tag/ZALTag.h>
 
+#include "records/SeratoSlots.h"
 #include "tag/TagContents.h"
 
 #include <zaltag/records/ZALTagRecordData.h>
