@@ -39,39 +39,65 @@ ZALTagCuePoint cuePointOf(const ZALTagSeratoLoop& loop) {
     return point;
 }
 
-const ZALTagSeratoCuePoint* cueInSlot(int slot, const std::optional<ZALTagSeratoMarker>& marker) {
-    if (!marker) return nullptr;
-    for (const ZALTagSeratoCuePoint& cue : marker->cuePoints()) {
-        if (cue.index() == slot) return &cue;
+// What stands in the slots of a marker: of several for one slot the first.
+class Standing {
+  public:
+    explicit Standing(const std::optional<ZALTagSeratoMarker>& marker) {
+        if (!marker) return;
+        for (const ZALTagSeratoCuePoint& cue : marker->cuePoints()) {
+            put(cues_, cue);
+        }
+        for (const ZALTagSeratoLoop& loop : marker->loops()) {
+            put(loops_, loop);
+        }
     }
-    return nullptr;
-}
 
-// True when the marker has this very loop, also one that ends before it begins.
-bool hasLoop(const ZALTagCuePoint& cue, const std::optional<ZALTagSeratoMarker>& marker) {
-    if (!marker || !cue.end()) return false;
-    const std::uint32_t begin = millisecondsFromSeconds(cue.time());
-    const std::uint32_t end = millisecondsFromSeconds(*cue.end());
-    return std::any_of(marker->loops().begin(), marker->loops().end(), [&](const ZALTagSeratoLoop& loop) {
-        return loop.position() == begin && loop.endPosition() == end;
-    });
-}
-
-bool goesToLoops(const ZALTagCuePoint& cue, const std::optional<ZALTagSeratoMarker>& marker) {
-    return cue.isLoop() || hasLoop(cue, marker);
-}
-
-// True for what the marker has in that very place, which the user may have put beside the grid.
-bool stands(const ZALTagCuePoint& cue, const std::optional<ZALTagSeratoMarker>& marker) {
-    const std::uint32_t position = millisecondsFromSeconds(cue.time());
-    if (hasLoop(cue, marker)) return true;
-    if (cue.isLoop() && marker) {
-        return std::any_of(marker->loops().begin(), marker->loops().end(),
-                           [&](const ZALTagSeratoLoop& loop) { return loop.position() == position; });
+    const ZALTagSeratoCuePoint* cue(int slot) const {
+        return slot >= 0 && slot < slotCount ? cues_[static_cast<std::size_t>(slot)] : nullptr;
     }
-    const ZALTagSeratoCuePoint* there = cue.pad() ? cueInSlot(*cue.pad(), marker) : nullptr;
-    return there != nullptr && there->position() == position;
-}
+    /// This very loop, also one that ends before it begins, where its slot is one of those; null without it.
+    template <typename Test>
+    const ZALTagSeratoLoop* loop(const ZALTagCuePoint& cue, const Test& isMeant) const {
+        if (!cue.end()) return nullptr;
+        const std::uint32_t begin = millisecondsFromSeconds(cue.time());
+        const std::uint32_t end = millisecondsFromSeconds(*cue.end());
+        for (const ZALTagSeratoLoop* one : loops_) {
+            if (one != nullptr && one->position() == begin && one->endPosition() == end && isMeant(*one))
+                return one;
+        }
+        return nullptr;
+    }
+    bool goesToLoops(const ZALTagCuePoint& cue) const {
+        return cue.isLoop() || loop(cue, [](const ZALTagSeratoLoop&) { return true; }) != nullptr;
+    }
+    /// True for what stands in that very place, where the user may have put it beside the grid.
+    bool holds(const ZALTagCuePoint& cue) const {
+        const std::uint32_t position = millisecondsFromSeconds(cue.time());
+        if (goesToLoops(cue)) {
+            return std::any_of(loops_.begin(), loops_.end(), [position](const ZALTagSeratoLoop* one) {
+                return one != nullptr && one->position() == position;
+            });
+        }
+        const ZALTagSeratoCuePoint* there = this->cue(cue.pad().value_or(ZALTagCuePoint::noPad));
+        return there != nullptr && there->position() == position;
+    }
+
+  private:
+    static constexpr int slotCount = 8;
+    static_assert(slotCount == ZALTagSeratoCuePoint::maximumNumberOfCuePoints() &&
+                  slotCount == ZALTagSeratoLoop::maximumNumberOfLoops());
+
+    template <typename One>
+    using Slots = std::array<const One*, slotCount>;
+    template <typename One>
+    static void put(Slots<One>& slots, const One& one) {
+        const One*& slot = slots[static_cast<std::size_t>(one.index())];
+        if (slot == nullptr) slot = &one;
+    }
+
+    Slots<ZALTagSeratoCuePoint> cues_{};
+    Slots<ZALTagSeratoLoop> loops_{};
+};
 
 // The colour of what stands there is kept as long as it is the one that is asked for, or none is.
 std::uint32_t colorInSlot(const ZALTagCuePoint& cue, const ZALTagSeratoCuePoint* there) {
@@ -82,29 +108,23 @@ std::uint32_t colorInSlot(const ZALTagCuePoint& cue, const ZALTagSeratoCuePoint*
     return isSame ? there->color() : ZALTagSeratoCuePoint::colorNotSet;
 }
 
-ZALTagSeratoCuePoint cueInSlot(const ZALTagCuePoint& cue, int slot,
-                               const std::optional<ZALTagSeratoMarker>& marker) {
+ZALTagSeratoCuePoint cueInSlot(const ZALTagCuePoint& cue, int slot, const Standing& standing) {
     auto made = ZALTagSeratoCuePoint::cuePointWithIndex(static_cast<std::int16_t>(slot),
                                                         millisecondsFromSeconds(cue.time()), labelOf(cue));
-    made.setColor(colorInSlot(cue, cueInSlot(slot, marker)));
+    made.setColor(colorInSlot(cue, standing.cue(slot)));
     return made;
 }
 
 // The slots of Serato's loops as they are filled.
 class LoopSlots {
   public:
-    explicit LoopSlots(const std::optional<ZALTagSeratoMarker>& marker) {
-        if (marker) old_ = marker->loops();
-    }
+    explicit LoopSlots(const Standing& standing) : standing_(standing) {}
 
-    /// Where the marker has this loop, in its slot; null when it has none like it.
+    /// Where this loop stands, in its slot; null when there is none like it.
     const ZALTagSeratoLoop* keep(const ZALTagCuePoint& cue) {
-        const ZALTagSeratoLoop made = loopFor(cue, {});
-        const auto like = std::find_if(old_.begin(), old_.end(), [&](const ZALTagSeratoLoop& loop) {
-            return loop.position() == made.position() && loop.endPosition() == made.endPosition() &&
-                   !slots_[static_cast<std::size_t>(loop.index())];
-        });
-        return like == old_.end() ? nullptr : &put(loopFor(cue, *like));
+        const auto* like =
+            standing_.loop(cue, [this](const ZALTagSeratoLoop& loop) { return !slotOf(loop); });
+        return like == nullptr ? nullptr : &put(loopFor(cue, *like));
     }
     /// In the lowest free slot; null without one.
     const ZALTagSeratoLoop* add(const ZALTagCuePoint& cue) {
@@ -131,27 +151,32 @@ class LoopSlots {
         if (labelOf(cue) != loop.label().value_or("")) loop.setLabel(labelOf(cue));
         return loop;
     }
+    std::optional<ZALTagSeratoLoop>& slotOf(const ZALTagSeratoLoop& loop) {
+        return slots_[static_cast<std::size_t>(loop.index())];
+    }
     const ZALTagSeratoLoop& put(ZALTagSeratoLoop loop) {
-        return slots_[static_cast<std::size_t>(loop.index())].emplace(std::move(loop));
+        auto& slot = slotOf(loop);
+        return slot.emplace(std::move(loop));
     }
 
-    std::vector<ZALTagSeratoLoop> old_;
+    const Standing& standing_;
     std::array<std::optional<ZALTagSeratoLoop>, ZALTagSeratoLoop::maximumNumberOfLoops()> slots_;
 };
 
 // Loops that are there keep their slots; the others get the free ones in the order of time.
-void fillLoops(SeratoSlots& slots, std::vector<std::size_t> places,
-               const std::optional<ZALTagSeratoMarker>& marker) {
-    LoopSlots loops(marker);
+void fillLoops(SeratoSlots& slots, std::vector<std::size_t> places, const Standing& standing) {
+    LoopSlots loops(standing);
     const auto hold = [&](std::size_t place, const ZALTagSeratoLoop* loop) {
         if (loop != nullptr) slots.outcomes[place].held = cuePointOf(*loop);
         return loop != nullptr;
     };
     std::erase_if(places,
                   [&](std::size_t place) { return hold(place, loops.keep(slots.outcomes[place].asked)); });
-    std::stable_sort(places.begin(), places.end(), [&slots](std::size_t one, std::size_t other) {
-        return slots.outcomes[one].asked.time() < slots.outcomes[other].asked.time();
-    });
+    const auto beginOf = [&slots](std::size_t place) {
+        return millisecondsFromSeconds(slots.outcomes[place].asked.time());
+    };
+    std::stable_sort(places.begin(), places.end(),
+                     [&](std::size_t one, std::size_t other) { return beginOf(one) < beginOf(other); });
     for (const std::size_t place : places) {
         hold(place, loops.add(slots.outcomes[place].asked));
     }
@@ -212,20 +237,22 @@ ZALArray<ZALTagCuePoint> cuePointsOnSeratoGrid(const ZALArray<ZALTagCuePoint>& c
                                                const std::optional<ZALTagSeratoMarker>& marker) {
     if (!grid) return cuePoints;
     std::vector<ZALTagCuePoint> moved = cuePoints.elements();
+    const Standing standing(marker);
     for (ZALTagCuePoint& cue : moved) {
-        if (!stands(cue, marker)) cue.moveTo(grid->gridTimeForTime(cue.time()));
+        if (!standing.holds(cue)) cue.moveTo(grid->gridTimeForTime(cue.time()));
     }
     return moved;
 }
 
 SeratoSlots seratoSlotsFor(const ZALArray<ZALTagCuePoint>& cuePoints,
                            const std::optional<ZALTagSeratoMarker>& marker) {
+    const Standing standing(marker);
     SeratoSlots slots;
     std::vector<ZALTagCuePoint> cues;
     std::vector<std::size_t> cuePlaces, loopPlaces;
     for (std::size_t i = 0; i < cuePoints.size(); ++i) {
         slots.outcomes.push_back({cuePoints[i], std::nullopt});
-        if (goesToLoops(cuePoints[i], marker)) {
+        if (standing.goesToLoops(cuePoints[i])) {
             loopPlaces.push_back(i);
         } else {
             cuePlaces.push_back(i);
@@ -238,24 +265,25 @@ SeratoSlots seratoSlotsFor(const ZALArray<ZALTagCuePoint>& cuePoints,
         const int room = ZALTagSeratoCuePoint::maximumNumberOfCuePoints();
         if (pads[i] == ZALTagCuePoint::noPad || pads[i] > room) continue;
         // One cue more than there is room for says so in the log; the others would only say it again.
-        ZALTagSeratoCuePoint made = cueInSlot(cues[i], pads[i], marker);
+        ZALTagSeratoCuePoint made = cueInSlot(cues[i], pads[i], standing);
         if (pads[i] == room) continue;
         slots.outcomes[cuePlaces[i]].held = cuePointOf(made);
         slots.cues->push_back(std::move(made));
     }
-    if (!loopPlaces.empty()) fillLoops(slots, loopPlaces, marker);
+    if (!loopPlaces.empty()) fillLoops(slots, loopPlaces, standing);
     return slots;
 }
 
 SeratoSlots seratoLoopSlotsFor(const ZALArray<ZALTagCuePoint>& loops,
                                const std::optional<ZALTagSeratoMarker>& marker) {
+    const Standing standing(marker);
     SeratoSlots slots;
     std::vector<std::size_t> places;
     for (const ZALTagCuePoint& loop : loops) {
-        if (goesToLoops(loop, marker)) places.push_back(slots.outcomes.size());
+        if (standing.goesToLoops(loop)) places.push_back(slots.outcomes.size());
         slots.outcomes.push_back({loop, std::nullopt});
     }
-    fillLoops(slots, places, marker);
+    fillLoops(slots, places, standing);
     return slots;
 }
 
