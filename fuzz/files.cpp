@@ -151,14 +151,14 @@ void changeTracks(const std::string& path, const zal::CollectionProgram& program
     std::set<std::uint32_t> asked;
     for (std::uint32_t i = 0, number = 0; i < before.tracks.size(); i += static_cast<std::uint32_t>(n)) {
         const auto track = reader.track(i);
-        if (!reader.find(track->indexKey(), number)) continue;
-        asked.insert(number);
         // Every other track gets its own cues back beside the new ones.
         std::vector<ZALTagCuePoint> cues{ZALTagCuePoint(12.5, "a"), ZALTagCuePoint(1, "&<\xC3\xA9>")};
         const auto own = track->cuePoints(ZALCueKind::all);
         if (i % 2 == 1) cues.insert(cues.end(), own.begin(), own.end());
         const ZALCueKind kind = i % 4 == 3 ? ZALCueKind::hot : ZALCueKind::all;
         require(track->planCuePoints(cues, kind).outcomes.size() == cues.size());
+        if (!reader.find(track->indexKey(), number)) continue;
+        asked.insert(number);
         queue->setCuePoints(cues, track->path(), kind);
     }
     if (!saved(*queue).success) return;

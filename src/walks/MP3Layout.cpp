@@ -127,9 +127,9 @@ std::vector<std::uint64_t> positionsOfID3v2(TagLibStream& stream, std::uint64_t 
 
 std::uint64_t endOfTagsInFront(TagLibStream& stream) {
     std::uint64_t end = 0;
-    if (const auto first = positionOfID3v2(stream)) {
-        end = endOfID3v2(stream, positionsOfID3v2(stream, *first).back());
-    }
+    const auto first = positionOfID3v2(stream);
+    const auto tags = first ? positionsOfID3v2(stream, *first) : std::vector<std::uint64_t>();
+    if (!tags.empty()) end = endOfID3v2(stream, tags.back());  // a header may be none that can be read
     if (!isAt(stream, end, "APETAGEX")) return end;
     std::array<std::uint8_t, apeSize> header{};
     stream.readAt(end, header);
