@@ -94,10 +94,10 @@ class Collection {
         return unlocked([&] { return database_->track(name); });
     }
     bool contains(const py::object& path) const { return track(path) != nullptr; }
-    void setCuePoints(const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
+    void setCuePoints(const py::object& path, const py::object& cuePoints,
                       const ZALCueRequest& request) const {
         const std::string name = collectionPathFrom(path);
-        const ZALArray<ZALTagCuePoint> array(std::move(cuePoints));
+        const ZALArray<ZALTagCuePoint> array(vectorFrom<ZALTagCuePoint>(cuePoints, "cue_points"));
         unlocked([&] { queue_->setCuePoints(array, name, request); });
     }
 
@@ -254,14 +254,15 @@ void addTrack(py::module_& module) {
         },
         "A new list of the times of the beats, or None.");
     track.def_property_readonly(
-        "cue_points", [](const ZALCollectionTrack& one) { return vectorOf(one.cuePoints(ZALCueKind::all)); },
-        "A new list of its cues as cue points with all that they say, without grid markers.");
+        "cue_points", [](const ZALCollectionTrack& one) { return tupleOf(one.cuePoints(ZALCueKind::all)); },
+        "Its cues as cue points with all that they say, without grid markers.");
     track.def(
         "plan_cue_points",
-        [](const ZALCollectionTrack& one, std::vector<ZALTagCuePoint> cuePoints, bool hot, bool memory,
-           bool keepTimes, double offset) {
+        [](const ZALCollectionTrack& one, const py::object& cuePoints, bool hot, bool memory, bool keepTimes,
+           double offset) {
             const ZALCueRequest request = requestOf(kindOf(hot, memory), keepTimes, offset);
-            return one.planCuePoints(std::move(cuePoints), request).outcomes;
+            return tupleOf(
+                one.planCuePoints(vectorFrom<ZALTagCuePoint>(cuePoints, "cue_points"), request).outcomes);
         },
         py::arg("cue_points"), py::arg("hot") = true, py::arg("memory") = false, py::kw_only(),
         py::arg("keep_times") = false, py::arg("offset") = 0.0,
@@ -363,9 +364,9 @@ void addRekordbox(py::module_& module) {
         "A new list of all playlists, those of a folder before those of the folders in it.");
     collection.def(
         "set_cue_points",
-        [](const RekordboxCollection& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
-           bool hot, bool memory, bool keepTimes, double offset) {
-            one.setCuePoints(path, std::move(cuePoints), requestOf(kindOf(hot, memory), keepTimes, offset));
+        [](const RekordboxCollection& one, const py::object& path, const py::object& cuePoints, bool hot,
+           bool memory, bool keepTimes, double offset) {
+            one.setCuePoints(path, cuePoints, requestOf(kindOf(hot, memory), keepTimes, offset));
         },
         py::arg("path"), py::arg("cue_points"), py::arg("hot") = true, py::arg("memory") = false,
         py::kw_only(), py::arg("keep_times") = false, py::arg("offset") = 0.0,
@@ -402,9 +403,9 @@ void addTraktor(py::module_& module) {
         "A new list of the playlists directly below a top folder, in the order of the file.");
     collection.def(
         "set_cue_points",
-        [](const TraktorCollection& one, const py::object& path, std::vector<ZALTagCuePoint> cuePoints,
-           bool keepTimes, double offset) {
-            one.setCuePoints(path, std::move(cuePoints), requestOf(ZALCueKind::all, keepTimes, offset));
+        [](const TraktorCollection& one, const py::object& path, const py::object& cuePoints, bool keepTimes,
+           double offset) {
+            one.setCuePoints(path, cuePoints, requestOf(ZALCueKind::all, keepTimes, offset));
         },
         py::arg("path"), py::arg("cue_points"), py::kw_only(), py::arg("keep_times") = false,
         py::arg("offset") = 0.0,
