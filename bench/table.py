@@ -397,6 +397,24 @@ def save_record():
         samples.report(f"save.record{sync}", 1.15, work=f"{file.stat().st_size / 1e6:.0f} MB of WAV")
 
 
+# The program
+
+@row("sync.match")
+def sync_match():
+    """A dry run that finds nothing to write: what matching costs is the difference between two collections."""
+    tracks = 15_000 if options.quick else 300_000
+    folder = made(f"matching-{tracks}", HERE / "data/make_matching.py", "OUT", tracks)
+    sync = (BUILD / "cli/zaltag", "sync", folder / "music", "--from", "rekordbox-hot", "--to", "traktor", "--dry-run",
+            "--traktor", folder / "none.nml", "--rekordbox")
+    there = ("C:/DJ/One", "/Volumes/USB/Two", "/Users/dj/Three")
+    maps = [word for i, name in enumerate(there) for word in ("--map", f"{name}={folder}/music/{i}")]
+    samples = Samples({"elsewhere": Job(*sync, folder / "elsewhere.xml", *maps), "here": Job(*sync, folder / "here.xml")})
+    more = samples.median("elsewhere", "cpu") - samples.median("here", "cpu")
+    add_line(f"sync.match ({tracks} tracks, three maps, case)", seconds(samples.median("elsewhere", "cpu")),
+             seconds(samples.median("here", "cpu")), f"+ {more:.2f} s", "≤ + 0.3 s", more <= 0.3, "",
+             f"{samples.peak('elsewhere'):.0f} / {samples.peak('here'):.0f}", "processor time")
+
+
 # Programs that use the library
 
 @row("start")

@@ -80,7 +80,7 @@ std::string writeWhole(const std::string& path, std::uint32_t mode,
     const std::string beside = unfinishedOf(path);
     std::error_code error;
     const auto file = createUnfinished(*files, beside, mode, error);
-    if (!file) return reasonOf(beside, error);
+    if (!file) return reasonOf(path, error);
     error = write(*file);
     if (!error) error = file->sync();
     if (!error) error = files->rename(beside, path);

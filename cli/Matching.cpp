@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t atOnce = 16384;  // paths that the collection is asked for
+constexpr std::size_t atOnce = 2048;  // paths that the collection is asked for
 
 std::string_view behindVolume(const std::string& common) {
     return std::string_view(common).substr(ZALVolumeOfPath(common).size());
@@ -29,6 +29,10 @@ bool areOfOneVolume(const std::string& one, const std::string& other) {
            ZALDecomposedPath(first) == ZALDecomposedPath(second);
 }
 
+bool isASCII(const std::string& text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 bool isSameFile(const std::string& one, const std::string& other) {
     std::error_code ignored;
     return fs::equivalent(one, other, ignored);
@@ -38,6 +42,7 @@ bool isSameFile(const std::string& one, const std::string& other) {
 
 Matching::Matching(const Collection& collection, const std::vector<std::string>& paths, Of of)
     : collection_(collection), paths_(paths), of_(of), matches_(paths.size()) {
+    if (collection.database()->trackCount() == 0) return;
     for (std::size_t begin = 0; begin < paths.size(); begin += atOnce) {
         findCandidates(begin, std::min(begin + atOnce, paths.size()));
     }
@@ -56,7 +61,12 @@ void Matching::findCandidates(std::size_t begin, std::size_t end) {
     std::vector<std::string> wanted;
     std::vector<std::size_t> numbers;
     for (std::size_t number = begin; number < end; ++number) {
-        for (std::string& path : pathsThere(paths_[number])) {
+        // A path of another machine is no path here, and most of those that are have one spelling alone.
+        if (isASCII(paths_[number]) && collection_.database()->mayHold(paths_[number])) {
+            candidates_.push_back({static_cast<std::uint32_t>(number), exact, paths_[number], {}});
+            continue;
+        }
+        for (std::string& path : pathsThere(paths_[number], of_ == Of::tracks)) {
             wanted.push_back(std::move(path));
             numbers.push_back(number);
         }

@@ -66,7 +66,7 @@ class Matching {
     const std::vector<std::string>& paths_;
     const Of of_;
     std::vector<Match> matches_;
-    std::vector<Candidate> candidates_;  // by ascending number
+    std::vector<Candidate> candidates_;  // those of one number together
     std::unordered_set<std::string> taken_;
     mutable std::unordered_map<std::string, bool> folders_;  // whether they are here
 };

@@ -62,10 +62,11 @@ void usePathMaps(std::vector<PathMap> maps) {
     mapsInUse = std::move(maps);
 }
 
-std::vector<std::string> pathsThere(const std::string& path) {
+std::vector<std::string> pathsThere(const std::string& path, bool isOfCollection) {
     std::vector<std::string> paths{path};
     if (mapsInUse.empty()) return paths;
     addMappedThere(paths, path);
+    if (!isOfCollection) return paths;
     for (const std::string& here : pathsHere(path)) {
         addOnce(paths, here);
         addMappedThere(paths, here);

@@ -15,7 +15,8 @@ PathMap pathMapOf(const std::string& text);
 /// The maps in use.
 void usePathMaps(std::vector<PathMap> maps);
 
-/// The paths that collections may have for a file of this path, by the maps, and the path itself first.
-std::vector<std::string> pathsThere(const std::string& path);
+/// The paths that a collection may have for a file here, or for one that another collection has, by the maps;
+/// the path itself first.
+std::vector<std::string> pathsThere(const std::string& path, bool isOfCollection);
 /// Where the file of a collection's path may be here: there itself, and by the maps.
 std::vector<std::string> pathsHere(const std::string& path);

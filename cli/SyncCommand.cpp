@@ -165,6 +165,7 @@ ZALTrackIdentity Sync::describe(std::size_t number, bool withTags) const {
     if (!tag) return identity;
     identity.title = tag->title();
     identity.artist = tag->artist();
+    identity.duration = ZALAudioDuration(paths_[number]);
     return identity;
 }
 

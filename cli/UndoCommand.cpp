@@ -46,8 +46,8 @@ Outcome takeAway(Output& output, const WrittenFile& file) {
 
 Outcome takeBack(Output& output, const WrittenFile& file) {
     const std::string now = digestOf(file.path);
-    // The run was ended before it wrote this, or somebody has put it back.
-    if (now == file.before) return Outcome::nothing;
+    // The run was ended before it wrote this, or it wrote what was there before.
+    if (now == file.before) return file.after.empty() ? Outcome::nothing : Outcome::done;
     if (file.after.empty() || now != file.after) return leftAlone(output, file);
     const Collection* collection = collectionOf(file.program);
     const std::string notNow = collection != nullptr ? collection->whyNotWritable() : std::string();

@@ -69,4 +69,5 @@
 #include <zaltag/traktor/ZALTraktorPlaylist.h>
 #include <zaltag/traktor/ZALTraktorQueue.h>
 #include <zaltag/traktor/ZALTraktorTrack.h>
+#include <zaltag/walks/ZALAudioDuration.h>
 #include <zaltag/walks/ZALFirstFrame.h>

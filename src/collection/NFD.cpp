@@ -30,9 +30,9 @@ std::string canonicalDecomposition(std::string_view text) {
     return mapped(text, 0);
 }
 
-std::string inOneCase(std::string_view decomposed) {
-    if (isASCII(decomposed) || decomposed.size() > limits::path) return asciiLowercase(decomposed);
-    return mapped(decomposed, UTF8PROC_CASEFOLD);
+std::string inOneCase(std::string_view text) {
+    if (isASCII(text) || text.size() > limits::path) return asciiLowercase(text);
+    return mapped(text, UTF8PROC_CASEFOLD);
 }
 
 }  // namespace zal

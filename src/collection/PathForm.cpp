@@ -59,5 +59,5 @@ std::string ZALDecomposedPath(std::string_view path) {
 }
 
 std::string ZALLoosePath(std::string_view path) {
-    return zal::inOneCase(zal::canonicalDecomposition(behindVolume(ZALCommonPath(path))));
+    return zal::inOneCase(behindVolume(ZALCommonPath(path)));
 }

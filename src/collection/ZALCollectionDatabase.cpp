@@ -252,6 +252,11 @@ std::shared_ptr<const ZALCollectionTrack> ZALCollectionDatabase::track(const ZAL
     return found ? program_.copyOf(*found) : nullptr;
 }
 
+bool ZALCollectionDatabase::mayHold(const std::string& path) const {
+    const auto held = index();
+    return held && !held->withPath(keyOf(path)).empty();
+}
+
 std::vector<std::vector<std::string>> ZALCollectionDatabase::pathsLike(
     const std::vector<std::string>& paths) const {
     std::vector<std::vector<std::string>> found(paths.size());

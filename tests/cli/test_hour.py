@@ -132,6 +132,20 @@ class Hour(ProgramTest):
         self.zaltag(*sync, "traktor", "--traktor", nml, "--relocate", "--force-dates")
         self.assertEqual(len(traktor_cues(tree(nml).find("COLLECTION/ENTRY"))), 1)
 
+    def test_moved_files_are_known_by_title_artist_and_length(self):
+        songs = [self.make("usb/House/t." + extension) for extension in ("mp3", "m4a", "flac", "wav", "aiff")]
+        songs.append(self.mp3("usb/House/plain.mp3", frames=40))
+        for i, song in enumerate(songs):
+            self.zaltag("set", song, f"title=T{i}", "artist=A")
+            self.zaltag("cues", "set", song, "--to", "zal", "0=a")
+        tracks = rekordbox([(f"/gone/{i}.mp3", "") for i in range(len(songs))]).decode()
+        for i in range(len(songs)):
+            tracks = tracks.replace('TotalTime="300"', f'Name="T{i}" Artist="A" totaltime="{2 if i else 4}"', 1)
+        file = self.write("tagged.xml", tracks.replace("totaltime", "TotalTime").encode())
+        rows = json.loads(self.zaltag("sync", *songs, "--from", "zal", "--to", "rekordbox", "--rekordbox", file, "--relocate",
+                                      "--dry-run", "--json")[0])
+        self.assertEqual([row["match"] for row in rows], [None] + ["relocated"] * 5)
+
     def test_the_boot_volume_is_the_one_whose_files_are_here(self):
         file = self.write("mac.nml", traktor(self.songs[:2], boot_volume="Big Disk"))
         rows = json.loads(self.zaltag("sync", *self.songs[:2], "--from", "serato", "--to", "traktor", "--traktor", file,

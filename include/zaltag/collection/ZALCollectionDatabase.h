@@ -92,6 +92,9 @@ class ZALTAG_EXPORT ZALCollectionDatabase {
     /// A copy of the track of an audio file, by its path in any Unicode normalization; null without one. Of
     /// several tracks with one path it is the last.
     std::shared_ptr<const ZALCollectionTrack> track(const ZALNullableString& path) const;
+    /// False when no track has a path, in any Unicode normalization. True when one has, which the index says
+    /// of one in some 10^19 others, too: nothing is read.
+    bool mayHold(const std::string& path) const;
     /// For each path the paths of the tracks that it may mean on another system, as the collection has them:
     /// those of the same ZALLoosePath(). Many paths at once cost less than one after the other.
     std::vector<std::vector<std::string>> pathsLike(const std::vector<std::string>& paths) const;
