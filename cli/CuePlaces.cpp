@@ -19,6 +19,15 @@ void writeOwn(ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints, bool) {
         ZALTagCuePoints::cuePointsWithCuePointArray(cuePoints, record ? record->algorithm() : 0));
 }
 
+// The record holds times and names.
+ZALCuePlan planOwn(const ZALTag&, const ZALArray<ZALTagCuePoint>& cuePoints, bool) {
+    ZALCuePlan plan;
+    for (const ZALTagCuePoint& cue : cuePoints) {
+        plan.outcomes.push_back({cue, ZALTagCuePoint(cue.time(), cue.name())});
+    }
+    return plan;
+}
+
 // Other data of Serato may stand in a file without cue points; only a list that can be read, of a version
 // that is known, says that they are none.
 bool hasNoneOfSerato(const ZALTag& tag) {
@@ -46,13 +55,23 @@ constexpr CuePlace places[] = {
      [](ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints, bool keepsTimes) {
          keepsTimes ? tag.setRawSeratoCuePoints(cuePoints) : tag.setSeratoCuePoints(cuePoints);
      },
-     hasNoneOfSerato, missingInSerato},
+     hasNoneOfSerato, missingInSerato,
+     [](const ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints, bool keepsTimes) {
+         return tag.planSeratoCuePoints(cuePoints, keepsTimes);
+     }},
     {"zal", readOwn, [](const ZALTag&) { return ZALArray<ZALTagCuePoint>(); }, writeOwn,
      [](const ZALTag&) { return true; },
-     [](const ZALTag&, const ZALArray<ZALTagCuePoint>&) { return std::string(); }},
+     [](const ZALTag&, const ZALArray<ZALTagCuePoint>&) { return std::string(); }, planOwn},
 };
 
 }  // namespace
+
+ZALArray<ZALTagCuePoint> CuePlace::readAll(const ZALTag& tag) const {
+    std::vector<ZALTagCuePoint> all = read(tag).elements();
+    const auto loops = readLoops(tag);
+    all.insert(all.end(), loops.begin(), loops.end());
+    return all;
+}
 
 const CuePlace* cuePlace(const std::string& name) {
     for (const CuePlace& place : places) {

@@ -19,6 +19,11 @@ struct CuePlace {
     bool (*isSurelyEmpty)(const ZALTag& tag);
     /// Which of the cue points that were written the place does not hold, as words; empty when it holds all.
     std::string (*missing)(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints);
+    /// What write() would make of cue points.
+    ZALCuePlan (*plan)(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints, bool keepsTimes);
+
+    /// The cue points, and the loops behind them.
+    ZALArray<ZALTagCuePoint> readAll(const ZALTag& tag) const;
 };
 
 /// The place with a name, or null.

@@ -10,14 +10,21 @@
 
 namespace {
 
+// The same place and name; programs that store whole milliseconds have no more.
 bool isSame(const ZALTagCuePoint& one, const ZALTagCuePoint& other) {
-    constexpr double microsecond = 1e-6;
-    return std::abs(one.time() - other.time()) < microsecond &&
+    constexpr double tolerance = 0.0005;
+    const double shift = (other.end() ? *other.end() : 0) - (one.end() ? *one.end() : 0);
+    return std::abs(one.time() - other.time()) <= tolerance && std::abs(shift) <= tolerance &&
+           one.end().has_value() == other.end().has_value() &&
            one.name().value_or("") == other.name().value_or("");
 }
 
-bool isAmong(const CuePoints& all, const ZALTagCuePoint& wanted) {
-    return std::any_of(all.begin(), all.end(), [&](const auto& one) { return isSame(one, wanted); });
+// As far as the wanted one says something.
+bool isHeld(const CuePoints& all, const ZALTagCuePoint& wanted) {
+    return std::any_of(all.begin(), all.end(), [&](const ZALTagCuePoint& one) {
+        return isSame(one, wanted) && one.kind() == wanted.kind() && one.pad() == wanted.pad() &&
+               (!wanted.color() || one.color() == wanted.color());
+    });
 }
 
 }  // namespace
@@ -38,20 +45,72 @@ ZALJSONValue jsonOfCues(const CuePoints& cuePoints) {
 }
 
 std::string cueText(const ZALTagCuePoint& cue) {
-    return fmt::format("{} \"{}\"", secondsText(cue.time()), printable(cue.name().value_or("")));
+    std::string text = cue.pad().value_or(-1) >= 0 ? fmt::format("{:c} ", 'A' + *cue.pad()) : "";
+    text += secondsText(cue.time());
+    if (cue.end()) text += "-" + secondsText(*cue.end());
+    text += fmt::format(" \"{}\"", printable(cue.name().value_or("")));
+    if (cue.color()) text += fmt::format(" {:06X}", *cue.color());
+    const bool isPlain = cue.kind() == ZALTagCuePoint::Kind::cue || cue.end();
+    return isPlain ? text : text + " " + ZALTagCuePoint::nameOfKind(cue.kind());
 }
 
-CueChanges changesOf(const CuePoints& asked, const CuePoints& before, const CuePoints& after) {
+bool areWhollyEqual(const CuePoints& one, const CuePoints& other) {
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                      [](const auto& cue, const auto& too) { return cue.isWhollyEqualTo(too); });
+}
+
+CuePoints leftOf(const ZALCuePlan& plan) {
+    std::vector<ZALTagCuePoint> left;
+    for (const ZALCueOutcome& outcome : plan.outcomes) {
+        if (outcome.isLeftOut()) left.push_back(outcome.asked);
+    }
+    return left;
+}
+
+CueLosses::CueLosses(const ZALCuePlan& plan)
+    : leftOut(plan.count(&ZALCueOutcome::isLeftOut)),
+      kinds(plan.count(&ZALCueOutcome::hasOtherKind)),
+      pads(plan.count(&ZALCueOutcome::hasOtherPad)),
+      colors(plan.count(&ZALCueOutcome::hasOtherColor)),
+      gridMarkers(plan.gridMarkersOffPads) {}
+
+void CueLosses::add(const CueLosses& more) {
+    leftOut += more.leftOut;
+    kinds += more.kinds;
+    pads += more.pads;
+    colors += more.colors;
+    gridMarkers += more.gridMarkers;
+}
+
+std::string CueLosses::text() const {
+    const std::pair<std::size_t, const char*> losses[] = {{leftOut, "left out"},
+                                                          {kinds, "of another kind"},
+                                                          {pads, "on another pad or none"},
+                                                          {colors, "in another colour or none"},
+                                                          {gridMarkers, "grid markers off their pads"}};
+    std::string text;
+    for (const auto& [count, what] : losses) {
+        if (count > 0) text += fmt::format("{}{} {}", text.empty() ? "" : ", ", count, what);
+    }
+    return text;
+}
+
+CueChanges changesOf(const ZALCuePlan& plan, const CuePoints& before, const CuePoints& kept) {
     CueChanges changes;
-    for (std::size_t i = 0; i < after.size(); ++i) {
-        const bool isMoved = i < asked.size() && !isSame(asked[i], after[i]);
-        if (isMoved) ++changes.moved;
-        if (isAmong(before, after[i])) continue;
-        const std::string target = isMoved ? " -> " + secondsText(after[i].time()) : "";
-        changes.lines.push_back(cueText(isMoved ? asked[i] : after[i]) + target);
+    for (const ZALCueOutcome& outcome : plan.outcomes) {
+        if (!outcome.held) continue;
+        if (outcome.isMoved()) ++changes.moved;
+        if (isHeld(before, *outcome.held) || isHeld(kept, *outcome.held)) continue;
+        ZALTagCuePoint shown = *outcome.held;
+        if (outcome.isMoved()) shown.moveTo(outcome.asked.time());
+        const std::string target = outcome.isMoved() ? " -> " + secondsText(outcome.held->time()) : "";
+        changes.lines.push_back(cueText(shown) + target);
     }
     for (const ZALTagCuePoint& cue : before) {
-        if (!isAmong(after, cue)) changes.lines.push_back("- " + cueText(cue));
+        const bool stays = std::any_of(plan.outcomes.begin(), plan.outcomes.end(), [&](const auto& outcome) {
+            return outcome.held && isSame(*outcome.held, cue);
+        });
+        if (!stays) changes.lines.push_back("- " + cueText(cue));
     }
     return changes;
 }

@@ -32,22 +32,14 @@ void print(Output& output, const Options& options, const std::string& file,
     }
 }
 
-// The lines can be set again as they are; Serato's loops are named in JSON only.
-ZALArray<ZALTagCuePoint> readAll(const CuePlace& place, const ZALTag& tag) {
-    std::vector<ZALTagCuePoint> all = place.read(tag).elements();
-    const auto loops = place.readLoops(tag);
-    all.insert(all.end(), loops.begin(), loops.end());
-    return all;
-}
-
+// The lines can be set again as they are; loops beside cue points are named in JSON only.
 void listFiles(Output& output, const Options& options, const CuePlace& place) {
     for (const std::string& file : options.words) {
         const OpenedFile opened = openFile(file, true);
         if (opened.tag == nullptr) {
             output.failure(file, opened.failure);
         } else {
-            print(output, options, file,
-                  options.json ? readAll(place, *opened.tag) : place.read(*opened.tag));
+            print(output, options, file, options.json ? place.readAll(*opened.tag) : place.read(*opened.tag));
         }
     }
 }

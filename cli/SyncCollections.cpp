@@ -19,6 +19,23 @@ bool isThere(const std::string& path) {
     return fs::exists(path, ignored);
 }
 
+CuePoints heldOf(const ZALCuePlan& plan) {
+    std::vector<ZALTagCuePoint> held;
+    for (const ZALCueOutcome& outcome : plan.outcomes) {
+        if (outcome.held) held.push_back(*outcome.held);
+    }
+    return held;
+}
+
+// All that the track has and what it lacks, in the places where the request would put it; those that it has
+// are not moved any more.
+CuePoints merged(const ZALCollectionTrack& track, const CuePoints& cuePoints, ZALCueRequest& request) {
+    const CuePoints added = track.asWritten(cuePoints, request);
+    request.keepsTimes = true;
+    request.offset = 0;
+    return ZALMergedCuePoints(track.cuePoints(ZALCueKind::all), added);
+}
+
 }  // namespace
 
 std::vector<std::string> importFiles(const std::string& collection) {
@@ -42,6 +59,7 @@ void SyncCollections::fail(SyncRow&& row, std::size_t& counter) {
 void SyncCollections::take(const std::string& path, const SyncJob& job, SyncTarget& target,
                            const Matching::Match& match) {
     const Collection& collection = *target.inCollection->collection;
+    const SyncOptions& options = plan_.options;
     SyncRow row{.path = path,
                 .target = target.name,
                 .status = "not-found",
@@ -57,26 +75,32 @@ void SyncCollections::take(const std::string& path, const SyncJob& job, SyncTarg
         report_.nameMissing(path, collection);
         return report_.add(std::move(row));
     }
+    ZALCueRequest request = target.request;
+    request.offset = plan_.decoderShift(target) * job.traktorOffset;
+    const CuePoints asked = options.merge ? merged(*track, job.cuePoints, request) : job.cuePoints;
+    const bool isUnchanged = track->hasCuePoints(asked, request);
+    if (!isUnchanged || report_.wantsCues()) row.plan = track->planCuePoints(asked, request);
+    if (!isUnchanged) target.losses.add(CueLosses(row.plan));
     if (report_.wantsCues()) {
-        row.before = track->cuePoints(target.request.kind);
-        row.cues = track->asWritten(job.cuePoints, target.request);
+        row.before = track->cuePoints(request.kind);
+        row.cues = heldOf(row.plan);
+        if (request.kind == ZALCueKind::hot) row.kept = track->cuePoints(ZALCueKind::memory);
     }
-    const bool isUnchanged = track->hasCuePoints(job.cuePoints, target.request);
     const bool isDry = plan_.options.dryRun;
     if (isUnchanged) ++target.unchanged;
     row.status = isUnchanged ? "unchanged" : isDry ? "to-be-written" : "written";
     // Tracks that have the cues already are asked for too: the collection may have to list them.
     if (!isDry) {
-        return requests_.push_back({&target, match.key, job.cuePoints, isUnchanged, std::move(row)});
+        return requests_.push_back({&target, match.key, asked, request, isUnchanged, std::move(row)});
     }
     if (isUnchanged) return report_.add(std::move(row));
-    if (!collection.whyLeftOut(match.key, target.request).empty()) {
+    if (!collection.whyLeftOut(match.key, request).empty()) {
         row.status = "newer";
-        row.reason = collection.whyNotWritten(match.key, target.request);
+        row.reason = collection.whyNotWritten(match.key, request);
         return fail(std::move(row), target.newer);
     }
     ++target.written;
-    report_.sayChanges(row, job.cuePoints);
+    report_.sayChanges(row);
     report_.add(std::move(row));
 }
 
@@ -85,7 +109,7 @@ void SyncCollections::save() {
     std::set<const Collection*> unsaved;
     for (const Request& request : requests_) {
         const Collection* collection = request.target->inCollection->collection;
-        collection->request(request.key, request.cuePoints, request.target->request);
+        collection->request(request.key, request.cuePoints, request.request);
         used.insert(collection);
     }
     for (const Collection* collection : used) {
@@ -108,11 +132,11 @@ void SyncCollections::report(Request& request, bool isSaved) {
         ++request.target->failed;
         row.status = "failed";
         row.reason = "the collection was not written";
-    } else if (collection.holds(request.key, request.cuePoints, request.target->request)) {
+    } else if (collection.holds(request.key, request.cuePoints, request.request)) {
         ++request.target->written;
     } else {
         row.status = "newer";
-        row.reason = collection.whyNotWritten(request.key, request.target->request);
+        row.reason = collection.whyNotWritten(request.key, request.request);
         return fail(std::move(row), request.target->newer);
     }
     report_.add(std::move(row));

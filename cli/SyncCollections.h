@@ -28,6 +28,7 @@ class SyncCollections {
         SyncTarget* target;
         std::string key;
         CuePoints cuePoints;
+        ZALCueRequest request;
         bool isUnchanged;
         SyncRow row;
     };

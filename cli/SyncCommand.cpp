@@ -39,10 +39,10 @@ class Sync {
     void matchWith(const CollectionPlace* place, bool isSource);
     ZALTrackIdentity describe(std::size_t number, bool withTags) const;
     SyncJob work(std::size_t number) const;
+    void readFirstFrame(const std::string& path, SyncJob& job) const;
     void workOnAll();
     void take(SyncJob&& job);
-    void takeFileResult(const std::string& path, SyncTarget& target, const SyncJob& job,
-                        const SyncFileResult& result);
+    void takeFileResult(const std::string& path, SyncTarget& target, const SyncFileResult& result);
     const Matching::Match& matchOf(const CollectionPlace& place, std::size_t number) const;
     std::size_t matched() const;
     void sayWhatIsNext();
@@ -61,6 +61,7 @@ class Sync {
     std::map<const Collection*, Matching> matchings_;
     std::size_t notInSource_ = 0;
     std::size_t withCues_ = 0;
+    std::size_t withoutFrame_ = 0;
     std::size_t failed_ = 0;
 };
 
@@ -73,6 +74,11 @@ int Sync::run() {
     if (isInterrupted()) return report_.output().finish();
     if (!options_.dryRun) collections_.save();
     journal_.end();
+    if (withoutFrame_ > 0) {
+        report_.output().message(fmt::format(
+            "{} MP3 files could not be read: their times may be a frame apart in the other program",
+            withoutFrame_));
+    }
     options_.json ? report_.output().message(summary()) : report_.output().line(summary());
     sayWhatIsNext();
     if (!paths_.empty() && !matchings_.empty() && matched() == 0) sayNothingMatched();
@@ -193,15 +199,30 @@ SyncJob Sync::work(std::size_t number) const {
         files_.work(paths_[number], job);
     } else if (options_.all) {
         job.hasSource = true;
-        job.cuePoints = source->read(paths_[number]);
+        job.cuePoints = plan_.carried(source->read(paths_[number]));
+        readFirstFrame(paths_[number], job);
     } else {
         const Matching::Match& match = matchOf(*source, number);
         job.failure = match.reason;
         job.hasSource = match.how != nullptr;
-        if (job.hasSource) job.cuePoints = source->read(match.key);
+        if (job.hasSource) job.cuePoints = plan_.carried(source->read(match.key));
+        readFirstFrame(paths_[number], job);
         if (isToBeWritten(plan_, job)) files_.work(paths_[number], job);
     }
     return job;
+}
+
+// Where the times of the source and those of a target begin a frame apart.
+void Sync::readFirstFrame(const std::string& path, SyncJob& job) const {
+    const bool isWanted =
+        std::any_of(plan_.targets.begin(), plan_.targets.end(),
+                    [this](const SyncTarget& target) { return plan_.decoderShift(target) != 0; });
+    if (!isWanted || job.cuePoints.empty() ||
+        CLI::detail::to_lower(std::filesystem::path(path).extension()) != ".mp3")
+        return;
+    const auto frame = ZALFirstFrame::ofFile(path);
+    job.hasNoFrame = !frame;
+    if (frame) job.traktorOffset = frame->traktorOffset();
 }
 
 void Sync::take(SyncJob&& job) {
@@ -214,6 +235,7 @@ void Sync::take(SyncJob&& job) {
         report_.nameMissing(path, *plan_.sourceInCollection->collection);
     }
     if (!job.cuePoints.empty()) ++withCues_;
+    if (job.hasNoFrame) ++withoutFrame_;
     std::set<std::string> told;
     for (std::size_t i = 0; i < plan_.targets.size(); ++i) {
         SyncTarget& target = plan_.targets[i];
@@ -224,7 +246,7 @@ void Sync::take(SyncJob&& job) {
             if (target.usable)
                 collections_.take(path, job, target, matchOf(*target.inCollection, job.number));
         } else if (job.results[i].failure.empty()) {
-            takeFileResult(path, target, job, job.results[i]);
+            takeFileResult(path, target, job.results[i]);
         } else {
             ++target.failed;
             const std::string& reason = job.results[i].failure;
@@ -234,8 +256,7 @@ void Sync::take(SyncJob&& job) {
     }
 }
 
-void Sync::takeFileResult(const std::string& path, SyncTarget& target, const SyncJob& job,
-                          const SyncFileResult& result) {
+void Sync::takeFileResult(const std::string& path, SyncTarget& target, const SyncFileResult& result) {
     ++(result.changed ? target.written : target.unchanged);
     const char* written = options_.dryRun ? "to-be-written" : "written";
     SyncRow row{.path = path,
@@ -243,8 +264,11 @@ void Sync::takeFileResult(const std::string& path, SyncTarget& target, const Syn
                 .status = result.changed ? written : "unchanged",
                 .cues = result.after,
                 .before = result.before,
-                .left = result.left};
-    if (result.changed) report_.sayChanges(row, job.cuePoints);
+                .plan = result.plan};
+    if (result.changed) {
+        target.losses.add(CueLosses(result.plan));
+        report_.sayChanges(row);
+    }
     report_.sayLeft(row);
     report_.add(std::move(row));
 }
@@ -296,6 +320,8 @@ std::string Sync::summary() const {
         if (target.inCollection != nullptr)
             text += fmt::format(", {} not in the collection, {} newer", target.notThere, target.newer);
         text += fmt::format(", {} failed", target.failed);
+        const std::string losses = target.losses.text();
+        if (!losses.empty()) text += fmt::format(" (cue points: {})", losses);
     }
     return text;
 }
@@ -323,6 +349,14 @@ void addPlaces(CLI::App& command, SyncOptions& options) {
 
 void addWays(CLI::App& command, SyncOptions& options) {
     command.add_flag("--keep-times", options.keepTimes, "Do not move cue points to the beat grid");
+    command.add_option("--only", options.only, "Carry times and names alone")
+        ->type_name("times")
+        ->check(CLI::IsMember({"times"}).description(""));
+    command.add_flag_callback(
+        "--no-decoder-offset", [&options] { options.decoderOffset = false; }, "Leave MP3 times as they are");
+    command.add_option("--offset", options.offset, "Added to every time")->type_name("MS");
+    command.add_flag("--as-memory", options.asMemory, "Rekordbox: hot cues as memory cues, too");
+    command.add_flag("--merge", options.merge, "Keep the target's, add what it lacks");
     command.add_flag("--force-dates", options.forceDates, "Write entries without a date, too");
     command.add_flag("--clear-empty", options.clearEmpty, "Clear the targets where the source has none");
     command.add_flag("-n,--dry-run", options.dryRun, "Only say what would change");

@@ -27,7 +27,7 @@ void SyncFiles::readSource(const ZALTag& tag, SyncJob& job) const {
     // To a folder full of files a payload that cannot be read is not the same as having no cue points.
     const ZALDamageWatch watch;
     const CuePlace& source = *plan_.sourceInFile;
-    job.cuePoints = source.read(tag);
+    job.cuePoints = plan_.carried(plan_.options.onlyTimes() ? source.read(tag) : source.readAll(tag));
     job.hasSource = !job.cuePoints.empty() || source.isSurelyEmpty(tag);
     if (job.cuePoints.empty() && watch.firstDamage()) {
         job.failure = fmt::format("its cue points of {} cannot be read: {}", source.name,
@@ -42,15 +42,13 @@ bool SyncFiles::change(ZALTag& tag, SyncJob& job) const {
         const CuePlace* place = plan_.targets[i].inFile;
         if (place == nullptr) continue;
         SyncFileResult& result = job.results[i];
-        result.before = place->read(tag);
-        place->write(tag, job.cuePoints, plan_.options.keepTimes);
-        result.after = place->read(tag);
-        result.changed = !(result.before == result.after);
-        std::vector<ZALTagCuePoint> left;
-        for (std::size_t cue = result.after.size(); cue < job.cuePoints.size(); ++cue) {
-            left.push_back(job.cuePoints[cue]);
-        }
-        result.left = std::move(left);
+        result.before = place->readAll(tag);
+        const CuePoints asked =
+            plan_.options.merge ? ZALMergedCuePoints(result.before, job.cuePoints) : job.cuePoints;
+        result.plan = place->plan(tag, asked, plan_.options.keepTimes);
+        place->write(tag, asked, plan_.options.keepTimes);
+        result.after = place->readAll(tag);
+        result.changed = !areWhollyEqual(result.before, result.after);
         anyChange = anyChange || result.changed;
     }
     return anyChange;

@@ -14,13 +14,15 @@ struct SyncFileResult {
     std::string failure;
     CuePoints before;
     CuePoints after;
-    CuePoints left;  ///< too many for the format
+    ZALCuePlan plan;  ///< what became of each cue point
 };
 
 /// What one file brought.
 struct SyncJob {
     std::size_t number = 0;
     CuePoints cuePoints;
+    double traktorOffset = 0;             ///< of an MP3 file, as ZALFirstFrame has it
+    bool hasNoFrame = false;              ///< it is wanted and cannot be had
     bool hasSource = false;               ///< the source has the file, with cue points or surely without
     std::string failure;                  ///< of reading the source
     std::vector<SyncFileResult> results;  ///< one per target; empty ones for targets in collections

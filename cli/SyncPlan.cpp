@@ -25,6 +25,7 @@ SyncPlan::SyncPlan(const SyncOptions& asked)
     for (const std::string& name : names) {
         SyncTarget target{.name = name, .inFile = cuePlace(name), .inCollection = collectionPlace(name)};
         if (target.inCollection != nullptr) target.request = target.inCollection->requestedCues();
+        if (asked.asMemory && name == "rekordbox-hot") target.request.kind = ZALCueKind::all;
         target.request.keepsTimes = asked.keepTimes;
         target.request.includesUndated = asked.forceDates;
         targets.push_back(std::move(target));
@@ -40,6 +41,27 @@ SyncPlan::SyncPlan(const SyncOptions& asked)
 bool SyncPlan::writesFiles() const {
     return std::any_of(targets.begin(), targets.end(),
                        [](const SyncTarget& target) { return target.inFile; });
+}
+
+CuePoints SyncPlan::carried(const CuePoints& cuePoints) const {
+    constexpr double secondsPerMillisecond = 0.001;
+    const CuePoints moved = ZALCuePointsMovedBy(cuePoints, options.offset * secondsPerMillisecond);
+    if (!options.onlyTimes()) return moved;
+    std::vector<ZALTagCuePoint> plain;
+    for (const ZALTagCuePoint& cue : moved) {
+        plain.emplace_back(cue.time(), cue.name());
+    }
+    return plain;
+}
+
+int SyncPlan::decoderShift(const SyncTarget& target) const {
+    if (!options.decoderOffset || options.onlyTimes() || sourceInCollection == nullptr ||
+        target.inCollection == nullptr)
+        return 0;
+    const Collection* const traktor = collectionOf("Traktor");
+    const bool isFrom = sourceInCollection->collection == traktor;
+    const bool isTo = target.inCollection->collection == traktor;
+    return isTo - isFrom;
 }
 
 CollectionOptions SyncPlan::collections(std::string& replaced) const {

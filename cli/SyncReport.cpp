@@ -14,7 +14,7 @@ void SyncReport::add(SyncRow&& row) {
                     {"reason", text(row.reason)},
                     {"cues", jsonOfCues(row.cues)},
                     {"before", jsonOfCues(row.before)},
-                    {"left", jsonOfCues(row.left)}});
+                    {"left", jsonOfCues(leftOf(row.plan))}});
 }
 
 // The document has an object per target, not one for the file.
@@ -28,12 +28,14 @@ void SyncReport::nameMissing(const std::string& path, const Collection& collecti
     output_.line(fmt::format("{}: not in the {} collection", printable(path), collection.name));
 }
 
-void SyncReport::sayChanges(const SyncRow& row, const CuePoints& asked) {
+void SyncReport::sayChanges(const SyncRow& row) {
     if (options_.json || !options_.dryRun) return;
-    const CueChanges changes = changesOf(ZALSortedCuePoints(asked), row.before, row.cues);
+    const CueChanges changes = changesOf(row.plan, row.before, row.kept);
     std::string head = fmt::format("{}: {}", printable(row.path), row.target);
     if (changes.moved > 0)
-        head += fmt::format(" ({} of {} moved to the beat grid)", changes.moved, row.cues.size());
+        head += fmt::format(" ({} of {} moved to the beat grid)", changes.moved, row.plan.outcomes.size());
+    const std::string losses = CueLosses(row.plan).text();
+    if (!losses.empty()) head += fmt::format(" ({})", losses);
     output_.line(head);
     for (const std::string& line : changes.lines) {
         output_.line("  " + line);
@@ -41,7 +43,7 @@ void SyncReport::sayChanges(const SyncRow& row, const CuePoints& asked) {
 }
 
 void SyncReport::sayLeft(const SyncRow& row) {
-    for (const ZALTagCuePoint& cue : row.left) {
+    for (const ZALTagCuePoint& cue : leftOf(row.plan)) {
         output_.message(fmt::format("{}: {} has no room for {} '{}'", printable(row.path), row.target,
                                     secondsText(cue.time()), printable(cue.name().value_or(""))));
     }

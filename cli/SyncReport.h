@@ -15,7 +15,8 @@ struct SyncRow {
     std::string reason = {};
     CuePoints cues = {};
     CuePoints before = {};
-    CuePoints left = {};  ///< what the target cannot hold
+    CuePoints kept = {};   ///< of the track, beside those that are replaced
+    ZALCuePlan plan = {};  ///< what becomes of the cue points that are asked for
 };
 
 /// What `sync` prints: lines for a person, or JSON with the lines on standard error.
@@ -33,8 +34,8 @@ class SyncReport {
     void fail(const std::string& path, const std::string& reason);
     /// In the dry run, and when asked, the line of a file that a collection does not hold.
     void nameMissing(const std::string& path, const Collection& collection);
-    /// In the dry run the lines of what a row changes, when `asked` is what it was asked for.
-    void sayChanges(const SyncRow& row, const CuePoints& asked);
+    /// In the dry run the lines of what a row changes.
+    void sayChanges(const SyncRow& row);
     /// Names what a target has no room for.
     void sayLeft(const SyncRow& row);
 

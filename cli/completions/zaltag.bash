@@ -11,7 +11,7 @@ _zaltag_options() {  # COMMAND [COMMAND-BELOW]
         "artwork export") echo "--out" ;;
         "artwork replace" | "artwork backup") echo "--image" ;;
         scan) echo "--jobs --json" ;;
-        sync) echo "--from --to --all --relocate --keep-times --force-dates --in-place --dry-run --verbose --json --clear-empty --no-backup --output --rewrite-all --jobs $collections" ;;
+        sync) echo "--from --to --all --relocate --keep-times --only --merge --as-memory --no-decoder-offset --offset --force-dates --in-place --dry-run --verbose --json --clear-empty --no-backup --output --rewrite-all --jobs $collections" ;;
         undo) echo "--list" ;;
         report) echo "--output --jobs $collections" ;;
         rekordbox\ * | traktor\ *) echo "--json $collections" ;;

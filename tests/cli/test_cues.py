@@ -1,11 +1,12 @@
 """Cue points with colours, loops, kinds and pads, from outside: files are read by mutagen, ffmpeg and lame make them."""
 import json
+import os
 import struct
 import subprocess
 
 from mutagen.id3 import ID3, TIT2
 
-from collection_files import SAMPLES
+from collection_files import SAMPLES, rekordbox, traktor
 from support import FRAME, ProgramTest
 
 
@@ -24,6 +25,67 @@ class Words(ProgramTest):
             self.zaltag("cues", "set", song, "--to", "serato", *words, status=2)
         err = self.zaltag("cues", "set", song, "--to", "serato", *(f"{i}-{i + 1}=loop {i}" for i in range(9)), status=1)[1]
         self.assertIn("there is no slot for 8=loop 8", err)
+
+
+class Sync(ProgramTest):
+    def setUp(self):
+        super().setUp()
+        os.mkdir(self.path("music"))
+        self.songs = [self.make(f"music/{name}", *options) for name, *options in
+                      (("a.mp3", "-write_xing", "0"), ("b.mp3",), ("c.m4a",), ("d.flac",), ("e.wav",))]
+        grid = '<CUE_V2 NAME="AutoGrid" TYPE="4" START="50.5" LEN="0" HOTCUE="0" COLOR="#FFFFFF"></CUE_V2>'
+        self.xml = self.write("rekordbox.xml", rekordbox([(song, '<TEMPO Inizio="0.1" Bpm="60"/>') for song in self.songs]))
+        self.nml = self.write("collection.nml", traktor(self.songs, inner=grid))
+
+    def cues(self, place, song):
+        return json.loads(self.zaltag("cues", "list", song, "--from", place, "--json", "--rekordbox", self.xml, "--traktor", self.nml)[0])[0]["cues"]
+
+    def sync(self, *options):
+        return self.zaltag("sync", self.path("music"), "--rekordbox", self.xml, "--traktor", self.nml, "--no-backup", *options)[0]
+
+    def start(self, *words):
+        for song in self.songs:
+            self.zaltag("cues", "set", song, "--to", "serato", *(words or (
+                "H:3.21=H#8800CC", "B:1.5=B", "D:0.777=Drop#00CC44", "5.5-7.25=late", "0.4-0.9=early")))
+
+    def test_every_way_twice(self):
+        self.start()
+        places = ("serato", "zal", "rekordbox-hot", "rekordbox-memory", "rekordbox", "traktor")
+        for source in places:
+            for target in places:
+                if source == target or source == "rekordbox" or source[:9] == target[:9]:
+                    continue
+                with self.subTest(source=source, target=target):
+                    self.sync("--from", source, "--to", target)
+                    files = [self.content(file) for file in (self.xml, self.nml, *self.songs)]
+                    self.assertRegex(self.sync("--from", source, "--to", target), r": 0 written, \d unchanged")
+                    self.assertEqual([self.content(file) for file in (self.xml, self.nml, *self.songs)], files)
+
+    def test_pads_and_loops_go_with_it_and_mp3_times_by_a_frame(self):
+        self.start()
+        out = self.sync("--from", "serato", "--to", "traktor", "--keep-times", "--dry-run")
+        self.assertIn('  0.4-0.9 "early" 27AAE1\n  D 0.777 "Drop" 00CC44\n  B 1.5 "B" CC8800\n  H 3.21 "H" 8800CC\n  5.5-7.25 "late"', out)
+        self.sync("--from", "serato", "--to", "traktor", "--keep-times")
+        wanted = [(cue["name"], cue["pad"], cue["color"], cue["time"], cue["end"]) for cue in self.cues("traktor", self.songs[0])]
+        self.assertEqual(wanted, [("early", -1, "27AAE1", 0.4, 0.9), ("late", -1, "27AAE1", 5.5, 7.25), ("B", 1, "CC8800", 1.5, None),
+                                  ("Drop", 3, "00CC44", 0.777, None), ("H", 7, "8800CC", 3.21, None)])
+        frame = 1152 / 44100
+        for options, of_a, of_b in (((), 0, -frame), (("--no-decoder-offset",), 0, 0), (("--offset", "100"), 0.1, 0.1 - frame),
+                                    (("--only", "times"), 0, 0)):
+            self.sync("--from", "traktor", "--to", "rekordbox-hot", "--keep-times", *options)
+            for song, late in ((self.songs[0], of_a), (self.songs[1], of_b)):
+                times = {cue["name"]: (round(cue["time"], 6), cue["pad"]) for cue in self.cues("rekordbox-hot", song)}
+                self.assertEqual(times["H"], (round(3.21 + late, 6), 3 if "--only" in options else 7), (song, options))
+
+    def test_merged_and_as_memory(self):
+        self.start("A:1=own", "2-3=loop")
+        self.sync("--from", "serato", "--to", "rekordbox-hot", "--keep-times", "--as-memory")
+        self.assertEqual([(cue["name"], cue["pad"]) for cue in self.cues("rekordbox-memory", self.songs[0])], [("own", -1), ("loop", -1)])
+        self.start("A:1.005=same", "A:7=new", "C:8=third")
+        for _ in range(2):
+            self.sync("--from", "serato", "--to", "rekordbox-hot", "--keep-times", "--merge")
+            self.assertEqual([(cue["name"], cue["pad"]) for cue in self.cues("rekordbox-hot", self.songs[0])],
+                             [("own", 0), ("new", 1), ("third", 2)])
 
 
 class FirstFrame(ProgramTest):

@@ -37,12 +37,13 @@ class Hour(ProgramTest):
         maps = ("--map", rf"C:\DJ\Music={usb}", "--map", f"/DJ/Music={usb}")
         out, err = self.sync(*maps, "--dry-run")
         self.assertIn(f"{self.songs[0]}: rekordbox-hot (1 of 2 moved to the beat grid)\n"
-                      '  10.2 "in" -> 10\n  60 "out"\n', out)
+                      '  A 10.2 "in" CC0000 -> 10\n  B 60 "out" CC8800\n', out)
         self.assertEqual((self.content(self.rekordbox), self.content(self.traktor)), self.before)
 
         out, err = self.sync(*maps)
         counts = "3 written, 0 unchanged, 1 not in the collection, 0 newer, 0 failed"
-        self.assertEqual(out, f"4 files, 4 with cue points, 0 failed; rekordbox-hot: {counts}; traktor: {counts}\n")
+        self.assertEqual(out, f"4 files, 4 with cue points, 0 failed; rekordbox-hot: {counts}; traktor: {counts} "
+                              "(cue points: 6 in another colour or none)\n")
         imported = self.path("rekordbox_zalcues_001.xml")
         self.assertIn(f"now import {imported} in Rekordbox", err)
         self.assertEqual(err.count("failed to get audio file mod date"), 1)
