@@ -154,6 +154,7 @@ std::optional<ZALTraktorCuePoint> ZALTraktorCuePoint::initWithXMLElement(const z
     cue.length_ = seconds(textOf(element, "LEN"));
     cue.index_ = cue.slot_ = integerOf(element, "HOTCUE");
     cue.color_ = colorOf(textOf(element, "COLOR"));
+    cue.areTimesStored_ = isFormatted(textOf(element, "START")) && isFormatted(textOf(element, "LEN"));
     return cue;
 }
 
@@ -202,8 +203,10 @@ void ZALTraktorCuePoint::writeTo(zal::XMLElement element) const {
 ZALTraktorCuePoint ZALTraktorCuePoint::copyAsStored() const {
     ZALTraktorCuePoint copy = *this;
     copy.name_ = zal::textForXML(name_);
-    copy.startTime_ = seconds(milliseconds(startTime_));
-    copy.length_ = seconds(milliseconds(length_));
+    if (!areTimesStored_) {
+        copy.startTime_ = seconds(milliseconds(startTime_));
+        copy.length_ = length_ == 0 ? 0 : seconds(milliseconds(length_));
+    }
     if (!isOffPads_) copy.index_ = std::max<std::int64_t>(index(), 0);
     return copy;
 }

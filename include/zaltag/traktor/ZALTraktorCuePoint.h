@@ -41,9 +41,15 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     bool isGrid() const;
     /// In seconds; so are the length and the end, which is the start and the length.
     double startTime() const { return startTime_; }
-    void setStartTime(double seconds) { startTime_ = seconds; }
+    void setStartTime(double seconds) {
+        startTime_ = seconds;
+        areTimesStored_ = false;
+    }
     double length() const { return length_; }
-    void setLength(double seconds) { length_ = seconds; }
+    void setLength(double seconds) {
+        length_ = seconds;
+        areTimesStored_ = false;
+    }
     double endTime() const { return startTime_ + length_; }
     /// The hot cue's slot from 0 on; noSlot for every grid marker. The file says 0 for what is negative, so a
     /// cue without a slot comes back with slot 0.
@@ -107,5 +113,6 @@ class ZALTAG_EXPORT ZALTraktorCuePoint {
     std::int64_t index_ = 0;
     std::int64_t slot_ = 0;
     bool isOffPads_ = false;
+    bool areTimesStored_ = false;  // they come back from the file as they are
     std::optional<std::uint32_t> color_;
 };
