@@ -73,6 +73,20 @@ ZALArray<ZALTagCuePoint> CuePlace::readAll(const ZALTag& tag) const {
     return all;
 }
 
+// Each by itself: a place has room for any one.
+ZALArray<ZALTagCuePoint> CuePlace::asWritten(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints,
+                                             bool keepsTimes) const {
+    std::vector<ZALTagCuePoint> written = cuePoints.elements();
+    for (ZALTagCuePoint& cue : written) {
+        const ZALCuePlan planned = plan(tag, {cue}, keepsTimes);
+        const auto& held = planned.outcomes.front().held;
+        if (!held) continue;
+        cue.moveTo(held->time());
+        if (!held->isLoop()) cue.setEnd(std::nullopt);
+    }
+    return written;
+}
+
 const CuePlace* cuePlace(const std::string& name) {
     for (const CuePlace& place : places) {
         if (name == place.name) return &place;

@@ -24,6 +24,9 @@ struct CuePlace {
 
     /// The cue points, and the loops behind them.
     ZALArray<ZALTagCuePoint> readAll(const ZALTag& tag) const;
+    /// Cue points where write() would put them; loops are cues where the place has none.
+    ZALArray<ZALTagCuePoint> asWritten(const ZALTag& tag, const ZALArray<ZALTagCuePoint>& cuePoints,
+                                       bool keepsTimes) const;
 };
 
 /// The place with a name, or null.

@@ -27,13 +27,41 @@ CuePoints heldOf(const ZALCuePlan& plan) {
     return held;
 }
 
+// But for the pad and the colour.
+bool isTwin(const ZALTagCuePoint& one, ZALTagCuePoint other) {
+    other.setPad(one.pad());
+    other.setColor(one.color());
+    return one.isWhollyEqualTo(other);
+}
+
+// What a request has to ask for so that the cue points of its kind stay. One for both lists makes memory cues
+// of hot ones, too: those that are there already are not asked for.
+CuePoints ownOf(const ZALCollectionTrack& track, ZALCueKind kind) {
+    if (kind != ZALCueKind::all) return track.cuePoints(kind);
+    const CuePoints hot = track.cuePoints(ZALCueKind::hot);
+    std::vector<ZALTagCuePoint> own = hot.elements();
+    for (const ZALTagCuePoint& cue : track.cuePoints(ZALCueKind::memory)) {
+        const bool isMade = std::any_of(hot.begin(), hot.end(),
+                                        [&cue](const ZALTagCuePoint& made) { return isTwin(made, cue); });
+        if (!isMade) own.push_back(cue);
+    }
+    return own;
+}
+
 // All that the track has and what it lacks, in the places where the request would put it; those that it has
 // are not moved any more.
 CuePoints merged(const ZALCollectionTrack& track, const CuePoints& cuePoints, ZALCueRequest& request) {
-    const CuePoints added = track.asWritten(cuePoints, request);
+    const CuePoints memory = track.cuePoints(ZALCueKind::memory);
+    std::vector<ZALTagCuePoint> added;
+    for (const ZALTagCuePoint& cue : track.asWritten(cuePoints, request)) {
+        // Among hot cues, what is on no pad becomes a memory cue.
+        const bool isForMemory = request.kind == ZALCueKind::hot && cue.pad() == ZALTagCuePoint::noPad;
+        const bool isThere = isForMemory && ZALMergedCuePoints(memory, {cue}).size() == memory.size();
+        if (!isThere) added.push_back(cue);
+    }
     request.keepsTimes = true;
     request.offset = 0;
-    return ZALMergedCuePoints(track.cuePoints(ZALCueKind::all), added);
+    return ZALMergedCuePoints(ownOf(track, request.kind), added);
 }
 
 }  // namespace
@@ -77,6 +105,7 @@ void SyncCollections::take(const std::string& path, const SyncJob& job, SyncTarg
     }
     ZALCueRequest request = target.request;
     request.offset = plan_.decoderShift(target) * job.traktorOffset;
+    if (job.hasNoFrame && plan_.decoderShift(target) != 0) ++target.withoutFrame;
     const CuePoints asked = options.merge ? merged(*track, job.cuePoints, request) : job.cuePoints;
     const bool isUnchanged = track->hasCuePoints(asked, request);
     if (!isUnchanged || report_.wantsCues()) row.plan = track->planCuePoints(asked, request);

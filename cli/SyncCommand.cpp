@@ -61,7 +61,6 @@ class Sync {
     std::map<const Collection*, Matching> matchings_;
     std::size_t notInSource_ = 0;
     std::size_t withCues_ = 0;
-    std::size_t withoutFrame_ = 0;
     std::size_t failed_ = 0;
 };
 
@@ -74,10 +73,11 @@ int Sync::run() {
     if (isInterrupted()) return report_.output().finish();
     if (!options_.dryRun) collections_.save();
     journal_.end();
-    if (withoutFrame_ > 0) {
+    for (const SyncTarget& target : plan_.targets) {
+        if (target.withoutFrame == 0) continue;
         report_.output().message(fmt::format(
             "{} MP3 files could not be read: their times may be a frame apart in the other program",
-            withoutFrame_));
+            target.withoutFrame));
     }
     options_.json ? report_.output().message(summary()) : report_.output().line(summary());
     sayWhatIsNext();
@@ -220,7 +220,10 @@ void Sync::readFirstFrame(const std::string& path, SyncJob& job) const {
     if (!isWanted || job.cuePoints.empty() ||
         CLI::detail::to_lower(std::filesystem::path(path).extension()) != ".mp3")
         return;
-    const auto frame = ZALFirstFrame::ofFile(path);
+    std::optional<ZALFirstFrame> frame;
+    for (const std::string& here : options_.all ? pathsHere(path) : std::vector{path}) {
+        if (!frame) frame = ZALFirstFrame::ofFile(here);
+    }
     job.hasNoFrame = !frame;
     if (frame) job.traktorOffset = frame->traktorOffset();
 }
@@ -235,7 +238,6 @@ void Sync::take(SyncJob&& job) {
         report_.nameMissing(path, *plan_.sourceInCollection->collection);
     }
     if (!job.cuePoints.empty()) ++withCues_;
-    if (job.hasNoFrame) ++withoutFrame_;
     std::set<std::string> told;
     for (std::size_t i = 0; i < plan_.targets.size(); ++i) {
         SyncTarget& target = plan_.targets[i];

@@ -43,10 +43,18 @@ bool SyncFiles::change(ZALTag& tag, SyncJob& job) const {
         if (place == nullptr) continue;
         SyncFileResult& result = job.results[i];
         result.before = place->readAll(tag);
-        const CuePoints asked =
-            plan_.options.merge ? ZALMergedCuePoints(result.before, job.cuePoints) : job.cuePoints;
-        result.plan = place->plan(tag, asked, plan_.options.keepTimes);
-        place->write(tag, asked, plan_.options.keepTimes);
+        CuePoints asked = job.cuePoints;
+        bool keepsTimes = plan_.options.keepTimes;
+        if (plan_.options.merge) {
+            asked = ZALMergedCuePoints(result.before, place->asWritten(tag, asked, keepsTimes));
+            keepsTimes = true;
+        }
+        if (plan_.options.merge && asked.size() == result.before.size()) {
+            result.after = result.before;
+            continue;
+        }
+        result.plan = place->plan(tag, asked, keepsTimes);
+        place->write(tag, asked, keepsTimes);
         result.after = place->readAll(tag);
         result.changed = !areWhollyEqual(result.before, result.after);
         anyChange = anyChange || result.changed;

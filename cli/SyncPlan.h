@@ -48,6 +48,7 @@ struct SyncTarget {
     std::size_t notThere = 0;
     std::size_t newer = 0;
     std::size_t failed = 0;
+    std::size_t withoutFrame = 0;  ///< MP3 files whose times may be a frame apart
     CueLosses losses = {};
 };
 

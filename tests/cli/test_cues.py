@@ -86,6 +86,9 @@ class Sync(ProgramTest):
             self.sync("--from", "serato", "--to", "rekordbox-hot", "--keep-times", "--merge")
             self.assertEqual([(cue["name"], cue["pad"]) for cue in self.cues("rekordbox-hot", self.songs[0])],
                              [("own", 0), ("new", 1), ("third", 2)])
+        for target in ("rekordbox-memory", "rekordbox", "traktor", "zal"):
+            self.sync("--from", "serato", "--to", target, "--merge")
+            self.assertIn(": 0 written, 5 unchanged", self.sync("--from", "serato", "--to", target, "--merge"), target)
 
 
 class FirstFrame(ProgramTest):
