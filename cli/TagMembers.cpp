@@ -77,8 +77,8 @@ ZALJSONValue jsonOfGrid(const std::optional<ZALTagSeratoGrid>& grid) {
     return Object{{"major", grid->major()}, {"minor", grid->minor()}, {"gridPoints", std::move(gridPoints)}};
 }
 
-ZALJSONValue jsonOfFirstFrame(const std::string& path) {
-    const auto frame = ZALFirstFrame::ofFile(path);
+ZALJSONValue jsonOfFirstFrame(const ZALTag& tag) {
+    const auto frame = tag.firstFrame();
     if (!frame) return nullptr;
     return Object{{"case", std::string(1, static_cast<char>(frame->kind))},
                   {"offset", frame->traktorOffset()}};
@@ -170,6 +170,6 @@ Members membersOfTag(const std::string& path, const ZALTag& tag) {
                                    {"allComments", jsonOfComments(tag)},
                                    {"supportsImages", tag.supportsImages()},
                                    {"allImages", jsonOfPictures(tag)},
-                                   {"firstFrame", jsonOfFirstFrame(path)}});
+                                   {"firstFrame", jsonOfFirstFrame(tag)}});
     return members;
 }

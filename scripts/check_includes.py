@@ -15,7 +15,7 @@ ROOMS = {
     "walks": ["taglib", "platform", "base"],
     "stores": ["walks", "taglib", "records", "platform", "base"],
     "files": ["stores", "walks", "taglib", "platform", "base"],
-    "tag": ["stores", "records", "serato", "pictures", "platform", "base"],
+    "tag": ["stores", "walks", "records", "serato", "pictures", "platform", "base"],
     "id3": ["tag", "files", "stores", "taglib", "records", "platform", "base"],
     "containers": ["id3", "tag", "files", "stores", "walks", "taglib", "records", "platform", "base"],
     "collection": ["records", "platform", "base"],

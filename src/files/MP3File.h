@@ -2,9 +2,11 @@
 
 #include "stores/ID3v1Store.h"
 #include "stores/ID3v2Store.h"
+#include "walks/FirstFrame.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,8 @@ class MP3File {
     /// In the order of the file; the first one is v2()'s.
     std::vector<const TagLib::ID3v2::Tag*> v2Tags() const;
     const RawTag& rawV2() const { return v2_->raw(); }
+
+    std::optional<ZALFirstFrame> firstFrame() const { return firstFrameOf(stream_); }
 
     /// Null when there is none.
     ID3v1Store* v1() const { return v1_.get(); }

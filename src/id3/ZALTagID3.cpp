@@ -57,6 +57,9 @@ bool ZALTagID3::openMP3(const std::string& path, bool readOnly, zal::Failure& fa
 bool ZALTagID3::readOnly() const {
     return state().stream != nullptr && state().stream->readOnly();
 }
+std::optional<ZALFirstFrame> ZALTagID3::firstFrame() const {
+    return state().file != nullptr ? state().file->firstFrame() : std::nullopt;
+}
 bool ZALTagID3::hasID3v1Tag() const {
     return state().v1Tag != nullptr;
 }

@@ -18,9 +18,9 @@ class BlockCache {
   public:
     static constexpr std::size_t blockSize = 16384;
 
-    /// As ZALFileHandle::readAt; always with the same file until clear().
-    std::error_code readAt(ZALFileHandle& file, std::uint64_t position, std::span<std::uint8_t> buffer,
-                           std::size_t& count);
+    /// As ZALFileHandle::readAt; always with the same file, of the same length, until clear().
+    std::error_code readAt(ZALFileHandle& file, std::uint64_t fileLength, std::uint64_t position,
+                           std::span<std::uint8_t> buffer, std::size_t& count);
     /// Forgets all blocks.
     void clear() { blocks_ = {}; }
 
@@ -32,7 +32,7 @@ class BlockCache {
         std::uint64_t lastUse = 0;
     };
 
-    std::error_code load(ZALFileHandle& file, std::uint64_t number, Block*& block);
+    std::error_code load(ZALFileHandle& file, std::uint64_t fileLength, std::uint64_t number, Block*& block);
 
     std::array<Block, 4> blocks_;
     std::uint64_t uses_ = 0;

@@ -109,7 +109,7 @@ std::error_code SafeFile::readContent(std::uint64_t position, std::span<std::uin
         std::size_t got = n;
         std::error_code error;
         if (piece.source == Piece::Source::original) {
-            error = cache_.readAt(*handle_, piece.offset, part, got);
+            error = cache_.readAt(*handle_, originalLength_, piece.offset, part, got);
         } else if (piece.source == Piece::Source::memory) {
             std::copy_n(piece.bytes->begin() + static_cast<std::ptrdiff_t>(piece.offset), n, part.begin());
         } else {
@@ -123,7 +123,7 @@ std::error_code SafeFile::readContent(std::uint64_t position, std::span<std::uin
 
 std::error_code SafeFile::readOriginal(std::uint64_t position, std::span<std::uint8_t> buffer) {
     std::size_t count = 0;
-    const auto error = cache_.readAt(*handle_, position, buffer, count);
+    const auto error = cache_.readAt(*handle_, originalLength_, position, buffer, count);
     return !error && count < buffer.size() ? tooShort : error;
 }
 

@@ -311,6 +311,9 @@ void ZALTag::deleteID3v1Comment() {
 bool ZALTag::supportsImages() const {
     abstract("supportsImages");
 }
+std::optional<ZALFirstFrame> ZALTag::firstFrame() const {
+    return std::nullopt;
+}
 bool ZALTag::hasID3v1Tag() const {
     abstract("hasID3v1Tag");
 }

@@ -3,6 +3,7 @@
 #include "base/Endian.h"
 #include "base/Paths.h"
 #include "base/Unicode.h"
+#include "walks/FirstFrame.h"
 #include "walks/MP3Layout.h"
 #include "walks/MPEGFrames.h"
 
@@ -47,18 +48,22 @@ ZALFirstFrame::Case caseOf(ZALDataView frame, std::size_t headerAt) {
 
 }  // namespace
 
-std::optional<ZALFirstFrame> ZALFirstFrame::ofFile(const std::string& path) {
-    if (zal::asciiLowercase(std::string(zal::pathExtension(path))) != "mp3") return std::nullopt;
-    zal::Failure failure;
-    const auto stream = zal::TagLibStream::open(path, true, &failure);
-    if (stream == nullptr) return std::nullopt;
-    const auto frame = zal::firstMPEGFrame(*stream, zal::endOfTagsInFront(*stream));
+std::optional<ZALFirstFrame> zal::firstFrameOf(TagLibStream& stream) {
+    const auto frame = firstMPEGFrame(stream, endOfTagsInFront(stream));
     if (!frame) return std::nullopt;
     ZALFirstFrame first;
     first.duration = frame->duration();
     if (frame->layer != 3) return first;
     std::vector<std::uint8_t> bytes(frame->length);
-    bytes.resize(stream->readAt(frame->position, bytes));
-    first.kind = caseOf(bytes, zal::MPEGFrame::headerSize + frame->sideInformation());
+    bytes.resize(stream.readAt(frame->position, bytes));
+    first.kind = caseOf(bytes, MPEGFrame::headerSize + frame->sideInformation());
     return first;
+}
+
+std::optional<ZALFirstFrame> ZALFirstFrame::ofFile(const std::string& path) {
+    if (zal::asciiLowercase(std::string(zal::pathExtension(path))) != "mp3") return std::nullopt;
+    zal::Failure failure;
+    const auto stream = zal::TagLibStream::open(path, true, &failure);
+    if (stream == nullptr) return std::nullopt;
+    return zal::firstFrameOf(*stream);
 }

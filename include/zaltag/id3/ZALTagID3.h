@@ -66,6 +66,8 @@ class ZALTAG_EXPORT ZALTagID3 : public ZALTag {
     ZALNullableString GRP1Grouping() const;
     void setGRP1Grouping(const ZALNullableString& grouping);
 
+    std::optional<ZALFirstFrame> firstFrame() const override;
+
     bool supportsSeveralComments() const override { return true; }
     /// The primary comment: the last COMM frame with an empty description and an ordinary language; else the
     /// comment of the ID3v1 tag; else the empty text (never null).

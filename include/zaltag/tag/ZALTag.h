@@ -18,6 +18,7 @@
 #include <zaltag/serato/ZALTagSeratoMarker.h>
 #include <zaltag/serato/ZALTagSeratoMarkerOld.h>
 #include <zaltag/tag/ZALTagImageDictionary.h>
+#include <zaltag/walks/ZALFirstFrame.h>
 
 #include <cstdint>
 #include <functional>
@@ -99,6 +100,9 @@ class ZALTAG_EXPORT ZALTag : public std::enable_shared_from_this<ZALTag> {
     /// Whether saving an MP3 removes its ID3v1 tag (and an APE tag with it). False at first.
     bool shouldStripID3v1Tag() const { return shouldStripID3v1Tag_; }
     void setShouldStripID3v1Tag(bool strip) { shouldStripID3v1Tag_ = strip; }
+    /// How the audio begins, as ZALFirstFrame::ofFile() tells it; null in other files than MP3 files. Reads
+    /// the file.
+    virtual std::optional<ZALFirstFrame> firstFrame() const;
     virtual bool hasID3v1Tag() const;
     virtual bool hasID3v2Tag() const;
 
