@@ -19,6 +19,7 @@ struct Options {
     CollectionOptions collections;
     std::string audio;
     bool json = false;
+    bool all = false;
 };
 
 // A collection as these commands print it.
@@ -29,9 +30,10 @@ struct View {
     /// "tracks", "cues" and "playlists".
     Members (*counts)();
     /// A line and an object for every track, one after the other.
-    void (*eachTrack)(const std::function<void(const std::string& line, const Members& members)>& take);
-    /// The object of one track, with its beats; empty when the collection does not hold it.
-    Members (*track)(const std::string& path);
+    void (*eachTrack)(const std::function<void(const std::string& line, const Members& members)>& take,
+                      const TrackParts& parts);
+    /// The object of one track; empty when the collection does not hold it.
+    Members (*track)(const std::string& path, const TrackParts& parts);
     /// A line per playlist, and the objects of all of them.
     void (*eachPlaylist)(const std::function<void(const std::string& line)>& take);
     ZALJSONValue (*playlists)();
@@ -99,16 +101,16 @@ const View rekordboxView = {
                        {"cues", number(rekordboxDatabase()->cueCount())},
                        {"playlists", number(root ? playlistCount(*root) : 0)}};
     },
-    [](const auto& take) {
-        rekordboxDatabase()->forEachTrack([&take](const auto& track) {
+    [](const auto& take, const TrackParts& parts) {
+        rekordboxDatabase()->forEachTrack([&](const auto& track) {
             take(fmt::format("{}\t{}\t{}", track->trackId(), track->cueCount(),
                              printable(track->path().value_or("-"))),
-                 membersOf(*track, false));
+                 membersOf(*track, parts));
         });
     },
-    [](const std::string& path) {
+    [](const std::string& path, const TrackParts& parts) {
         const auto track = rekordboxDatabase()->trackForSongFileAtURL(path);
-        return track ? membersOf(*track, true) : Members();
+        return track ? membersOf(*track, parts) : Members();
     },
     [](const auto& take) {
         if (const auto root = rekordboxDatabase()->playlist()) eachPlaylistOf(*root, "", take);
@@ -128,15 +130,15 @@ const View traktorView = {
                        {"cues", number(traktorDatabase()->cueCount())},
                        {"playlists", number(traktorDatabase()->playlists().size())}};
     },
-    [](const auto& take) {
-        traktorDatabase()->forEachTrack([&take](const auto& track) {
+    [](const auto& take, const TrackParts& parts) {
+        traktorDatabase()->forEachTrack([&](const auto& track) {
             take(fmt::format("{}\t{}", track->cueCount(), printable(track->path().value_or("-"))),
-                 membersOf(*track, false));
+                 membersOf(*track, parts));
         });
     },
-    [](const std::string& path) {
+    [](const std::string& path, const TrackParts& parts) {
         const auto track = traktorDatabase()->trackForSongFileAtURL(path);
-        return track ? membersOf(*track, true) : Members();
+        return track ? membersOf(*track, parts) : Members();
     },
     [](const auto& take) {
         for (const auto& playlist : traktorDatabase()->playlists()) {
@@ -183,9 +185,9 @@ int tracks(const View& view, const Options& options) {
         output.problem(unusable);
         return output.finish();
     }
-    view.eachTrack([&](const std::string& line, const Members& members) {
-        options.json ? output.object(members) : output.line(line);
-    });
+    view.eachTrack([&](const std::string& line,
+                       const Members& members) { options.json ? output.object(members) : output.line(line); },
+                   {.attributes = options.all});
     return output.finish();
 }
 
@@ -197,6 +199,10 @@ void printTrack(Output& output, const Members& members) {
                 output.line(lineOfCue(cue[isTraktor ? "startTime" : "start"].doubleValue(),
                                       cue["name"].stringValue().value_or(""), cue["typeName"].stringValue(),
                                       cue[isTraktor ? "index" : "num"].integerValue()));
+            }
+        } else if (name == "attributes") {
+            for (const auto& [attribute, text] : value.objectValue()) {
+                output.line(fmt::format("{}: {}", attribute, printable(text.stringValue().value_or("-"))));
             }
         } else if (name == "beatTimes") {
             output.line(
@@ -212,8 +218,9 @@ void printTrack(Output& output, const Members& members) {
 int track(const View& view, const Options& options) {
     Output output(false);
     const std::string unusable = whyNotUsable(*view.collection);
-    const Members members =
-        unusable.empty() ? view.track(collectionKey(*view.collection, options.audio)) : Members();
+    const Members members = unusable.empty() ? view.track(collectionKey(*view.collection, options.audio),
+                                                          {.beats = true, .attributes = options.all})
+                                             : Members();
     if (options.json) {
         output.line(members.empty() ? "null" : jsonObject(members));
     } else {
@@ -249,6 +256,8 @@ void addView(CLI::App& program, Command& chosen, const View& view) {
         if (run == &track) one->add_option("AUDIO", options->audio, "The audio file's path")->required();
         addCollectionOptions(*one, options->collections);
         one->add_flag("--json", options->json, "Print JSON");
+        if (run == &track || run == &tracks)
+            one->add_flag("--all", options->all, "Everything that the collection says of a track");
         one->callback([options, run, &view, &chosen] {
             chosen = [options, run, &view] {
                 useCollections(options->collections);

@@ -19,9 +19,17 @@ ZALJSONValue jsonOfDate(const std::optional<std::chrono::system_clock::time_poin
     return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::chrono::system_clock::to_time_t(*date)));
 }
 
+ZALJSONValue jsonOfAttributes(const ZALCollectionTrack& track) {
+    Object attributes;
+    for (const auto& [name, value] : track.attributes()) {
+        attributes[name] = value;
+    }
+    return attributes;
+}
+
 }  // namespace
 
-Members membersOf(const ZALRekordboxTrack& track, bool withBeats) {
+Members membersOf(const ZALRekordboxTrack& track, const TrackParts& parts) {
     Array cues;
     for (const ZALRekordboxCuePoint& cue : track.cues()) {
         cues.push_back(Object{{"name", cue.name()},
@@ -32,12 +40,13 @@ Members membersOf(const ZALRekordboxTrack& track, bool withBeats) {
                               {"num", cue.num()}});
     }
     Members members = {{"path", track.path()}, {"trackId", std::int64_t{track.trackId()}}};
-    if (withBeats) members.emplace_back("beatTimes", jsonOfBeats(track));
+    if (parts.beats) members.emplace_back("beatTimes", jsonOfBeats(track));
     members.emplace_back("cues", cues);
+    if (parts.attributes) members.emplace_back("attributes", jsonOfAttributes(track));
     return members;
 }
 
-Members membersOf(const ZALTraktorTrack& track, bool withBeats) {
+Members membersOf(const ZALTraktorTrack& track, const TrackParts& parts) {
     Array cues;
     for (const ZALTraktorCuePoint& cue : track.cues()) {
         cues.push_back(Object{{"name", cue.name()},
@@ -50,7 +59,8 @@ Members membersOf(const ZALTraktorTrack& track, bool withBeats) {
     Members members = {{"path", track.path()},
                        {"uniqueID", track.uniqueID()},
                        {"modificationDate", jsonOfDate(track.modificationDate())}};
-    if (withBeats) members.emplace_back("beatTimes", jsonOfBeats(track));
+    if (parts.beats) members.emplace_back("beatTimes", jsonOfBeats(track));
     members.emplace_back("cues", cues);
+    if (parts.attributes) members.emplace_back("attributes", jsonOfAttributes(track));
     return members;
 }

@@ -68,7 +68,7 @@ template <typename Database>
 std::string laneOf(const Database& database, const std::string& key) {
     const auto track = database.trackForSongFileAtURL(key);
     if (!track) return "null";
-    Members members = membersOf(*track, false);
+    Members members = membersOf(*track, {});
     members.emplace_back("beatRuns", beatRuns(track->beatTimes()));
     return jsonObject(members);
 }

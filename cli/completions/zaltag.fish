@@ -94,4 +94,6 @@ complete -c zaltag -n '__zaltag_in undo' -l list -d 'Only name the runs'
 complete -c zaltag -n '__zaltag_in sync' -l clear-empty -d 'Clear targets where the source has none'
 complete -c zaltag -n '__zaltag_in versions' -l service -x -d 'Web service'
 complete -c zaltag -n '__zaltag_in versions' -l ca-file -r -d 'Certificate authorities'
-complete -c zaltag -n '__zaltag_in show' -l all -d 'Every other field, too'
+for command in show 'rekordbox tracks track' 'traktor tracks track'
+    complete -c zaltag -n "__zaltag_in $command" -l all -d 'Everything that is there'
+end

@@ -3,6 +3,7 @@
 #include <pybind11/operators.h>
 
 #include <atomic>
+#include <set>
 
 namespace {
 
@@ -62,14 +63,27 @@ class Tracks {
     ZALCollectionCursor cursor_;
 };
 
+class Collection;
+
+// Those that are in use; their queues' threads must not outlive the interpreter.
+std::set<Collection*> collections;
+
 // A collection of either program. The shared databases and queues stay.
 class Collection {
   public:
+    Collection(const Collection&) = delete;
+    Collection& operator=(const Collection&) = delete;
+    virtual ~Collection() {
+        collections.erase(this);
+        shutDown();
+    }
     Collection(std::shared_ptr<ZALCollectionDatabase> database, std::shared_ptr<ZALCollectionQueue> queue,
                std::string progressNotification)
         : database_(std::move(database)),
           queue_(std::move(queue)),
-          progressNotification_(std::move(progressNotification)) {}
+          progressNotification_(std::move(progressNotification)) {
+        collections.insert(this);
+    }
 
     ZALNullableString file() const {
         return unlocked([&] { return database_->fileURL(); });
@@ -94,10 +108,18 @@ class Collection {
         return unlocked([&] { return database_->track(name); });
     }
     bool contains(const py::object& path) const { return track(path) != nullptr; }
-    void setCuePoints(const py::object& path, const py::object& cuePoints,
-                      const ZALCueRequest& request) const {
+    /// Loads another file than before, or a new state of it, where there is one; a failure shows in
+    /// isLoaded().
+    void refresh() {
+        unlocked([&] {
+            if (database_->needsReloading()) database_->reload();
+        });
+    }
+    void setCuePoints(const py::object& path, const py::object& cuePoints, const ZALCueRequest& request) {
         const std::string name = collectionPathFrom(path);
         const ZALArray<ZALTagCuePoint> array(vectorFrom<ZALTagCuePoint>(cuePoints, "cue_points"));
+        if (!isLoaded()) load();
+        if (!contains(path)) throw py::key_error(py::str(path).cast<std::string>());
         unlocked([&] { queue_->setCuePoints(array, name, request); });
     }
 
@@ -176,17 +198,37 @@ class Collection {
     ZALNotificationCenter::Token progressObserver_ = 0;
 };
 
-struct RekordboxCollection : Collection {
-    RekordboxCollection()
-        : Collection(ZALRekordboxDatabase::sharedDatabase(), ZALRekordboxQueue::sharedQueue(),
-                     ZALRekordboxQueueProgressChangedNotification) {}
-};
+// Over the shared database and its queue, or over those of one file.
+template <typename Database, typename Queue, const std::string& progressNotification>
+class CollectionOf : public Collection {
+  public:
+    CollectionOf() : CollectionOf(Database::sharedDatabase(), Queue::sharedQueue()) {}
+    explicit CollectionOf(const std::string& file) : CollectionOf(Database::databaseOfFileAtURL(file)) {}
+    const std::shared_ptr<Database>& typedDatabase() const { return typedDatabase_; }
 
-struct TraktorCollection : Collection {
-    TraktorCollection()
-        : Collection(ZALTraktorDatabase::sharedDatabase(), ZALTraktorQueue::sharedQueue(),
-                     ZALTraktorQueueProgressChangedNotification) {}
+  private:
+    explicit CollectionOf(const std::shared_ptr<Database>& database)
+        : CollectionOf(database, Queue::queueWithDatabase(database)) {}
+    CollectionOf(std::shared_ptr<Database> database, std::shared_ptr<Queue> queue)
+        : Collection(database, std::move(queue), progressNotification), typedDatabase_(std::move(database)) {}
+
+    const std::shared_ptr<Database> typedDatabase_;
 };
+using RekordboxCollection =
+    CollectionOf<ZALRekordboxDatabase, ZALRekordboxQueue, ZALRekordboxQueueProgressChangedNotification>;
+using TraktorCollection =
+    CollectionOf<ZALTraktorDatabase, ZALTraktorQueue, ZALTraktorQueueProgressChangedNotification>;
+
+template <typename One>
+std::unique_ptr<One> openCollection(const py::object& path) {
+    const std::string file = collectionPathFrom(path);
+    auto made = unlocked([&] { return std::make_unique<One>(file); });
+    made->load();
+    return made;
+}
+constexpr char openDoc[] =
+    "The collection in a file, by itself: other collections may be open beside it. CollectionError when it "
+    "cannot be read.";
 
 void addCollection(py::module_& module) {
     using One = Collection;
@@ -246,6 +288,22 @@ void addTrack(py::module_& module) {
         "path", [](const ZALCollectionTrack& one) { return pathOf(one.path()); },
         "The audio file's path, or None.");
     track.def_property_readonly(
+        "attributes",
+        [](const ZALCollectionTrack& one) {
+            py::dict attributes;
+            for (const auto& [name, value] : one.attributes()) {
+                attributes[textOf(name)] = textOf(value);
+            }
+            return attributes;
+        },
+        "Everything that the collection says of the track, by the names there: \"Artist\" in Rekordbox's, "
+        "\"ARTIST\" and \"INFO/GENRE\" in Traktor's.");
+    track.def_property_readonly("title", [](const ZALCollectionTrack& one) { return textOf(one.title()); });
+    track.def_property_readonly("artist", [](const ZALCollectionTrack& one) { return textOf(one.artist()); });
+    track.def_property_readonly("key", [](const ZALCollectionTrack& one) { return textOf(one.key()); });
+    track.def_property_readonly("tempo", &ZALCollectionTrack::tempo, "Beats per minute, or None.");
+    track.def_property_readonly("length", &ZALCollectionTrack::length, "Seconds, or None.");
+    track.def_property_readonly(
         "beat_times",
         [](const ZALCollectionTrack& one) -> std::optional<std::vector<double>> {
             const auto beats = one.beatTimes();
@@ -288,7 +346,7 @@ void addPlaylistTracks(py::class_<Playlist, Options...>& playlist, const TracksO
 struct RekordboxPlaylist {
     std::shared_ptr<const ZALRekordboxPlaylist> playlist;
     std::vector<std::string> folders;
-    const ZALRekordboxDatabase* database;  // the shared one, which stays
+    std::shared_ptr<const ZALRekordboxDatabase> database;
 };
 
 void gatherPlaylists(const ZALRekordboxPlaylistFolder& folder, RekordboxPlaylist& at,
@@ -304,10 +362,10 @@ void gatherPlaylists(const ZALRekordboxPlaylistFolder& folder, RekordboxPlaylist
     }
 }
 
-std::vector<RekordboxPlaylist> playlistsOf(const ZALRekordboxDatabase& database) {
+std::vector<RekordboxPlaylist> playlistsOf(const std::shared_ptr<ZALRekordboxDatabase>& database) {
     std::vector<RekordboxPlaylist> all;
-    RekordboxPlaylist at{nullptr, {}, &database};
-    if (const auto root = database.playlist()) gatherPlaylists(*root, at, all);
+    RekordboxPlaylist at{nullptr, {}, database};
+    if (const auto root = database->playlist()) gatherPlaylists(*root, at, all);
     return all;
 }
 
@@ -355,23 +413,26 @@ void addRekordbox(py::module_& module) {
         },
         "A new list of its tracks as the collection holds them now, in the order of the collection.");
     py::class_<RekordboxCollection, Collection> collection(module, "RekordboxCollection",
-                                                           "The Rekordbox collection that is in use.");
+                                                           "The Rekordbox collection.");
+    collection.def(py::init(&openCollection<RekordboxCollection>), py::arg("path"), openDoc);
     collection.def_property_readonly(
         "playlists",
-        [](const RekordboxCollection&) {
-            return unlocked([] { return playlistsOf(*ZALRekordboxDatabase::sharedDatabase()); });
+        [](const RekordboxCollection& one) {
+            return unlocked([&] { return playlistsOf(one.typedDatabase()); });
         },
         "A new list of all playlists, those of a folder before those of the folders in it.");
     collection.def(
         "set_cue_points",
-        [](const RekordboxCollection& one, const py::object& path, const py::object& cuePoints, bool hot,
+        [](RekordboxCollection& one, const py::object& path, const py::object& cuePoints, bool hot,
            bool memory, bool keepTimes, double offset) {
             one.setCuePoints(path, cuePoints, requestOf(kindOf(hot, memory), keepTimes, offset));
         },
         py::arg("path"), py::arg("cue_points"), py::arg("hot") = true, py::arg("memory") = false,
         py::kw_only(), py::arg("keep_times") = false, py::arg("offset") = 0.0,
         "Asks for the hot cues of a track to be replaced, its memory cues, or both; save() writes. They are "
-        "moved by the offset, then to the beats unless their times are kept.");
+        "moved by the offset, then to the beats unless their times are kept. KeyError for a track that the "
+        "collection "
+        "does not hold.");
 }
 
 void addTraktor(py::module_& module) {
@@ -394,26 +455,29 @@ void addTraktor(py::module_& module) {
         playlist, [](const ZALTraktorPlaylist& one) { return one.tracks(); },
         "A new list of its tracks, in the order of the playlist.");
     py::class_<TraktorCollection, Collection> collection(module, "TraktorCollection",
-                                                         "The Traktor collection that is in use.");
+                                                         "The Traktor collection.");
+    collection.def(py::init(&openCollection<TraktorCollection>), py::arg("path"), openDoc);
     collection.def_property_readonly(
         "playlists",
-        [](const TraktorCollection&) {
-            return unlocked([] { return ZALTraktorDatabase::sharedDatabase()->playlists(); });
+        [](const TraktorCollection& one) {
+            return unlocked([&] { return one.typedDatabase()->playlists(); });
         },
         "A new list of the playlists directly below a top folder, in the order of the file.");
     collection.def(
         "set_cue_points",
-        [](const TraktorCollection& one, const py::object& path, const py::object& cuePoints, bool keepTimes,
+        [](TraktorCollection& one, const py::object& path, const py::object& cuePoints, bool keepTimes,
            double offset) {
             one.setCuePoints(path, cuePoints, requestOf(ZALCueKind::all, keepTimes, offset));
         },
         py::arg("path"), py::arg("cue_points"), py::kw_only(), py::arg("keep_times") = false,
         py::arg("offset") = 0.0,
         "Asks for the cues of a track to be replaced, grid markers left alone; save() writes. They are moved "
-        "by the offset, then to the beats unless their times are kept.");
+        "by the offset, then to the beats unless their times are kept. KeyError for a track that the "
+        "collection "
+        "does not hold.");
 }
 
-// The first use loads the collection; the queue's thread must not outlive the interpreter.
+// The shared one stays until the process ends.
 template <typename One>
 void addShared(py::module_& module, const char* name, const char* doc) {
     static One* shared = nullptr;
@@ -421,12 +485,10 @@ void addShared(py::module_& module, const char* name, const char* doc) {
         name,
         []() -> One& {
             if (shared == nullptr) shared = unlocked([] { return new One(); });
+            shared->refresh();
             return *shared;
         },
         py::return_value_policy::reference, doc);
-    py::module_::import("atexit").attr("register")(py::cpp_function([] {
-        if (shared != nullptr) shared->shutDown();
-    }));
 }
 
 }  // namespace
@@ -446,7 +508,12 @@ void addCollections(py::module_& module) {
     ZALHost::shared().setCollectionSaveMode(ZALCollectionSaveMode::changedTracks);
     addShared<RekordboxCollection>(
         module, "rekordbox",
-        "The Rekordbox collection; the first call loads it. Without a file that can be read it is not "
-        "loaded, and empty.");
+        "The Rekordbox collection that is in use; a call loads it when it is another file than before, or a "
+        "new state of it. Without a file that can be read it is not loaded, and empty.");
     addShared<TraktorCollection>(module, "traktor", "The same for Traktor's.");
+    py::module_::import("atexit").attr("register")(py::cpp_function([] {
+        for (Collection* one : collections) {
+            one->shutDown();
+        }
+    }));
 }

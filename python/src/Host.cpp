@@ -43,6 +43,16 @@ void addHost(py::module_& module) {
                "Has each line of the log given to a callable, from any thread, instead of standard error; "
                "None restores that.");
     module.def(
+        "set_save_mode",
+        [](const std::string& mode) {
+            if (mode != "safe" && mode != "in_place") throw py::value_error("a mode is 'safe' or 'in_place'");
+            ZALHost::shared().setSaveMode(mode == "safe" ? ZALSaveMode::safe : ZALSaveMode::inPlace);
+        },
+        py::arg("mode"),
+        "How audio files are saved: \"safe\", the old file or the new one, whole; or \"in_place\", faster "
+        "where "
+        "the length stays, for who has copies.");
+    module.def(
         "run_pending",
         [] {
             const py::gil_scoped_release unlocked;

@@ -91,10 +91,25 @@ class Collections(FilesTest):
             self.use(missing, None)
         self.assertEqual((raised.exception.code, raised.exception.path), (zaltag.ErrorCode.REKORDBOX_UNREADABLE, missing))
         collection = zaltag.rekordbox()
-        collection.set_cue_points(self.songs[0], [zaltag.CuePoint(1)])
-        with self.assertRaises(zaltag.CollectionError):
-            collection.save()
-        collection.cancel()
+        self.assertRaises(zaltag.CollectionError, collection.set_cue_points, self.songs[0], [])
+        self.assertRaises(zaltag.CollectionError, zaltag.Rekordbox, missing)
+        self.assertRaises(KeyError, zaltag.traktor().set_cue_points, self.folder / "no.mp3", [])
+        self.assertRaisesRegex(TypeError, "cue_points", zaltag.traktor().set_cue_points, self.songs[0], [1])
+
+    def test_several_collections_and_another_one(self):
+        other = self.folder / "other.xml"
+        other.write_bytes(rekordbox([(str(self.songs[5]), '<TEMPO Inizio="0" Bpm="60"/>')]))
+        one, two = zaltag.Rekordbox(self.files[0]), zaltag.Rekordbox(other)
+        two.set_cue_points(self.songs[5], [zaltag.CuePoint(1, "a")])
+        two.save()
+        self.assertEqual(([track.path for track in two], len(one), len(zaltag.rekordbox())), ([self.songs[5]], 4, 4))
+        self.assertEqual(two[self.songs[5]].cues[0].name, "a")
+        self.assertEqual((two[self.songs[5]].attributes["Odd"], two[self.songs[5]].length, two[self.songs[5]].title),
+                         ("&é", 300, None))
+        track = zaltag.Traktor(self.files[1])[self.songs[0]]
+        self.assertEqual((track.title, track.tempo, track.attributes["LOCATION/VOLUME"]), ("t", None, "Macintosh HD"))
+        zaltag.use_collections(rekordbox=other)
+        self.assertEqual([track.path for track in zaltag.rekordbox()], [self.songs[5]])
 
     def test_saving_on_an_event_loop(self):
         async def main():

@@ -16,6 +16,14 @@ def without_cues(folder):
                 yield path
 
 
+def carry_cues(mp3s, flacs):
+    for path in zaltag.walk(mp3s):
+        twin = flacs / path.with_suffix(".flac").name
+        if twin.exists():
+            with zaltag.open(path, read_only=True) as source, zaltag.open(twin) as target:
+                target.serato_cue_points = [*source.serato_cue_points, *source.serato_loops]
+
+
 def tidy_genre(path):
     with zaltag.open(path) as tag:
         if tag.genre:
@@ -33,6 +41,19 @@ class Scripts(ProgramTest):
         with zaltag.open(songs[1]) as tag:
             tag.serato_cue_points = [zaltag.CuePoint(1, "Drop")]
         self.assertEqual(list(without_cues(self.folder)), [pathlib.Path(songs[0]), pathlib.Path(songs[2])])
+
+    def test_cues_of_mp3s_to_flacs(self):
+        os.mkdir(self.path("mp3"))
+        os.mkdir(self.path("flac"))
+        cues = (zaltag.CuePoint(2, "Drop", pad=0, color=0xCC0000), zaltag.CuePoint(1, "In", pad=6, color=0x00CC00))
+        loops = (zaltag.CuePoint(4, "Break", end=8.0, pad=-1, color=0x27AAE1),)
+        for name in "ab":
+            with zaltag.open(self.mp3(f"mp3/{name}.mp3")) as tag:
+                tag.serato_cue_points = [*cues, *loops]
+        self.make("flac/a.flac")
+        carry_cues(self.path("mp3"), pathlib.Path(self.path("flac")))
+        with zaltag.open(self.path("flac/a.flac")) as tag:
+            self.assertEqual((tag.serato_cue_points, tag.serato_loops), (cues, loops))
 
     def test_genres_of_300_files(self):
         for i in range(300):

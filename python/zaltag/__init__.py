@@ -48,6 +48,7 @@ from ._core import (
     rekordbox,
     run_pending,
     set_log_sink,
+    set_save_mode,
     traktor,
     use_collections,
 )
@@ -55,15 +56,19 @@ from ._errors import CollectionError, Error, ErrorCode, OpenError, SaveError, Un
 
 __all__ = [
     "BeatGrid", "CollectionError", "Comment", "CueOutcome", "CuePoint", "CuePoints", "Energy", "Error", "ErrorCode",
-    "FirstFrame", "Key", "OpenError", "RekordboxCollection", "RekordboxCue", "RekordboxPlaylist", "RekordboxTrack",
+    "FirstFrame", "Key", "OpenError", "Rekordbox", "RekordboxCollection", "RekordboxCue", "RekordboxPlaylist", "RekordboxTrack",
     "SaveError", "SeratoCuePoint", "SeratoCuePointOld", "SeratoGrid", "SeratoGridPoint", "SeratoLoop", "SeratoMarker",
-    "SeratoMarkerOld", "StoredImage", "Tag", "TraktorCollection", "TraktorCue", "TraktorPlaylist", "TraktorTrack",
+    "SeratoMarkerOld", "StoredImage", "Tag", "Traktor", "TraktorCollection", "TraktorCue", "TraktorPlaylist", "TraktorTrack",
     "UnsupportedOperation", "VelvetCascade", "__version__", "can_open", "copy_tags", "describe", "first_frame",
-    "main_queue_on", "open", "rekordbox", "run_pending", "save_async", "set_log_sink", "supported_file_types",
+    "main_queue_on", "open", "rekordbox", "run_pending", "save_async", "set_log_sink", "set_save_mode", "supported_file_types",
     "traktor", "use_collections", "walk",
 ]
 
 _values.complete()
+
+#: A collection in a file, by itself: `zaltag.Rekordbox("rekordbox.xml")`; any number may be open.
+Rekordbox = RekordboxCollection
+Traktor = TraktorCollection
 
 StrPath = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 

@@ -80,6 +80,14 @@ std::vector<std::pair<std::string, std::string>> XMLElement::attributes() const 
     return all;
 }
 
+void XMLElement::packAttributes(std::string& packed, std::string_view within) const {
+    for (const pugi::xml_attribute attribute : nodeOf(node_).attributes()) {
+        if (!within.empty()) packed.append(within).push_back('/');
+        packed.append(attribute.name()).push_back('\0');
+        packed.append(attribute.value()).push_back('\0');
+    }
+}
+
 void XMLElement::setAttribute(const char* name, std::string_view value) {
     const pugi::xml_attribute found = nodeOf(node_).attribute(name);
     assign(found ? found : made(nodeOf(node_).append_attribute(name)), value);

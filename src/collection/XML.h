@@ -35,6 +35,10 @@ class XMLElement {
     /// All attributes in their order.
     std::vector<std::pair<std::string, std::string>> attributes() const;
 
+    /// Appends names and values in turn, each with a NUL behind it; names in an element begin with its name
+    /// and a slash, when one is given.
+    void packAttributes(std::string& packed, std::string_view within = {}) const;
+
     /// Sets the value, after the existing attributes when there is none of that name. Characters that XML
     /// cannot hold become U+FFFD, in every function here.
     void setAttribute(const char* name, std::string_view value);

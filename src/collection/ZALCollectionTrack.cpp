@@ -1,5 +1,6 @@
 #include <zaltag/collection/ZALCollectionTrack.h>
 
+#include "base/Numbers.h"
 #include "base/Paths.h"
 #include "collection/BeatWalk.h"
 #include "collection/NFD.h"
@@ -21,6 +22,54 @@ std::string_view ZALCollectionTrack::indexKey() const {
 ZALNullableString ZALCollectionTrack::filename() const {
     if (!path_) return std::nullopt;
     return std::string(zal::lastPathComponent(*path_));
+}
+
+std::string ZALCollectionTrack::packedAttributes() const {
+    if (element_ == nullptr) return keptAttributes_;
+    std::string packed;
+    element().packAttributes(packed);
+    const auto isList = [this](std::string_view name) {
+        const char* list = usualNames().list;
+        return name == "POSITION_MARK" || name == "CUE_V2" || (list != nullptr && name == list);
+    };
+    for (zal::XMLElement child = element().firstChild(); child; child = child.next()) {
+        if (!isList(child.name())) child.packAttributes(packed, child.name());
+    }
+    return packed;
+}
+
+std::map<std::string, std::string> ZALCollectionTrack::attributes() const {
+    std::map<std::string, std::string> all;
+    const std::string packed = packedAttributes();
+    for (std::size_t at = 0; at < packed.size();) {
+        const std::string name = packed.c_str() + at;
+        at += name.size() + 1;
+        const std::string value = packed.c_str() + at;
+        at += value.size() + 1;
+        all.emplace(name, value);
+    }
+    return all;
+}
+
+ZALNullableString ZALCollectionTrack::attribute(const std::string& name) const {
+    const auto all = attributes();
+    const auto found = all.find(name);
+    return found != all.end() ? ZALNullableString(found->second) : std::nullopt;
+}
+
+std::optional<double> ZALCollectionTrack::number(const std::string& name) const {
+    const ZALNullableString text = attribute(name);
+    const double value = zal::doubleValue(text.value_or(""));
+    return value > 0 ? std::optional(value) : std::nullopt;
+}
+
+std::optional<double> ZALCollectionTrack::tempo() const {
+    return number(usualNames().tempo);
+}
+
+std::optional<double> ZALCollectionTrack::length() const {
+    const auto first = number(usualNames().length[0]);
+    return first ? first : number(usualNames().length[1]);
 }
 
 std::optional<ZALArray<double>> ZALCollectionTrack::beatTimes() const {
@@ -64,6 +113,7 @@ void ZALCollectionTrack::setElement(const zal::XMLElement& element) {
 void ZALCollectionTrack::leaveDocument() {
     decompose();
     if (!keptTempo_) keptTempo_ = std::make_shared<const std::optional<ZALTrackTempo>>(readTempo());
+    keptAttributes_ = packedAttributes();
     element_ = nullptr;
     xmlNeedsUpdate_ = false;
 }

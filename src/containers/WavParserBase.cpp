@@ -54,7 +54,7 @@ void WavParserBase::Reset() {
 
 bool WavParserBase::ReadAt(std::uint64_t position, std::span<std::uint8_t> buffer) {
     std::size_t count = 0;
-    const auto error = input_ ? cache_.readAt(*input_, position, buffer, count)
+    const auto error = input_ ? cache_.readAt(*input_, UINT64_MAX, position, buffer, count)
                               : std::make_error_code(std::errc::bad_file_descriptor);
     if (error && !error_) error_ = error;
     return !error && count == buffer.size();

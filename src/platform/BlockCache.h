@@ -18,7 +18,8 @@ class BlockCache {
   public:
     static constexpr std::size_t blockSize = 16384;
 
-    /// As ZALFileHandle::readAt; always with the same file, of the same length, until clear().
+    /// As ZALFileHandle::readAt; always with the same file until clear(). Nothing is read behind the length,
+    /// which may be more than it is where nobody knows it.
     std::error_code readAt(ZALFileHandle& file, std::uint64_t fileLength, std::uint64_t position,
                            std::span<std::uint8_t> buffer, std::size_t& count);
     /// Forgets all blocks.

@@ -154,6 +154,12 @@ zal::XMLElement ZALRekordboxTrack::xmlElement() {
     return element();
 }
 
+const ZALCollectionTrack::UsualNames& ZALRekordboxTrack::usualNames() const {
+    static constexpr UsualNames names{"Name", "Artist", "Tonality", "AverageBpm", {"TotalTime", "TotalTime"},
+                                      "TEMPO"};
+    return names;
+}
+
 std::optional<ZALTrackTempo> ZALRekordboxTrack::readTempo() const {
     const zal::XMLElement track = element();
     ZALTrackTempo tempo;

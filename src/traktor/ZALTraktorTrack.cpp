@@ -193,6 +193,12 @@ zal::TrackEdit ZALTraktorTrack::editFor(const ZALArray<ZALTagCuePoint>& cuePoint
     return edit;
 }
 
+const ZALCollectionTrack::UsualNames& ZALTraktorTrack::usualNames() const {
+    static constexpr UsualNames names{
+        "TITLE", "ARTIST", "INFO/KEY", "TEMPO/BPM", {"INFO/PLAYTIME_FLOAT", "INFO/PLAYTIME"}, nullptr};
+    return names;
+}
+
 std::optional<ZALTrackTempo> ZALTraktorTrack::readTempo() const {
     ZALTrackTempo tempo;
     for (const ZALTraktorCuePoint& cue : cues()) {

@@ -40,6 +40,13 @@ class Rekordbox(ProgramTest):
         out = self.zaltag("cues", "list", song, "--from", "rekordbox-hot", "--rekordbox", file)[0]
         self.assertEqual(out, "3\tIn <&>\n12.5\tDrop\n")
 
+    def test_everything_that_a_track_says(self):
+        file = self.collection()
+        shown = json.loads(self.zaltag("rekordbox", "tracks", "--json", "--all", "--rekordbox", file)[0])
+        elements = tree(file).findall("COLLECTION/TRACK")
+        self.assertEqual([one["attributes"] for one in shown], [element.attrib for element in elements])
+        self.assertIn("Odd: &é\n", self.zaltag("rekordbox", "track", self.path("song.mp3"), "--all", "--rekordbox", file)[0])
+
     def test_the_audio_file_need_not_exist_and_failures_are_one_line_each(self):
         file = self.collection()
         self.zaltag("cues", "set", "/music/x/../b.mp3", "--to", "rekordbox-memory", "--rekordbox", file, "1=a")

@@ -9,6 +9,14 @@ GRID = '<CUE_V2 NAME="g" TYPE="4" START="500.000000" LEN="0.000000" HOTCUE="-1">
 
 
 class Traktor(ProgramTest):
+    def test_everything_that_a_track_says(self):
+        file = self.write("collection.nml", traktor(["/music/a.mp3"], inner='<INFO GENRE="H &amp; T" PLAYTIME="3"/>' + GRID))
+        shown = json.loads(self.zaltag("traktor", "tracks", "--json", "--all", "--traktor", file)[0])[0]["attributes"]
+        entry = tree(file).find("COLLECTION/ENTRY")
+        below = {f"{child.tag}/{name}": value for child in entry if child.tag != "CUE_V2" for name, value in child.items()}
+        self.assertEqual(shown, {**entry.attrib, **below})
+        self.assertEqual(shown["INFO/GENRE"], "H & T")
+
     def test_the_road_of_one_change(self):
         song = self.mp3("A & b: c.mp3")
         os.utime(song, (1700000005, 1700000005))  # 2023-11-14 22:13:25 UTC

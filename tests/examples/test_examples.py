@@ -27,7 +27,7 @@ class Examples(ProgramTest):
         self.run_example("covers", song, song, status=1)
         xml, nml = self.write("rekordbox.xml", rekordbox([(song, "")])), self.write("collection.nml", traktor([song]))
         self.assertEqual(self.run_example("fill_collections", xml, nml, song), f"{song}: 4 marks in Rekordbox, 2 cues in Traktor\n")
-        self.assertEqual(self.run_example("main_queue", xml), "1 tracks\n")
+        self.assertEqual(self.run_example("main_queue", xml), "1 tracks\n" * 2)
         out = self.run_example("services", song)
         self.assertTrue(out.startswith("kept: /nowhere/rekordbox.xml\n") and "\nnot loaded\n" in out, out)
         self.assertFalse(os.path.exists(self.path("config")), "the settings are the host's")

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -73,6 +74,21 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     /// The last component of the path; null with the path.
     ZALNullableString filename() const;
 
+    /// What the collection says of the track, by the names there: the attributes of its element ("Artist" in
+    /// Rekordbox's, "ARTIST" in Traktor's), and of the elements within it behind a slash ("INFO/GENRE"). Cues
+    /// and Rekordbox's beats are not among them. Values are as they are written.
+    std::map<std::string, std::string> attributes() const;
+    /// One of them; null when there is none.
+    ZALNullableString attribute(const std::string& name) const;
+    /// The usual ones, whatever they are called there; null when there is none, or no number.
+    ZALNullableString title() const { return attribute(usualNames().title); }
+    ZALNullableString artist() const { return attribute(usualNames().artist); }
+    ZALNullableString key() const { return attribute(usualNames().key); }
+    /// In beats per minute.
+    std::optional<double> tempo() const;
+    /// In seconds.
+    std::optional<double> length() const;
+
     /// The times of the beats in seconds, as the program's own grid has them. Null without a grid and for one
     /// that makes no sense: a tempo of nothing, steps that do not advance the time, more than a million
     /// beats (one log line).
@@ -125,6 +141,16 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     ZALCollectionTrack() = default;
     ZALCollectionTrack(const ZALCollectionTrack&) = default;
 
+    /// What the attributes are called whose meaning all programs share; of two the first that is there.
+    struct UsualNames {
+        const char* title;
+        const char* artist;
+        const char* key;
+        const char* tempo;
+        const char* length[2];
+        const char* list;  ///< an element that a track has any number of, beside its cues; null for none
+    };
+    virtual const UsualNames& usualNames() const = 0;
     /// Reads the grid from the element; null without one.
     virtual std::optional<ZALTrackTempo> readTempo() const = 0;
 
@@ -138,6 +164,8 @@ class ZALTAG_EXPORT ZALCollectionTrack {
 
   private:
     ZALTAG_INSIDE void decompose() const;
+    ZALTAG_INSIDE std::string packedAttributes() const;
+    ZALTAG_INSIDE std::optional<double> number(const std::string& name) const;
 
     ZALNullableString path_;
     // Made when it is asked for, and before a copy is handed out; empty when it equals the path.
@@ -145,6 +173,7 @@ class ZALTAG_EXPORT ZALCollectionTrack {
     mutable bool isDecomposed_ = false;
     void* element_ = nullptr;
     std::shared_ptr<const std::optional<ZALTrackTempo>> keptTempo_;
+    std::string keptAttributes_;  // names and values in turn, each with a NUL behind it
     std::string fileWithoutDate_;
     bool xmlNeedsUpdate_ = false;
     bool collectionHasColors_ = false;

@@ -52,6 +52,7 @@ class ZALTAG_EXPORT ZALRekordboxTrack final : public ZALTrackWithCues<ZALRekordb
     ZALRekordboxTrack() = default;
     ZALRekordboxTrack(const ZALRekordboxTrack&) = default;
     ZALTAG_INSIDE std::optional<ZALTrackTempo> readTempo() const override;
+    const UsualNames& usualNames() const override;
     ZALTAG_INSIDE bool isReplaced(const ZALRekordboxCuePoint& cue, ZALCueKind kind) const override;
     ZALTAG_INSIDE std::vector<NewCue> newCues(const ZALArray<ZALTagCuePoint>& cuePoints,
                                               ZALCueKind kind) const override;

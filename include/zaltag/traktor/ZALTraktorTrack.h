@@ -60,6 +60,7 @@ class ZALTAG_EXPORT ZALTraktorTrack final : public ZALTrackWithCues<ZALTraktorCu
     ZALTraktorTrack() = default;
     ZALTraktorTrack(const ZALTraktorTrack&) = default;
     ZALTAG_INSIDE std::optional<ZALTrackTempo> readTempo() const override;
+    const UsualNames& usualNames() const override;
 
     // The date as it is written.
     struct DateText {
