@@ -122,8 +122,9 @@ class Collections(FilesTest):
                 await asyncio.sleep(0)
                 self.assertFalse(saving.done(), "the loop goes on meanwhile")
                 await saving
+                collection = zaltag.rekordbox()
+                collection.set_cue_points(self.songs[0], [zaltag.CuePoint(4)])
                 self.files[0].write_bytes(b"no collection")
-                zaltag.rekordbox().set_cue_points(self.songs[0], [zaltag.CuePoint(4)])
                 with self.assertRaises(zaltag.CollectionError):
                     await zaltag.save_async(zaltag.rekordbox())
                 zaltag.rekordbox().cancel()
