@@ -49,11 +49,12 @@ bool SyncFiles::change(ZALTag& tag, SyncJob& job) const {
             asked = ZALMergedCuePoints(result.before, place->asWritten(tag, asked, keepsTimes));
             keepsTimes = true;
         }
-        if (plan_.options.merge && asked.size() == result.before.size()) {
+        result.plan = place->plan(tag, asked, keepsTimes);
+        const std::size_t held = asked.size() - result.plan.count(&ZALCueOutcome::isLeftOut);
+        if (plan_.options.merge && held == result.before.size()) {  // nothing is added
             result.after = result.before;
             continue;
         }
-        result.plan = place->plan(tag, asked, keepsTimes);
         place->write(tag, asked, keepsTimes);
         result.after = place->readAll(tag);
         result.changed = !areWhollyEqual(result.before, result.after);

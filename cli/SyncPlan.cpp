@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 SyncPlan::SyncPlan(const SyncOptions& asked)
@@ -30,6 +31,7 @@ SyncPlan::SyncPlan(const SyncOptions& asked)
         target.request.includesUndated = asked.forceDates;
         targets.push_back(std::move(target));
     }
+    if (!std::isfinite(asked.offset)) throw UsageError("--offset is a number of milliseconds");
     if (asked.all == !asked.paths.empty()) {
         throw UsageError(asked.all ? "--all takes every track of the collection, and no PATH"
                                    : "PATH is required (or --all, from collection to collection)");

@@ -6,7 +6,7 @@ import subprocess
 
 from mutagen.id3 import ID3, TIT2
 
-from collection_files import SAMPLES, rekordbox, traktor
+from collection_files import SAMPLES, rekordbox, serato_entries, traktor
 from support import FRAME, ProgramTest
 
 
@@ -21,6 +21,8 @@ class Words(ProgramTest):
         out = self.zaltag("cues", "list", song, "--from", "serato", "--json")[0]
         self.assertEqual(json.loads(out), [{"path": song, "cues": cues}])
         self.assertEqual(self.zaltag("cues", "list", song, "--from", "serato")[0], "83.5\tDrop\n0.1\t#CC0000\n4\ta#CC00CC\n")
+        for number in ("nan", "inf"):
+            self.zaltag("sync", song, "--from", "serato", "--to", "zal", "--offset", number, status=2)
         for words in (("6-2=x",), ("I:1=x",), ("A:=x",), ("1-=x",), ("1:60=x",)):
             self.zaltag("cues", "set", song, "--to", "serato", *words, status=2)
         err = self.zaltag("cues", "set", song, "--to", "serato", *(f"{i}-{i + 1}=loop {i}" for i in range(9)), status=1)[1]
@@ -76,6 +78,26 @@ class Sync(ProgramTest):
             for song, late in ((self.songs[0], of_a), (self.songs[1], of_b)):
                 times = {cue["name"]: (round(cue["time"], 6), cue["pad"]) for cue in self.cues("rekordbox-hot", song)}
                 self.assertEqual(times["H"], (round(3.21 + late, 6), 3 if "--only" in options else 7), (song, options))
+
+    def test_there_and_back(self):
+        def earlier(entry, late):
+            name, data = entry
+            numbers = {"CUE": (2,), "LOOP": (2, 6)}.get(name, ())
+            for at in numbers:
+                data = data[:at] + (int.from_bytes(data[at:at + 4], "big") - late).to_bytes(4, "big") + data[at + 4:]
+            return name, data
+        colors = ("CC0000", "00CC44", "8800CC", "CCCC00", "0044CC", "CC00CC", "00CCCC", "CC0044")
+        self.start(*(f"{'HCAFBGDE'[i]}:{3 * i}.137=Cue é {i}#{color}" for i, color in enumerate(colors)),
+                   *(f"{30 + 5 * i}.25-{32 + 5 * i}.5=Loop {i}" for i in range(4)))
+        before = [sorted(serato_entries(song)) for song in self.songs]
+        self.assertEqual(len([name for name, _ in before[0] if name in ("CUE", "LOOP")]), 12)
+        for source, target, *more in (("serato", "rekordbox-hot"), ("rekordbox-hot", "traktor"), ("rekordbox-memory", "traktor", "--merge")):
+            self.sync("--from", source, "--to", target, "--keep-times", *more)
+        self.start("1=other", "2-3=other")
+        self.sync("--from", "traktor", "--to", "serato", "--keep-times")
+        for song, entries in zip(self.songs, before):  # one trip between those two is a frame of 26 ms
+            late = 26 if song.endswith("b.mp3") else 0
+            self.assertEqual(sorted(earlier(entry, late) for entry in serato_entries(song)), entries, song)
 
     def test_merged_and_as_memory(self):
         self.start("A:1=own", "2-3=loop")
